@@ -1,0 +1,26 @@
+# SPDX-License-Identifier: Apache-2.0
+# What every target of the project has in common: include root, warnings, sanitizer flags.
+
+function(zx_common target)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/generated)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+    -Wnon-virtual-dtor -Woverloaded-virtual)
+  if(ZX_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+endfunction()
+
+# Adds one GoogleTest program: zx_test(name SOURCES ... LIBRARIES ... [LABELS ...])
+function(zx_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  zx_common(${name})
+  target_compile_definitions(${name} PRIVATE
+    ZX_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data" ZX_SHARED_DATA="${ZX_SHARED_DATA}")
+  # Tests of the inside link the static libraries; their declarations must not ask for an import.
+  if(NOT "zxspreadsheet" IN_LIST arg_LIBRARIES)
+    target_compile_definitions(${name} PRIVATE ZXSPREADSHEET_STATIC)
+  endif()
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "${arg_LABELS}")
+endfunction()

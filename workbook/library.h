@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The workbook library: abstract books, sheets and formats, exactly the operations that the file
+// back-end uses. Rows and columns are zero-based, `end_` bounds are one past the last. An operation that
+// fails answers false or null and leaves its reason in `Book::error_message`; none throws, except
+// std::bad_alloc. One thread at a time per book.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace workbook {
+
+/// What a cell holds.
+enum class CellKind {
+    Empty = 0,     ///< nothing; also every cell outside the used area
+    Number = 1,
+    String = 2,
+    Boolean = 3,
+    Blank = 4,     ///< a format but no value
+    Error = 5,
+    StrictDate = 6 ///< an ISO 8601 cell (t="d", ECMA-376 part 1, 18.18.11)
+};
+
+/// What stands at an index of the book.
+enum class SheetKind {
+    Worksheet = 0, ///< also dialog and macro sheets, whose cells can be read
+    Chart = 1,
+    Unknown = 2 ///< nothing that the library knows; also every index out of range
+};
+
+/// ST_SheetState (ECMA-376 part 1, 18.18.68).
+enum class SheetState { Visible = 0, Hidden = 1, VeryHidden = 2 };
+
+/// A cell format. Handles belong to the book and live until the next load or the book's end.
+class Format {
+  public:
+    /// Identifier of the number format: a built-in (ECMA-376 part 1, 18.8.30) or the file's own.
+    virtual int num_format() const = 0;
+    /// Sets the identifier of the number format.
+    virtual void set_num_format(int identifier) = 0;
+    /// Whether cells of this format are locked while their sheet is protected.
+    virtual bool locked() const = 0;
+
+  protected:
+    ~Format() = default;
+};
+
+/// A worksheet. Handles belong to the book and live until the next load, the sheet's removal or the
+/// book's end.
+class Sheet {
+  public:
+    virtual std::u16string_view name() const = 0;
+    virtual SheetState hidden() const = 0;
+    virtual bool protect() const = 0;
+
+    /// Outside the sheet's limits: `CellKind::Empty`.
+    virtual CellKind cell_type(int row, int column) const = 0;
+    /// True for a number cell whose format shows a date or a time.
+    virtual bool is_date(int row, int column) const = 0;
+
+    /// The number of a number cell, the serial day number of a strict date (in the book's date system),
+    /// 1 or 0 of a boolean cell; 0 for any other cell.
+    virtual double read_num(int row, int column) const = 0;
+    /// True for a boolean cell that holds true; false for any other cell.
+    virtual bool read_bool(int row, int column) const = 0;
+    /// The text of a string cell, or of an error cell ("#DIV/0!"); a null view for any other cell.
+    /// Valid until the next call on the same book.
+    virtual std::u16string_view read_str(int row, int column) const = 0;
+
+    /// Null for a cell that does not exist.
+    virtual const Format* cell_format(int row, int column) const = 0;
+
+    /// Bounds of the cells that exist, formatted blanks included; 0 for all four on an empty sheet.
+    virtual int first_row() const = 0;
+    virtual int end_row() const = 0;
+    virtual int first_column() const = 0;
+    virtual int end_column() const = 0;
+
+    /// Bounds of the cells that have a value; 0 for all four when none has.
+    virtual int first_filled_row() const = 0;
+    virtual int end_filled_row() const = 0;
+    virtual int first_filled_column() const = 0;
+    virtual int end_filled_column() const = 0;
+
+    /// Number of merged regions.
+    virtual int merge_size() const = 0;
+    /// The merged region `index` (zero-based, corners inclusive); false when there is none.
+    virtual bool merge(int index, int& first_row, int& last_row, int& first_column,
+                       int& last_column) const = 0;
+
+    /// The cells that a defined name stands for, corners inclusive: first a name of this sheet, then one
+    /// of the book that refers to this sheet. False for an unknown name, a name of another sheet's cells
+    /// and a name that is not one rectangle. Names compare without regard to case.
+    virtual bool named_range(std::u16string_view name, int& first_row, int& last_row,
+                             int& first_column, int& last_column) const = 0;
+
+  protected:
+    ~Sheet() = default;
+};
+
+/// A workbook. Construct with a creator below, then load one file; a load invalidates every sheet and
+/// format handed out before.
+class Book {
+  public:
+    virtual ~Book() = default;
+
+    /// Loads the whole file. The format is told by the file's content, not by its name.
+    virtual bool load(std::u16string_view path) = 0;
+    /// Loads the cells of one sheet; the other sheets keep their names, kinds and places. An index that
+    /// does not exist loads the only sheet of a book with one sheet and fails for any other.
+    virtual bool load_sheet(std::u16string_view path, int sheet_index) = 0;
+    /// As `load_sheet`, with the cells of rows `first_row` to `last_row` (inclusive) only.
+    virtual bool load_partially(std::u16string_view path, int sheet_index, int first_row,
+                                int last_row) = 0;
+    /// Loads names, kinds and states of the sheets, the date system and the defined names; no cell.
+    virtual bool load_info(std::u16string_view path) = 0;
+
+    virtual int sheet_count() const = 0;
+    /// The worksheet at `index`; null for a chart sheet, an unknown sheet, a worksheet whose cells were
+    /// not loaded and an index out of range.
+    virtual Sheet* get_sheet(int index) = 0;
+    /// A null view for an index out of range. Lives until the next load.
+    virtual std::u16string_view get_sheet_name(int index) const = 0;
+    virtual SheetKind sheet_type(int index) const = 0;
+
+    virtual int format_size() const = 0;
+    /// Null for an index out of range.
+    virtual Format* format(int index) = 0;
+    /// Adds a format with number format 0; null when the book can hold no more.
+    virtual Format* add_format() = 0;
+
+    /// Whether serial dates count from 1904.
+    virtual bool is_date_1904() const = 0;
+
+    /// The reason of the last failure in UTF-8, "ok" when there was none.
+    virtual const char* error_message() const = 0;
+};
+
+/// Creates a book for XLS files; null while the engine has no reader for them.
+std::unique_ptr<Book> xlCreateBookW();
+
+/// Creates a book for XLSX, XLSM, XLTX and XLTM files; null when memory is exhausted.
+std::unique_ptr<Book> xlCreateXMLBookW();
+
+} // namespace workbook

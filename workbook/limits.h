@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the library accepts at most. Sizes claimed by a file are checked against these before they reach
+// an allocation, an index or a loop.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace workbook {
+
+/// Rows and columns of an Open XML sheet (ECMA-376 part 1, 18.3.1.73; the applications' own limits).
+inline constexpr int kMaxRows = 1'048'576;
+inline constexpr int kMaxColumns = 16'384;
+
+/// A part may unpack to this many times its packed size once it is larger than `kRatioFreeBytes`.
+/// Plain worksheets reach about 40; deflate itself ends at 1032.
+inline constexpr std::uint64_t kMaxInflateRatio = 250;
+inline constexpr std::uint64_t kRatioFreeBytes = 16u << 20;
+
+/// Unpacked bytes of one part, and of all parts that one load reads.
+inline constexpr std::uint64_t kMaxPartBytes = std::uint64_t{16} << 30;
+inline constexpr std::uint64_t kMaxTotalBytes = std::uint64_t{64} << 30;
+
+/// Parts that are held as a tree (workbook, styles, relationships, content types).
+inline constexpr std::uint64_t kMaxTreePartBytes = 64u << 20;
+
+/// Entries of a container, sheets of a book, cell formats, defined names.
+inline constexpr std::size_t kMaxEntries = 200'000;
+inline constexpr std::size_t kMaxSheets = 65'535;
+inline constexpr std::size_t kMaxCellFormats = 1'000'000;
+inline constexpr std::size_t kMaxDefinedNames = 1'000'000;
+
+/// Depth of elements within a part.
+inline constexpr int kMaxElementDepth = 256;
+
+/// One mark-up token or run of text without mark-up; the longest cell text has 32,767 units.
+inline constexpr std::size_t kMaxTokenBytes = 16u << 20;
+
+/// Merged regions of one sheet.
+inline constexpr std::size_t kMaxMergedRegions = 2'000'000;
+
+} // namespace workbook
