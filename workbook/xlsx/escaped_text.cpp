@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "foundation/unicode.h"
+#include "workbook/xml/character_data.h"
 
 namespace workbook {
 
@@ -54,6 +55,14 @@ void append_unescaped(std::string& out, std::string_view text) {
         }
         foundation::unicode::append_code_point(out, *unit);
     }
+}
+
+bool assign_cell_text(std::string& out, std::string_view raw) {
+    std::string decoded;
+    if (!append_decoded(decoded, raw)) return false;
+    out.clear();
+    append_unescaped(out, decoded);
+    return true;
 }
 
 } // namespace workbook

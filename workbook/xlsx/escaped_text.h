@@ -13,4 +13,8 @@ namespace workbook {
 /// either case, between "_x" and "_"; two escaped surrogates that form a pair become one character.
 void append_unescaped(std::string& out, std::string_view text);
 
+/// Replaces `out` by the cell text that stands as `raw` in the mark-up: references resolved, then
+/// escapes. False when a reference is none.
+bool assign_cell_text(std::string& out, std::string_view raw);
+
 } // namespace workbook

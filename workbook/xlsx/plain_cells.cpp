@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "workbook/xlsx/escaped_text.h"
 #include "workbook/xlsx/plain_number.h"
 #include "workbook/xlsx/sheet_data_reader.h"
 
@@ -37,6 +38,15 @@ const char* take_digits(const char* p, std::uint32_t& out) {
         value = value * 10 + static_cast<std::uint32_t>(*p++ - '0');
     out = value;
     return p == begin || p - begin > 9 ? nullptr : p;
+}
+
+// The place of "</c>" when nothing, or an element without a value, stands before it.
+const char* skip_missing_value(const char* p) {
+    if (has(p, "</c>")) return p;
+    if (has(p, "<v></v></c>")) return p + 7;
+    if (has(p, "<v/></c>")) return p + 4;
+    if (has(p, "<v /></c>")) return p + 5;
+    return nullptr;
 }
 
 // Passes over a formula, whose text is not kept here.
@@ -182,10 +192,11 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
         p = skip_plain_formula(p, window_.end());
         if (p == nullptr) return nullptr;
     }
-    if (!has(p, "<v>")) {
-        if (has(p, "<is><t")) return take_plain_inline_text(p, cell);
-        return nullptr;
+    if (const char* const behind = skip_missing_value(p)) {
+        cell.kind = static_cast<std::uint32_t>(StoredKind::Blank);
+        return behind;
     }
+    if (!has(p, "<v>")) return take_plain_inline_text(p, cell);
     p += 3;
     switch (type) {
     case CellType::Number:
@@ -206,11 +217,12 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
         cell.value.number = *p++ - '0';
         break;
     case CellType::FormulaString:
-        p = take_plain_text(p, cell);
+        p = take_plain_text(p, "</v></c>", cell);
         break;
     case CellType::Error: {
-        const char* const close = find_plain_text_end(p, window_.end());
-        if (close == nullptr || close == p) return nullptr;
+        bool as_it_stands;
+        const char* const close = find_text_end(p, window_.end(), as_it_stands);
+        if (close == nullptr || close == p || !as_it_stands) return nullptr;
         store_error(cell, {p, static_cast<std::size_t>(close - p)});
         p = close;
         break;
@@ -221,12 +233,16 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
     return p != nullptr && has(p, "</v>") ? p + 4 : nullptr;
 }
 
-// Returns the place of the '<' behind the text. Stores nothing unless the cell is whole.
-const char* SheetDataReader::take_plain_text(const char* p, StoredCell& cell) {
-    const char* const close = find_plain_text_end(p, window_.end());
-    if (close == nullptr || !has(close, "</v></c>")) return nullptr;
-    store_text(cell, {p, static_cast<std::size_t>(close - p)});
-    return close;
+// Stores the text at `p`, which must end with `close`; returns the place of that.
+const char* SheetDataReader::take_plain_text(const char* p, std::string_view close,
+                                             StoredCell& cell) {
+    bool as_it_stands;
+    const char* const end = find_text_end(p, window_.end(), as_it_stands);
+    if (end == nullptr || std::memcmp(end, close.data(), close.size()) != 0) return nullptr;
+    const std::string_view raw(p, static_cast<std::size_t>(end - p));
+    if (!as_it_stands && !assign_cell_text(value_, raw)) return nullptr;
+    store_text(cell, as_it_stands ? raw : value_);
+    return end;
 }
 
 const char* SheetDataReader::take_plain_inline_text(const char* p, StoredCell& cell) {
@@ -236,10 +252,8 @@ const char* SheetDataReader::take_plain_inline_text(const char* p, StoredCell& c
         p += 28;
     else
         return nullptr;
-    const char* const close = find_plain_text_end(p, window_.end());
-    if (close == nullptr || !has(close, "</t></is></c>")) return nullptr;
-    store_text(cell, {p, static_cast<std::size_t>(close - p)});
-    return close + 9;
+    p = take_plain_text(p, "</t></is></c>", cell);
+    return p == nullptr ? nullptr : p + 9;
 }
 
 } // namespace workbook

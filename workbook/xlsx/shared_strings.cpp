@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "workbook/xlsx/escaped_text.h"
 #include "workbook/xlsx/text_collector.h"
 #include "workbook/xml/xml_scanner.h"
 
@@ -22,12 +23,13 @@ const char* skip_spaces(const char* p) {
 }
 
 // Takes items in their plainest form, <si><t>text</t></si>, off the window for as long as they
-// come: nothing to decode, no attribute but xml:space. Everything else, and an item that is not
-// whole, is left to the scanner. The zero bytes behind the window end every comparison.
+// come, with no attribute but xml:space. Everything else, and an item that is not whole, is left to
+// the scanner. The zero bytes behind the window end every comparison.
 void take_plain_items(TextWindow& window, std::uint64_t wanted, StringPool& strings) {
     constexpr std::string_view kPlain = "<si><t>";
     constexpr std::string_view kSpaced = "<si><t xml:space=\"preserve\">";
     constexpr std::string_view kClose = "</t></si>";
+    std::string decoded;
     const char* p = window.cursor();
     while (strings.size() < wanted) {
         const char* text = skip_spaces(p);
@@ -37,10 +39,13 @@ void take_plain_items(TextWindow& window, std::uint64_t wanted, StringPool& stri
             text += kSpaced.size();
         else
             break;
-        const char* stop = find_plain_text_end(text, window.end());
-        if (stop == nullptr || !has(stop, kClose)) break;
-        strings.add({text, static_cast<std::size_t>(stop - text)});
-        p = stop + kClose.size();
+        bool as_it_stands;
+        const char* close = find_text_end(text, window.end(), as_it_stands);
+        if (close == nullptr || !has(close, kClose)) break;
+        const std::string_view raw(text, static_cast<std::size_t>(close - text));
+        if (!as_it_stands && !assign_cell_text(decoded, raw)) break;
+        strings.add(as_it_stands ? raw : decoded);
+        p = close + kClose.size();
     }
     window.set_cursor(p);
 }

@@ -51,7 +51,7 @@ class SheetDataReader {
     const char* take_plain_head(const char* p, std::uint32_t& column, CellHead& head);
     const char* take_plain_reference(const char* p, std::uint32_t& column) const;
     const char* take_plain_value(const char* p, CellType type, StoredCell& cell);
-    const char* take_plain_text(const char* p, StoredCell& cell);
+    const char* take_plain_text(const char* p, std::string_view close, StoredCell& cell);
     const char* take_plain_inline_text(const char* p, StoredCell& cell);
 
     // Any mark-up, through the scanner.

@@ -61,15 +61,15 @@ inline const char* find_text_stop(const char* p, const char* end) {
 #endif
 }
 
-/// The '<' that ends text without references, carriage returns and "_x" escapes; null when there is
-/// one of these first, or no '<' before `end`.
-inline const char* find_plain_text_end(const char* p, const char* end) {
-    for (;;) {
+/// The '<' that ends the text at `p`; null when there is none before `end`. `as_it_stands` tells
+/// whether the text has no references, no carriage returns and no "_x" escapes.
+inline const char* find_text_end(const char* p, const char* end, bool& as_it_stands) {
+    as_it_stands = true;
+    for (;; ++p) {
         p = find_text_stop(p, end);
         if (p == end) return nullptr;
         if (*p == '<') return p;
-        if (*p != '_' || p[1] == 'x') return nullptr;
-        ++p;
+        as_it_stands &= *p == '_' && p[1] != 'x';
     }
 }
 

@@ -2,11 +2,10 @@
 #include "workbook/xml/xml_scanner.h"
 
 #include <algorithm>
-#include <charconv>
 
-#include "foundation/unicode.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
+#include "workbook/xml/character_data.h"
 
 namespace workbook {
 
@@ -225,47 +224,8 @@ void XmlScanner::skip_to(std::string_view end_tag) {
 std::string_view XmlScanner::decode(std::string_view raw, std::string& scratch) {
     if (raw.find_first_of("&\r") == std::string_view::npos) return raw;
     scratch.clear();
-    for (std::size_t i = 0; i < raw.size();) {
-        const std::size_t stop = std::min(raw.find_first_of("&\r", i), raw.size());
-        scratch.append(raw, i, stop - i);
-        i = stop;
-        if (i == raw.size()) break;
-        if (raw[i] == '\r') { // XML 1.0, 2.11: line ends become one line feed
-            scratch += '\n';
-            i += i + 1 < raw.size() && raw[i + 1] == '\n' ? 2 : 1;
-            continue;
-        }
-        const std::size_t semicolon = raw.find(';', i);
-        if (semicolon == std::string_view::npos) fail("a character reference is not closed");
-        append_reference(raw.substr(i + 1, semicolon - i - 1), scratch);
-        i = semicolon + 1;
-    }
+    if (!append_decoded(scratch, raw)) fail("it has a reference to no character or known entity");
     return scratch;
-}
-
-void XmlScanner::append_reference(std::string_view reference, std::string& out) {
-    if (reference == "amp") {
-        out += '&';
-    } else if (reference == "lt") {
-        out += '<';
-    } else if (reference == "gt") {
-        out += '>';
-    } else if (reference == "quot") {
-        out += '"';
-    } else if (reference == "apos") {
-        out += '\'';
-    } else if (reference.starts_with('#')) {
-        const bool hex = reference.size() > 1 && (reference[1] == 'x' || reference[1] == 'X');
-        const std::string_view digits = reference.substr(hex ? 2 : 1);
-        std::uint32_t code = 0;
-        const auto [end, ec] =
-            std::from_chars(digits.data(), digits.data() + digits.size(), code, hex ? 16 : 10);
-        if (ec != std::errc() || end != digits.data() + digits.size() || code > 0x10FFFF)
-            fail("a character reference names no character");
-        foundation::unicode::append_code_point(out, code);
-    } else {
-        fail("it refers to an entity that is not declared");
-    }
 }
 
 } // namespace workbook

@@ -66,7 +66,6 @@ class XmlScanner {
     const char* find_tag_end();
     void parse_attributes(std::string_view text);
     std::string_view decode(std::string_view raw, std::string& scratch);
-    void append_reference(std::string_view reference, std::string& out);
 
     TextWindow window_;
     std::string_view name_;
