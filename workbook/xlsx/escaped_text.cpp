@@ -57,12 +57,13 @@ void append_unescaped(std::string& out, std::string_view text) {
     }
 }
 
-bool assign_cell_text(std::string& out, std::string_view raw) {
-    std::string decoded;
-    if (!append_decoded(decoded, raw)) return false;
-    out.clear();
-    append_unescaped(out, decoded);
-    return true;
+std::string_view CellTextDecoder::decode(std::string_view raw) {
+    decoded_.clear();
+    if (!append_decoded(decoded_, raw)) return {};
+    if (decoded_.find("_x") == std::string::npos) return decoded_;
+    unescaped_.clear();
+    append_unescaped(unescaped_, decoded_);
+    return unescaped_;
 }
 
 } // namespace workbook

@@ -6,7 +6,6 @@
 #include <charconv>
 #include <cstring>
 
-#include "workbook/xlsx/escaped_text.h"
 #include "workbook/xlsx/plain_number.h"
 #include "workbook/xlsx/sheet_data_reader.h"
 
@@ -239,9 +238,10 @@ const char* SheetDataReader::take_plain_text(const char* p, std::string_view clo
     bool as_it_stands;
     const char* const end = find_text_end(p, window_.end(), as_it_stands);
     if (end == nullptr || std::memcmp(end, close.data(), close.size()) != 0) return nullptr;
-    const std::string_view raw(p, static_cast<std::size_t>(end - p));
-    if (!as_it_stands && !assign_cell_text(value_, raw)) return nullptr;
-    store_text(cell, as_it_stands ? raw : value_);
+    std::string_view text(p, static_cast<std::size_t>(end - p));
+    if (!as_it_stands) text = decoder_.decode(text);
+    if (text.data() == nullptr) return nullptr;
+    store_text(cell, text);
     return end;
 }
 

@@ -29,7 +29,7 @@ void take_plain_items(TextWindow& window, std::uint64_t wanted, StringPool& stri
     constexpr std::string_view kPlain = "<si><t>";
     constexpr std::string_view kSpaced = "<si><t xml:space=\"preserve\">";
     constexpr std::string_view kClose = "</t></si>";
-    std::string decoded;
+    CellTextDecoder decoder;
     const char* p = window.cursor();
     while (strings.size() < wanted) {
         const char* text = skip_spaces(p);
@@ -42,9 +42,10 @@ void take_plain_items(TextWindow& window, std::uint64_t wanted, StringPool& stri
         bool as_it_stands;
         const char* close = find_text_end(text, window.end(), as_it_stands);
         if (close == nullptr || !has(close, kClose)) break;
-        const std::string_view raw(text, static_cast<std::size_t>(close - text));
-        if (!as_it_stands && !assign_cell_text(decoded, raw)) break;
-        strings.add(as_it_stands ? raw : decoded);
+        std::string_view item(text, static_cast<std::size_t>(close - text));
+        if (!as_it_stands) item = decoder.decode(item);
+        if (item.data() == nullptr) break;
+        strings.add(item);
         p = close + kClose.size();
     }
     window.set_cursor(p);

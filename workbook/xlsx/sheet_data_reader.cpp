@@ -7,7 +7,6 @@
 #include <optional>
 
 #include "workbook/error.h"
-#include "workbook/xlsx/escaped_text.h"
 #include "workbook/xlsx/iso_date.h"
 #include "workbook/xlsx/text_collector.h"
 #include "workbook/xml/cell_reference.h"

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "workbook/xlsx/escaped_text.h"
 #include "workbook/xlsx/worksheet_reader.h"
 #include "workbook/xml/xml_scanner.h"
 
@@ -82,6 +83,7 @@ class SheetDataReader {
     std::uint64_t row_digits_ = 0; ///< "12\"" for the open row: what ends its cells' references
     std::uint64_t row_digits_mask_ = 0; ///< the bytes of `row_digits_` in use
 
+    CellTextDecoder decoder_;
     std::string value_; ///< text of the cell being read
     std::vector<std::pair<std::string, std::uint32_t>> error_texts_;
 };

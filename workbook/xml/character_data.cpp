@@ -42,9 +42,11 @@ bool append_reference(std::string& out, std::string_view reference) {
 } // namespace
 
 bool append_decoded(std::string& out, std::string_view raw) {
+    const auto is_special = [](char c) { return c == '&' || c == '\r'; };
     while (!raw.empty()) {
-        const std::size_t stop = std::min(raw.find_first_of("&\r"), raw.size());
-        out.append(raw.substr(0, stop));
+        std::size_t stop = 0;
+        while (stop < raw.size() && !is_special(raw[stop])) ++stop;
+        out.append(raw.data(), stop);
         raw.remove_prefix(stop);
         if (raw.starts_with('\r')) {
             out += '\n';
