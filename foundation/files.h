@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Files and paths. Paths are UTF-16 in the library's interface; they reach the system as wide strings
-// on Windows and as UTF-8 elsewhere. This is the only place that talks to the file system.
+// Files and paths. Paths are UTF-16 in the library's interface; they reach the system as wide
+// strings on Windows and as UTF-8 elsewhere. This is the only place that talks to the file system.
 #pragma once
 
 #include <cstddef>
@@ -36,13 +36,13 @@ class RandomAccessFile {
     /// Number of bytes in the file when it was opened.
     virtual std::uint64_t size() const = 0;
 
-    /// Reads up to `count` bytes at byte `position` into `buffer` and returns how many were read; fewer
-    /// only at the end of the file. Throws `FileError` when the system cannot read.
+    /// Reads up to `count` bytes at byte `position` into `buffer` and returns how many were read;
+    /// fewer only at the end of the file. Throws `FileError` when the system cannot read.
     virtual std::size_t read_at(std::uint64_t position, char* buffer, std::size_t count) = 0;
 };
 
-/// Opens a file for reading, shared with every other reader, writer and remover. Throws `FileError`;
-/// a folder is `NotAFile`.
+/// Opens a file for reading, shared with every other reader, writer and remover. Throws
+/// `FileError`; a folder is `NotAFile`.
 std::unique_ptr<RandomAccessFile> open_for_reading(std::u16string_view path);
 
 /// A file that lies in memory; copies `bytes`.

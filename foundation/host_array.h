@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Arrays of the host environment: two dimensions, column after column. `HostArray` is what the library
-// is given; the classes below it are arrays of the library's own for hosts and tests that have none.
+// Arrays of the host environment: two dimensions, column after column. `HostArray` is what the
+// library is given; the classes below it are arrays of the library's own for hosts and tests that
+// have none.
 #pragma once
 
 #include <cstddef>
@@ -25,15 +26,14 @@ class ZX_API HostArray {
   public:
     virtual ~HostArray();
 
-
     virtual HostClass host_class() const = 0;
     virtual HostStorage storage() const { return HostStorage::Plain; }
     virtual std::size_t rows() const = 0;
     virtual std::size_t columns() const = 0;
     std::size_t size() const { return rows() * columns(); }
 
-    /// The elements of a plain array of the class asked for, null for any other class or storage. The
-    /// pointer lives as long as the array is not changed.
+    /// The elements of a plain array of the class asked for, null for any other class or storage.
+    /// The pointer lives as long as the array is not changed.
     virtual const double* doubles() const { return nullptr; }
     virtual const bool* logicals() const { return nullptr; }
     virtual const std::uint8_t* uint8s() const { return nullptr; }
@@ -45,8 +45,8 @@ class ZX_API HostArray {
 
 using HostArrayPtr = std::unique_ptr<HostArray>;
 
-/// A column-major array of one element type, owned by the library. `T` is double, bool, std::uint8_t,
-/// char16_t, std::u16string or HostArrayPtr (a cell array).
+/// A column-major array of one element type, owned by the library. `T` is double, bool,
+/// std::uint8_t, char16_t, std::u16string or HostArrayPtr (a cell array).
 template <class T>
 class ZX_API ColumnMajorArray : public HostArray {
   public:
@@ -77,6 +77,13 @@ class ZX_API ColumnMajorArray : public HostArray {
     std::size_t columns_;
     std::unique_ptr<T[]> values_;
 };
+
+extern template class ColumnMajorArray<double>;
+extern template class ColumnMajorArray<bool>;
+extern template class ColumnMajorArray<std::uint8_t>;
+extern template class ColumnMajorArray<char16_t>;
+extern template class ColumnMajorArray<std::u16string>;
+extern template class ColumnMajorArray<HostArrayPtr>;
 
 using DoubleArray = ColumnMajorArray<double>;
 using LogicalArray = ColumnMajorArray<bool>;

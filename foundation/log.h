@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The diagnostic logger: records with a channel, a severity and a text, filtered by a level mask before
-// anything is formatted, delivered to the sinks that the host adds. With no sink a record goes nowhere.
+// The diagnostic logger: records with a channel, a severity and a text, filtered by a level mask
+// before anything is formatted, delivered to the sinks that the host adds. With no sink a record
+// goes nowhere.
 #pragma once
 
 #include <cstdint>
@@ -61,7 +62,8 @@ class basic_diagnostic_logger;
 /// Logger of one channel. Thread-safe.
 ///
 ///     auto& logger = spreadsheet::getLogger();
-///     if (logger.enabled(foundation::log::error)) logger.write(foundation::log::error, "[TAG]: cause");
+///     if (logger.enabled(foundation::log::error)) logger.write(foundation::log::error, "[TAG]:
+///     cause");
 template <>
 class ZX_API basic_diagnostic_logger<char> {
   public:
@@ -75,7 +77,8 @@ class ZX_API basic_diagnostic_logger<char> {
     std::uint32_t level_mask() const noexcept;
     void set_level_mask(std::uint32_t mask) noexcept;
 
-    /// True when the mask has the severity's bit and at least one sink is there to receive the record.
+    /// True when the mask has the severity's bit and at least one sink is there to receive the
+    /// record.
     bool enabled(std::uint32_t severity) const noexcept;
 
     /// Delivers one record; does nothing when the severity is not enabled.
@@ -93,7 +96,8 @@ class ZX_API basic_diagnostic_logger<char> {
 /// signature, line.
 class ZX_API ScopedTrace {
   public:
-    ScopedTrace(basic_diagnostic_logger<char>& logger, const char* unit, const char* function, int line);
+    ScopedTrace(basic_diagnostic_logger<char>& logger, const char* unit, const char* function,
+                int line);
     ~ScopedTrace();
     ScopedTrace(const ScopedTrace&) = delete;
     ScopedTrace& operator=(const ScopedTrace&) = delete;

@@ -3,6 +3,8 @@
 
 namespace spreadsheet {
 
-const char* version() noexcept { return ZXSPREADSHEET_VERSION; }
+const char* version() noexcept {
+    return ZXSPREADSHEET_VERSION;
+}
 
 } // namespace spreadsheet

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Comparison without regard to case, with the simple foldings (status C and S) of Unicode's
+// CaseFolding.txt.
+#include <utf8proc.h>
+
+#include "foundation/code_points.h"
+#include "foundation/unicode.h"
+
+namespace foundation::unicode {
+namespace {
+
+constexpr char32_t kCapitalIWithDot = 0x130; ///< has a full and a Turkic folding but no simple one
+
+char32_t fold_ascii(char32_t code_point) {
+    return code_point >= U'A' && code_point <= U'Z' ? code_point + (U'a' - U'A') : code_point;
+}
+
+char32_t fold(char32_t code_point) {
+    if (code_point < 0x80) return fold_ascii(code_point);
+    if (code_point == kCapitalIWithDot || is_high_surrogate(code_point) ||
+        is_low_surrogate(code_point))
+        return code_point;
+    utf8proc_int32_t folded[4];
+    int boundary = 0;
+    const auto value = static_cast<utf8proc_int32_t>(code_point);
+    const auto length = utf8proc_decompose_char(value, folded, 4, UTF8PROC_CASEFOLD, &boundary);
+    if (length == 1) return static_cast<char32_t>(folded[0]);
+    // Where the full folding has several code points, the simple one is the lower-case letter.
+    return static_cast<char32_t>(utf8proc_tolower(value));
+}
+
+} // namespace
+
+bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) {
+    // A simple folding never leaves its plane, so equal texts have equal lengths.
+    if (a.size() != b.size()) return false;
+    std::size_t i = 0;
+    std::size_t j = 0;
+    while (i < a.size() && j < b.size()) {
+        const char32_t first = next_code_point(a, i);
+        const char32_t second = next_code_point(b, j);
+        if (first != second && fold(first) != fold(second)) return false;
+    }
+    return i == a.size() && j == b.size();
+}
+
+} // namespace foundation::unicode

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Opening and reading files on Windows.
+#include <algorithm>
+#include <limits>
+#include <string>
+
+#include <windows.h>
+
+#include "foundation/files.h"
+
+namespace foundation::files {
+namespace {
+
+/// Owns a file handle.
+class Handle {
+  public:
+    explicit Handle(HANDLE value) : value_(value) {}
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() {
+        if (valid()) ::CloseHandle(value_);
+    }
+    bool valid() const { return value_ != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return value_; }
+
+  private:
+    HANDLE value_;
+};
+
+bool is_folder(const std::wstring& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+[[noreturn]] void throw_open_error(DWORD code, const std::wstring& path) {
+    switch (code) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_NAME:
+    case ERROR_INVALID_DRIVE:
+    case ERROR_BAD_NETPATH:
+    case ERROR_BAD_NET_NAME:
+        throw FileError(FileProblem::NotFound, "There is no such file.");
+    case ERROR_ACCESS_DENIED:
+        // The system's answer for a folder, too.
+        if (is_folder(path)) throw FileError(FileProblem::NotAFile, "It is a folder, not a file.");
+        throw FileError(FileProblem::AccessDenied, "Access is denied; check the permissions.");
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+        throw FileError(FileProblem::InUse, "Another program has the file locked.");
+    case ERROR_FILENAME_EXCED_RANGE:
+    case ERROR_BUFFER_OVERFLOW:
+        throw FileError(FileProblem::PathTooLong, "The path is longer than the system allows.");
+    default:
+        throw FileError(FileProblem::ReadFailed,
+                        "The system cannot open the file (error " + std::to_string(code) + ").");
+    }
+}
+
+/// The absolute form with the prefix that lifts the limit of MAX_PATH characters; short paths stay
+/// as they are, since the prefix switches '/' and relative components off.
+std::wstring system_path(const std::wstring& path) {
+    if (path.size() < MAX_PATH || path.rfind(L"\\\\?\\", 0) == 0) return path;
+    const DWORD needed = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(needed, L'\0');
+    const DWORD length = ::GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
+    if (length == 0 || length >= needed) return path;
+    full.resize(length);
+    if (full.rfind(L"\\\\", 0) == 0) return L"\\\\?\\UNC" + full.substr(1);
+    return L"\\\\?\\" + full;
+}
+
+HANDLE open_shared(const std::wstring& path) {
+    return ::CreateFileW(path.c_str(), GENERIC_READ,
+                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+class WindowsFile : public RandomAccessFile {
+  public:
+    explicit WindowsFile(const std::wstring& path) : file_(open_shared(path)) {
+        if (!file_.valid()) throw_open_error(::GetLastError(), path);
+        if (::GetFileType(file_.get()) != FILE_TYPE_DISK)
+            throw FileError(FileProblem::NotAFile, "It is a device or a pipe, not a file.");
+        LARGE_INTEGER size;
+        if (!::GetFileSizeEx(file_.get(), &size)) throw_open_error(::GetLastError(), path);
+        size_ = static_cast<std::uint64_t>(size.QuadPart);
+    }
+
+    std::uint64_t size() const override { return size_; }
+
+    std::size_t read_at(std::uint64_t position, char* buffer, std::size_t count) override {
+        std::size_t done = 0;
+        while (done < count) {
+            const DWORD got = read_once(position + done, buffer + done, count - done);
+            if (got == 0) break;
+            done += got;
+        }
+        return done;
+    }
+
+  private:
+    static constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;
+
+    DWORD read_once(std::uint64_t position, char* buffer, std::size_t count) {
+        OVERLAPPED place{};
+        place.Offset = static_cast<DWORD>(position & 0xFFFFFFFFu);
+        place.OffsetHigh = static_cast<DWORD>(position >> 32);
+        DWORD got = 0;
+        const auto wanted = static_cast<DWORD>(std::min(count, kMostAtOnce));
+        if (::ReadFile(file_.get(), buffer, wanted, &got, &place)) return got;
+        const DWORD code = ::GetLastError();
+        if (code == ERROR_HANDLE_EOF) return 0;
+        if (code == ERROR_LOCK_VIOLATION)
+            throw FileError(FileProblem::InUse, "Another program has a part of the file locked.");
+        throw FileError(FileProblem::ReadFailed,
+                        "The system cannot read the file (error " + std::to_string(code) + ").");
+    }
+
+    Handle file_;
+    std::uint64_t size_ = 0;
+};
+
+} // namespace
+
+std::unique_ptr<RandomAccessFile> open_for_reading(std::u16string_view path) {
+    const std::wstring wide = system_path(native_path(path).native());
+    // Behind a null character the system would not see the rest and might open another file.
+    if (wide.empty() || wide.find(L'\0') != std::wstring::npos)
+        throw_open_error(ERROR_FILE_NOT_FOUND, wide);
+    return std::make_unique<WindowsFile>(wide);
+}
+
+} // namespace foundation::files

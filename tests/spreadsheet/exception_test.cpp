@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The message table and the travels of an exception.
+#include <set>
+#include <string>
+#include <typeinfo>
+
+#include <boost/exception_ptr.hpp>
+#include <gtest/gtest.h>
+
+#include "spreadsheet/exception.h"
+
+namespace spreadsheet {
+namespace {
+
+std::string message(int id) {
+    return error_id_message(static_cast<error_id>(id));
+}
+
+TEST(ErrorIdMessage, HasATextOfItsOwnWhereTheTableSaysSo) {
+    const std::string internal = message(18);
+    EXPECT_EQ(internal, "[spreadsheet_err]: An internal error occurred. Please provide more "
+                        "information about how you encountered this issue.");
+    std::set<std::string> seen;
+    for (int id = 0; id < 256; ++id) {
+        const bool own = id <= 54 && id != 18 && (id < 32 || id > 36);
+        EXPECT_EQ(message(id) != internal, own) << id;
+        EXPECT_EQ(message(id).rfind("[spreadsheet_err]: ", 0), 0u) << id;
+        const bool unique = seen.insert(message(id)).second;
+        EXPECT_TRUE(unique || !own || id == 5) << id;
+    }
+    EXPECT_EQ(message(4), message(5));
+}
+
+// One text per decade pins the table's order down; the others differ in ways that a reader
+// overlooks.
+TEST(ErrorIdMessage, KeepsItsWording) {
+    const struct {
+        int id;
+        const char* text;
+    } cases[] = {
+        {0, "Could not create or initialize a Book."},
+        {9,
+         "Could not load the Book. Please make sure you have read access, and enough free memory."},
+        {15, "Loading from memory is not yet a supported operation."},
+        {21, "The range string had trailing characters that were not whitespace."},
+        {22,
+         "Could not parse a valid range from the given string. A valid range is of the form 'A1' "
+         "(cell), 'A:B' (column-select), '1:5' (row-select) or 'A1:B5' (rectangle-select)."},
+        {26,
+         R"(Invalid sheet name. Name must have 1-31 characters, excluding :, \\, /, ?, *, [, and ].)"},
+        {29, "Invalid format. Must be XLS, XLSX, XLSM, XLSB, XLTX, XLTM, or ODS."},
+        {31, "Chart Sheets are currently not supported."},
+        {39, "Merged rows found in sheet. Set MergedCellRowRule to any value other than 'error'."},
+        {47, "Google Sheets service is currently unavailable."},
+        {48, "Google Sheets service is currently unavailable"},
+        {54,
+         "The cell is beyond the bounds of the Google Spreadsheet or is a named range that does "
+         "not exist in this Google Spreadsheet."},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(message(c.id), std::string("[spreadsheet_err]: ") + c.text);
+}
+
+TEST(Exception, SaysItsDetailOrElseItsMessage) {
+    EXPECT_EQ(Exception(error_id::trailing_characters).what(), message(21));
+    EXPECT_STREQ(Exception(error_id::trailing_characters, "x").what(), "x");
+    EXPECT_EQ(Exception(error_id::trailing_characters, "").what(), message(21));
+}
+
+TEST(Exception, TravelsThroughBoostWithoutSlicing) {
+    boost::exception_ptr carried;
+    try {
+        throw Exception(error_id::merged_rows, "detail");
+    } catch (...) {
+        carried = boost::current_exception();
+    }
+    try {
+        boost::rethrow_exception(carried);
+        FAIL();
+    } catch (const foundation::core::except::IInternalException& e) {
+        EXPECT_EQ(typeid(e), typeid(Exception));
+        const auto& same = dynamic_cast<const Exception&>(e);
+        EXPECT_EQ(same.id(), error_id::merged_rows);
+        EXPECT_STREQ(same.what(), "detail");
+    }
+    EXPECT_THROW(boost::rethrow_exception(carried), std::exception);
+}
+
+} // namespace
+} // namespace spreadsheet

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The number of the `Exception` that an action throws, -1 when it throws none.
+#pragma once
+
+#include "spreadsheet/exception.h"
+
+namespace spreadsheet {
+
+template <class Action>
+int thrown_id(Action action) {
+    try {
+        action();
+    } catch (const Exception& e) {
+        return static_cast<int>(e.id());
+    }
+    return -1;
+}
+
+} // namespace spreadsheet
