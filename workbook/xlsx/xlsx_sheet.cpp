@@ -5,6 +5,7 @@
 
 #include "foundation/unicode.h"
 #include "workbook/error.h"
+#include "workbook/xml/cell_reference.h"
 
 namespace workbook {
 
@@ -14,13 +15,6 @@ namespace {
 constexpr CellKind kCellKinds[] = {CellKind::Number,    CellKind::String, CellKind::String,
                                    CellKind::Boolean,   CellKind::Blank,  CellKind::Error,
                                    CellKind::StrictDate};
-
-std::string cell_name(int row, int column) {
-    std::string letters;
-    for (int rest = column + 1; rest > 0; rest = (rest - 1) / 26)
-        letters.insert(letters.begin(), static_cast<char>('A' + (rest - 1) % 26));
-    return letters + std::to_string(row + 1);
-}
 
 } // namespace
 
