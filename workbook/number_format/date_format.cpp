@@ -82,7 +82,9 @@ class Walk {
     }
 
     bool bracket() {
-        const std::string_view inside = rest_.substr(1, rest_.find(']') - 1);
+        const std::size_t end = rest_.find(']');
+        const bool is_closed = end != std::string_view::npos;
+        const std::string_view inside = is_closed ? rest_.substr(1, end - 1) : std::string_view{};
         skip_past(']');
         return is_elapsed_time(inside);
     }
