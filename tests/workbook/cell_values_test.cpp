@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The small pieces that cells are made of: the store, dates, escapes, numbers, shared strings.
+#include <cmath>
 #include <cstdlib>
 #include <random>
 #include <string>

@@ -1,36 +1,45 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A part that lies in memory and is handed out in pieces of a chosen size, so that every boundary
-// between two blocks is met.
+// A part that lies in memory, handed out in steps of a chosen size.
 #pragma once
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 
 #include "workbook/package/byte_source.h"
 
 namespace workbook::test {
 
-class MemorySource : public ByteSource {
+class MemorySource final : public ByteSource {
   public:
-    explicit MemorySource(std::string text, std::size_t piece = 1u << 20)
-        : text_(std::move(text)), piece_(piece) {}
+    explicit MemorySource(std::string text, std::size_t step = std::string::npos,
+                          std::string name = "xl/worksheets/sheet1.xml")
+        : text_(std::move(text)), step_(step), name_(std::move(name)) {}
 
     std::size_t read(char* buffer, std::size_t capacity) override {
-        const std::size_t count = std::min({piece_, capacity, text_.size() - position_});
-        std::memcpy(buffer, text_.data() + position_, count);
-        position_ += count;
+        const std::size_t count = std::min({capacity, step_, text_.size() - used_});
+        text_.copy(buffer, count, used_);
+        used_ += count;
         return count;
     }
     const std::string& part_name() const override { return name_; }
 
     /// Bytes handed out so far.
-    std::size_t position() const { return position_; }
+    std::size_t position() const { return used_; }
 
   private:
-    std::string text_, name_ = "xl/worksheets/sheet1.xml";
-    std::size_t piece_, position_ = 0;
+    std::string text_;
+    std::size_t step_;
+    std::string name_;
+    std::size_t used_ = 0;
 };
+
+/// Everything that a source holds, asked for in pieces of `capacity` bytes.
+inline std::string read_all(ByteSource& source, std::size_t capacity = 64u << 10) {
+    std::string text, piece(capacity, '\0');
+    while (const std::size_t count = source.read(piece.data(), piece.size()))
+        text.append(piece, 0, count);
+    return text;
+}
 
 } // namespace workbook::test
