@@ -83,7 +83,7 @@ TEST(IsDateFormat, TellsNumbersAndText) {
 }
 
 TEST(Styles, LooksUpFormatsOfCells) {
-    testing::MemorySource part(R"(<x:styleSheet xmlns:x="m"><x:numFmts count="99">
+    test::MemorySource part(R"(<x:styleSheet xmlns:x="m"><x:numFmts count="99">
 <x:numFmt numFmtId="164" formatCode="d&quot;x&quot;"/><x:numFmt numFmtId="165" formatCode="0&quot;d&quot;"/>
 <x:numFmt numFmtId="14" formatCode="0.0"/><x:numFmt numFmtId="58" formatCode="m/d"/></x:numFmts>
 <x:cellStyleXfs><x:xf numFmtId="15"/></x:cellStyleXfs>

@@ -49,7 +49,7 @@ Unpacked unpack(InflateEngine engine, const std::string& packed, std::size_t cap
 
 TEST(Unpacker, GivesTheSameTextInPiecesOfAnySize) {
     const std::string text = varied_text();
-    const std::string packed = testing::deflate_text(text);
+    const std::string packed = test::deflate_text(text);
     for (const InflateEngine engine : kEngines)
         for (const std::size_t capacity : {1000u, 65536u, 1u << 20}) {
             const Unpacked result = unpack(engine, packed, capacity);
@@ -60,13 +60,13 @@ TEST(Unpacker, GivesTheSameTextInPiecesOfAnySize) {
 
 TEST(Unpacker, UnpacksNothingFromEmptyData) {
     for (const InflateEngine engine : kEngines) {
-        EXPECT_EQ(unpack(engine, testing::deflate_text(""), 100).state, Unpacker::State::Finished);
+        EXPECT_EQ(unpack(engine, test::deflate_text(""), 100).state, Unpacker::State::Finished);
         EXPECT_EQ(unpack(engine, "", 100).state, Unpacker::State::Broken);
     }
 }
 
 TEST(Unpacker, EndsOnDataThatAreCutOrChanged) {
-    const std::string packed = testing::deflate_text(varied_text().substr(0, 5000));
+    const std::string packed = test::deflate_text(varied_text().substr(0, 5000));
     for (const InflateEngine engine : kEngines) {
         for (std::size_t length = 0; length < packed.size(); length += 7)
             EXPECT_EQ(unpack(engine, packed.substr(0, length), 512).state, Unpacker::State::Broken)

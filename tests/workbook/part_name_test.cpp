@@ -12,7 +12,7 @@
 namespace workbook {
 namespace {
 
-using testing::MemorySource;
+using test::MemorySource;
 
 TEST(ResolveTarget, FollowsEveryFormOfTarget) {
     struct Case {

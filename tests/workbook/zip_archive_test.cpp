@@ -13,16 +13,16 @@
 namespace workbook {
 namespace {
 
-using testing::build_zip;
+using test::build_zip;
 using ::testing::HasSubstr;
-using testing::ZipItem;
-using testing::ZipShape;
+using test::ZipItem;
+using test::ZipShape;
 
 std::string read_part(const std::string& bytes, std::string_view name) {
     ZipArchive archive(foundation::files::memory_file(bytes));
     const ZipEntry* entry = archive.find(name);
     if (entry == nullptr) return "absent";
-    return testing::read_all(*archive.open(*entry));
+    return test::read_all(*archive.open(*entry));
 }
 
 std::string many_lines() {
