@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The one error type inside the workbook library. Made by the named factories only; the books turn it
-// into `error_message`. The text is one sentence: where, what is wrong, and what to do about it.
+// The one error type inside the workbook library. Made by the named factories only; the books turn
+// it into `error_message`. The text is one sentence: where, what is wrong, and what to do about it.
 #pragma once
 
 #include <cstdint>
@@ -12,12 +12,12 @@
 namespace workbook {
 
 enum class ErrorKind {
-    File,        ///< the file cannot be opened or read
-    NotAWorkbook,///< readable, but not a workbook of this family
-    Encrypted,   ///< protected by a password
-    Damaged,     ///< a container, part or record that breaks its format
-    Limit,       ///< larger than the library's limits allow
-    Missing      ///< a part or sheet that does not exist
+    File,         ///< the file cannot be opened or read
+    NotAWorkbook, ///< readable, but not a workbook of this family
+    Encrypted,    ///< protected by a password
+    Damaged,      ///< a container, part or record that breaks its format
+    Limit,        ///< larger than the library's limits allow
+    Missing       ///< a part or sheet that does not exist
 };
 
 class Error : public std::runtime_error {
@@ -32,6 +32,9 @@ class Error : public std::runtime_error {
     static Error damaged_at(std::string_view part, std::uint64_t position, std::string_view what);
     static Error limit(std::string_view part, std::string_view what);
     static Error missing(std::string_view what);
+
+    /// This error, its text preceded by the sheet that it was met in.
+    Error in_sheet(std::string_view sheet) const;
 
     ErrorKind kind() const noexcept { return kind_; }
 

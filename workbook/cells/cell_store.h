@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The cells of one sheet: 16 bytes each, row after row in chunks that never move; nothing is kept for a
-// cell that does not exist. A cell is found in constant time where rows and columns have no gaps, by
-// binary search of its row otherwise.
+// The cells of one sheet: 16 bytes each, row after row in chunks that never move; nothing is kept
+// for a cell that does not exist. A cell is found in constant time where rows and columns have no
+// gaps, by binary search otherwise.
 #pragma once
 
 #include <cstddef>
@@ -15,13 +15,13 @@
 namespace workbook {
 
 enum class StoredKind : std::uint8_t {
-    Number,     ///< value.number
-    String,     ///< value.text: index into the book's shared strings
-    OwnString,  ///< value.text: index into the sheet's own strings (inline text, formula results)
-    Boolean,    ///< value.number is 0 or 1
-    Blank,      ///< no value
-    Error,      ///< value.text: index of its text in the sheet's own strings
-    StrictDate  ///< value.number is a serial day number
+    Number,    ///< value.number
+    String,    ///< value.text: index into the book's shared strings
+    OwnString, ///< value.text: index into the sheet's own strings (inline text, formula results)
+    Boolean,   ///< value.number is 0 or 1
+    Blank,     ///< no value
+    Error,     ///< value.text: index of its text in the sheet's own strings
+    StrictDate ///< value.number is a serial day number
 };
 
 struct StoredCell {
@@ -37,6 +37,9 @@ struct StoredCell {
 };
 static_assert(sizeof(StoredCell) == 16);
 
+/// Largest value of `StoredCell::format`.
+inline constexpr std::uint32_t kMaxStoredFormat = (1u << 24) - 1;
+
 /// First and one-past-last indices; all zero when there is no cell.
 struct CellBounds {
     int first_row = 0, end_row = 0, first_column = 0, end_column = 0;
@@ -44,21 +47,26 @@ struct CellBounds {
 
 class CellStore {
   public:
-    /// Room for one row of cells in writing. `begin_row`, then `push` in any column order, then
-    /// `end_row`. Rows may come in any order and more than once; the last cell written at a place wins.
+    /// Filling: `begin_row`, then per cell write `*next_cell()` and call `keep_cell`, then
+    /// `end_row`; `finish` once at the end. Rows and columns may come in any order and more than
+    /// once; the last cell written at a place wins.
     void begin_row(int row);
-    /// The place of the next cell of the open row; written by the caller. Null when the row already has
-    /// as many cells as a sheet has columns.
-    StoredCell* next_cell() { return open_end_ < open_limit_ ? open_end_ : nullptr; }
-    void keep_cell() { ++open_end_; }
+    /// The place of the next cell of the open row, for the caller to write; null when the row
+    /// already has as many cells as a sheet has columns.
+    StoredCell* next_cell() const { return open_end_ < open_limit_ ? open_end_ : nullptr; }
+    void keep_cell() {
+        in_order_ &= open_end_ == open_begin_ || open_end_[-1].column < open_end_->column;
+        ++open_end_;
+    }
     void end_row();
-    /// Call once after the last row: puts rows in order and computes the bounds.
     void finish();
 
     /// The cell at a place, null when it does not exist.
     const StoredCell* find(int row, int column) const;
 
+    /// Number of cells.
     std::size_t size() const { return size_; }
+    /// All cells, and those that are not blank.
     const CellBounds& bounds() const { return bounds_; }
     const CellBounds& filled_bounds() const { return filled_bounds_; }
 
@@ -66,7 +74,8 @@ class CellStore {
     template <class Visit>
     void for_each(Visit visit) const {
         for (const Row& row : rows_)
-            for (std::uint32_t i = 0; i < row.count; ++i) visit(static_cast<int>(row.index), row.cells[i]);
+            for (std::uint32_t i = 0; i < row.count; ++i)
+                visit(static_cast<int>(row.index), row.cells[i]);
     }
 
   private:
@@ -76,18 +85,60 @@ class CellStore {
         StoredCell* cells;
     };
 
+    static std::uint32_t keep_last_of_equals(StoredCell* begin, StoredCell* end);
+    const Row* find_row(std::uint32_t row) const;
     void merge_equal_rows();
+    void compute_bounds();
 
     std::vector<std::unique_ptr<StoredCell[]>> chunks_;
+    StoredCell* chunk_end_ = nullptr;
     std::vector<Row> rows_; ///< ascending by index once finished
+
     StoredCell* open_begin_ = nullptr;
     StoredCell* open_end_ = nullptr;
     StoredCell* open_limit_ = nullptr;
     std::uint32_t open_row_ = 0;
-    StoredCell* chunk_end_ = nullptr;
+    bool in_order_ = true;
+
     std::size_t size_ = 0;
     CellBounds bounds_;
     CellBounds filled_bounds_;
 };
+
+inline const CellStore::Row* CellStore::find_row(std::uint32_t row) const {
+    if (rows_.empty() || row < rows_.front().index || row > rows_.back().index) return nullptr;
+    // Without gaps before it, a row stands this far behind the first; with gaps, earlier.
+    std::size_t at = row - rows_.front().index;
+    if (at < rows_.size() && rows_[at].index == row) return &rows_[at];
+    std::size_t low = 0, high = at < rows_.size() ? at : rows_.size();
+    while (low < high) {
+        at = (low + high) / 2;
+        if (rows_[at].index < row)
+            low = at + 1;
+        else
+            high = at;
+    }
+    return low < rows_.size() && rows_[low].index == row ? &rows_[low] : nullptr;
+}
+
+inline const StoredCell* CellStore::find(int row, int column) const {
+    if (row < 0 || column < 0) return nullptr;
+    const Row* found = find_row(static_cast<std::uint32_t>(row));
+    if (found == nullptr) return nullptr;
+    const auto wanted = static_cast<std::uint32_t>(column);
+    const StoredCell* cells = found->cells;
+    if (wanted < cells[0].column) return nullptr;
+    std::uint32_t at = wanted - cells[0].column;
+    if (at < found->count && cells[at].column == wanted) return &cells[at];
+    std::uint32_t low = 0, high = at < found->count ? at : found->count;
+    while (low < high) {
+        at = (low + high) / 2;
+        if (cells[at].column < wanted)
+            low = at + 1;
+        else
+            high = at;
+    }
+    return low < found->count && cells[low].column == wanted ? &cells[low] : nullptr;
+}
 
 } // namespace workbook

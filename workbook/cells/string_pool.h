@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Texts one after another in generalised UTF-8 (foundation/unicode.h), addressed by index.
+// Texts one after another in generalised UTF-8 (foundation/unicode.h), addressed by index. A text
+// costs its own bytes and 12 more.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,19 +20,18 @@ class StringPool {
     std::size_t size() const { return entries_.size(); }
     /// `index` must be below `size()`. The view lives as long as the pool.
     std::string_view operator[](std::size_t index) const {
-        const Entry& entry = entries_[index];
-        return {entry.text, entry.length};
+        std::uint32_t length;
+        std::memcpy(&length, entries_[index], sizeof length);
+        return {entries_[index] + sizeof length, length};
     }
 
   private:
-    struct Entry {
-        const char* text;
-        std::uint32_t length;
-    };
+    char* make_room(std::size_t bytes);
+
     std::vector<std::unique_ptr<char[]>> chunks_;
+    std::vector<const char*> entries_; ///< each a length and the text behind it
     char* free_begin_ = nullptr;
     char* free_end_ = nullptr;
-    std::vector<Entry> entries_;
 };
 
 } // namespace workbook

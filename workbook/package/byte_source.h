@@ -12,8 +12,8 @@ class ByteSource {
   public:
     virtual ~ByteSource() = default;
 
-    /// Fills `buffer` with up to `capacity` bytes and returns how many; 0 only at the end of the part,
-    /// and the end is checked (length and CRC-32 as the container has them). Throws `Error`.
+    /// Fills `buffer` with up to `capacity` bytes and returns how many; 0 only at the end of the
+    /// part, and the end is checked (length and CRC-32 as the container has them). Throws `Error`.
     virtual std::size_t read(char* buffer, std::size_t capacity) = 0;
 
     /// Name of the part, for messages.

@@ -1,1 +1,45 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Entry lookup and local headers. Sizes come from the directory: local headers may lack them.
+#include "workbook/package/zip_archive.h"
+
+#include "workbook/error.h"
+#include "workbook/package/entry_source.h"
+#include "workbook/package/little_endian.h"
+#include "workbook/package/part_name.h"
+
+namespace workbook {
+
+namespace {
+
+constexpr std::uint32_t kLocalSignature = 0x04034b50;
+constexpr std::size_t kLocalBytes = 30;
+
+} // namespace
+
+ZipArchive::ZipArchive(std::unique_ptr<foundation::files::RandomAccessFile> file)
+    : file_(std::move(file)), entries_(read_zip_directory(*file_)) {
+    by_name_.reserve(entries_.size());
+    for (std::size_t i = 0; i < entries_.size(); ++i)
+        by_name_.emplace(canonical_part_name(entries_[i].name), i);
+}
+
+const ZipEntry* ZipArchive::find(std::string_view part_name) const {
+    const auto found = by_name_.find(canonical_part_name(part_name));
+    return found == by_name_.end() ? nullptr : &entries_[found->second];
+}
+
+std::unique_ptr<ByteSource> ZipArchive::open(const ZipEntry& entry) {
+    if (entry.is_encrypted) throw Error::encrypted();
+    char header[kLocalBytes];
+    const std::size_t got = file_->read_at(entry.header_position, header, kLocalBytes);
+    if (got < kLocalBytes || load_u32(header) != kLocalSignature)
+        throw Error::damaged(entry.name, "its header in the ZIP container is missing");
+    const std::uint64_t position =
+        entry.header_position + kLocalBytes + load_u16(header + 26) + load_u16(header + 28);
+    if (position > file_->size() || entry.packed_size > file_->size() - position)
+        throw Error::damaged(entry.name, "it ends behind the end of the file");
+    return std::make_unique<EntrySource>(*file_, entry, position, unpacked_bytes_);
+}
+
+} // namespace workbook

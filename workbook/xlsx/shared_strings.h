@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Reads the shared strings part (ECMA-376 part 1, 18.4.9): the text of every item without phonetic runs,
+// Reads the shared strings part (ECMA-376 part 1, 18.4.9): the text of every item without phonetic
+// runs,
 // `_xHHHH_` escapes resolved (22.4.2.4, ST_Xstring).
 #pragma once
 
@@ -11,8 +12,8 @@
 
 namespace workbook {
 
-/// Appends items to `strings` until it holds `wanted` of them or the part ends. Claimed counts are not
-/// believed. Throws `Error`.
+/// Appends items to `strings` until it holds `wanted` of them or the part ends. Claimed counts are
+/// not believed. Throws `Error`.
 void read_shared_strings(ByteSource& part, std::uint64_t wanted, StringPool& strings);
 
 } // namespace workbook

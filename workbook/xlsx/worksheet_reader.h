@@ -36,9 +36,9 @@ struct WorksheetCells {
     std::uint64_t shared_strings_end = 0;
 };
 
-/// Reads the cells of `rows` and stops behind the last wanted row, in which case `tail` is left alone and
-/// the answer is false; otherwise fills both and answers true. `date_1904` is the book's date system, for
-/// ISO dates. Throws `Error`.
+/// Reads the cells of `rows` and stops behind the last wanted row, in which case `tail` is left
+/// alone and the answer is false; otherwise fills both and answers true. `date_1904` is the book's
+/// date system, for ISO dates. Throws `Error`.
 bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, WorksheetCells& cells,
                     WorksheetTail& tail);
 

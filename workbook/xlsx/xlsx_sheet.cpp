@@ -1,1 +1,140 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Cell reads over the cell store. Callers come here several times for every cell.
+#include "workbook/xlsx/xlsx_sheet.h"
+
+#include "foundation/unicode.h"
+#include "workbook/error.h"
+#include "workbook/xml/cell_reference.h"
+
+namespace workbook {
+
+namespace {
+
+/// By StoredKind.
+constexpr CellKind kCellKinds[] = {CellKind::Number,    CellKind::String, CellKind::String,
+                                   CellKind::Boolean,   CellKind::Blank,  CellKind::Error,
+                                   CellKind::StrictDate};
+
+} // namespace
+
+XlsxSheet::XlsxSheet(BookContents& contents, int index, RowSpan rows)
+    : contents_(contents), index_(index) {
+    try {
+        const std::unique_ptr<ByteSource> part = contents_.package->open_part(entry().part);
+        tail_read_ = read_worksheet(*part, rows, contents_.workbook.date_1904, cells_, tail_);
+    } catch (const Error& error) {
+        throw error.in_sheet(utf8_name());
+    }
+}
+
+void XlsxSheet::check_shared_strings() const {
+    const std::size_t known = contents_.shared_strings.size();
+    if (cells_.shared_strings_end <= known) return;
+    cells_.cells.for_each([&](int row, const StoredCell& cell) {
+        if (cell.stored_kind() != StoredKind::String || cell.value.text < known) return;
+        const std::string name = cell_name(row, static_cast<int>(cell.column));
+        throw Error::damaged("cell " + name, "it refers to shared string " +
+                                                 std::to_string(cell.value.text) + " of " +
+                                                 std::to_string(known))
+            .in_sheet(utf8_name());
+    });
+}
+
+CellKind XlsxSheet::cell_type(int row, int column) const {
+    const StoredCell* cell = cells_.cells.find(row, column);
+    return cell == nullptr ? CellKind::Empty : kCellKinds[cell->kind];
+}
+
+bool XlsxSheet::is_date(int row, int column) const {
+    const StoredCell* cell = cells_.cells.find(row, column);
+    return cell != nullptr && cell->stored_kind() == StoredKind::Number &&
+           contents_.styles.is_date(cell->format);
+}
+
+double XlsxSheet::read_num(int row, int column) const {
+    const StoredCell* cell = cells_.cells.find(row, column);
+    if (cell == nullptr) return 0.0;
+    switch (cell->stored_kind()) {
+    case StoredKind::Number:
+    case StoredKind::Boolean:
+    case StoredKind::StrictDate:
+        return cell->value.number;
+    default:
+        return 0.0;
+    }
+}
+
+bool XlsxSheet::read_bool(int row, int column) const {
+    const StoredCell* cell = cells_.cells.find(row, column);
+    return cell != nullptr && cell->stored_kind() == StoredKind::Boolean &&
+           cell->value.number != 0.0;
+}
+
+std::u16string_view XlsxSheet::read_str(int row, int column) const {
+    const StoredCell* cell = cells_.cells.find(row, column);
+    if (cell == nullptr) return {};
+    switch (cell->stored_kind()) {
+    case StoredKind::String:
+        foundation::unicode::assign_utf16(contents_.text,
+                                          contents_.shared_strings[cell->value.text]);
+        return contents_.text;
+    case StoredKind::OwnString:
+    case StoredKind::Error:
+        foundation::unicode::assign_utf16(contents_.text, cells_.own_strings[cell->value.text]);
+        return contents_.text;
+    default:
+        return {};
+    }
+}
+
+const Format* XlsxSheet::cell_format(int row, int column) const {
+    const StoredCell* cell = cells_.cells.find(row, column);
+    if (cell == nullptr || cell->format >= contents_.formats.size()) return nullptr;
+    return &contents_.formats[cell->format];
+}
+
+bool XlsxSheet::merge(int index, int& first_row, int& last_row, int& first_column,
+                      int& last_column) const {
+    const std::vector<MergedRegion>& regions = tail().merged_regions;
+    if (index < 0 || static_cast<std::size_t>(index) >= regions.size()) return false;
+    const MergedRegion& region = regions[static_cast<std::size_t>(index)];
+    first_row = region.first_row;
+    last_row = region.last_row;
+    first_column = region.first_column;
+    last_column = region.last_column;
+    return true;
+}
+
+bool XlsxSheet::named_range(std::u16string_view name, int& first_row, int& last_row,
+                            int& first_column, int& last_column) const {
+    const std::optional<CellRectangle> cells =
+        find_named_cells(contents_.workbook.defined_names, name, index_, entry().name);
+    if (!cells) return false;
+    first_row = cells->first_row;
+    last_row = cells->last_row;
+    first_column = cells->first_column;
+    last_column = cells->last_column;
+    return true;
+}
+
+const WorksheetTail& XlsxSheet::tail() const {
+    if (tail_read_) return tail_;
+    tail_read_ = true; // also when it fails: the next call would fail alike
+    try {
+        tail_ = read_worksheet_tail(*contents_.package->open_part(entry().part));
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const Error& error) {
+        contents_.error_message = error.in_sheet(utf8_name()).what();
+    } catch (const std::exception& error) {
+        contents_.error_message = error.what();
+    }
+    return tail_;
+}
+
+std::string XlsxSheet::utf8_name() const {
+    return foundation::unicode::to_utf8(entry().name);
+}
+
+} // namespace workbook

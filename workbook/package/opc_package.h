@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// An Open Packaging package (ECMA-376 part 2): parts by name, their relationships and content
+// types. Sources that it hands out must not outlive it.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/files.h"
+#include "workbook/package/byte_source.h"
+#include "workbook/package/content_types.h"
+#include "workbook/package/relationships.h"
+#include "workbook/package/zip_archive.h"
+
+namespace workbook {
+
+class OpcPackage {
+  public:
+    /// Reads the container's directory and the content types. Throws `Error`; a file that is no ZIP
+    /// container is named for what it seems to be.
+    explicit OpcPackage(std::unique_ptr<foundation::files::RandomAccessFile> file);
+
+    bool has_part(std::string_view name) const { return archive_.find(name) != nullptr; }
+
+    /// Throws `Error`, also when there is no such part.
+    std::unique_ptr<ByteSource> open_part(std::string_view name);
+
+    const ContentTypes& content_types() const { return content_types_; }
+
+    /// The relationships of a part, of the package for ""; none when it has no relationships part.
+    std::vector<Relationship> relationships(std::string_view part_name);
+
+  private:
+    ZipArchive archive_;
+    ContentTypes content_types_;
+};
+
+} // namespace workbook

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What one load of an Open XML book has read; the book and its sheets share it. A new load makes a
+// new one, and with the old one go all sheets and formats.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "workbook/cells/string_pool.h"
+#include "workbook/library.h"
+#include "workbook/package/opc_package.h"
+#include "workbook/xlsx/styles.h"
+#include "workbook/xlsx/workbook_part.h"
+
+namespace workbook {
+
+class XlsxSheet;
+
+class XlsxFormat final : public Format {
+  public:
+    /// `styles` must outlive this.
+    XlsxFormat(Styles& styles, std::size_t index) : styles_(styles), index_(index) {}
+
+    int num_format() const override { return static_cast<int>(styles_.format(index_).num_format); }
+    void set_num_format(int identifier) override {
+        styles_.set_num_format(index_, static_cast<std::uint32_t>(identifier));
+    }
+    bool locked() const override { return styles_.format(index_).locked; }
+
+  private:
+    Styles& styles_;
+    std::size_t index_;
+};
+
+struct BookContents {
+    /// `error_text` is where the book keeps the reason of its last failure.
+    BookContents(std::unique_ptr<OpcPackage> opened, std::string& error_text);
+    ~BookContents();
+    BookContents(const BookContents&) = delete;
+    BookContents& operator=(const BookContents&) = delete;
+
+    std::unique_ptr<OpcPackage> package; ///< null once nothing more is read from it
+    WorkbookPart workbook;
+    Styles styles;
+    std::deque<XlsxFormat> formats; ///< handles stay where they are when one is added
+    StringPool shared_strings;
+    std::vector<std::unique_ptr<XlsxSheet>> sheets; ///< by index; null where no cells were loaded
+    std::string& error_message;
+    std::u16string text; ///< the text last handed out
+};
+
+} // namespace workbook

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A book of the Open XML formats. A load that fails leaves it empty and ready for another load.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "workbook/library.h"
+#include "workbook/xlsx/book_contents.h"
+#include "workbook/xlsx/worksheet_reader.h"
+
+namespace workbook {
+
+class XlsxBook final : public Book {
+  public:
+    XlsxBook();
+    ~XlsxBook() override;
+
+    bool load(std::u16string_view path) override;
+    bool load_sheet(std::u16string_view path, int sheet_index) override;
+    bool load_partially(std::u16string_view path, int sheet_index, int first_row,
+                        int last_row) override;
+    bool load_info(std::u16string_view path) override;
+
+    int sheet_count() const override;
+    Sheet* get_sheet(int index) override;
+    std::u16string_view get_sheet_name(int index) const override;
+    SheetKind sheet_type(int index) const override;
+
+    int format_size() const override;
+    Format* format(int index) override;
+    Format* add_format() override;
+
+    bool is_date_1904() const override;
+    const char* error_message() const override { return error_message_.c_str(); }
+
+  private:
+    /// Opens the book and lets `read_cells` fill it; every failure ends in `error_message_`.
+    template <class ReadCells>
+    bool open(std::u16string_view path, const ReadCells& read_cells);
+    bool load_rows(std::u16string_view path, int sheet_index, RowSpan rows);
+    const SheetEntry* entry(int index) const;
+
+    mutable std::string error_message_ = "ok";
+    std::unique_ptr<BookContents> contents_;
+};
+
+} // namespace workbook

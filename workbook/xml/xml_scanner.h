@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A pull scanner for the mark-up of large parts (XML 1.0): elements by local name, whatever their
+// prefix; comments, processing instructions and a plain DOCTYPE are passed over, CDATA is text.
+// Entity declarations are refused. Names of end tags are not compared with those of start tags.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "workbook/xml/text_window.h"
+
+namespace workbook {
+
+class XmlScanner {
+  public:
+    enum class Token { Start, End, Text, Done };
+
+    explicit XmlScanner(ByteSource& part) : window_(part) {}
+
+    /// The next token. An empty element is a Start and an End. Views handed out before are invalid.
+    /// Throws `Error` for text that breaks the syntax, and for a part that ends within an element.
+    Token next();
+
+    /// Local name of the element of the last Start or End.
+    std::string_view name() const { return name_; }
+    /// Characters of the last Text: references resolved, line ends normalised.
+    std::string_view text() const { return text_; }
+    /// The value of an attribute of the last Start, by its name without a prefix; a null view when
+    /// it is absent. Valid until the next call.
+    std::string_view attribute(std::string_view name);
+
+    /// Number of open elements, the one of the last Start included.
+    int depth() const { return depth_; }
+    /// Skips the rest of the element of the last Start, its End included.
+    void skip_element();
+
+    /// Moves to the next `end_tag`, written exactly so, outside of comments and CDATA, without
+    /// looking at the mark-up before it. For elements that do not nest and whose content is not
+    /// wanted.
+    void skip_to(std::string_view end_tag);
+
+    /// For a reader that recognises whole elements itself: the text behind the last token, and the
+    /// count of open elements to keep right. Not between an empty element's Start and its End.
+    TextWindow& window() { return window_; }
+    void enter_element() { ++depth_; }
+    void leave_element() { --depth_; }
+
+    /// Throws an `Error` for this part that names the byte at which the last token began.
+    [[noreturn]] void fail(std::string_view what) const;
+
+  private:
+    struct Attribute {
+        std::string_view name, raw;
+    };
+
+    void ensure(std::size_t bytes);
+    const char* find_in_window(std::string_view wanted, std::size_t from);
+    void skip_markup(std::size_t open, std::string_view close);
+    void skip_doctype();
+    Token read_cdata();
+    Token read_text();
+    Token read_end_tag();
+    Token read_start_tag();
+    const char* find_tag_end();
+    void parse_attributes(std::string_view text);
+    std::string_view decode(std::string_view raw, std::string& scratch);
+    void append_reference(std::string_view reference, std::string& out);
+
+    TextWindow window_;
+    std::string_view name_;
+    std::string_view text_;
+    std::string text_scratch_, attribute_scratch_;
+    std::vector<Attribute> attributes_;
+    int depth_ = 0;
+    bool pending_end_ = false;
+    bool saw_element_ = false;
+};
+
+} // namespace workbook
