@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How one cell of the library becomes a type, an element of a destination, an element of a cell array.
-// A typed read chooses its reader once: `cell` delivers one cell, `absent` what a cell that does not
+// How one cell of the library becomes a type, an element of a destination or of a cell array. A
+// typed read chooses its reader once: `cell` delivers one cell, `absent` what a cell that does not
 // exist would deliver; each call moves on by one element.
 #pragma once
 
