@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The block of content around a cell, over drawn sheets.
-#include "spreadsheet/libxl/data_span.h"
-
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "spreadsheet/libxl/data_span.h"
 #include "tests/spreadsheet/fake_library.h"
 
 namespace spreadsheet {
@@ -20,11 +19,20 @@ fake::FakeSheet drawn_sheet(const std::vector<std::string>& rows) {
         for (int column = 0; column < static_cast<int>(rows[0].size()); ++column) {
             const auto put = [&](fake::FakeCell cell) { sheet.cells[{row, column}] = cell; };
             switch (rows[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)]) {
-            case 'x': put(fake::number(1)); break;
-            case 't': put(fake::text(u"t")); break;
-            case 'b': put(fake::blank()); break;
-            case 'e': put(fake::error(u"#N/A")); break;
-            default: break;
+            case 'x':
+                put(fake::number(1));
+                break;
+            case 't':
+                put(fake::text(u"t"));
+                break;
+            case 'b':
+                put(fake::blank());
+                break;
+            case 'e':
+                put(fake::error(u"#N/A"));
+                break;
+            default:
+                break;
             }
         }
     return sheet;
@@ -41,11 +49,15 @@ TEST(FindDataSpan, GrowsOverContentThatTouchesTheBox) {
         Cell start;
         Range span;
     } cases[] = {
-        {"a block, from its middle", {".....", ".xxx.", ".xtx.", ".xxx.", "....x"}, {2, 2},
+        {"a block, from its middle",
+         {".....", ".xxx.", ".xtx.", ".xxx.", "....x"},
+         {2, 2},
          {1, 1, 3, 3}},
         {"from a corner", {"xx.x", "xx.x", "....", "xx.x"}, {0, 0}, {0, 0, 1, 1}},
         {"round a corner", {"xxx", "..x", "x.x", "..."}, {0, 0}, {0, 0, 2, 2}},
-        {"a spiral pulls every side in turn", {"xxxx", "x..x", "xx.x", "...x"}, {2, 1},
+        {"a spiral pulls every side in turn",
+         {"xxxx", "x..x", "xx.x", "...x"},
+         {2, 1},
          {0, 0, 3, 3}},
         {"diagonal neighbours do not touch", {"x..", ".x.", "..x"}, {1, 1}, {1, 1, 1, 1}},
         {"blank cells and errors end a block", {"xbxx", "exxx"}, {0, 0}, {0, 0, 0, 0}},
@@ -67,8 +79,8 @@ TEST(FindDataSpan, StaysWithinTheBounds) {
 }
 
 TEST(FindDataSpan, LooksAtACellOncePerSideAtMost) {
-    // Stairs: every pass adds one row and one column, so that looking at whole sides again each time
-    // would cost far more than the area.
+    // Stairs: every pass adds one row and one column, so that looking at whole sides again each
+    // time would cost far more than the area.
     const int steps = 100;
     fake::FakeSheet sheet;
     for (int i = 0; i < steps; ++i)

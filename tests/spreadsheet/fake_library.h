@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A workbook library that follows a script: what the sheets hold, which operations fail, in which order
-// they were called. `FakeWorkbook` outlives the books made from it.
+// A workbook library that follows a script: what the sheets hold, which operations fail, in which
+// order they were called. `FakeWorkbook` outlives the books made from it.
 #pragma once
 
 #include <algorithm>
-#include <climits>
 #include <map>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <climits>
+#include <deque>
 
 #include "spreadsheet/libxl/libxl_book.h"
 #include "spreadsheet/range.h"
@@ -25,13 +27,21 @@ struct FakeCell {
     std::u16string text{};
 };
 
-inline FakeCell number(double value) { return {workbook::CellKind::Number, value}; }
-inline FakeCell date(double serial) { return {workbook::CellKind::Number, serial, true}; }
+inline FakeCell number(double value) {
+    return {workbook::CellKind::Number, value};
+}
+inline FakeCell date(double serial) {
+    return {workbook::CellKind::Number, serial, true};
+}
 inline FakeCell text(std::u16string value) {
     return {workbook::CellKind::String, 0.0, false, std::move(value)};
 }
-inline FakeCell boolean(bool value) { return {workbook::CellKind::Boolean, value ? 1.0 : 0.0}; }
-inline FakeCell blank() { return {workbook::CellKind::Blank}; }
+inline FakeCell boolean(bool value) {
+    return {workbook::CellKind::Boolean, value ? 1.0 : 0.0};
+}
+inline FakeCell blank() {
+    return {workbook::CellKind::Blank};
+}
 inline FakeCell error(std::u16string value) {
     return {workbook::CellKind::Error, 0.0, false, std::move(value)};
 }
@@ -64,7 +74,9 @@ class FakeSheet final : public workbook::Sheet {
     workbook::SheetState hidden() const override { return state; }
     bool protect() const override { return is_protected; }
 
-    workbook::CellKind cell_type(int row, int column) const override { return at(row, column).kind; }
+    workbook::CellKind cell_type(int row, int column) const override {
+        return at(row, column).kind;
+    }
     bool is_date(int row, int column) const override { return at(row, column).is_date; }
     double read_num(int row, int column) const override { return at(row, column).number; }
     bool read_bool(int row, int column) const override {
@@ -146,7 +158,7 @@ struct FakeEntry {
 struct FakeWorkbook {
     std::vector<FakeEntry> entries;
     std::vector<FakeSheet> sheets; ///< filled up by the book to one per entry
-    std::vector<FakeFormat> formats{FakeFormat(22)};
+    std::deque<FakeFormat> formats{FakeFormat(22)}; ///< handles survive an addition
     bool dates_1904 = false;
     bool can_load = true;
     bool can_load_part = true;

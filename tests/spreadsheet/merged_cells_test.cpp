@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Every rule on every cell of regions of each shape, and the map from cells to regions.
-#include "spreadsheet/libxl/merged_cells.h"
-
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "tests/spreadsheet/failures.h"
+#include "spreadsheet/libxl/merged_cells.h"
+#include "tests/spreadsheet/thrown_id.h"
 
 namespace spreadsheet {
 namespace {
@@ -16,8 +15,8 @@ MergeRules rules(int columns, int rows) {
     return {static_cast<MergedCellColumnRule>(columns), static_cast<MergedCellRowRule>(rows)};
 }
 
-/// One letter a cell, rows separated by '/': v the first cell's value, i read as itself, . no value,
-/// c left out by the column rule, r left out by the row rule; else the identifier thrown.
+/// One letter a cell, rows separated by '/': v the first cell's value, i read as itself, . no
+/// value, c left out by the column rule, r left out by the row rule; else the identifier thrown.
 std::string picture(const Range& region, const MergeRules& rules) {
     std::string text;
     const int id = thrown_id([&] {
@@ -99,15 +98,17 @@ TEST(MergedCells, FindsTheRegionOfACell) {
         bool found;
         Range region;
     } cases[] = {
-        {{0, 0}, true, {0, 0, 0, 1}},  {{0, 1}, true, {0, 0, 0, 1}}, {{0, 2}, false, {}},
-        {{1, 0}, false, {}},           {{1, 3}, false, {}},          {{2, 3}, true, {2, 3, 5, 3}},
-        {{5, 3}, true, {2, 3, 5, 3}},  {{6, 3}, false, {}},          {{3, 2}, false, {}},
+        {{0, 0}, true, {0, 0, 0, 1}}, {{0, 1}, true, {0, 0, 0, 1}}, {{0, 2}, false, {}},
+        {{1, 0}, false, {}},          {{1, 3}, false, {}},          {{2, 3}, true, {2, 3, 5, 3}},
+        {{5, 3}, true, {2, 3, 5, 3}}, {{6, 3}, false, {}},          {{3, 2}, false, {}},
         {{4, 4}, false, {}},
     };
     for (const auto& test : cases) {
         const Range* region = merged.region(test.cell);
         ASSERT_EQ(region != nullptr, test.found) << test.cell.row << ' ' << test.cell.column;
-        if (region) EXPECT_EQ(*region, test.region);
+        if (region) {
+            EXPECT_EQ(*region, test.region);
+        }
     }
 }
 
