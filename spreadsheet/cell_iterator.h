@@ -88,6 +88,10 @@ class ZX_API CellTypeIterator {
     std::size_t rows() const { return columns_.empty() ? 0 : count_ / columns_.size(); }
     std::size_t columns() const { return columns_.size(); }
 
+    /// Pairs (first row, last row), inclusive, ascending; columns in walking order.
+    const std::vector<int>& row_blocks() const { return row_blocks_; }
+    const std::vector<int>& column_indices() const { return columns_; }
+
   private:
     std::vector<int> row_blocks_;
     std::vector<int> columns_;

@@ -1,1 +1,297 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Loading a workbook file in each of its modes, and the cache of its sheets.
+#include "spreadsheet/libxl/libxl_book.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include <climits>
+
+#include "foundation/unicode.h"
+#include "spreadsheet/exception.h"
+#include "spreadsheet/libxl/chart_sheet.h"
+#include "spreadsheet/libxl/library_failure.h"
+#include "spreadsheet/libxl/libxl_sheet.h"
+
+namespace spreadsheet {
+namespace {
+
+/// The built-in number format of a date with a time (ECMA-376 part 1, 18.8.30).
+constexpr int kDateTimeNumberFormat = 22;
+
+/// The library counts in `int`; what is beyond that is beyond every sheet too.
+int library_index(std::size_t value) {
+    return static_cast<int>(std::min<std::size_t>(value, INT_MAX));
+}
+
+} // namespace
+
+LibXLBook::LibXLBook(LibraryCreators creators) : creators_(std::move(creators)) {}
+
+LibXLBook::~LibXLBook() {
+    if (!book_) return;
+    try {
+        libxl::log_library_message("[LIBXL BOOK OBJ DTOR MSG]:", *book_);
+    } catch (const std::exception&) {
+        // A record that cannot be delivered must not keep the book from being released.
+    }
+    book_.reset();
+}
+
+// --- What the book tells about itself
+
+bool LibXLBook::is_interactive() const {
+    return false;
+}
+
+book::format LibXLBook::format() const {
+    return format_;
+}
+
+bool LibXLBook::are_dates_1904() const {
+    return book_ && book_->is_date_1904();
+}
+
+std::size_t LibXLBook::num_sheets() const {
+    return book_ ? static_cast<std::size_t>(book_->sheet_count()) : 0;
+}
+
+std::optional<std::u16string> LibXLBook::get_sheet_name(const int index) const {
+    return book_ ? std::u16string(book_->get_sheet_name(index)) : std::u16string();
+}
+
+sheet::type LibXLBook::sheet_type(std::size_t index) const {
+    const bool is_chart =
+        book_ && book_->sheet_type(library_index(index)) == workbook::SheetKind::Chart;
+    return is_chart ? sheet::type::chart : sheet::type::worksheet;
+}
+
+const std::u16string LibXLBook::get_file_name(bool) {
+    return file_name_;
+}
+
+bool LibXLBook::is_loaded() const {
+    return book_ != nullptr;
+}
+
+bool LibXLBook::is_sheet_loaded() const {
+    return sheet_loaded_;
+}
+
+bool LibXLBook::sheet_names_only_required() const {
+    return sheet_names_only_;
+}
+
+std::vector<std::u16string> LibXLBook::get_sheet_names() const {
+    return sheet_names_;
+}
+
+// --- Sheets
+
+std::shared_ptr<ISheet> LibXLBook::sheet(std::size_t index) const {
+    return index < sheets_.size() ? sheets_[index] : nullptr;
+}
+
+std::shared_ptr<ISheet> LibXLBook::sheet(const std::u16string& name) const {
+    for (std::size_t position = 0; position < sheets_.size(); ++position) {
+        if (!foundation::unicode::equal_ignoring_case(cached_sheet_name(position), name)) continue;
+        if (book_->sheet_type(library_indices_[position]) == workbook::SheetKind::Chart)
+            throw Exception(error_id::chart_sheet_unsupported);
+        return sheets_[position];
+    }
+    return nullptr;
+}
+
+std::u16string LibXLBook::cached_sheet_name(std::size_t position) const {
+    const int index = library_indices_[position];
+    if (book_->sheet_type(index) != workbook::SheetKind::Chart) return sheets_[position]->name();
+    if (!book_->get_sheet(index))
+        libxl::log_library_message("[LIBXL BOOK SHEET METHOD MSG]:", *book_);
+    return std::u16string(book_->get_sheet_name(index));
+}
+
+void LibXLBook::clear_sheets() {
+    sheets_.clear();
+    library_indices_.clear();
+}
+
+void LibXLBook::init_sheets() {
+    clear_sheets();
+    const int count = book_->sheet_count();
+    for (int index = 0; index < count; ++index)
+        cache_sheet(index, "[LIBXL BOOK OBJ INIT_SHEETS MSG]:");
+}
+
+void LibXLBook::set_sheets_in_book(int index) {
+    cache_sheet(index, "[LIBXL BOOK OBJ SETSHEETSINBOOK MSG]:");
+}
+
+void LibXLBook::cache_sheet(int index, std::string_view tag) {
+    if (workbook::Sheet* sheet = book_->get_sheet(index)) {
+        append_sheet(std::make_shared<LibXLSheet>(*sheet, date_format_, dates_1904_), index);
+        return;
+    }
+    libxl::log_library_message(tag, *book_);
+    const workbook::SheetKind kind = book_->sheet_type(index);
+    if (kind == workbook::SheetKind::Unknown) throw Exception(error_id::format_unsupported);
+    if (kind == workbook::SheetKind::Chart) append_sheet(std::make_shared<ChartSheet>(), index);
+}
+
+void LibXLBook::append_sheet(std::shared_ptr<ISheet> sheet, int index) {
+    sheets_.push_back(std::move(sheet));
+    library_indices_.push_back(index);
+}
+
+// --- Loading
+
+void LibXLBook::create_library_book(book::format format) {
+    clear_sheets();
+    date_format_ = nullptr;
+    switch (format) {
+    case book::format::XLS:
+        book_ = creators_.binary();
+        break;
+    case book::format::XLSX:
+    case book::format::XLSM:
+    case book::format::XLTX:
+    case book::format::XLTM:
+        book_ = creators_.xml();
+        break;
+    default:
+        throw Exception(error_id::format_unsupported);
+    }
+    if (!book_) throw Exception(error_id::book_not_created);
+}
+
+void LibXLBook::find_date_format(book::format format) {
+    format_ = format;
+    const int count = book_->format_size();
+    for (int index = 0; index < count; ++index) {
+        date_format_ = book_->format(index);
+        if (date_format_ && date_format_->num_format() == kDateTimeNumberFormat) return;
+    }
+    date_format_ = book_->add_format();
+    if (!date_format_) throw Exception(error_id::book_not_loaded);
+    date_format_->set_num_format(kDateTimeNumberFormat);
+}
+
+void LibXLBook::set_date_system(book::format format) {
+    dates_1904_ = book_->is_date_1904();
+    find_date_format(format);
+}
+
+void LibXLBook::init_from_file(const std::u16string& name, book::format format) {
+    create_library_book(format);
+    init_from_file_common(name, format);
+}
+
+void LibXLBook::init_from_file_common(const std::u16string& name, book::format format) {
+    file_name_ = name;
+    if (!book_->load(name))
+        libxl::fail("[LIBXL BOOK OBJ INIT_FROM_FILE_COMMON MSG]:", *book_,
+                    error_id::book_not_loaded);
+    set_date_system(format);
+    init_sheets();
+}
+
+void LibXLBook::init_from_file_with_sheet(const std::u16string& name, book::format format,
+                                          std::size_t sheet_index) {
+    create_library_book(format);
+    file_name_ = name;
+    sheet_loaded_ = true;
+    if (book_->load_sheet(name, library_index(sheet_index)))
+        finish_partial_load(format, sheet_index);
+    else
+        fall_back("[LIBXL BOOK OBJ INIT_FROM_FILE_WITH_SHEET MSG]:", name, format);
+}
+
+void LibXLBook::init_from_file_with_range(const std::u16string& name, book::format format,
+                                          std::size_t sheet_index, std::size_t first_row,
+                                          std::size_t last_row) {
+    create_library_book(format);
+    file_name_ = name;
+    if (book_->load_partially(name, library_index(sheet_index), library_index(first_row),
+                              library_index(last_row))) {
+        sheet_loaded_ = true;
+        finish_partial_load(format, sheet_index);
+    } else {
+        fall_back("[LIBXL BOOK OBJ INIT_FROM_FILE_WITH_RANGE MSG]:", name, format);
+    }
+}
+
+void LibXLBook::finish_partial_load(book::format format, std::size_t sheet_index) {
+    set_date_system(format);
+    clear_sheets();
+    set_sheets_in_book(book_->sheet_count() < 2 ? 0 : library_index(sheet_index));
+}
+
+void LibXLBook::fall_back(std::string_view tag, const std::u16string& name, book::format format) {
+    libxl::log_library_message(tag, *book_);
+    sheet_loaded_ = false;
+    sheet_names_only_ = false;
+    init_from_file_common(name, format);
+}
+
+void LibXLBook::init_from_file_only_sheetNames(const std::u16string& name, book::format format) {
+    create_library_book(format);
+    file_name_ = name;
+    sheet_names_only_ = true;
+    if (!book_->load_info(name)) {
+        fall_back("[LIBXL BOOK OBJ INIT_FROM_FILE_ONLY_SHEETNAMES LOADINFO FAILURE MSG]:", name,
+                  format);
+        return;
+    }
+    format_ = format;
+    dates_1904_ = book_->is_date_1904();
+    const int count = book_->sheet_count();
+    sheet_names_.clear();
+    sheet_names_.reserve(static_cast<std::size_t>(count));
+    for (int index = 0; index < count; ++index) {
+        const std::u16string_view sheet_name = book_->get_sheet_name(index);
+        if (sheet_name.data())
+            sheet_names_.emplace_back(sheet_name);
+        else
+            libxl::log_library_message(
+                "[LIBXL BOOK OBJ INIT_FROM_FILE_ONLY_SHEETNAMES GETSHEETNAME FAILURE MSG]:",
+                *book_);
+    }
+}
+
+void LibXLBook::init_from_memory(const void*, std::size_t, book::format) {
+    throw Exception(error_id::load_from_memory_unsupported);
+}
+
+// --- Changing and saving, which the library cannot do
+
+void LibXLBook::init_new(std::size_t, book::format format, const std::u16string&) {
+    create_library_book(format);
+    libxl::refuse_writing(error_id::book_not_created);
+}
+
+std::shared_ptr<ISheet> LibXLBook::add_sheet(std::size_t, const std::u16string&,
+                                             const std::u16string& second_name) {
+    if (!second_name.empty() && !sheet(second_name)) throw Exception(error_id::sheet_not_found);
+    libxl::refuse_writing(error_id::sheet_not_created);
+}
+
+std::shared_ptr<ISheet> LibXLBook::move_sheet(const std::shared_ptr<ISheet>& sheet, std::size_t) {
+    if (std::find(sheets_.begin(), sheets_.end(), sheet) == sheets_.end())
+        throw Exception(error_id::sheet_not_found);
+    libxl::refuse_writing(error_id::sheet_not_copied);
+}
+
+void LibXLBook::remove_sheet(std::size_t) {
+    libxl::refuse_writing(error_id::sheet_not_deleted);
+}
+
+void LibXLBook::save(const std::u16string&) {
+    libxl::refuse_writing(error_id::book_not_saved);
+}
+
+void LibXLBook::save_to_memory(std::vector<unsigned char>&) {
+    throw Exception(error_id::save_to_memory_unsupported);
+}
+
+} // namespace spreadsheet

@@ -1,1 +1,154 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The reading side of a worksheet: what cells are, bounds and spans, typed reads.
+#include <cstddef>
+#include <string>
+
+#include "spreadsheet/cell_iterator.h"
+#include "spreadsheet/exception.h"
+#include "spreadsheet/libxl/cell_readers.h"
+#include "spreadsheet/libxl/data_span.h"
+#include "spreadsheet/libxl/libxl_sheet.h"
+
+namespace spreadsheet {
+namespace {
+
+/// Days between the epochs of the 1900 and the 1904 date system.
+constexpr double kDateSystemOffsetDays = 1462.0;
+
+} // namespace
+
+LibXLSheet::LibXLSheet(workbook::Sheet& sheet, workbook::Format* date_format, bool dates_1904)
+    : sheet_(&sheet),
+      date_format_(date_format),
+      date_offset_(dates_1904 ? kDateSystemOffsetDays : 0.0) {}
+
+const workbook::Sheet& LibXLSheet::library_sheet() const {
+    if (!sheet_) throw Exception(error_id::chart_sheet_unsupported);
+    return *sheet_;
+}
+
+Range LibXLSheet::used_range() const {
+    const workbook::Sheet& sheet = library_sheet();
+    if (use_filled_bounds_)
+        return {sheet.first_filled_row(), sheet.first_filled_column(), sheet.end_filled_row() - 1,
+                sheet.end_filled_column() - 1};
+    return {sheet.first_row(), sheet.first_column(), sheet.end_row() - 1, sheet.end_column() - 1};
+}
+
+Range LibXLSheet::named_range(const std::u16string& name) const {
+    Range range;
+    if (!library_sheet().named_range(name, range.first_row, range.last_row, range.first_column,
+                                     range.last_column))
+        throw Exception(error_id::named_range_not_found);
+    return range;
+}
+
+Range LibXLSheet::get_data_span(Range range, const MergedCellColumnRule& column_rule,
+                                const MergedCellRowRule& row_rule) {
+    const bool with_rules =
+        column_rule != MergedCellColumnRule::first || row_rule != MergedCellRowRule::first;
+    if (!data_span_cached_ || with_rules) {
+        use_filled_bounds_ = with_rules;
+        data_span_ =
+            find_data_span(library_sheet(), {range.first_row, range.first_column}, used_range());
+        data_span_cached_ = true;
+    }
+    return data_span_;
+}
+
+cell_type LibXLSheet::typeCheck(int row, int column) {
+    return classify(library_sheet(), row, column);
+}
+
+void LibXLSheet::cell_types(Range range, cell_type* out) const {
+    const workbook::Sheet& sheet = library_sheet();
+    const std::ptrdiff_t rows = std::ptrdiff_t{range.last_row} - range.first_row + 1;
+    for (int row = range.first_row; row <= range.last_row; ++row) {
+        cell_type* cell = out + (row - range.first_row);
+        for (int column = range.first_column; column <= range.last_column; ++column, cell += rows)
+            *cell = classify(sheet, row, column);
+    }
+}
+
+void LibXLSheet::cell_types(const CellIterator& cells, cell_type* out) const {
+    const workbook::Sheet& sheet = library_sheet();
+    for (const CellIterator::Indices at : cells)
+        *out++ = classify(sheet, at.row, at.column);
+}
+
+// --- Typed reads
+
+void LibXLSheet::read_all(const Range& range, const Destination& destination) const {
+    std::visit(
+        [&](const auto& out) {
+            auto reader = make_reader(library_sheet(), out, date_offset_);
+            for (int column = range.first_column; column <= range.last_column; ++column)
+                for (int row = range.first_row; row <= range.last_row; ++row)
+                    reader.cell(row, column);
+        },
+        destination);
+}
+
+void LibXLSheet::read(Range range, unsigned char* out) const {
+    read_all(range, out);
+}
+
+void LibXLSheet::read(Range range, bool* out) const {
+    read_all(range, out);
+}
+
+void LibXLSheet::read(Range range, SerialDatenum* out) const {
+    read_all(range, out);
+}
+
+void LibXLSheet::read(Range range, double* out) const {
+    read_all(range, out);
+}
+
+void LibXLSheet::readDatesAsDoubles(Range range, double* out) const {
+    read_all(range, out);
+}
+
+void LibXLSheet::read(Range range, const StringBuilder& builder) const {
+    read_all(range, builder);
+}
+
+void LibXLSheet::read(Range range, const cell_type* types, const CellBuilder& builder) const {
+    const workbook::Sheet& sheet = library_sheet();
+    const std::u16string no_text;
+    std::u16string text;
+    for (int column = range.first_column; column <= range.last_column; ++column)
+        for (int row = range.first_row; row <= range.last_row; ++row)
+            switch (*types++) {
+            case cell_type::number:
+                builder.number(builder.context, sheet.read_num(row, column));
+                break;
+            case cell_type::text:
+                text.assign(sheet.read_str(row, column));
+                builder.text(builder.context, text);
+                break;
+            case cell_type::date:
+                builder.date(builder.context, sheet.read_num(row, column) + date_offset_);
+                break;
+            case cell_type::boolean:
+                builder.boolean(builder.context, sheet.read_bool(row, column));
+                break;
+            default:
+                builder.text(builder.context, no_text);
+            }
+}
+
+void LibXLSheet::read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
+                                 const bool dates_as_numbers) const {
+    CellArrayFeeder feeder(library_sheet(), builder, dates_as_numbers, date_offset_);
+    builder.begin(cells.rows(), cells.columns());
+    for (cells.rewind(); !cells.at_end(); ++cells)
+        feeder.add((*cells).row, (*cells).column, cells.type());
+}
+
+void LibXLSheet::prefetch(Range, cell_type*) const {
+    throw Exception(error_id::google_only);
+}
+
+} // namespace spreadsheet

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// How one cell of the library becomes a type, an element of a destination or of a cell array. A
+// typed read chooses its reader once: `cell` delivers one cell, `absent` what a cell that does not
+// exist would deliver; each call moves on by one element.
+#pragma once
+
+#include <string>
+
+#include "spreadsheet/cell_exchange.h"
+#include "workbook/library.h"
+
+namespace spreadsheet {
+
+/// A time of day without a date, below 1.0, is a number whatever its format.
+inline cell_type classify(const workbook::Sheet& sheet, int row, int column) {
+    switch (sheet.cell_type(row, column)) {
+    case workbook::CellKind::Empty:
+        return cell_type::empty;
+    case workbook::CellKind::Number:
+        return sheet.is_date(row, column) && sheet.read_num(row, column) >= 1.0 ? cell_type::date
+                                                                                : cell_type::number;
+    case workbook::CellKind::String:
+        return cell_type::text;
+    case workbook::CellKind::Boolean:
+        return cell_type::boolean;
+    case workbook::CellKind::Blank:
+        return cell_type::other;
+    case workbook::CellKind::Error:
+        return cell_type::error;
+    case workbook::CellKind::StrictDate:
+        return cell_type::date;
+    }
+    return cell_type::error;
+}
+
+struct NumberReader {
+    const workbook::Sheet& sheet;
+    double* out;
+
+    void cell(int row, int column) { *out++ = sheet.read_num(row, column); }
+    void absent() { *out++ = 0.0; }
+};
+
+struct DateReader {
+    const workbook::Sheet& sheet;
+    SerialDatenum* out;
+    double offset;
+
+    void cell(int row, int column) { *out++ = {sheet.read_num(row, column) + offset}; }
+    void absent() { *out++ = {offset}; }
+};
+
+/// `Logical` is bool, or unsigned char for logical data kept in bytes.
+template <class Logical>
+struct LogicalReader {
+    const workbook::Sheet& sheet;
+    Logical* out;
+
+    void cell(int row, int column) { *out++ = static_cast<Logical>(sheet.read_bool(row, column)); }
+    void absent() { *out++ = Logical{}; }
+};
+
+/// Delivers every text through one buffer, so that a cell costs no allocation.
+struct TextReader {
+    const workbook::Sheet& sheet;
+    StringBuilder builder;
+    std::u16string text{};
+
+    void cell(int row, int column) {
+        text.assign(sheet.read_str(row, column));
+        builder.append(builder.context, text);
+    }
+    void absent() {
+        text.clear();
+        builder.append(builder.context, text);
+    }
+};
+
+inline NumberReader make_reader(const workbook::Sheet& sheet, double* out, double) {
+    return {sheet, out};
+}
+inline DateReader make_reader(const workbook::Sheet& sheet, SerialDatenum* out, double offset) {
+    return {sheet, out, offset};
+}
+inline LogicalReader<bool> make_reader(const workbook::Sheet& sheet, bool* out, double) {
+    return {sheet, out};
+}
+inline LogicalReader<unsigned char> make_reader(const workbook::Sheet& sheet, unsigned char* out,
+                                                double) {
+    return {sheet, out};
+}
+inline TextReader make_reader(const workbook::Sheet& sheet, const StringBuilder& builder, double) {
+    return {sheet, builder};
+}
+
+/// Hands one cell at a time to a builder of cell arrays.
+class CellArrayFeeder {
+  public:
+    CellArrayFeeder(const workbook::Sheet& sheet, output::CellOutputBuilder& builder,
+                    bool dates_as_numbers, double date_offset)
+        : sheet_(sheet),
+          builder_(builder),
+          dates_as_numbers_(dates_as_numbers),
+          date_offset_(date_offset) {}
+
+    void add(int row, int column, cell_type type) {
+        switch (type) {
+        case cell_type::number:
+            builder_.add_number(sheet_.read_num(row, column));
+            break;
+        case cell_type::text:
+            text_.assign(sheet_.read_str(row, column));
+            builder_.add_text(text_);
+            break;
+        case cell_type::date:
+            add_date(sheet_.read_num(row, column));
+            break;
+        case cell_type::boolean:
+            builder_.add_boolean(sheet_.read_bool(row, column));
+            break;
+        default:
+            builder_.add_empty();
+        }
+    }
+
+  private:
+    void add_date(double stored) {
+        if (dates_as_numbers_)
+            builder_.add_number(stored);
+        else
+            builder_.add_date(stored + date_offset_);
+    }
+
+    const workbook::Sheet& sheet_;
+    output::CellOutputBuilder& builder_;
+    const bool dates_as_numbers_;
+    const double date_offset_;
+    std::u16string text_;
+};
+
+} // namespace spreadsheet

@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A workbook library that follows a script: what the sheets hold, which operations fail, in which
+// order they were called. `FakeWorkbook` outlives the books made from it.
+#pragma once
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <climits>
+#include <deque>
+
+#include "spreadsheet/libxl/libxl_book.h"
+#include "spreadsheet/range.h"
+#include "workbook/library.h"
+
+namespace fake {
+
+struct FakeCell {
+    workbook::CellKind kind = workbook::CellKind::Empty;
+    double number = 0.0;
+    bool is_date = false;
+    std::u16string text{};
+};
+
+inline FakeCell number(double value) {
+    return {workbook::CellKind::Number, value};
+}
+inline FakeCell date(double serial) {
+    return {workbook::CellKind::Number, serial, true};
+}
+inline FakeCell text(std::u16string value) {
+    return {workbook::CellKind::String, 0.0, false, std::move(value)};
+}
+inline FakeCell boolean(bool value) {
+    return {workbook::CellKind::Boolean, value ? 1.0 : 0.0};
+}
+inline FakeCell blank() {
+    return {workbook::CellKind::Blank};
+}
+inline FakeCell error(std::u16string value) {
+    return {workbook::CellKind::Error, 0.0, false, std::move(value)};
+}
+
+class FakeFormat final : public workbook::Format {
+  public:
+    explicit FakeFormat(int num_format = 0, bool locked = true)
+        : num_format_(num_format), locked_(locked) {}
+    int num_format() const override { return num_format_; }
+    void set_num_format(int identifier) override { num_format_ = identifier; }
+    bool locked() const override { return locked_; }
+
+  private:
+    int num_format_;
+    bool locked_;
+};
+
+class FakeSheet final : public workbook::Sheet {
+  public:
+    std::u16string sheet_name;
+    workbook::SheetState state = workbook::SheetState::Visible;
+    bool is_protected = false;
+    std::map<std::pair<int, int>, FakeCell> cells;
+    std::map<std::pair<int, int>, FakeFormat> formats;
+    std::vector<spreadsheet::Range> regions;
+    std::map<std::u16string, spreadsheet::Range, std::less<>> names;
+    mutable int calls = 0; ///< cells asked for
+
+    std::u16string_view name() const override { return sheet_name; }
+    workbook::SheetState hidden() const override { return state; }
+    bool protect() const override { return is_protected; }
+
+    workbook::CellKind cell_type(int row, int column) const override {
+        return at(row, column).kind;
+    }
+    bool is_date(int row, int column) const override { return at(row, column).is_date; }
+    double read_num(int row, int column) const override { return at(row, column).number; }
+    bool read_bool(int row, int column) const override {
+        const FakeCell& cell = at(row, column);
+        return cell.kind == workbook::CellKind::Boolean && cell.number != 0.0;
+    }
+    std::u16string_view read_str(int row, int column) const override {
+        const FakeCell& cell = at(row, column);
+        if (cell.kind == workbook::CellKind::String || cell.kind == workbook::CellKind::Error)
+            return cell.text;
+        return {};
+    }
+    const workbook::Format* cell_format(int row, int column) const override {
+        const auto found = formats.find({row, column});
+        return found == formats.end() ? nullptr : &found->second;
+    }
+
+    int first_row() const override { return bounds(true).first_row; }
+    int end_row() const override { return bounds(true).last_row; }
+    int first_column() const override { return bounds(true).first_column; }
+    int end_column() const override { return bounds(true).last_column; }
+    int first_filled_row() const override { return bounds(false).first_row; }
+    int end_filled_row() const override { return bounds(false).last_row; }
+    int first_filled_column() const override { return bounds(false).first_column; }
+    int end_filled_column() const override { return bounds(false).last_column; }
+
+    int merge_size() const override { return static_cast<int>(regions.size()); }
+    bool merge(int index, int& first_row, int& last_row, int& first_column,
+               int& last_column) const override {
+        if (index < 0 || index >= merge_size()) return false;
+        return take(regions[static_cast<std::size_t>(index)], first_row, last_row, first_column,
+                    last_column);
+    }
+    bool named_range(std::u16string_view name, int& first_row, int& last_row, int& first_column,
+                     int& last_column) const override {
+        const auto found = names.find(name);
+        if (found == names.end()) return false;
+        return take(found->second, first_row, last_row, first_column, last_column);
+    }
+
+  private:
+    static bool take(const spreadsheet::Range& range, int& first_row, int& last_row,
+                     int& first_column, int& last_column) {
+        first_row = range.first_row;
+        last_row = range.last_row;
+        first_column = range.first_column;
+        last_column = range.last_column;
+        return true;
+    }
+
+    const FakeCell& at(int row, int column) const {
+        static const FakeCell empty;
+        ++calls;
+        const auto found = cells.find({row, column});
+        return found == cells.end() ? empty : found->second;
+    }
+
+    /// First and one-past-the-end indices.
+    spreadsheet::Range bounds(bool with_blanks) const {
+        spreadsheet::Range box{INT_MAX, INT_MAX, 0, 0};
+        for (const auto& [place, cell] : cells) {
+            if (!with_blanks && cell.kind == workbook::CellKind::Blank) continue;
+            box = {std::min(box.first_row, place.first), std::min(box.first_column, place.second),
+                   std::max(box.last_row, place.first + 1),
+                   std::max(box.last_column, place.second + 1)};
+        }
+        return box.last_row == 0 ? spreadsheet::Range{} : box;
+    }
+};
+
+/// What stands at one index of the book. Only a worksheet that is `readable` is handed out.
+struct FakeEntry {
+    std::u16string name;
+    workbook::SheetKind kind = workbook::SheetKind::Worksheet;
+    bool readable = true;
+    bool has_name = true;
+};
+
+struct FakeWorkbook {
+    std::vector<FakeEntry> entries;
+    std::vector<FakeSheet> sheets; ///< filled up by the book to one per entry
+    std::deque<FakeFormat> formats{FakeFormat(22)}; ///< handles survive an addition
+    bool dates_1904 = false;
+    bool can_load = true;
+    bool can_load_part = true;
+    bool can_load_info = true;
+    bool can_add_format = true;
+    std::string message = "ok";
+    std::vector<std::string> calls;
+};
+
+class FakeBook final : public workbook::Book {
+  public:
+    explicit FakeBook(FakeWorkbook& script) : script_(script) {
+        script_.sheets.resize(script_.entries.size());
+        for (std::size_t i = 0; i < script_.entries.size(); ++i)
+            script_.sheets[i].sheet_name = script_.entries[i].name;
+    }
+    ~FakeBook() override { script_.calls.push_back("release"); }
+
+    bool load(std::u16string_view) override { return answer("load", script_.can_load); }
+    bool load_sheet(std::u16string_view, int sheet) override {
+        return answer("load_sheet " + std::to_string(sheet), script_.can_load_part);
+    }
+    bool load_partially(std::u16string_view, int sheet, int first_row, int last_row) override {
+        return answer("load_partially " + std::to_string(sheet) + " " + std::to_string(first_row) +
+                          " " + std::to_string(last_row),
+                      script_.can_load_part);
+    }
+    bool load_info(std::u16string_view) override {
+        return answer("load_info", script_.can_load_info);
+    }
+
+    int sheet_count() const override { return static_cast<int>(script_.entries.size()); }
+    workbook::Sheet* get_sheet(int index) override {
+        const FakeEntry* found = entry(index);
+        const bool readable =
+            found && found->readable && found->kind == workbook::SheetKind::Worksheet;
+        return readable ? &script_.sheets[static_cast<std::size_t>(index)] : nullptr;
+    }
+    std::u16string_view get_sheet_name(int index) const override {
+        const FakeEntry* found = entry(index);
+        return found && found->has_name ? std::u16string_view(found->name) : std::u16string_view();
+    }
+    workbook::SheetKind sheet_type(int index) const override {
+        const FakeEntry* found = entry(index);
+        return found ? found->kind : workbook::SheetKind::Unknown;
+    }
+
+    int format_size() const override { return static_cast<int>(script_.formats.size()); }
+    workbook::Format* format(int index) override {
+        return &script_.formats.at(static_cast<std::size_t>(index));
+    }
+    workbook::Format* add_format() override {
+        script_.calls.push_back("add_format");
+        if (!script_.can_add_format) return nullptr;
+        return &script_.formats.emplace_back();
+    }
+    bool is_date_1904() const override { return script_.dates_1904; }
+    const char* error_message() const override { return script_.message.c_str(); }
+
+  private:
+    bool answer(std::string call, bool success) {
+        script_.calls.push_back(std::move(call));
+        return success;
+    }
+    const FakeEntry* entry(int index) const {
+        const bool exists = index >= 0 && index < sheet_count();
+        return exists ? &script_.entries[static_cast<std::size_t>(index)] : nullptr;
+    }
+
+    FakeWorkbook& script_;
+};
+
+/// Creators whose books all follow `script`; there is no creator for XLS.
+inline spreadsheet::LibraryCreators creators(FakeWorkbook& script) {
+    return {[] { return nullptr; }, [&script] { return std::make_unique<FakeBook>(script); }};
+}
+
+} // namespace fake
