@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Reads every cell of a workbook through the public interface, as a host would: load, cell types, typed
-// read. Meant to be timed as a whole process.
+// Reads every cell of a workbook through the public interface, as a host would: load, cell types,
+// typed read. Meant to be timed as a whole process.
 //
 //   read_book FILE all              every sheet, one typed read per sheet
 //   read_book FILE doubles          the same, into arrays of doubles
@@ -25,7 +25,9 @@ struct Totals {
     double sum = 0.0;
 };
 
-Totals& totals(void* context) { return *static_cast<Totals*>(context); }
+Totals& totals(void* context) {
+    return *static_cast<Totals*>(context);
+}
 
 void add_text(void* context, const std::u16string& text) {
     ++totals(context).texts;
@@ -37,7 +39,9 @@ void add_number(void* context, double value) {
     totals(context).sum += value;
 }
 
-void add_boolean(void* context, bool) { ++totals(context).booleans; }
+void add_boolean(void* context, bool) {
+    ++totals(context).booleans;
+}
 
 void read_sheet(const ISheet& sheet, bool as_doubles, Totals& into) {
     const Range range = sheet.used_range();
@@ -47,13 +51,16 @@ void read_sheet(const ISheet& sheet, bool as_doubles, Totals& into) {
     if (as_doubles) {
         std::vector<double> values(types.size());
         sheet.read(range, values.data());
-        for (double value : values) add_number(&into, value);
+        for (double value : values)
+            add_number(&into, value);
         return;
     }
     sheet.read(range, types.data(), {&into, add_text, add_number, add_number, add_boolean});
 }
 
-std::u16string utf16(const char* ascii) { return {ascii, ascii + std::strlen(ascii)}; }
+std::u16string utf16(const char* ascii) {
+    return {ascii, ascii + std::strlen(ascii)};
+}
 
 int run(int argc, char** argv) {
     const std::u16string path = utf16(argv[1]);
@@ -65,9 +72,9 @@ int run(int argc, char** argv) {
         return 0;
     }
     if (what == "rows" && argc == 5) {
-        const auto book = load_book_from_file_with_range(
-            path, book::interactive::file, 0, std::strtoul(argv[3], nullptr, 10),
-            std::strtoul(argv[4], nullptr, 10));
+        const auto book = load_book_from_file_with_range(path, book::interactive::file, 0,
+                                                         std::strtoul(argv[3], nullptr, 10),
+                                                         std::strtoul(argv[4], nullptr, 10));
         read_sheet(*book->sheet(0), false, found);
     } else {
         const auto book = load_book_from_file(path, book::interactive::file);
