@@ -1,0 +1,61 @@
+# SPDX-License-Identifier: Apache-2.0
+# Short names for the usual work. Each installs the Debian packages that it misses; CMake presets do the rest.
+.PHONY: help deps demo test asan format format-check install-test docs bench fuzz clean
+.DEFAULT_GOAL := help
+
+PRESET ?= dev
+BOOK := examples/weather.xlsx
+CONFIGURE = cmake --preset $(1) --log-level=WARNING
+BUILD = cmake --build --preset $(1)
+
+help:  ## this list
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
+
+deps:  ## install the missing packages (root or sudo)
+	@tools/install-deps
+
+demo: deps  ## build the program and read a workbook with it
+	@$(call CONFIGURE,release)
+	@$(call BUILD,release) --target zxsheet
+	build/release/bin/zxsheet info $(BOOK)
+	build/release/bin/zxsheet read $(BOOK) --to table
+	build/release/bin/zxsheet read $(BOOK) -s Summary --to json
+
+test: deps  ## build and run all tests (PRESET=dev or release)
+	$(call CONFIGURE,$(PRESET))
+	$(call BUILD,$(PRESET))
+	ctest --preset $(PRESET)
+
+asan: deps  ## build and run all tests under the address and undefined-behaviour sanitizers
+	$(call CONFIGURE,asan)
+	$(call BUILD,asan)
+	ctest --preset asan
+
+format: deps  ## format the C++ sources
+	@tools/format
+
+format-check: deps  ## fail if a C++ source is not formatted
+	@tools/format --check
+
+install-test: deps  ## install into a scratch folder and build programs against it
+	@$(call CONFIGURE,release)
+	@$(call BUILD,release) --target zxspreadsheet zxsheet
+	@tests/install/check build/release
+
+docs:  ## reference of the public headers into build/docs
+	@tools/install-deps docs
+	@mkdir -p build/docs && doxygen docs/Doxyfile && echo "see build/docs/html/index.html"
+
+bench:  ## build and run the benchmarks
+	@tools/install-deps bench
+	@$(call CONFIGURE,bench)
+	@$(call BUILD,bench)
+	@for program in build/bench/bin/*_bench; do [ ! -x "$$program" ] || "$$program" || exit 1; done
+
+fuzz:  ## build the fuzzers into build/fuzz/bin
+	@tools/install-deps fuzz
+	@$(call CONFIGURE,fuzz)
+	@$(call BUILD,fuzz)
+
+clean:  ## remove everything that was built
+	rm -rf build

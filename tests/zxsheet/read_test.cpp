@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the commands print.
+#include "tests/zxsheet/program.h"
+
+namespace zxsheet::test {
+namespace {
+
+const std::string kWeather = ZX_EXAMPLES "/weather.xlsx";
+
+/// A sheet with every kind of cell, odd texts and merged regions.
+const MadeSheet kData{
+    "Data", "",
+    "<sheetProtection sheet='1'/><sheetData>"
+    "<row r='2'><c r='B2' t='inlineStr'><is><t>say \"hi\", all</t></is></c>"
+    "<c r='C2' t='inlineStr'><is><t xml:space='preserve'> two&#10;lines\t</t></is></c>"
+    "<c r='D2' s='1'/></row>"
+    "<row r='3'><c r='B3' s='1'><v>60</v></c><c r='C3' t='b'><v>1</v></c>"
+    "<c r='D3' t='e'><v>#N/A</v></c></row>"
+    "<row r='4'><c r='B4'><v>1e300</v></c><c r='D4' "
+    "t='inlineStr'><is><t>\xC3\xA9</t></is></c></row>"
+    "</sheetData><mergeCells><mergeCell ref='B4:C4'/><mergeCell ref='D2:D3'/></mergeCells>"};
+
+class Commands : public testing::Test {
+  protected:
+    Commands() {
+        book_.fill(make_book({kData,
+                              {"Chart", "", "", true},
+                              {"2", "state='hidden'", "<sheetData/>"},
+                              {"Far", "state='veryHidden'",
+                               "<sheetData><row r='9'><c r='A9'><v>7</v></c></row></sheetData>"}},
+                             "<definedNames><definedName name='Corner'>Data!$B$2:$C$3</definedName>"
+                             "</definedNames>"));
+    }
+
+    /// Standard output of a command on the book.
+    std::string output(const std::string& command, std::vector<std::string> options = {}) const {
+        options.insert(options.begin(), {command, book_.text()});
+        const Outcome outcome = run_program(options);
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        EXPECT_EQ(outcome.err, "");
+        return outcome.out;
+    }
+
+    TemporaryPath book_{"data.XLSX"};
+};
+
+TEST_F(Commands, ListSheets) {
+    EXPECT_EQ(output("sheets"), "Data\nChart\n2\nFar\n");
+}
+
+TEST_F(Commands, DescribeTheBook) {
+    EXPECT_EQ(
+        output("info", {"--json"}),
+        "{\"path\":\"" + book_.text() +
+            "\",\"format\":\"XLSX\",\"date_system\":1900,\"sheets\":["
+            "{\"index\":1,\"name\":\"Data\",\"kind\":\"worksheet\",\"visibility\":\"visible\","
+            "\"used_range\":\"B2:D4\",\"protected\":true},"
+            "{\"index\":2,\"name\":\"Chart\",\"kind\":\"chart\",\"visibility\":null,"
+            "\"used_range\":null,\"protected\":null},"
+            "{\"index\":3,\"name\":\"2\",\"kind\":\"worksheet\",\"visibility\":\"hidden\","
+            "\"used_range\":null,\"protected\":false},"
+            "{\"index\":4,\"name\":\"Far\",\"kind\":\"worksheet\",\"visibility\":\"very hidden\","
+            "\"used_range\":\"A9\",\"protected\":false}]}\n");
+    const std::string plain = output("info");
+    for (const char* part : {"1900", "B2:D4", "chart", "very hidden", "protected"})
+        EXPECT_NE(plain.find(part), std::string::npos) << part;
+}
+
+TEST_F(Commands, PrintCellsInEveryFormat) {
+    const struct {
+        std::vector<std::string> options;
+        std::string expected;
+    } cases[] = {
+        {{},
+         "\"say \"\"hi\"\", all\",\" two\nlines\t\",\n1900-02-29,true,#N/A\n1e+300,,\xC3\xA9\n"},
+        {{"--to", "tsv", "-r", "2:2"}, "\"say \"\"hi\"\", all\"\t\" two\nlines\t\"\t\n"},
+        {{"-r", "B3:C3", "--dates", "serial"}, "60,true\n"},
+        {{"-r", "B3", "--to", "jsonl", "--dates", "serial"}, "[60]\n"},
+        {{"-r", "a1:b2"}, ",\n,\"say \"\"hi\"\", all\"\n"},
+        {{"-r", "B:B"}, "\"say \"\"hi\"\", all\"\n1900-02-29\n1e+300\n"},
+        {{"-r", "corner", "--to", "jsonl"},
+         "[\"say \\\"hi\\\", all\",\" two\\nlines\\t\"]\n[\"1900-02-29\",true]\n"},
+        {{"--to", "json", "-r", "C2:D4"},
+         "{\"sheet\":\"Data\",\"range\":\"C2:D4\","
+         "\"types\":[[\"text\",\"other\"],[\"boolean\",\"error\"],[\"empty\",\"text\"]],"
+         "\"values\":[[\" two\\nlines\\t\",null],[true,\"#N/A\"],[null,\"\xC3\xA9\"]]}\n"},
+        {{"--to", "table", "-r", "B3:D4"},
+         "   B           C     D\n3  1900-02-29  true  #N/A\n4      1e+300        \xC3\xA9\n"},
+        {{"-s", "far"}, "7\n"},
+        {{"-s", "4", "-r", "A8:A9"}, "\n7\n"},
+        {{"-s", "2"}, ""}, // a name before a number, and no cell
+        {{"-s", "2", "--to", "table"}, ""},
+        {{"-s", "3", "--to", "json"},
+         "{\"sheet\":\"2\",\"range\":null,\"types\":[],\"values\":[]}\n"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(output("read", c.options), c.expected) << testing::PrintToString(c.options);
+}
+
+TEST_F(Commands, ApplyMergedCellRules) {
+    const struct {
+        std::vector<std::string> options;
+        std::string expected;
+    } cases[] = {
+        {{"--merged-columns", "first"}, "1e+300,,\xC3\xA9\n"},
+        {{"--merged-columns", "last"}, ",1e+300,\xC3\xA9\n"},
+        {{"--merged-columns", "repeat"}, "1e+300,1e+300,\xC3\xA9\n"},
+        {{"--merged-columns", "omit"}, "\xC3\xA9\n"},
+    };
+    for (auto c : cases) {
+        c.options.insert(c.options.end(), {"-r", "B4:D4"});
+        EXPECT_EQ(output("read", c.options), c.expected) << c.options[1];
+    }
+    EXPECT_EQ(output("read", {"-r", "B2:D4", "--merged-rows", "omit", "--to", "jsonl"}),
+              "[1e+300,null,\"\xC3\xA9\"]\n");
+}
+
+TEST_F(Commands, PrintTypes) {
+    EXPECT_EQ(output("types"), "text\ttext\tother\ndate\tboolean\terror\nnumber\tempty\ttext\n");
+    EXPECT_EQ(output("types", {"--json", "-r", "B2:C2"}),
+              "{\"sheet\":\"Data\",\"range\":\"B2:C2\",\"types\":[[\"text\",\"text\"]]}\n");
+}
+
+TEST_F(Commands, WriteIntoAFile) {
+    const TemporaryPath target("out.csv");
+    EXPECT_EQ(output("read", {"-r", "B3:C3", "-o", target.text()}), "");
+    std::ostringstream content;
+    content << std::ifstream(target.text(), std::ios::binary).rdbuf();
+    EXPECT_EQ(content.str(), "1900-02-29,true\n");
+}
+
+// More cells than are read at a time.
+TEST(ReadCommand, JoinsBandsOfRows) {
+    std::string rows;
+    std::string expected;
+    for (int row = 1; row <= 5000; ++row) {
+        const std::string number = std::to_string(row);
+        rows += "<row r='" + number + "'><c r='A" + number + "'><v>" + number + "</v></c><c r='Z" +
+                number + "' t='e'><v>#REF!</v></c></row>";
+        expected += number + std::string(25, ',') + "#REF!\n";
+    }
+    const TemporaryPath book("tall.xlsx");
+    book.fill(make_book({{"Tall", "", "<sheetData>" + rows + "</sheetData>"}}));
+    EXPECT_EQ(run_program({"read", book.text()}).out, expected);
+    const Outcome table = run_program({"read", book.text(), "--to", "table", "-r", "A4999:A5000"});
+    EXPECT_EQ(table.out, "      A\n4999  4999\n5000  5000\n");
+}
+
+} // namespace
+} // namespace zxsheet::test

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// From the command line's BOOK, SHEET and RANGE to the library's objects, loading no more than is
+// needed.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "spreadsheet/spreadsheet.h"
+#include "zxsheet/options.h"
+
+namespace zxsheet {
+
+/// The ID of a Google spreadsheet written as "gsheet:ID"; empty for a path.
+std::optional<std::string> google_id(const std::string& book);
+
+/// A UTF-8 path in the platform's own form.
+std::filesystem::path native_path(const std::string& path);
+
+/// The format that the extension names; XLSX for an unknown one, since the content decides anyway.
+spreadsheet::book::format format_of(const Options& options);
+
+/// Loads the whole book.
+std::shared_ptr<spreadsheet::IBook> open_book(const Options& options);
+
+/// Loads the names (and kinds) of the sheets.
+std::shared_ptr<spreadsheet::IBook> open_sheet_list(const Options& options);
+
+/// The name of the sheet at an index.
+std::u16string sheet_name(const spreadsheet::IBook& book, std::size_t index);
+
+/// A sheet and the cells of it that are wanted.
+struct Selection {
+    std::shared_ptr<spreadsheet::IBook> book;
+    std::shared_ptr<spreadsheet::ISheet> sheet;
+    std::u16string sheet_name;
+    spreadsheet::Range range; ///< of no cells when the sheet is empty
+};
+
+/// Loads the wanted sheet, or only its wanted rows, and works the range out. Throws `Failure` for a
+/// sheet or range that does not exist.
+Selection open_selection(const Options& options);
+
+} // namespace zxsheet

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Reading bands of rows, with and without merged-cell rules.
+#include "zxsheet/cell_grid.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "foundation/unicode.h"
+
+namespace zxsheet {
+namespace {
+
+using namespace spreadsheet;
+
+/// Cells of a band; a band has at least one row.
+constexpr std::int64_t kCellsPerBand = 1 << 16;
+
+/// The cells of a band, column after column.
+struct Band {
+    Range range;
+    std::vector<cell_type> types;
+    std::vector<CellValue> cells;
+
+    std::size_t rows() const {
+        return static_cast<std::size_t>(range.last_row - range.first_row + 1);
+    }
+    std::size_t columns() const { return cells.size() / rows(); }
+    void adopt_types() {
+        cells.resize(types.size());
+        for (std::size_t i = 0; i < types.size(); ++i)
+            cells[i].type = types[i];
+    }
+};
+
+/// Where a builder's callbacks put the next cell.
+struct Cursor {
+    CellValue* next;
+};
+
+CellValue& take_next(void* context) {
+    return *static_cast<Cursor*>(context)->next++;
+}
+
+void put_text(void* context, const std::u16string& text) {
+    take_next(context).text = foundation::unicode::to_utf8(text);
+}
+void put_number(void* context, double value) {
+    take_next(context).number = value;
+}
+void put_boolean(void* context, bool value) {
+    take_next(context).number = value ? 1.0 : 0.0;
+}
+
+std::string error_text(const ISheet& sheet, int row, int column) {
+    std::string text;
+    const auto append = [](void* context, const std::u16string& value) {
+        *static_cast<std::string*>(context) = foundation::unicode::to_utf8(value);
+    };
+    sheet.read({row, column, row, column}, StringBuilder{&text, append});
+    return text;
+}
+
+/// Builders get errors as empty texts; their own are read one by one.
+void read_error_texts(const ISheet& sheet, Band& band) {
+    for (std::size_t i = 0; i < band.cells.size(); ++i) {
+        if (band.types[i] != cell_type::error) continue;
+        const auto row = static_cast<int>(i % band.rows()) + band.range.first_row;
+        const auto column = static_cast<int>(i / band.rows()) + band.range.first_column;
+        band.cells[i].text = error_text(sheet, row, column);
+    }
+}
+
+void read_values(const ISheet& sheet, Band& band) {
+    Cursor cursor{band.cells.data()};
+    const CellBuilder builder{&cursor, put_text, put_number, put_number, put_boolean};
+    sheet.read(band.range, band.types.data(), builder);
+    read_error_texts(sheet, band);
+}
+
+bool has_type(const Band& band, std::initializer_list<cell_type> wanted) {
+    return std::find_first_of(band.types.begin(), band.types.end(), wanted.begin(), wanted.end()) !=
+           band.types.end();
+}
+
+struct MergedRules {
+    MergedCellColumnRule columns;
+    MergedCellRowRule rows;
+};
+
+/// Puts the values of one element type where cells have the type asked for.
+template <class Element, class NumberOf>
+void read_ruled(ISheet& sheet, Band& band, const MergedRules& rules, cell_type wanted,
+                NumberOf number_of) {
+    if (!has_type(band, {wanted})) return;
+    const auto values = std::make_unique<Element[]>(band.cells.size());
+    sheet.read(band.range, values.get(), rules.columns, rules.rows);
+    for (std::size_t i = 0; i < band.cells.size(); ++i)
+        if (band.types[i] == wanted) band.cells[i].number = number_of(values[i]);
+}
+
+void read_ruled_texts(ISheet& sheet, Band& band, const MergedRules& rules) {
+    Cursor cursor{band.cells.data()};
+    sheet.read(band.range, StringBuilder{&cursor, put_text}, rules.columns, rules.rows);
+}
+
+/// The library's builder read knows no rules, so there is one read for each kind of value.
+void read_values(ISheet& sheet, Band& band, const MergedRules& rules) {
+    read_ruled<double>(sheet, band, rules, cell_type::number, [](double v) { return v; });
+    read_ruled<SerialDatenum>(sheet, band, rules, cell_type::date,
+                              [](SerialDatenum v) { return v.value; });
+    read_ruled<bool>(sheet, band, rules, cell_type::boolean, [](bool v) { return v ? 1.0 : 0.0; });
+    // Always, since this is the read that tells which rows and columns are left out.
+    read_ruled_texts(sheet, band, rules);
+}
+
+/// Marks zero-based offsets, as the library lists them.
+std::vector<bool> marks(const std::vector<int>& offsets, std::size_t count) {
+    std::vector<bool> marked(count);
+    for (const int offset : offsets)
+        if (offset >= 0 && static_cast<std::size_t>(offset) < count)
+            marked[static_cast<std::size_t>(offset)] = true;
+    return marked;
+}
+
+void visit_rows(const Band& band, const std::vector<bool>& omitted_rows,
+                const std::vector<bool>& omitted_columns, const RowVisitor& visit) {
+    std::vector<const CellValue*> row_cells;
+    if (std::count(omitted_columns.begin(), omitted_columns.end(), false) == 0) return;
+    for (std::size_t row = 0; row < band.rows(); ++row) {
+        if (omitted_rows[row]) continue;
+        row_cells.clear();
+        for (std::size_t column = 0; column < band.columns(); ++column)
+            if (!omitted_columns[column])
+                row_cells.push_back(&band.cells[column * band.rows() + row]);
+        visit(row_cells);
+    }
+}
+
+/// Rules need the whole range at once: what they leave out depends on every row.
+void visit_ruled(const Selection& selection, const Options& options, const RowVisitor& visit) {
+    const MergedRules rules{options.merged_columns.value_or(MergedCellColumnRule::first),
+                            options.merged_rows.value_or(MergedCellRowRule::first)};
+    ISheet& sheet = *selection.sheet;
+    Band band{selection.range, {}, {}};
+    band.types.resize(static_cast<std::size_t>(selection.range.count()));
+    sheet.cell_types(band.range, band.types.data(), rules.columns, rules.rows);
+    band.adopt_types();
+    read_values(sheet, band, rules);
+    visit_rows(band, marks(sheet.get_omit_rows_vector(), band.rows()),
+               marks(sheet.get_omit_vars_vector(), band.columns()), visit);
+}
+
+} // namespace
+
+void for_each_row(const Selection& selection, const Options& options, Content content,
+                  const RowVisitor& visit) {
+    const Range& whole = selection.range;
+    if (whole.count() <= 0) return;
+    if (options.has_merged_rules()) return visit_ruled(selection, options, visit);
+    const std::int64_t columns = std::int64_t{whole.last_column} - whole.first_column + 1;
+    const auto band_rows = static_cast<int>(std::max<std::int64_t>(1, kCellsPerBand / columns));
+    Band band;
+    for (int row = whole.first_row; row <= whole.last_row; row += band_rows) {
+        const int last_row = std::min(whole.last_row, row + band_rows - 1);
+        band.range = {row, whole.first_column, last_row, whole.last_column};
+        band.types = selection.sheet->cell_types(band.range);
+        band.adopt_types();
+        if (content == Content::Values) read_values(*selection.sheet, band);
+        visit_rows(band, std::vector<bool>(band.rows()), std::vector<bool>(band.columns()), visit);
+    }
+}
+
+} // namespace zxsheet

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The cells of a range band by band: the library delivers column after column, the program writes
+// row after row, and a band of rows keeps what is between them small.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "zxsheet/book_access.h"
+
+namespace zxsheet {
+
+/// One cell; `number` also holds serial dates and booleans (0 or 1), `text` the text of errors too.
+struct CellValue {
+    spreadsheet::cell_type type = spreadsheet::cell_type::empty;
+    double number = 0.0;
+    std::string text;
+};
+
+/// One row of cells; lives until the visitor returns.
+using RowVisitor = std::function<void(const std::vector<const CellValue*>& row)>;
+
+/// Whether a pass needs the values of the cells or their types alone.
+enum class Content { Types, Values };
+
+/// Calls `visit` for every row of the selection from the top; none for an empty selection.
+/// Merged-cell rules of `options` are applied; rows and columns that a rule leaves out are not
+/// visited.
+void for_each_row(const Selection& selection, const Options& options, Content content,
+                  const RowVisitor& visit);
+
+} // namespace zxsheet

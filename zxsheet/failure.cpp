@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// From the library's errors to exit codes and sentences.
+#include "zxsheet/failure.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+#include "zxsheet/book_access.h"
+
+namespace zxsheet {
+namespace {
+
+using spreadsheet::error_id;
+
+/// The library's message without its tag.
+std::string message_of(const spreadsheet::Exception& error) {
+    const std::string_view text = error.what();
+    const std::size_t tag_end = text.find("]: ");
+    const bool tagged = !text.empty() && text.front() == '[' && tag_end != text.npos;
+    return std::string(tagged ? text.substr(tag_end + 3) : text);
+}
+
+bool can_be_opened(const std::string& book) {
+    const std::filesystem::path path = native_path(book);
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(path, ignored) && std::ifstream(path).is_open();
+}
+
+/// Why a file cannot be opened, where the library has not tried.
+std::string unreadable_reason(const std::string& book) {
+    std::error_code ignored;
+    const bool exists = std::filesystem::exists(native_path(book), ignored);
+    return exists ? "The file cannot be read; check the permissions." : "There is no such file.";
+}
+
+Failure not_loaded(const Options& options, const std::string& cause, const std::string& message) {
+    const std::string sentence = options.book + ": " + (cause.empty() ? message : cause);
+    if (options.application)
+        return {ExitCode::NoApplication,
+                options.book + ": the spreadsheet application is not available; leave --app out to "
+                               "read the file itself."};
+    if (google_id(options.book))
+        return {ExitCode::Service, options.book +
+                                       ": Google Sheets is not available in this version; "
+                                       "download the spreadsheet as XLSX and read the file."};
+    return {can_be_opened(options.book) ? ExitCode::NotAWorkbook : ExitCode::NotReadable, sentence};
+}
+
+} // namespace
+
+Failure describe(const spreadsheet::Exception& error, const Options& options,
+                 const std::string& cause) {
+    const std::string message = message_of(error);
+    switch (error.id()) {
+    case error_id::book_not_opened:
+    case error_id::book_not_loaded:
+        return not_loaded(options, cause, message);
+    case error_id::book_not_created:
+    case error_id::format_invalid:
+    case error_id::format_unsupported:
+        if (options.application || google_id(options.book) || !can_be_opened(options.book))
+            return not_loaded(options, unreadable_reason(options.book), message);
+        return {ExitCode::NotAWorkbook, options.book +
+                                            ": this version cannot read files of this format; "
+                                            "save it as XLSX first."};
+    case error_id::sheet_not_opened:
+    case error_id::sheet_not_found:
+    case error_id::trailing_characters:
+    case error_id::range_not_parsed:
+    case error_id::named_range_not_found:
+    case error_id::range_too_large:
+    case error_id::cell_out_of_bounds:
+    case error_id::chart_sheet_unsupported:
+        return {ExitCode::NotFound, options.book + ": " + message};
+    case error_id::google_sheet_not_found:
+        return {ExitCode::NotReadable, options.book + ": " + message};
+    case error_id::google_identity_required:
+    case error_id::google_unavailable:
+    case error_id::google_unavailable_again:
+    case error_id::google_too_many_requests:
+    case error_id::google_timed_out:
+        return {ExitCode::Service, options.book + ": " + message};
+    default:
+        return {ExitCode::Failed, options.book + ": " + message};
+    }
+}
+
+} // namespace zxsheet

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// `zxsheet info`: format, date system and sheets of a book.
+#include <optional>
+#include <vector>
+
+#include "foundation/unicode.h"
+#include "zxsheet/book_access.h"
+#include "zxsheet/commands.h"
+#include "zxsheet/json_text.h"
+
+namespace zxsheet {
+namespace {
+
+using namespace spreadsheet;
+using foundation::unicode::to_utf8;
+
+/// What there is to tell about a sheet; a chart sheet has a name only.
+struct SheetInfo {
+    std::string name;
+    bool is_chart = false;
+    std::optional<std::string> visibility;
+    std::optional<std::string> used_range; ///< empty when no cell is used
+    std::optional<bool> is_protected;
+};
+
+std::string visibility_name(sheet::hidden state) {
+    if (state == sheet::hidden::visible) return "visible";
+    return state == sheet::hidden::hidden ? "hidden" : "very hidden";
+}
+
+SheetInfo describe_sheet(const IBook& book, std::size_t index) {
+    SheetInfo info;
+    info.name = to_utf8(sheet_name(book, index));
+    info.is_chart = book.sheet_type(index) == sheet::type::chart;
+    if (info.is_chart) return info;
+    const auto sheet = book.sheet(index);
+    info.visibility = visibility_name(sheet->hidden());
+    info.is_protected = sheet->is_protected();
+    const Range used = sheet->used_range();
+    if (used.count() > 0) info.used_range = to_utf8(range_string(used));
+    return info;
+}
+
+std::vector<SheetInfo> describe_sheets(const IBook& book) {
+    std::vector<SheetInfo> sheets;
+    for (std::size_t i = 0; i < book.num_sheets(); ++i)
+        sheets.push_back(describe_sheet(book, i));
+    return sheets;
+}
+
+std::string date_system(const IBook& book) {
+    return book.are_dates_1904() ? "1904" : "1900";
+}
+
+std::string json_or_null(const std::optional<std::string>& text) {
+    return text ? json_string(*text) : "null";
+}
+
+void write_json_info(const IBook& book, const Options& options, OutputSink& out) {
+    out.write("{\"path\":" + json_string(options.book));
+    out.write(",\"format\":" + json_string(to_utf8(book::to_string(book.format()))));
+    out.write(",\"date_system\":" + date_system(book) + ",\"sheets\":[");
+    std::size_t index = 0;
+    for (const SheetInfo& info : describe_sheets(book)) {
+        if (index++ != 0) out.write(',');
+        out.write("{\"index\":" + std::to_string(index) + ",\"name\":" + json_string(info.name));
+        out.write(info.is_chart ? ",\"kind\":\"chart\"" : ",\"kind\":\"worksheet\"");
+        out.write(",\"visibility\":" + json_or_null(info.visibility));
+        out.write(",\"used_range\":" + json_or_null(info.used_range));
+        const bool is_protected = info.is_protected.value_or(false);
+        out.write(",\"protected\":");
+        out.write(!info.is_protected ? "null}" : is_protected ? "true}" : "false}");
+    }
+    out.write("]}\n");
+}
+
+void write_plain_info(const IBook& book, const Options& options, OutputSink& out) {
+    out.write("path:        " + options.book + '\n');
+    out.write("format:      " + to_utf8(book::to_string(book.format())) + '\n');
+    out.write("date system: " + date_system(book) + '\n');
+    std::size_t index = 0;
+    for (const SheetInfo& info : describe_sheets(book)) {
+        out.write("sheet " + std::to_string(++index) + ":     " + info.name);
+        out.write(info.is_chart ? " (chart sheet)" : "  " + info.used_range.value_or("empty"));
+        if (info.visibility.value_or("visible") != "visible") out.write("  " + *info.visibility);
+        if (info.is_protected.value_or(false)) out.write("  protected");
+        out.write('\n');
+    }
+}
+
+} // namespace
+
+void run_info(const Options& options, OutputSink& out) {
+    const auto book = open_book(options);
+    options.json ? write_json_info(*book, options, out) : write_plain_info(*book, options, out);
+}
+
+} // namespace zxsheet

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the command line asked for. Texts are UTF-8.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "spreadsheet/cell_exchange.h"
+
+namespace zxsheet {
+
+enum class DataFormat { Csv, Tsv, Json, JsonLines, Table };
+enum class DateStyle { Iso, Serial };
+
+struct Options {
+    std::string book; ///< a path, or "gsheet:" and a spreadsheet's ID
+    bool application = false;
+    std::string sheet; ///< empty for the first worksheet
+    std::string range; ///< empty for the used range
+    bool json = false;
+    DataFormat to = DataFormat::Csv;
+    DateStyle dates = DateStyle::Iso;
+    std::optional<spreadsheet::MergedCellColumnRule> merged_columns;
+    std::optional<spreadsheet::MergedCellRowRule> merged_rows;
+    std::string output; ///< empty for standard output
+
+    bool has_merged_rules() const { return merged_columns || merged_rows; }
+};
+
+} // namespace zxsheet

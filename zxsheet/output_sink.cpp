@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Collecting output and handing it on.
+#include "zxsheet/output_sink.h"
+
+#include <utility>
+
+#include "zxsheet/book_access.h"
+#include "zxsheet/failure.h"
+
+namespace zxsheet {
+namespace {
+
+constexpr std::size_t kPieceBytes = 1 << 16;
+
+} // namespace
+
+OutputSink::OutputSink(std::ostream& out, std::string file)
+    : out_(out), file_name_(std::move(file)) {}
+
+void OutputSink::write(std::string_view text) {
+    buffer_ += text;
+    if (buffer_.size() >= kPieceBytes) flush();
+}
+
+void OutputSink::finish() {
+    flush();
+    if (file_.is_open())
+        file_.close();
+    else
+        out_.flush();
+    if (!file_ || !out_)
+        throw Failure(ExitCode::NotWritten, "The output cannot be written; is the disk full?");
+}
+
+void OutputSink::flush() {
+    if (!file_name_.empty() && !file_.is_open()) {
+        file_.open(native_path(file_name_), std::ios::binary | std::ios::trunc);
+        if (!file_) throw Failure(ExitCode::NotWritten, file_name_ + ": the file cannot be made.");
+    }
+    std::ostream& target = file_.is_open() ? file_ : out_;
+    target.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+    buffer_.clear();
+    if (!target)
+        throw Failure(ExitCode::NotWritten, "The output cannot be written; is the disk full?");
+}
+
+} // namespace zxsheet

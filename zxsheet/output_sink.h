@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Where data goes: standard output or a file, collected in large pieces. A file is made with the
+// first piece, so that a command which fails before leaves an old file alone.
+#pragma once
+
+#include <fstream>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace zxsheet {
+
+class OutputSink {
+  public:
+    /// Writes to `out` unless `file` (a UTF-8 path) names a file.
+    OutputSink(std::ostream& out, std::string file);
+
+    void write(std::string_view text);
+    void write(char character) { write(std::string_view(&character, 1)); }
+
+    /// Writes what is left. Throws `Failure` when the file or stream does not take it.
+    void finish();
+
+  private:
+    void flush();
+
+    std::ostream& out_;
+    std::string file_name_;
+    std::ofstream file_;
+    std::string buffer_;
+};
+
+} // namespace zxsheet

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The program without its entry point.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace zxsheet {
+
+/// Runs the program with UTF-8 arguments (the program's name not included) and returns its exit
+/// code. Data goes to `out`, one sentence per failure to `err`.
+int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
+
+} // namespace zxsheet
