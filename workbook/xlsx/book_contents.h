@@ -14,6 +14,7 @@
 #include "workbook/package/opc_package.h"
 #include "workbook/xlsx/styles.h"
 #include "workbook/xlsx/workbook_part.h"
+#include "workbook/xlsx/worksheet_reader.h"
 
 namespace workbook {
 
@@ -42,6 +43,14 @@ struct BookContents {
     BookContents(const BookContents&) = delete;
     BookContents& operator=(const BookContents&) = delete;
 
+    /// Reads the cells of all worksheets. Throws `Error`.
+    void load_sheets();
+    /// Reads the cells of one sheet's rows; see `Book::load_sheet` for `sheet_index`. Throws
+    /// `Error`.
+    void load_rows(int sheet_index, RowSpan rows);
+    /// Closes the package unless a sheet comes back to it.
+    void close_package();
+
     std::unique_ptr<OpcPackage> package; ///< null once nothing more is read from it
     WorkbookPart workbook;
     Styles styles;
@@ -50,6 +59,12 @@ struct BookContents {
     std::vector<std::unique_ptr<XlsxSheet>> sheets; ///< by index; null where no cells were loaded
     std::string& error_message;
     std::u16string text; ///< the text last handed out
+
+  private:
+    void read_styles();
+    void read_sheet(std::size_t index, RowSpan rows);
+    void read_strings();
+    std::size_t wanted_sheet(int index) const;
 };
 
 } // namespace workbook

@@ -192,6 +192,8 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
         if (p == nullptr) return nullptr;
     }
     if (const char* const behind = skip_missing_value(p)) {
+        // An empty value of a formula's text is an empty text.
+        if (behind != p && type == CellType::FormulaString) return nullptr;
         cell.kind = static_cast<std::uint32_t>(StoredKind::Blank);
         return behind;
     }

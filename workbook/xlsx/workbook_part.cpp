@@ -80,6 +80,9 @@ class Reader {
         sheet.name = foundation::unicode::to_utf16(attribute_value(element, "name").value_or(""));
         sheet.state = state_of(attribute_value(element, "state").value_or(""));
         const Relationship* target = find(attribute_value(element, "id").value_or(""));
+        if (target != nullptr && target->target == name_)
+            throw Error::damaged(name_, "sheet " + std::to_string(book_.sheets.size() + 1) +
+                                            " refers back to the workbook itself");
         if (target != nullptr && !target->is_external && package_.has_part(target->target)) {
             sheet.kind = kind_of(target->type, package_.content_types().of(target->target));
             if (sheet.kind != SheetKind::Unknown) sheet.part = target->target;

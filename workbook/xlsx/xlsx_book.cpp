@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Loading: package, workbook part, wanted sheets, then the shared strings that their cells need.
+// Errors end here: every load turns them into the book's message.
 #include "workbook/xlsx/xlsx_book.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
-#include "workbook/xlsx/shared_strings.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
@@ -26,58 +24,7 @@ std::unique_ptr<OpcPackage> open_package(std::u16string_view path) {
     }
 }
 
-void read_styles(BookContents& contents) {
-    const std::string& part = contents.workbook.styles_part;
-    if (part.empty()) return;
-    contents.styles = Styles(*contents.package->open_part(part));
-    for (std::size_t i = 0; i < contents.styles.size(); ++i)
-        contents.formats.emplace_back(contents.styles, i);
-}
-
-/// Reads the cells of one sheet when it is a worksheet whose part is there.
-void read_sheet(BookContents& contents, std::size_t index, RowSpan rows) {
-    if (contents.workbook.sheets[index].kind != SheetKind::Worksheet) return;
-    contents.sheets[index] = std::make_unique<XlsxSheet>(contents, static_cast<int>(index), rows);
-}
-
-/// Reads as many shared strings as the loaded sheets need.
-void read_strings(BookContents& contents) {
-    std::uint64_t wanted = 0;
-    for (const auto& sheet : contents.sheets)
-        if (sheet != nullptr) wanted = std::max(wanted, sheet->shared_strings_end());
-    const std::string& part = contents.workbook.shared_strings_part;
-    if (wanted > 0 && !part.empty())
-        read_shared_strings(*contents.package->open_part(part), wanted, contents.shared_strings);
-    for (const auto& sheet : contents.sheets)
-        if (sheet != nullptr) sheet->check_shared_strings();
-}
-
-/// Closes the package unless a sheet comes back to it.
-void close_package(BookContents& contents) {
-    const bool is_complete =
-        std::all_of(contents.sheets.begin(), contents.sheets.end(),
-                    [](const auto& sheet) { return sheet == nullptr || sheet->is_complete(); });
-    if (is_complete) contents.package.reset();
-}
-
-std::size_t wanted_sheet(const BookContents& contents, int index) {
-    const std::size_t count = contents.workbook.sheets.size();
-    if (index >= 0 && static_cast<std::size_t>(index) < count)
-        return static_cast<std::size_t>(index);
-    if (count == 1) return 0;
-    throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
-                         ", it has " + std::to_string(count));
-}
-
 } // namespace
-
-BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::string& error_text)
-    : package(std::move(opened)),
-      workbook(read_workbook_part(*package)),
-      sheets(workbook.sheets.size()),
-      error_message(error_text) {}
-
-BookContents::~BookContents() = default;
 
 XlsxBook::XlsxBook() = default;
 XlsxBook::~XlsxBook() = default;
@@ -88,7 +35,7 @@ bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
     try {
         auto contents = std::make_unique<BookContents>(open_package(path), error_message_);
         read_cells(*contents);
-        close_package(*contents);
+        contents->close_package();
         contents_ = std::move(contents);
         return true;
     } catch (const std::bad_alloc&) {
@@ -100,12 +47,7 @@ bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
 }
 
 bool XlsxBook::load(std::u16string_view path) {
-    return open(path, [](BookContents& contents) {
-        read_styles(contents);
-        for (std::size_t i = 0; i < contents.sheets.size(); ++i)
-            read_sheet(contents, i, {});
-        read_strings(contents);
-    });
+    return open(path, [](BookContents& contents) { contents.load_sheets(); });
 }
 
 bool XlsxBook::load_sheet(std::u16string_view path, int sheet_index) {
@@ -118,11 +60,7 @@ bool XlsxBook::load_partially(std::u16string_view path, int sheet_index, int fir
 }
 
 bool XlsxBook::load_rows(std::u16string_view path, int sheet_index, RowSpan rows) {
-    return open(path, [&](BookContents& contents) {
-        read_styles(contents);
-        read_sheet(contents, wanted_sheet(contents, sheet_index), rows);
-        read_strings(contents);
-    });
+    return open(path, [&](BookContents& contents) { contents.load_rows(sheet_index, rows); });
 }
 
 bool XlsxBook::load_info(std::u16string_view path) {

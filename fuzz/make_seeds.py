@@ -1,0 +1,56 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+#
+# Sorts the fixtures and their parts into one seed folder per fuzz target:
+# make_seeds.py FIXTURES CORPUS
+import os
+import sys
+import zipfile
+
+KINDS = {
+    "fuzz_worksheet": lambda name: "sheets/" in name and name.endswith(".xml"),
+    "fuzz_shared_strings": lambda name: name.endswith("sharedstrings.xml"),
+    "fuzz_styles": lambda name: name.endswith("styles.xml"),
+    "fuzz_workbook": lambda name: name.endswith("workbook.xml"),
+    "fuzz_relationships": lambda name: name.endswith(".rels") or "content_types" in name,
+}
+FORMULAS = ["Sheet1!$A$1:$B$2", "'It''s'!A1", "Sheet1!$A:$C", "Sheet1!$1:$3", "#REF!", "[1]S!$A$1"]
+
+
+def put(corpus, target, name, data):
+    os.makedirs(os.path.join(corpus, target), exist_ok=True)
+    with open(os.path.join(corpus, target, name), "wb") as file:
+        file.write(data)
+
+
+def put_parts(corpus, name, path):
+    try:
+        with zipfile.ZipFile(path) as archive:
+            for i, part in enumerate(archive.namelist()):
+                plain = part.replace("\\", "/").lower()
+                data = archive.read(part)
+                for target, wanted in KINDS.items():
+                    if wanted(plain) and len(data) <= 65536:
+                        put(corpus, target, f"{name}_{i}", data)
+    except zipfile.BadZipFile:
+        pass  # some fixtures are broken on purpose
+
+
+def main(fixtures, corpus):
+    for folder, _, names in os.walk(fixtures):
+        for name in sorted(names):
+            path = os.path.join(folder, name)
+            if ".xl" not in name or os.path.getsize(path) > 65536:
+                continue
+            with open(path, "rb") as file:
+                data = file.read()
+            put(corpus, "fuzz_container", name, data)
+            put(corpus, "fuzz_package", name, data)
+            put_parts(corpus, name, path)
+    for i, formula in enumerate(FORMULAS):
+        put(corpus, "fuzz_defined_name", f"formula_{i}", formula.encode())
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

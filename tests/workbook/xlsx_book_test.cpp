@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The book's own contract: states, handles, messages. What files hold is in fixtures_test.cpp.
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "workbook/library.h"
+
+namespace workbook {
+namespace {
+
+using ::testing::HasSubstr;
+
+std::u16string fixture(const char* name) {
+    return (std::filesystem::path(ZX_TEST_DATA) / name).u16string();
+}
+
+TEST(XlsxBook, IsEmptyBeforeALoad) {
+    const auto book = xlCreateXMLBookW();
+    EXPECT_STREQ(book->error_message(), "ok");
+    EXPECT_EQ(book->sheet_count(), 0);
+    EXPECT_EQ(book->get_sheet(0), nullptr);
+    EXPECT_EQ(book->sheet_type(0), SheetKind::Unknown);
+    EXPECT_EQ(book->get_sheet_name(0).data(), nullptr);
+    EXPECT_EQ(book->format(0), nullptr);
+    EXPECT_FALSE(book->is_date_1904());
+}
+
+TEST(XlsxBook, SaysWhyAFileCannotBeOpened) {
+    const auto book = xlCreateXMLBookW();
+    EXPECT_FALSE(book->load(fixture("absent.xlsx")));
+    EXPECT_STRNE(book->error_message(), "ok");
+    EXPECT_FALSE(book->load(std::filesystem::path(ZX_TEST_DATA).u16string()));
+    EXPECT_STRNE(book->error_message(), "ok");
+}
+
+TEST(XlsxBook, SaysWhyThereIsNoSheet) {
+    const auto book = xlCreateXMLBookW();
+    ASSERT_TRUE(book->load_sheet(fixture("chart_and_dialog_sheets.xlsm"), 0));
+    struct Case {
+        int index;
+        const char* message;
+    };
+    for (const Case& c :
+         {Case{1, "\"Chart\": it is a chart sheet"}, Case{4, "were not loaded"},
+          Case{5, "\"Lost\": its kind is unknown"}, Case{7, "no sheet"}, Case{-1, "no sheet"}}) {
+        EXPECT_EQ(book->get_sheet(c.index), nullptr);
+        EXPECT_THAT(book->error_message(), HasSubstr(c.message));
+    }
+}
+
+TEST(XlsxBook, LoadsTheOnlySheetForAnyIndex) {
+    const auto book = xlCreateXMLBookW();
+    for (const int index : {5, -1}) {
+        EXPECT_TRUE(book->load_sheet(fixture("numbers.xlsx"), index));
+        EXPECT_NE(book->get_sheet(0), nullptr);
+        EXPECT_FALSE(book->load_sheet(fixture("merged_regions.xlsx"), index));
+        EXPECT_THAT(book->error_message(), HasSubstr("it has 3"));
+    }
+}
+
+TEST(XlsxBook, KeepsFormatHandlesWhenOneIsAdded) {
+    const auto book = xlCreateXMLBookW();
+    ASSERT_TRUE(book->load(fixture("formatted_blanks.xlsx")));
+    ASSERT_EQ(book->format_size(), 2);
+    Format* first = book->format(0);
+    EXPECT_EQ(book->format(1)->num_format(), 14);
+    EXPECT_EQ(book->get_sheet(0)->cell_format(1, 1), book->format(1));
+    EXPECT_EQ(book->get_sheet(0)->cell_format(0, 0), nullptr);
+    for (int i = 0; i < 1000; ++i)
+        ASSERT_NE(book->add_format(), nullptr);
+    EXPECT_EQ(book->format(0), first);
+    EXPECT_EQ(book->format(1001)->num_format(), 0);
+    EXPECT_TRUE(book->format(1001)->locked());
+
+    EXPECT_FALSE(book->get_sheet(0)->is_date(3, 3));
+    book->format(0)->set_num_format(22);
+    EXPECT_TRUE(book->get_sheet(0)->is_date(3, 3));
+    EXPECT_FALSE(book->get_sheet(0)->is_date(1, 1)) << "a blank cell is no date";
+}
+
+TEST(XlsxBook, ReadsOtherKindsAsNothing) {
+    const auto book = xlCreateXMLBookW();
+    ASSERT_TRUE(book->load(fixture("booleans_errors_formulas.xlsx")));
+    const Sheet* sheet = book->get_sheet(0);
+    EXPECT_EQ(sheet->read_num(0, 0), 1.0) << "a boolean is a number";
+    EXPECT_EQ(sheet->read_num(1, 0), 0.0);
+    EXPECT_EQ(sheet->read_num(2, 1), 0.0);
+    EXPECT_FALSE(sheet->read_bool(2, 0));
+    EXPECT_EQ(sheet->read_str(2, 0).data(), nullptr);
+    EXPECT_EQ(sheet->read_str(90, 90).data(), nullptr);
+    EXPECT_NE(sheet->read_str(2, 5).data(), nullptr) << "an empty text is a text";
+    EXPECT_EQ(sheet->read_str(1, 0), u"#DIV/0!");
+}
+
+TEST(XlsxBook, AFailedLoadGivesUpTheFormerBook) {
+    const auto book = xlCreateXMLBookW();
+    ASSERT_TRUE(book->load(fixture("dates_1904.xlsx")));
+    EXPECT_FALSE(book->load(fixture("bad/text.xlsx")));
+    EXPECT_EQ(book->sheet_count(), 0);
+    EXPECT_FALSE(book->is_date_1904());
+    EXPECT_EQ(book->add_format(), nullptr);
+}
+
+} // namespace
+} // namespace workbook
