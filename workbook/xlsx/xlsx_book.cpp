@@ -28,8 +28,10 @@ std::unique_ptr<OpcPackage> open_package(std::u16string_view path) {
 
 void read_styles(BookContents& contents) {
     const std::string& part = contents.workbook.styles_part;
-    if (part.empty()) return;
-    contents.styles = Styles(*contents.package->open_part(part));
+    if (!part.empty()) contents.styles = Styles(*contents.package->open_part(part));
+    // Cells without a format have format 0, which a file need not define: a format added later must
+    // not become theirs.
+    if (contents.styles.size() == 0) contents.styles.add_format();
     for (std::size_t i = 0; i < contents.styles.size(); ++i)
         contents.formats.emplace_back(contents.styles, i);
 }
