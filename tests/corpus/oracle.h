@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -26,6 +27,10 @@ struct File {
     std::string name;
     Verdict verdict;
 };
+
+inline std::ostream& operator<<(std::ostream& out, const File& file) {
+    return out << file.name;
+}
 
 /// One answer about a cell: n number, d number with a date format, s text, b boolean, e error, z
 /// blank with a format, - no such cell.

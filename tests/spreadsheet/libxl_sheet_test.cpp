@@ -4,6 +4,7 @@
 #include <array>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -31,15 +32,18 @@ MergedCellRowRule row_rule(int value) {
 struct Journal {
     std::vector<std::string> entries;
     static Journal& of(void* context) { return *static_cast<Journal*>(context); }
-    static std::string narrow(const std::u16string& text) { return {text.begin(), text.end()}; }
+    static void add(void* context, char kind, std::string text) {
+        text.insert(text.begin(), kind);
+        of(context).entries.push_back(std::move(text));
+    }
     static void text(void* context, const std::u16string& value) {
-        of(context).entries.push_back("s" + narrow(value));
+        add(context, 's', {value.begin(), value.end()});
     }
     static void number(void* context, double value) {
-        of(context).entries.push_back("n" + std::to_string(value).substr(0, 4));
+        add(context, 'n', std::to_string(value).substr(0, 4));
     }
     static void date(void* context, double value) {
-        of(context).entries.push_back("d" + std::to_string(value).substr(0, 6));
+        add(context, 'd', std::to_string(value).substr(0, 6));
     }
     static void boolean(void* context, bool value) {
         of(context).entries.push_back(value ? "true" : "false");

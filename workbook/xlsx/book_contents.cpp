@@ -41,8 +41,10 @@ void BookContents::close_package() {
 
 void BookContents::read_styles() {
     const std::string& part = workbook.styles_part;
-    if (part.empty()) return;
-    styles = Styles(*package->open_part(part));
+    if (!part.empty()) styles = Styles(*package->open_part(part));
+    // Cells without a format have format 0, which a file need not define: a format added later must
+    // not become theirs.
+    if (styles.size() == 0) styles.add_format();
     for (std::size_t i = 0; i < styles.size(); ++i)
         formats.emplace_back(styles, i);
 }
