@@ -13,7 +13,7 @@ namespace {
 
 void put(std::string& out, std::uint64_t value, int bytes) {
     for (int i = 0; i < bytes; ++i)
-        out += static_cast<char>(value >> (8 * i) & 0xFF);
+        out += static_cast<char>(i < 8 ? value >> (8 * i) & 0xFF : 0);
 }
 
 constexpr std::uint64_t kFull32 = 0xFFFFFFFF;
