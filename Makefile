@@ -50,7 +50,7 @@ bench:  ## build and run the benchmarks
 	@tools/install-deps bench
 	@$(call CONFIGURE,bench)
 	@$(call BUILD,bench)
-	@for program in build/bench/bin/*_bench; do [ ! -x "$$program" ] || "$$program" || exit 1; done
+	build/bench/bin/reading_benchmark
 
 fuzz:  ## build the fuzzers into build/fuzz/bin
 	@tools/install-deps fuzz
