@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The interface of a workbook, whatever holds it. Books come from spreadsheet/book_factory.h, which has
-// run one of the `init_` operations; the others may be called in any order. The order of the virtual
-// functions is part of the interface.
+// The interface of a workbook, whatever holds it. Books come from spreadsheet/book_factory.h, which
+// has run one of the `init_` operations; the others may be called in any order. The order of the
+// virtual functions is part of the interface.
 #pragma once
 
 #include <cstddef>
@@ -33,16 +33,16 @@ class ZX_API IBook {
     /// Whether the workbook counts serial dates from 1904.
     virtual bool are_dates_1904() const = 0;
     virtual std::size_t num_sheets() const = 0;
-    /// The sheet of that name, compared without regard to case; null when there is none. `Exception` 31
-    /// for a chart sheet.
+    /// The sheet of that name, compared without regard to case; null when there is none.
+    /// `Exception` 31 for a chart sheet.
     virtual std::shared_ptr<ISheet> sheet(const std::u16string& name) const = 0;
-    /// The sheet at an index, a placeholder for a chart sheet; null when no sheet is loaded. The caller
-    /// gives a valid index.
+    /// The sheet at an index, a placeholder for a chart sheet; null when no sheet is loaded. The
+    /// caller gives a valid index.
     virtual std::shared_ptr<ISheet> sheet(std::size_t index) const = 0;
     /// Empty when there is no such sheet.
     virtual std::optional<std::u16string> get_sheet_name(const int index) const = 0;
-    /// Inserts a sheet at `index` (at most `num_sheets()`) and returns it; `second_name` names the sheet
-    /// to copy, or is empty. Call the checked free function `add_sheet` instead.
+    /// Inserts a sheet at `index` (at most `num_sheets()`) and returns it; `second_name` names the
+    /// sheet to copy, or is empty. Call the checked free function `add_sheet` instead.
     virtual std::shared_ptr<ISheet> add_sheet(std::size_t index, const std::u16string& name,
                                               const std::u16string& second_name) = 0;
     virtual void remove_sheet(std::size_t index) = 0;
@@ -72,8 +72,8 @@ class ZX_API IBook {
 
     virtual ~IBook();
 
-    /// Makes a new workbook of `sheet_count` empty sheets; `name` is the stem of their names, "Sheet"
-    /// when empty.
+    /// Makes a new workbook of `sheet_count` empty sheets; `name` is the stem of their names,
+    /// "Sheet" when empty.
     virtual void init_new(std::size_t sheet_count, book::format, const std::u16string& name) = 0;
     /// `Exception` 15 where the back-end does not support it.
     virtual void init_from_memory(const void* bytes, std::size_t size, book::format) = 0;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Where books come from: loaders, the creator, the checked `add_sheet` and `save_book`, start and stop of
-// the library, its logger. Call `initialize` once before the first book and `release` at the end.
+// Where books come from: loaders, the creator, the checked `add_sheet` and `save_book`, start and
+// stop of the library, its logger. Call `initialize` once before the first book and `release` at
+// the end.
 #pragma once
 
 #include <cstddef>
@@ -16,21 +17,21 @@
 
 namespace spreadsheet {
 
-/// Loads a whole workbook. Throws `Exception` 9 when it cannot be loaded or `mode` selects no back-end,
-/// 30 for a format that the back-end does not serve. Paths are UTF-16; for Google the spreadsheet's ID.
+/// Loads a whole workbook. Throws `Exception` 9 when it cannot be loaded or `mode` selects no
+/// back-end, 30 for a format that the back-end does not serve. Paths are UTF-16; for Google the
+/// spreadsheet's ID.
 ZX_API std::shared_ptr<IBook> load_book_from_file(const std::u16string& path, book::format format,
                                                   book::interactive mode);
 
 /// As above, with the format from the path's extension: `Exception` 29 for an unknown one.
-ZX_API std::shared_ptr<IBook> load_book_from_file(const std::u16string& path, book::interactive mode);
+ZX_API std::shared_ptr<IBook> load_book_from_file(const std::u16string& path,
+                                                  book::interactive mode);
 
 /// Loads rows `first_row` to `last_row` (zero-based, inclusive) of the sheet at `sheet_index`.
-ZX_API std::shared_ptr<IBook> load_book_from_file_with_range(const std::u16string& path,
-                                                             book::format format,
-                                                             book::interactive mode,
-                                                             std::size_t sheet_index,
-                                                             std::size_t first_row,
-                                                             std::size_t last_row);
+ZX_API std::shared_ptr<IBook>
+load_book_from_file_with_range(const std::u16string& path, book::format format,
+                               book::interactive mode, std::size_t sheet_index,
+                               std::size_t first_row, std::size_t last_row);
 
 /// As above, with the format from the path's extension.
 ZX_API std::shared_ptr<IBook> load_book_from_file_with_range(const std::u16string& path,
@@ -39,11 +40,13 @@ ZX_API std::shared_ptr<IBook> load_book_from_file_with_range(const std::u16strin
                                                              std::size_t first_row,
                                                              std::size_t last_row);
 
-/// Loads the list of sheet names: a Google spreadsheet for GSHEET, a workbook file for any other format.
+/// Loads the list of sheet names: a Google spreadsheet for GSHEET, a workbook file for any other
+/// format.
 ZX_API std::shared_ptr<IBook> load_book_from_file_with_sheetNames(const std::u16string& path,
                                                                   book::format format);
 
-/// Loads the sheet at `sheet_index` (zero-based). The book then hands out that sheet alone, at index 0.
+/// Loads the sheet at `sheet_index` (zero-based). The book then hands out that sheet alone, at
+/// index 0.
 ZX_API std::shared_ptr<IBook> load_book_from_file_with_sheet_index(const std::u16string& path,
                                                                    book::format format,
                                                                    book::interactive mode,
@@ -64,14 +67,15 @@ ZX_API std::shared_ptr<IBook> load_book_from_file_with_sheet_name(const std::u16
 ZX_API std::shared_ptr<IBook> create_new_book(std::size_t sheet_count, book::format format,
                                               book::interactive mode, const std::u16string& name);
 
-/// Inserts a sheet at `index`, a copy of the sheet `second_name` unless that is empty. Throws `Exception`
-/// 26 (41 for GSHEET) for a name against the format's rules; lengths count UTF-16 units.
+/// Inserts a sheet at `index`, a copy of the sheet `second_name` unless that is empty. Throws
+/// `Exception` 26 (41 for GSHEET) for a name against the format's rules; lengths count UTF-16
+/// units.
 ZX_API std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std::size_t index,
                                          const std::u16string& name,
                                          const std::u16string& second_name);
 
-/// Saves the book. Throws `Exception` 20 when the path does not end with the extension of the book's
-/// format or has no name before it, 4 when the book cannot be saved.
+/// Saves the book. Throws `Exception` 20 when the path does not end with the extension of the
+/// book's format or has no name before it, 4 when the book cannot be saved.
 ZX_API void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path);
 
 /// Starts the library; calls are counted and thread-safe.

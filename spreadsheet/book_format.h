@@ -23,8 +23,8 @@ enum class format : std::uint8_t {
     GSHEET = 8
 };
 
-/// What serves the workbook: a file, a running spreadsheet application, Google Sheets. Any other value
-/// selects nothing.
+/// What serves the workbook: a file, a running spreadsheet application, Google Sheets. Any other
+/// value selects nothing.
 enum class interactive : std::uint8_t { file = 0, application = 1, google = 2 };
 
 /// The format's name in capitals, such as u"XLSX". Throws `Exception` 29 for a value above 8.
@@ -37,8 +37,8 @@ ZX_API format create_format(const std::u16string& name);
 /// The largest valid zero-based row index. Any value that is not XLS has the Open XML limit.
 ZX_API int get_row_limit(format value);
 
-/// The largest valid zero-based column index: 255 for XLS, 18277 (column ZZZ) for GSHEET, 16383 (column
-/// XFD) for any other value.
+/// The largest valid zero-based column index: 255 for XLS, 18277 (column ZZZ) for GSHEET, 16383
+/// (column XFD) for any other value.
 ZX_API int get_col_limit(format value);
 
 /// True for XLSX to CSV (values 1 to 7); GSHEET is not counted.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The values and callbacks through which cells travel between sheets and the host's arrays. Cells always
-// travel column after column.
+// The values and callbacks through which cells travel between sheets and the host's arrays. Cells
+// always travel column after column.
 #pragma once
 
 #include <cstdint>
@@ -31,8 +31,8 @@ enum class type : std::uint8_t { worksheet = 0, chart = 1 };
 enum class hidden : std::uint8_t { visible = 0, hidden = 1, very_hidden = 2 };
 } // namespace sheet
 
-/// What becomes of cells that are merged across columns. `MergedCellRowRule` has the same values for
-/// cells merged across rows.
+/// What becomes of cells that are merged across columns. `MergedCellRowRule` has the same values
+/// for cells merged across rows.
 enum class MergedCellColumnRule : std::uint8_t {
     first = 0,  ///< the region's first cell keeps the value, the others have none
     last = 1,   ///< the region's last cell carries the first cell's value, the others have none
@@ -42,7 +42,13 @@ enum class MergedCellColumnRule : std::uint8_t {
 };
 
 /// What becomes of cells that are merged across rows; see `MergedCellColumnRule`.
-enum class MergedCellRowRule : std::uint8_t { first = 0, last = 1, repeat = 2, error = 3, omit = 4 };
+enum class MergedCellRowRule : std::uint8_t {
+    first = 0,
+    last = 1,
+    repeat = 2,
+    error = 3,
+    omit = 4
+};
 
 /// A date as a serial day number: whole days count calendar days, the fraction is the time of day.
 struct SerialDatenum {
@@ -61,9 +67,9 @@ struct StringProvider {
     std::u16string (*next)(void* context);
 };
 
-/// Receives the cells of a range, one call per cell, chosen by the cell's requested type. Empty, blank
-/// and error cells arrive as an empty text. Texts live until the callback returns; dates are serial
-/// numbers of the 1900 system.
+/// Receives the cells of a range, one call per cell, chosen by the cell's requested type. Empty,
+/// blank and error cells arrive as an empty text. Texts live until the callback returns; dates are
+/// serial numbers of the 1900 system.
 struct CellBuilder {
     void* context;
     void (*text)(void* context, const std::u16string& value);
@@ -85,13 +91,14 @@ struct CellProvider {
 
 namespace output {
 
-/// Receives the cells that `ISheet::read_cell_array` walks over, one call per cell in the walk's order.
+/// Receives the cells that `ISheet::read_cell_array` walks over, one call per cell in the walk's
+/// order.
 class ZX_API CellOutputBuilder {
   public:
     virtual ~CellOutputBuilder();
 
-    /// Called once before the first cell with the shape of the array, rows and columns counted over the
-    /// whole selection.
+    /// Called once before the first cell with the shape of the array, rows and columns counted over
+    /// the whole selection.
     virtual void begin(std::size_t rows, std::size_t columns) = 0;
     virtual void add_text(const std::u16string& value) = 0;
     virtual void add_number(double value) = 0;
@@ -102,8 +109,8 @@ class ZX_API CellOutputBuilder {
     virtual void add_empty() = 0;
 };
 
-/// Builds a cell array of 1-by-1 elements: strings, doubles (numbers and serial dates), logicals; cells
-/// without a value stay null.
+/// Builds a cell array of 1-by-1 elements: strings, doubles (numbers and serial dates), logicals;
+/// cells without a value stay null.
 class ZX_API CellArrayBuilder : public CellOutputBuilder {
   public:
     CellArrayBuilder();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Irregular selections of cells: blocks of rows, single columns. Walked column after column; within a
-// column every row of the first block, then of the next.
+// Irregular selections of cells: blocks of rows, single columns. Walked column after column; within
+// a column every row of the first block, then of the next.
 #pragma once
 
 #include <cstddef>
@@ -69,8 +69,8 @@ class ZX_API CellIterator {
 /// A selection of cells with the type that each is to be read as.
 class ZX_API CellTypeIterator {
   public:
-    /// `types` has one element per cell in the order of the walk; it stays the caller's and must outlive
-    /// the iterator.
+    /// `types` has one element per cell in the order of the walk; it stays the caller's and must
+    /// outlive the iterator.
     CellTypeIterator(std::vector<int> row_blocks, std::vector<int> columns, const cell_type* types,
                      std::size_t count);
 
@@ -103,19 +103,18 @@ class ZX_API CellTypeIterator {
     int row_ = 0;
 };
 
-/// Makes an iterator from the host's one-based numbers: the first half of `rows` holds the first row of
-/// each block, the second half the number of its rows; `cols` holds columns. Fractions are cut off.
-/// Throws `Exception` 33 (odd `n_rows`), 35 (a block without rows), 32 (beyond the limits of `fmt`), 34
-/// (a block that does not follow the one before), 36 (a column twice).
+/// Makes an iterator from the host's one-based numbers: the first half of `rows` holds the first
+/// row of each block, the second half the number of its rows; `cols` holds columns. Fractions are
+/// cut off. Throws `Exception` 33 (odd `n_rows`), 35 (a block without rows), 32 (beyond the limits
+/// of `fmt`), 34 (a block that does not follow the one before), 36 (a column twice).
 ZX_API CellIterator create_cell_iterator(const double* rows, std::size_t n_rows, const double* cols,
                                          std::size_t n_cols, const book::format& fmt);
 
-/// As above from double arrays, with `types` (plain unsigned 8-bit integers, one row per selected row and
-/// one column per selected column) as the requested types; `types` must outlive the result. Throws
-/// `Exception` 18 for arrays of another class or shape.
-ZX_API std::unique_ptr<CellTypeIterator> create_cell_type_iterator(const foundation::HostArray* rows,
-                                                                   const foundation::HostArray* cols,
-                                                                   const foundation::HostArray* types,
-                                                                   const book::format& fmt);
+/// As above from double arrays, with `types` (plain unsigned 8-bit integers, one row per selected
+/// row and one column per selected column) as the requested types; `types` must outlive the result.
+/// Throws `Exception` 18 for arrays of another class or shape.
+ZX_API std::unique_ptr<CellTypeIterator>
+create_cell_type_iterator(const foundation::HostArray* rows, const foundation::HostArray* cols,
+                          const foundation::HostArray* types, const book::format& fmt);
 
 } // namespace spreadsheet

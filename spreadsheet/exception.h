@@ -71,21 +71,23 @@ enum class error_id : std::uint8_t {
     google_cell_out_of_bounds = 54
 };
 
-/// The English message of an identifier; the internal-error text for 18, 32 to 36 and any value without
-/// a text of its own. Static text; never fails, never allocates.
+/// The English message of an identifier; the internal-error text for 18, 32 to 36 and any value
+/// without a text of its own. Static text; never fails, never allocates.
 ZX_API const char* error_id_message(error_id id) noexcept;
 
 /// A failure of the library.
 ///
 ///     try {
-///         auto book = spreadsheet::load_book_from_file(u"data.xlsx", spreadsheet::book::interactive::file);
+///         auto book = spreadsheet::load_book_from_file(u"data.xlsx",
+///         spreadsheet::book::interactive::file);
 ///     } catch (const spreadsheet::Exception& e) {
 ///         std::cerr << e.what() << '\n';   // e.id() == error_id::book_not_loaded
 ///     }
 ///
 /// Travels through boost::current_exception and boost::rethrow_exception without slicing.
-class ZX_API Exception : public foundation::core::except::Exception<
-                             foundation::core::except::IInternalException, std::exception> {
+class ZX_API Exception
+    : public foundation::core::except::Exception<foundation::core::except::IInternalException,
+                                                 std::exception> {
   public:
     explicit Exception(error_id id);
     Exception(error_id id, std::string detail);
@@ -95,8 +97,8 @@ class ZX_API Exception : public foundation::core::except::Exception<
 
     error_id id() const noexcept { return id_; }
 
-    /// The detail text, or the message of the identifier when the detail is empty. Lives as long as the
-    /// exception is not changed.
+    /// The detail text, or the message of the identifier when the detail is empty. Lives as long as
+    /// the exception is not changed.
     const char* what() const noexcept override;
 
     /// A copy on the heap; the caller owns it.

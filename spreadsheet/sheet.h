@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The interface of a sheet, whatever holds its workbook. The order of the virtual functions is part of
-// the interface.
+// The interface of a sheet, whatever holds its workbook. The order of the virtual functions is part
+// of the interface.
 #pragma once
 
 #include <memory>
@@ -17,15 +17,16 @@ namespace spreadsheet {
 class CellIterator;
 class CellTypeIterator;
 
-/// A sheet of a workbook. Rows and columns are zero-based. Arrays hold one element per cell of the range,
-/// column after column, and belong to the caller:
+/// A sheet of a workbook. Rows and columns are zero-based. Arrays hold one element per cell of the
+/// range, column after column, and belong to the caller:
 ///
 ///     std::vector<cell_type> types = sheet->cell_types(range);
 ///     std::vector<double> numbers(static_cast<std::size_t>(range.count()));
 ///     sheet->read(range, numbers.data());
 ///
-/// The variants that take merged-cell rules apply them and return whether a column was left out. Reads do
-/// not check that a cell has the type asked for; `cell_types` tells. Every operation throws `Exception`.
+/// The variants that take merged-cell rules apply them and return whether a column was left out.
+/// Reads do not check that a cell has the type asked for; `cell_types` tells. Every operation
+/// throws `Exception`.
 class ZX_API ISheet {
   public:
     virtual void name(const std::u16string& new_name) = 0;
@@ -99,8 +100,8 @@ class ZX_API ISheet {
                                 const MergedCellRowRule& row_rule);
     /// The base does nothing.
     virtual void get_types(cell_type* out);
-    /// Every cell of the selection as the type that the iterator asks for; with `dates_as_numbers` date
-    /// cells arrive as raw serial numbers.
+    /// Every cell of the selection as the type that the iterator asks for; with `dates_as_numbers`
+    /// date cells arrive as raw serial numbers.
     virtual void read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
                                  const bool dates_as_numbers,
                                  const MergedCellColumnRule& column_rule,

@@ -10,7 +10,8 @@
 
 namespace foundation::core::except {
 
-/// Root of the hierarchy: an exception that can be copied and thrown again without knowing its type.
+/// Root of the hierarchy: an exception that can be copied and thrown again without knowing its
+/// type.
 class ZX_API IException : public boost::exception_detail::clone_base, public boost::exception {
   public:
     IException() = default;
@@ -28,8 +29,8 @@ class ZX_API IInternalException : public IException {
     ~IInternalException() noexcept override = 0;
 };
 
-/// Joins one of the interfaces above with a class of the standard library, so that the result can be
-/// caught as either.
+/// Joins one of the interfaces above with a class of the standard library, so that the result can
+/// be caught as either.
 template <class Interface, class Standard>
 class Exception : public Interface, public Standard {
   public:
