@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The workbook library: abstract books, sheets and formats, exactly the operations that the file
-// back-end uses. Rows and columns are zero-based, `end_` bounds are one past the last. An operation that
-// fails answers false or null and leaves its reason in `Book::error_message`; none throws, except
-// std::bad_alloc. One thread at a time per book.
+// back-end uses. Rows and columns are zero-based, `end_` bounds are one past the last. An operation
+// that fails answers false or null and leaves its reason in `Book::error_message`; none throws,
+// except std::bad_alloc. One thread at a time per book.
 #pragma once
 
 #include <cstddef>
@@ -15,11 +15,11 @@ namespace workbook {
 
 /// What a cell holds.
 enum class CellKind {
-    Empty = 0,     ///< nothing; also every cell outside the used area
+    Empty = 0, ///< nothing; also every cell outside the used area
     Number = 1,
     String = 2,
     Boolean = 3,
-    Blank = 4,     ///< a format but no value
+    Blank = 4, ///< a format but no value
     Error = 5,
     StrictDate = 6 ///< an ISO 8601 cell (t="d", ECMA-376 part 1, 18.18.11)
 };
@@ -61,8 +61,8 @@ class Sheet {
     /// True for a number cell whose format shows a date or a time.
     virtual bool is_date(int row, int column) const = 0;
 
-    /// The number of a number cell, the serial day number of a strict date (in the book's date system),
-    /// 1 or 0 of a boolean cell; 0 for any other cell.
+    /// The number of a number cell, the serial day number of a strict date (in the book's date
+    /// system), 1 or 0 of a boolean cell; 0 for any other cell.
     virtual double read_num(int row, int column) const = 0;
     /// True for a boolean cell that holds true; false for any other cell.
     virtual bool read_bool(int row, int column) const = 0;
@@ -91,9 +91,9 @@ class Sheet {
     virtual bool merge(int index, int& first_row, int& last_row, int& first_column,
                        int& last_column) const = 0;
 
-    /// The cells that a defined name stands for, corners inclusive: first a name of this sheet, then one
-    /// of the book that refers to this sheet. False for an unknown name, a name of another sheet's cells
-    /// and a name that is not one rectangle. Names compare without regard to case.
+    /// The cells that a defined name stands for, corners inclusive: first a name of this sheet,
+    /// then one of the book that refers to this sheet. False for an unknown name, a name of another
+    /// sheet's cells and a name that is not one rectangle. Names compare without regard to case.
     virtual bool named_range(std::u16string_view name, int& first_row, int& last_row,
                              int& first_column, int& last_column) const = 0;
 
@@ -101,16 +101,16 @@ class Sheet {
     ~Sheet() = default;
 };
 
-/// A workbook. Construct with a creator below, then load one file; a load invalidates every sheet and
-/// format handed out before.
+/// A workbook. Construct with a creator below, then load one file; a load invalidates every sheet
+/// and format handed out before.
 class Book {
   public:
     virtual ~Book() = default;
 
     /// Loads the whole file. The format is told by the file's content, not by its name.
     virtual bool load(std::u16string_view path) = 0;
-    /// Loads the cells of one sheet; the other sheets keep their names, kinds and places. An index that
-    /// does not exist loads the only sheet of a book with one sheet and fails for any other.
+    /// Loads the cells of one sheet; the other sheets keep their names, kinds and places. An index
+    /// that does not exist loads the only sheet of a book with one sheet and fails for any other.
     virtual bool load_sheet(std::u16string_view path, int sheet_index) = 0;
     /// As `load_sheet`, with the cells of rows `first_row` to `last_row` (inclusive) only.
     virtual bool load_partially(std::u16string_view path, int sheet_index, int first_row,
@@ -119,8 +119,8 @@ class Book {
     virtual bool load_info(std::u16string_view path) = 0;
 
     virtual int sheet_count() const = 0;
-    /// The worksheet at `index`; null for a chart sheet, an unknown sheet, a worksheet whose cells were
-    /// not loaded and an index out of range.
+    /// The worksheet at `index`; null for a chart sheet, an unknown sheet, a worksheet whose cells
+    /// were not loaded and an index out of range.
     virtual Sheet* get_sheet(int index) = 0;
     /// A null view for an index out of range. Lives until the next load.
     virtual std::u16string_view get_sheet_name(int index) const = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the library accepts at most. Sizes claimed by a file are checked against these before they reach
-// an allocation, an index or a loop.
+// What the library accepts at most. Sizes claimed by a file are checked against these before they
+// reach an allocation, an index or a loop.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,8 @@
 
 namespace workbook {
 
-/// Rows and columns of an Open XML sheet (ECMA-376 part 1, 18.3.1.73; the applications' own limits).
+/// Rows and columns of an Open XML sheet (ECMA-376 part 1, 18.3.1.73; the applications' own
+/// limits).
 inline constexpr int kMaxRows = 1'048'576;
 inline constexpr int kMaxColumns = 16'384;
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <algorithm>
+#include <deque>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,7 +13,6 @@
 #include <vector>
 
 #include <climits>
-#include <deque>
 
 #include "spreadsheet/libxl/libxl_book.h"
 #include "spreadsheet/range.h"
@@ -157,7 +157,7 @@ struct FakeEntry {
 
 struct FakeWorkbook {
     std::vector<FakeEntry> entries;
-    std::vector<FakeSheet> sheets; ///< filled up by the book to one per entry
+    std::vector<FakeSheet> sheets;                  ///< filled up by the book to one per entry
     std::deque<FakeFormat> formats{FakeFormat(22)}; ///< handles survive an addition
     bool dates_1904 = false;
     bool can_load = true;

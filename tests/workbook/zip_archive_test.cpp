@@ -14,9 +14,9 @@ namespace workbook {
 namespace {
 
 using test::build_zip;
-using ::testing::HasSubstr;
 using test::ZipItem;
 using test::ZipShape;
+using ::testing::HasSubstr;
 
 std::string read_part(const std::string& bytes, std::string_view name) {
     ZipArchive archive(foundation::files::memory_file(bytes));

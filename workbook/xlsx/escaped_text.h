@@ -13,11 +13,12 @@ namespace workbook {
 /// either case, between "_x" and "_"; two escaped surrogates that form a pair become one character.
 void append_unescaped(std::string& out, std::string_view text);
 
-/// Turns cell texts as they stand in the mark-up into the texts meant. Keeps its buffers between texts.
+/// Turns cell texts as they stand in the mark-up into the texts meant. Keeps its buffers between
+/// texts.
 class CellTextDecoder {
   public:
-    /// The text with references, then escapes resolved; a null view when a reference is none. Valid until
-    /// the next call.
+    /// The text with references, then escapes resolved; a null view when a reference is none. Valid
+    /// until the next call.
     std::string_view decode(std::string_view raw);
 
   private:

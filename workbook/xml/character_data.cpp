@@ -45,7 +45,8 @@ bool append_decoded(std::string& out, std::string_view raw) {
     const auto is_special = [](char c) { return c == '&' || c == '\r'; };
     while (!raw.empty()) {
         std::size_t stop = 0;
-        while (stop < raw.size() && !is_special(raw[stop])) ++stop;
+        while (stop < raw.size() && !is_special(raw[stop]))
+            ++stop;
         out.append(raw.data(), stop);
         raw.remove_prefix(stop);
         if (raw.starts_with('\r')) {
