@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Opening and reading files on Windows.
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX // windows.h has macros of the names min and max
+
 #include <algorithm>
 #include <limits>
 #include <string>
