@@ -4,6 +4,7 @@
 .DEFAULT_GOAL := help
 
 PRESET ?= dev
+FUZZ_SECONDS ?= 60
 BOOK := examples/weather.xlsx
 CONFIGURE = cmake --preset $(1) --log-level=WARNING
 BUILD = cmake --build --preset $(1)
@@ -52,10 +53,11 @@ bench:  ## build and run the benchmarks
 	@$(call BUILD,bench)
 	build/bench/bin/reading_benchmark
 
-fuzz:  ## build the fuzzers into build/fuzz/bin
+fuzz:  ## build the fuzzers and run each for FUZZ_SECONDS (60)
 	@tools/install-deps fuzz
 	@$(call CONFIGURE,fuzz)
 	@$(call BUILD,fuzz)
+	fuzz/run $(FUZZ_SECONDS)
 
 clean:  ## remove everything that was built
 	rm -rf build

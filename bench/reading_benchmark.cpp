@@ -46,7 +46,8 @@ std::string sheet_of_numbers(const char* cell_tag, const char* value_tag) {
         xml += "<row r=\"" + std::to_string(row + 1) + "\">";
         for (int column = 0; column < kColumns; ++column)
             xml += "<" + c + " r=\"" + cell_name(row, column) + "\"><" + v + ">" +
-                   std::to_string(static_cast<double>(random()) / 1000.0) + "</" + v + "></" + c + ">";
+                   std::to_string(static_cast<double>(random()) / 1000.0) + "</" + v + "></" + c +
+                   ">";
         xml += "</row>";
     }
     return xml + "</sheetData></worksheet>";
