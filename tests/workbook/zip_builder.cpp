@@ -70,7 +70,8 @@ void put_header(std::string& out, const ZipItem& item, const Facts& facts) {
     put_common(out, item, facts, false);
     const std::string extra = extra_field(item, facts, true);
     put(out, extra.size(), 2);
-    put(out, 0, 2 + 2 + 2 + 4); // comment, disk, attributes
+    put(out, 0, 2 + 2 + 2); // comment, disk, internal attributes
+    put(out, 0, 4);         // external attributes
     put(out, item.zip64 ? kFull32 : facts.position, 4);
     out += item.name + extra;
 }
