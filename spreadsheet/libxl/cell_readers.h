@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // How one cell of the library becomes a type, an element of a destination or of a cell array. A
-// typed read chooses its reader once: `cell` delivers one cell, `absent` what a cell that does not
-// exist would deliver; each call moves on by one element.
+// typed read chooses its reader once: `cell` delivers one cell to the element `index` of the
+// destination, `absent` what a cell that does not exist would deliver.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "spreadsheet/cell_exchange.h"
+#include "spreadsheet/range.h"
 #include "workbook/library.h"
 
 namespace spreadsheet {
@@ -35,47 +38,77 @@ inline cell_type classify(const workbook::Sheet& sheet, int row, int column) {
 }
 
 struct NumberReader {
+    static constexpr bool kAnyOrder = true; ///< cells may be delivered in any order
     const workbook::Sheet& sheet;
     double* out;
 
-    void cell(int row, int column) { *out++ = sheet.read_num(row, column); }
-    void absent() { *out++ = 0.0; }
+    void cell(std::size_t index, int row, int column) { out[index] = sheet.read_num(row, column); }
+    void absent(std::size_t index) { out[index] = 0.0; }
 };
 
 struct DateReader {
+    static constexpr bool kAnyOrder = true;
     const workbook::Sheet& sheet;
     SerialDatenum* out;
     double offset;
 
-    void cell(int row, int column) { *out++ = {sheet.read_num(row, column) + offset}; }
-    void absent() { *out++ = {offset}; }
+    void cell(std::size_t index, int row, int column) {
+        out[index].value = sheet.read_num(row, column) + offset;
+    }
+    void absent(std::size_t index) { out[index].value = offset; }
 };
 
 /// `Logical` is bool, or unsigned char for logical data kept in bytes.
 template <class Logical>
 struct LogicalReader {
+    static constexpr bool kAnyOrder = true;
     const workbook::Sheet& sheet;
     Logical* out;
 
-    void cell(int row, int column) { *out++ = static_cast<Logical>(sheet.read_bool(row, column)); }
-    void absent() { *out++ = Logical{}; }
+    void cell(std::size_t index, int row, int column) {
+        out[index] = static_cast<Logical>(sheet.read_bool(row, column));
+    }
+    void absent(std::size_t index) { out[index] = Logical{}; }
 };
 
 /// Delivers every text through one buffer, so that a cell costs no allocation.
 struct TextReader {
+    static constexpr bool kAnyOrder = false;
     const workbook::Sheet& sheet;
     StringBuilder builder;
     std::u16string text{};
 
-    void cell(int row, int column) {
+    void cell(std::size_t, int row, int column) {
         text.assign(sheet.read_str(row, column));
         builder.append(builder.context, text);
     }
-    void absent() {
+    void absent(std::size_t) {
         text.clear();
         builder.append(builder.context, text);
     }
 };
+
+/// Reads all cells of `range`. The library keeps cells by rows, so that rows are walked where the
+/// order does not show.
+template <class Reader>
+void read_range(Reader reader, const Range& range) {
+    if (range.count() <= 0 || range.last_row < range.first_row) return;
+    const std::size_t rows =
+        static_cast<std::size_t>(std::int64_t{range.last_row} - range.first_row + 1);
+    if constexpr (Reader::kAnyOrder) {
+        for (int row = range.first_row; row <= range.last_row; ++row) {
+            std::size_t index = static_cast<std::size_t>(row - range.first_row);
+            for (int column = range.first_column; column <= range.last_column;
+                 ++column, index += rows)
+                reader.cell(index, row, column);
+        }
+    } else {
+        std::size_t index = 0;
+        for (int column = range.first_column; column <= range.last_column; ++column)
+            for (int row = range.first_row; row <= range.last_row; ++row)
+                reader.cell(index++, row, column);
+    }
+}
 
 inline NumberReader make_reader(const workbook::Sheet& sheet, double* out, double) {
     return {sheet, out};

@@ -82,10 +82,7 @@ void LibXLSheet::cell_types(const CellIterator& cells, cell_type* out) const {
 void LibXLSheet::read_all(const Range& range, const Destination& destination) const {
     std::visit(
         [&](const auto& out) {
-            auto reader = make_reader(library_sheet(), out, date_offset_);
-            for (int column = range.first_column; column <= range.last_column; ++column)
-                for (int row = range.first_row; row <= range.last_row; ++row)
-                    reader.cell(row, column);
+            read_range(make_reader(library_sheet(), out, date_offset_), range);
         },
         destination);
 }

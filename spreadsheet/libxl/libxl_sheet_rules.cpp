@@ -83,11 +83,13 @@ bool LibXLSheet::read_with_rules(const Range& range, const Destination& destinat
     return std::visit(
         [&](const auto& out) {
             auto reader = make_reader(library_sheet(), out, date_offset_);
+            std::size_t index = 0;
             return walk_with_rules(range, rules, [&](const MergeSource& source) {
                 if (source.has_value())
-                    reader.cell(source.row, source.column);
+                    reader.cell(index, source.row, source.column);
                 else
-                    reader.absent();
+                    reader.absent(index);
+                ++index;
             });
         },
         destination);

@@ -81,6 +81,22 @@ TEST(XlsxBook, KeepsFormatHandlesWhenOneIsAdded) {
     EXPECT_FALSE(book->get_sheet(0)->is_date(1, 1)) << "a blank cell is no date";
 }
 
+TEST(XlsxBook, AnAddedFormatIsNotThatOfPlainCells) {
+    const auto book = xlCreateXMLBookW();
+    ASSERT_TRUE(book->load(fixture("no_styles.xlsx")));
+    Format* added = book->add_format();
+    ASSERT_NE(added, nullptr);
+    added->set_num_format(22);
+    const Sheet* sheet = book->get_sheet(0);
+    int numbers = 0;
+    for (int row = 0; row < sheet->end_row(); ++row)
+        for (int column = 0; column < sheet->end_column(); ++column) {
+            numbers += sheet->cell_type(row, column) == CellKind::Number;
+            EXPECT_FALSE(sheet->is_date(row, column)) << row << ' ' << column;
+        }
+    EXPECT_GT(numbers, 0);
+}
+
 TEST(XlsxBook, ReadsOtherKindsAsNothing) {
     const auto book = xlCreateXMLBookW();
     ASSERT_TRUE(book->load(fixture("booleans_errors_formulas.xlsx")));
