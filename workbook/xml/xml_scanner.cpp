@@ -13,7 +13,7 @@ namespace {
 
 // Enough text to tell every kind of mark-up, and the end tags that readers look for, from one
 // another.
-constexpr std::size_t kLongestOpening = 16;
+constexpr std::size_t kLongestOpening = 24;
 
 bool is_space(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
@@ -153,6 +153,7 @@ XmlScanner::Token XmlScanner::read_start_tag() {
         ++p;
     if (p == begin) fail("a tag has no name");
     name_ = local_name({begin, static_cast<std::size_t>(p - begin)});
+    prefix_ = {begin, static_cast<std::size_t>(name_.data() - begin)};
     parse_attributes({p, static_cast<std::size_t>(end - p)});
     if (++depth_ > kMaxElementDepth)
         throw Error::limit(window_.part_name(), "its elements are nested deeper than " +

@@ -25,6 +25,8 @@ class XmlScanner {
 
     /// Local name of the element of the last Start or End.
     std::string_view name() const { return name_; }
+    /// Namespace prefix of the last Start with its colon, empty without one.
+    std::string_view prefix() const { return prefix_; }
     /// Characters of the last Text: references resolved, line ends normalised.
     std::string_view text() const { return text_; }
     /// The value of an attribute of the last Start, by its name without a prefix; a null view when
@@ -68,7 +70,7 @@ class XmlScanner {
     std::string_view decode(std::string_view raw, std::string& scratch);
 
     TextWindow window_;
-    std::string_view name_;
+    std::string_view name_, prefix_;
     std::string_view text_;
     std::string text_scratch_, attribute_scratch_;
     std::vector<Attribute> attributes_;
