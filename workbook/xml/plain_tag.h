@@ -40,10 +40,8 @@ class PlainTag {
         return p[0] == '<' && p[1] == '/' ? behind_prefix(p + 2, rest) : nullptr;
     }
 
-    /// The end tag of an element, written as this part writes it.
-    std::string end_tag(std::string_view name) const {
-        return "</" + prefix_ + std::string(name) + ">";
-    }
+    /// What an element's end tag begins with in this part: all but white space and the '>'.
+    std::string end_tag(std::string_view name) const { return "</" + prefix_ + std::string(name); }
 
   private:
     template <std::size_t Size>

@@ -38,9 +38,9 @@ class XmlScanner {
     /// Skips the rest of the element of the last Start, its End included.
     void skip_element();
 
-    /// Moves to the next `end_tag`, written exactly so, outside of comments and CDATA, without
-    /// looking at the mark-up before it. For elements that do not nest and whose content is not
-    /// wanted.
+    /// Moves to the next end tag that begins with `end_tag` ("</name") outside of comments and
+    /// CDATA, without looking at the mark-up before it. For elements that do not nest and whose
+    /// content is not wanted.
     void skip_to(std::string_view end_tag);
 
     /// For a reader that recognises whole elements itself: the text behind the last token, and the
