@@ -202,7 +202,10 @@ void release() {
 }
 
 foundation::log::basic_diagnostic_logger<char>& getLogger() {
-    static foundation::log::basic_diagnostic_logger<char> logger("zentra::io::spreadsheet");
+    using Logger = foundation::log::basic_diagnostic_logger<char>;
+    // Never destroyed: a book that a host keeps until its process ends logs when it goes, after the
+    // local statics have gone.
+    static Logger& logger = *std::make_unique<Logger>("zentra::io::spreadsheet").release();
     return logger;
 }
 
