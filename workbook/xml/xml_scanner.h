@@ -41,8 +41,8 @@ class XmlScanner {
     void skip_flat_element();
 
     /// Moves to the next end tag that begins with `end_tag` ("</name") outside of comments,
-    /// instructions and CDATA, without looking at the mark-up before it. For elements that do not nest and whose
-    /// content is not wanted.
+    /// instructions and CDATA, without looking at the mark-up before it. For elements that do not
+    /// nest and whose content is not wanted.
     void skip_to(std::string_view end_tag);
 
     /// For a reader that recognises whole elements itself: the text behind the last token, and the
