@@ -20,4 +20,12 @@ constexpr bool equal_ignoring_ascii_case(std::u16string_view a, std::u16string_v
     });
 }
 
+/// The same for UTF-8.
+constexpr bool equal_ignoring_ascii_case(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char first, char second) {
+        return fold_ascii(static_cast<unsigned char>(first)) ==
+               fold_ascii(static_cast<unsigned char>(second));
+    });
+}
+
 } // namespace foundation::unicode

@@ -17,7 +17,7 @@ inline constexpr int kMaxColumns = 16'384;
 /// A part may unpack to this many times its packed size once it is larger than `kRatioFreeBytes`.
 /// Plain worksheets reach about 40; deflate itself ends at 1032.
 inline constexpr std::uint64_t kMaxInflateRatio = 250;
-inline constexpr std::uint64_t kRatioFreeBytes = 16u << 20;
+inline constexpr std::uint64_t kRatioFreeBytes = 1u << 20;
 
 /// The same for all that one load unpacks against the size of the file: entries may overlap, and a
 /// part may be read twice.

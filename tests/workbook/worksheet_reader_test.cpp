@@ -115,7 +115,7 @@ const CellCase kCellCases[] = {
      R"(<c r="D1"><v>+1e2</v></c><c r="E1"><v>1e-400</v></c><c r="F1"><v>12abc</v></c></row>)",
      "A1='NaN' B1=12.000000 C1='1E400' D1=100.000000 E1=0.000000 F1='12abc'"},
     {"booleans in words",
-     R"(<row r="1"><c r="A1" t="b"><v>true</v></c><c r="B1" t="b"><v>false</v></c></row>)",
+     R"(<row r="1"><c r="A1" t="b"><v>true</v></c><c r="B1" t="b"><v>FALSE</v></c></row>)",
      "A1=true B1=false"},
     {"the corners of a sheet",
      R"(<row r="1"><c r="XFD1"><v>1</v></c></row><row r="1048576"><c r="A1048576"><v>2</v></c></row>)",

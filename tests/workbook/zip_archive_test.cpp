@@ -145,10 +145,10 @@ TEST(ZipArchive, RefusesToUnpackABomb) {
 
 TEST(ZipArchive, RefusesToUnpackTheSameBytesAgainAndAgain) {
     ZipArchive archive(foundation::files::memory_file(
-        build_zip({{.name = "a", .content = std::string(2u << 20, '\0')}})));
+        build_zip({{.name = "a", .content = std::string(512u << 10, '\0')}})));
     const auto read_again = [&] { return test::read_all(*archive.open(archive.entries()[0])); };
-    for (int i = 0; i < 8; ++i)
-        EXPECT_EQ(read_again().size(), 2u << 20);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(read_again().size(), 512u << 10);
     EXPECT_THROW(read_again(), Error);
 }
 

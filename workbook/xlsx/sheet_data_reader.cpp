@@ -6,6 +6,7 @@
 #include <cstring>
 #include <optional>
 
+#include "foundation/ascii_case.h"
 #include "workbook/error.h"
 #include "workbook/xlsx/iso_date.h"
 #include "workbook/xlsx/text_collector.h"
@@ -25,6 +26,11 @@ std::string_view trim(std::string_view text) {
     const std::size_t begin = text.find_first_not_of(kSpaces);
     if (begin == std::string_view::npos) return {};
     return text.substr(begin, text.find_last_not_of(kSpaces) - begin + 1);
+}
+
+// Anything but 0 counts as true; some producers write words, in any case.
+bool is_false(std::string_view text) {
+    return text == "0" || foundation::unicode::equal_ignoring_ascii_case(text, "false");
 }
 
 // The whole text as a finite number; what is too small for a double is 0.
@@ -203,7 +209,7 @@ void SheetDataReader::store_value(const CellHead& head, bool has_value, bool has
             break;
         case CellType::Boolean:
             cell->kind = static_cast<std::uint32_t>(StoredKind::Boolean);
-            cell->value.number = trim(value_) != "0" && trim(value_) != "false" ? 1.0 : 0.0;
+            cell->value.number = is_false(trim(value_)) ? 0.0 : 1.0;
             break;
         default:
             store_number(*cell);
