@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The choice of a back-end and the checks on what callers pass. Real files are read elsewhere.
+// The choice of a back-end, the loaders over a file, the checks on what callers pass.
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -102,6 +103,44 @@ TEST(BookFactory, LogsWhichBackEndIsMissing) {
               (std::vector<std::string>{
                   "[BOOK FACTORY MSG]: this version does not serve spreadsheet applications",
                   "[BOOK FACTORY MSG]: this version does not serve Google Sheets"}));
+}
+
+TEST(BookFactory, LoadsTheSheetAskedFor) {
+    const std::u16string path =
+        std::filesystem::path(ZX_TEST_DATA "/merged_regions.xlsx").u16string();
+    const auto file = book::interactive::file;
+    const auto xlsx = book::format::XLSX;
+    using Load = std::function<std::shared_ptr<IBook>()>;
+    const struct {
+        const char* what;
+        Load load;
+        std::vector<std::u16string> sheets; ///< handed out
+    } cases[] = {
+        {"whole",
+         [&] { return load_book_from_file(path, file); },
+         {u"Open", u"Locked", u"Not locked"}},
+        {"name",
+         [&] { return load_book_from_file_with_sheet_name(path, file, u"LOCKED"); },
+         {u"Locked"}},
+        {"index",
+         [&] { return load_book_from_file_with_sheet_index(path, xlsx, file, 2); },
+         {u"Not locked"}},
+        {"rows", [&] { return load_book_from_file_with_range(path, file, 1, 0, 3); }, {u"Locked"}},
+        {"names", [&] { return load_book_from_file_with_sheetNames(path, xlsx); }, {}},
+        {"an index that does not exist loads the whole",
+         [&] { return load_book_from_file_with_sheet_index(path, xlsx, file, 3); },
+         {u"Open", u"Locked", u"Not locked"}},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.what);
+        const std::shared_ptr<IBook> book = test.load();
+        EXPECT_EQ(book->num_sheets(), 3u);
+        EXPECT_EQ(book->is_sheet_loaded(), test.sheets.size() == 1);
+        EXPECT_EQ(book->sheet(test.sheets.size()), nullptr);
+        for (std::size_t i = 0; i < test.sheets.size(); ++i)
+            EXPECT_EQ(book->sheet(i)->name(), test.sheets[i]);
+    }
+    EXPECT_EQ(thrown_id([&] { load_book_from_file_with_sheet_name(path, file, u"other"); }), 3);
 }
 
 TEST(AddSheet, ChecksNamesAgainstTheFormat) {
