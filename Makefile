@@ -47,11 +47,12 @@ docs:  ## reference of the public headers into build/docs
 	@tools/install-deps docs
 	@mkdir -p build/docs && doxygen docs/Doxyfile && echo "see build/docs/html/index.html"
 
-bench:  ## build and run the benchmarks
+bench:  ## build and run the benchmarks (BENCH_ARGUMENTS='--yardstick PROGRAM --peers')
 	@tools/install-deps bench
 	@$(call CONFIGURE,bench)
 	@$(call BUILD,bench)
 	build/bench/bin/reading_benchmark
+	bench/compare $(BENCH_ARGUMENTS) build/bench/bin/read_book
 
 fuzz:  ## build the fuzzers and run each for FUZZ_SECONDS (60)
 	@tools/install-deps fuzz

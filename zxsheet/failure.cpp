@@ -62,9 +62,11 @@ Failure describe(const spreadsheet::Exception& error, const Options& options,
     case error_id::format_unsupported:
         if (options.application || google_id(options.book) || !can_be_opened(options.book))
             return not_loaded(options, unreadable_reason(options.book), message);
-        return {ExitCode::NotAWorkbook, options.book +
-                                            ": this version cannot read files of this format; "
-                                            "save it as XLSX first."};
+        return {ExitCode::NotAWorkbook,
+                options.book + ": " +
+                    (cause.empty() ? "this version cannot read files of this format; save it as "
+                                     "XLSX first."
+                                   : cause)};
     case error_id::sheet_not_opened:
     case error_id::sheet_not_found:
     case error_id::trailing_characters:

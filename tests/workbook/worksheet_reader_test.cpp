@@ -196,6 +196,12 @@ TEST(ReadWorksheet, GivesTheSameCellsForPlainAndOtherMarkUp) {
     EXPECT_EQ(describe(read(plain, {}, 1000).cells), expected);
 }
 
+TEST(ReadWorksheet, LooksAtEveryByteOfALongTagOnce) {
+    const std::string xml = sheet_xml("<row r=\"1\" note=\"" + std::string(4u << 20, '>') +
+                                      "\"><c r=\"A1\"><v>1</v></c></row>");
+    EXPECT_EQ(describe(read(xml).cells), "A1=1.000000");
+}
+
 TEST(ReadWorksheet, StopsBehindTheLastWantedRow) {
     std::string rows;
     for (int row = 1; row <= 5000; ++row)

@@ -127,12 +127,12 @@ XmlScanner::Token XmlScanner::read_end_tag() {
 
 // The '>' that ends the tag at the cursor; one within quotes does not count.
 const char* XmlScanner::find_tag_end() {
+    char quote = 0;
     for (std::size_t from = 1;;) {
         const char* at = find_in_window(">", from);
         if (at == nullptr) fail("a tag is not closed");
-        char quote = 0;
-        const char* p = window_.cursor() + 1;
-        for (; p < at; ++p) {
+        // Only what is new: a long tag may hold millions of quoted '>'.
+        for (const char* p = window_.cursor() + from; p < at; ++p) {
             if (quote != 0)
                 quote = *p == quote ? '\0' : quote;
             else if (*p == '"' || *p == '\'')
