@@ -8,7 +8,7 @@ set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
 if(NOT ZX_DEPS)
-  set(ZX_DEPS "$ENV{ZX_DEPS}" CACHE PATH "Third-party libraries for the target")
+  set(ZX_DEPS "$ENV{ZX_DEPS}" CACHE PATH "Third-party libraries for the target" FORCE)
 endif()
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ZX_DEPS)
 
@@ -18,6 +18,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# Debian has zlib for the target as a DLL too, which would have to travel with the product.
+set(ZLIB_LIBRARY /usr/x86_64-w64-mingw32/lib/libz.a CACHE FILEPATH "The static zlib")
 
 # Windows 10 and later.
 add_compile_definitions(_WIN32_WINNT=0x0A00 WINVER=0x0A00)
