@@ -9,7 +9,6 @@
 
 #ifdef _WIN32
 #define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <windows.h>
 // Needs what windows.h declares.
 #include <tlhelp32.h>
@@ -46,7 +45,8 @@ std::size_t thread_count() {
 
 } // namespace
 
-LoadedLibrary::LoadedLibrary(const std::string& path) : handle_(::LoadLibraryW(wide(path).c_str())) {
+LoadedLibrary::LoadedLibrary(const std::string& path)
+    : handle_(::LoadLibraryW(wide(path).c_str())) {
     if (!handle_) throw failure(path);
 }
 

@@ -19,7 +19,8 @@ class LoadedLibrary {
     ~LoadedLibrary();
 
     /// The function of that decorated name; throws when it is not exported.
-    template <class Function> Function* function(const std::string& name) const {
+    template <class Function>
+    Function* function(const std::string& name) const {
         void* const address = find(name);
         Function* result = nullptr;
         static_assert(sizeof result == sizeof address);

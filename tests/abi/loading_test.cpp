@@ -20,9 +20,9 @@ const std::string kLibrary = ZX_LIBRARY;
 std::size_t sheets_of_a_book(const LoadedLibrary& library) {
     using Load = std::shared_ptr<IBook>(const std::u16string&, book::interactive);
     library.function<void()>("_ZN11spreadsheet10initializeEv")();
-    const auto load = library.function<Load>(
-        "_ZN11spreadsheet19load_book_from_fileERKNSt7__cxx1112basic_string"
-        "IDsSt11char_traitsIDsESaIDsEEENS_4book11interactiveE");
+    const auto load =
+        library.function<Load>("_ZN11spreadsheet19load_book_from_fileERKNSt7__cxx1112basic_string"
+                               "IDsSt11char_traitsIDsESaIDsEEENS_4book11interactiveE");
     const auto path = foundation::unicode::to_utf16(ZX_EXAMPLES "/weather.xlsx");
     const std::size_t count = load(path, book::interactive::file)->num_sheets();
     library.function<void()>("_ZN11spreadsheet7releaseEv")();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Holds the order of the virtual functions of IBook and ISheet against docs/abi.md. A pointer to a
-// virtual member function carries its place in the table: one more than the offset in bytes (Itanium
-// C++ ABI 2.3, which GCC and clang follow on Windows as well).
+// virtual member function carries its place in the table: one more than the offset in bytes
+// (Itanium C++ ABI 2.3, which GCC and clang follow on Windows as well).
 #include <algorithm>
 #include <cstring>
 #include <fstream>
@@ -17,7 +17,8 @@
 namespace spreadsheet {
 namespace {
 
-template <class Member> std::size_t slot_of(Member member) {
+template <class Member>
+std::size_t slot_of(Member member) {
     std::size_t words[2];
     static_assert(sizeof member == sizeof words);
     std::memcpy(words, &member, sizeof words);
@@ -122,9 +123,9 @@ std::vector<Slot> sheet_reading_slots() {
         ZX_SHEET(bool, read,
                  (Range, double*, const MergedCellColumnRule&, const MergedCellRowRule&), ),
         ZX_SHEET(void, read, (Range, double*), const),
-        ZX_SHEET(bool, read,
-                 (Range, const StringBuilder&, const MergedCellColumnRule&,
-                  const MergedCellRowRule&), ),
+        ZX_SHEET(
+            bool, read,
+            (Range, const StringBuilder&, const MergedCellColumnRule&, const MergedCellRowRule&), ),
         ZX_SHEET(void, read, (Range, const StringBuilder&), const),
         ZX_SHEET(void, read, (Range, const cell_type*, const CellBuilder&), const),
         ZX_SHEET(Range, get_data_span,
