@@ -101,7 +101,7 @@ class WindowsFile : public RandomAccessFile {
 
     std::size_t read_at(std::uint64_t position, char* buffer, std::size_t count) override {
         std::size_t done = 0;
-        while (done < count) {
+        while (done < count && position + done <= kLastPosition) {
             const DWORD got = read_once(position + done, buffer + done, count - done);
             if (got == 0) break;
             done += got;
@@ -110,6 +110,7 @@ class WindowsFile : public RandomAccessFile {
     }
 
   private:
+    static constexpr std::uint64_t kLastPosition = std::numeric_limits<LONGLONG>::max();
     static constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;
 
     DWORD read_once(std::uint64_t position, char* buffer, std::size_t count) {
