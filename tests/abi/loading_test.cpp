@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A host may load and unload the library as often as it likes. This program is not linked to it.
+#include <exception>
 #include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "foundation/log.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/book.h"
 #include "tests/abi/loaded_library.h"
@@ -16,24 +18,37 @@ namespace {
 constexpr int kRounds = 100;
 const std::string kLibrary = ZX_LIBRARY;
 
-/// Reads a book through a library that was just loaded.
-std::size_t sheets_of_a_book(const LoadedLibrary& library) {
+/// Reads a book through a library that was just loaded, and lets it throw and log.
+void use(const LoadedLibrary& library) {
+    using namespace foundation;
     using Load = std::shared_ptr<IBook>(const std::u16string&, book::interactive);
-    library.function<void()>("_ZN11spreadsheet10initializeEv")();
+    using Logger = log::basic_diagnostic_logger<char>;
+    using SetSink = void(Logger&, const std::shared_ptr<log::Sink>&);
     const auto load =
         library.function<Load>("_ZN11spreadsheet19load_book_from_fileERKNSt7__cxx1112basic_string"
                                "IDsSt11char_traitsIDsESaIDsEEENS_4book11interactiveE");
-    const auto path = foundation::unicode::to_utf16(ZX_EXAMPLES "/weather.xlsx");
-    const std::size_t count = load(path, book::interactive::file)->num_sheets();
+    const std::string logger_class = "_ZN10foundation3log23basic_diagnostic_loggerIcE";
+    const std::string sink_argument = "ERKSt10shared_ptrINS0_4SinkEE";
+    library.function<void()>("_ZN11spreadsheet10initializeEv")();
+    Logger& logger = library.function<Logger&()>("_ZN11spreadsheet9getLoggerEv")();
+    const auto sink = std::make_shared<log::CollectingSink>();
+    library.function<SetSink>(logger_class + "8add_sink" + sink_argument)(logger, sink);
+
+    EXPECT_EQ(
+        load(unicode::to_utf16(ZX_EXAMPLES "/weather.xlsx"), book::interactive::file)->num_sheets(),
+        2u);
+    EXPECT_THROW(load(u"no such file.xlsx", book::interactive::file), std::exception);
+    EXPECT_FALSE(sink->records().empty());
+
+    library.function<SetSink>(logger_class + "11remove_sink" + sink_argument)(logger, sink);
     library.function<void()>("_ZN11spreadsheet7releaseEv")();
-    return count;
 }
 
 /// The state while the library is loaded and has not been used.
 ProcessState load_use_unload() {
     const LoadedLibrary library(kLibrary);
     const ProcessState state = process_state();
-    EXPECT_EQ(sheets_of_a_book(library), 2u);
+    use(library);
     return state;
 }
 
