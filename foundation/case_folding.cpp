@@ -4,6 +4,7 @@
 // CaseFolding.txt.
 #include <utf8proc.h>
 
+#include "foundation/ascii_case.h"
 #include "foundation/code_points.h"
 #include "foundation/unicode.h"
 
@@ -11,10 +12,6 @@ namespace foundation::unicode {
 namespace {
 
 constexpr char32_t kCapitalIWithDot = 0x130; ///< has a full and a Turkic folding but no simple one
-
-char32_t fold_ascii(char32_t code_point) {
-    return code_point >= U'A' && code_point <= U'Z' ? code_point + (U'a' - U'A') : code_point;
-}
 
 char32_t fold(char32_t code_point) {
     if (code_point < 0x80) return fold_ascii(code_point);

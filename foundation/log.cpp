@@ -31,6 +31,15 @@ using BoostLogger = bl::sources::severity_channel_logger_mt<std::uint32_t, std::
 /// Attribute of a record that tells which logger object it comes from.
 constexpr const char* kOwnerAttribute = "DiagnosticLogger";
 
+/// Set when the static objects of the process begin to go. Boost.Log's own are among them, so that
+/// it must not be called any more.
+std::atomic<bool> process_ends{false};
+
+/// A static object of this type, made after Boost's, goes before them.
+struct EndWatch {
+    ~EndWatch() { process_ends = true; }
+};
+
 /// The sinks of one logger, called one record at a time.
 class SinkList {
   public:
@@ -90,6 +99,7 @@ class BoostSide {
             return bl::extract_or_default<const void*>(kOwnerAttribute, values, nullptr) == owner;
         });
         core_->add_sink(frontend_);
+        static const EndWatch watch;
     }
     BoostSide(const BoostSide&) = delete;
     BoostSide& operator=(const BoostSide&) = delete;
@@ -97,6 +107,7 @@ class BoostSide {
 
     void write(std::uint32_t severity, const std::string& line) {
         BOOST_LOG_SEV(logger_, severity) << line;
+        static const EndWatch watch; // the first record makes further static objects of Boost's
     }
 
   private:
@@ -162,7 +173,7 @@ void basic_diagnostic_logger<char>::set_level_mask(std::uint32_t mask) noexcept 
 }
 
 bool basic_diagnostic_logger<char>::enabled(std::uint32_t severity) const noexcept {
-    return state_->has_sinks && (state_->mask & severity) != 0;
+    return state_->has_sinks && !process_ends && (state_->mask & severity) != 0;
 }
 
 void basic_diagnostic_logger<char>::write(std::uint32_t severity, std::string_view text) {

@@ -78,7 +78,7 @@ class ZX_API basic_diagnostic_logger<char> {
     void set_level_mask(std::uint32_t mask) noexcept;
 
     /// True when the mask has the severity's bit and at least one sink is there to receive the
-    /// record.
+    /// record. False while the process destroys its static objects.
     bool enabled(std::uint32_t severity) const noexcept;
 
     /// Delivers one record; does nothing when the severity is not enabled.

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "foundation/ascii_case.h"
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
@@ -93,19 +94,14 @@ void check_sheet_names(const std::u16string& name, const std::u16string& second_
         throw Exception(error_id::sheet_name_invalid);
 }
 
-char16_t to_lower_ascii(char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
-}
-
 /// Whether the path ends with '.' and the format's name, in either case. Formats other than XLS ask
 /// for at least five units, so '.ods' and '.csv' alone do not count.
 bool has_extension_of(std::u16string_view path, book::format format) {
     const std::u16string extension = u"." + book::to_string(format);
     const std::size_t shortest = format == book::format::XLS ? 4 : 5;
     if (path.size() < std::max(shortest, extension.size())) return false;
-    return std::equal(
-        extension.begin(), extension.end(), path.end() - static_cast<int>(extension.size()),
-        [](char16_t a, char16_t b) { return to_lower_ascii(a) == to_lower_ascii(b); });
+    return foundation::unicode::equal_ignoring_ascii_case(
+        path.substr(path.size() - extension.size()), extension);
 }
 
 /// A file name is at least one unit, the dot and the extension.
@@ -202,7 +198,10 @@ void release() {
 }
 
 foundation::log::basic_diagnostic_logger<char>& getLogger() {
-    static foundation::log::basic_diagnostic_logger<char> logger("zentra::io::spreadsheet");
+    using Logger = foundation::log::basic_diagnostic_logger<char>;
+    // Never destroyed: a book that a host keeps until its process ends logs when it goes, after the
+    // local statics have gone.
+    static Logger& logger = *std::make_unique<Logger>("zentra::io::spreadsheet").release();
     return logger;
 }
 

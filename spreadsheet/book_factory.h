@@ -27,7 +27,8 @@ ZX_API std::shared_ptr<IBook> load_book_from_file(const std::u16string& path, bo
 ZX_API std::shared_ptr<IBook> load_book_from_file(const std::u16string& path,
                                                   book::interactive mode);
 
-/// Loads rows `first_row` to `last_row` (zero-based, inclusive) of the sheet at `sheet_index`.
+/// Loads rows `first_row` to `last_row` (zero-based, inclusive) of the sheet at `sheet_index`,
+/// which the book hands out as `load_book_from_file_with_sheet_index` does.
 ZX_API std::shared_ptr<IBook>
 load_book_from_file_with_range(const std::u16string& path, book::format format,
                                book::interactive mode, std::size_t sheet_index,
@@ -45,8 +46,10 @@ ZX_API std::shared_ptr<IBook> load_book_from_file_with_range(const std::u16strin
 ZX_API std::shared_ptr<IBook> load_book_from_file_with_sheetNames(const std::u16string& path,
                                                                   book::format format);
 
-/// Loads the sheet at `sheet_index` (zero-based). The book then hands out that sheet alone, at
-/// index 0.
+/// Loads the sheet at `sheet_index` (zero-based; the only sheet of a workbook whatever the index).
+/// The book then hands out that sheet alone, at index 0. A workbook file whose sheet cannot be
+/// loaded alone, or that has no such index, is loaded as a whole: `is_sheet_loaded` is false and
+/// sheets have their own indices.
 ZX_API std::shared_ptr<IBook> load_book_from_file_with_sheet_index(const std::u16string& path,
                                                                    book::format format,
                                                                    book::interactive mode,

@@ -3,10 +3,10 @@
 // The table of formats and their limits.
 #include "spreadsheet/book_format.h"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 
+#include "foundation/ascii_case.h"
 #include "spreadsheet/exception.h"
 
 namespace spreadsheet::book {
@@ -14,16 +14,6 @@ namespace {
 
 constexpr std::array<std::u16string_view, 9> kNames{u"XLS",  u"XLSX", u"XLSM", u"XLSB",  u"XLTX",
                                                     u"XLTM", u"ODS",  u"CSV",  u"GSHEET"};
-
-/// The names are ASCII, and so is everything that equals one of them.
-char16_t upper_ascii(char16_t unit) {
-    return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - u'a' + u'A') : unit;
-}
-
-bool names_equal(std::u16string_view capitals, std::u16string_view name) {
-    return std::equal(capitals.begin(), capitals.end(), name.begin(), name.end(),
-                      [](char16_t a, char16_t b) { return a == upper_ascii(b); });
-}
 
 } // namespace
 
@@ -35,7 +25,8 @@ std::u16string to_string(format value) {
 
 format create_format(const std::u16string& name) {
     for (std::size_t i = 0; i < kNames.size(); ++i)
-        if (names_equal(kNames[i], name)) return static_cast<format>(i);
+        if (foundation::unicode::equal_ignoring_ascii_case(kNames[i], name))
+            return static_cast<format>(i);
     throw Exception(error_id::format_invalid);
 }
 

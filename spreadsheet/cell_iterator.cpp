@@ -4,20 +4,12 @@
 #include "spreadsheet/cell_iterator.h"
 
 #include <cassert>
-#include <cstdint>
 #include <utility>
+
+#include "spreadsheet/row_blocks.h"
 
 namespace spreadsheet {
 namespace {
-
-/// Rows of all blocks together, in 32 bits as the interface has it; no format has more rows.
-std::uint32_t row_count(const std::vector<int>& row_blocks) {
-    std::uint32_t rows = 0;
-    for (std::size_t block = 0; block + 1 < row_blocks.size(); block += 2)
-        rows += static_cast<std::uint32_t>(row_blocks[block + 1]) -
-                static_cast<std::uint32_t>(row_blocks[block]) + 1;
-    return rows;
-}
 
 int first_row_of(const std::vector<int>& row_blocks) {
     return row_blocks.empty() ? 0 : row_blocks.front();
@@ -66,7 +58,7 @@ bool CellIterator::Iterator::operator!=(const Iterator& other) const {
 }
 
 CellIterator::CellIterator(const std::vector<int>& row_blocks, const std::vector<int>& columns)
-    : row_blocks_(row_blocks), columns_(columns), size_(row_count(row_blocks) * columns.size()) {}
+    : row_blocks_(row_blocks), columns_(columns), size_(count_rows(row_blocks) * columns.size()) {}
 
 CellIterator::CellIterator(const CellIterator&) = default;
 CellIterator& CellIterator::operator=(const CellIterator&) = default;
@@ -104,8 +96,9 @@ CellTypeIterator::CellTypeIterator(std::vector<int> row_blocks, std::vector<int>
       columns_(std::move(columns)),
       types_(types),
       count_(count),
+      rows_(count_rows(row_blocks_)),
       row_(first_row_of(row_blocks_)) {
-    assert(count_ == row_count(row_blocks_) * columns_.size());
+    assert(count_ == rows_ * columns_.size());
 }
 
 CellIterator::Indices CellTypeIterator::operator*() const {

@@ -85,7 +85,7 @@ class ZX_API CellTypeIterator {
 
     /// Number of cells, of rows of all blocks together, of columns.
     std::size_t size() const { return count_; }
-    std::size_t rows() const { return columns_.empty() ? 0 : count_ / columns_.size(); }
+    std::size_t rows() const { return rows_; }
     std::size_t columns() const { return columns_.size(); }
 
     /// Pairs (first row, last row), inclusive, ascending; columns in walking order.
@@ -97,6 +97,7 @@ class ZX_API CellTypeIterator {
     std::vector<int> columns_;
     const cell_type* types_;
     std::size_t count_;
+    std::size_t rows_;
     std::size_t position_ = 0;
     std::size_t block_ = 0;
     std::size_t column_ = 0;

@@ -7,6 +7,7 @@
 
 #include "spreadsheet/cell_iterator.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/row_blocks.h"
 
 namespace spreadsheet {
 namespace {
@@ -76,13 +77,6 @@ const cell_type* types_of(const foundation::HostArray* array) {
         throw Exception(error_id::internal,
                         "Cell types must be a plain array of unsigned 8-bit integers.");
     return reinterpret_cast<const cell_type*>(array->uint8s());
-}
-
-std::size_t count_rows(const std::vector<int>& row_blocks) {
-    std::size_t rows = 0;
-    for (std::size_t block = 0; block < row_blocks.size(); block += 2)
-        rows += static_cast<std::size_t>(row_blocks[block + 1] - row_blocks[block] + 1);
-    return rows;
 }
 
 } // namespace

@@ -24,19 +24,23 @@ class CellTypeIterator;
 ///     std::vector<double> numbers(static_cast<std::size_t>(range.count()));
 ///     sheet->read(range, numbers.data());
 ///
-/// The variants that take merged-cell rules apply them and return whether a column was left out.
-/// Reads do not check that a cell has the type asked for; `cell_types` tells. Every operation
-/// throws `Exception`.
+/// The variants that take merged-cell rules apply them and return whether a column was left out
+/// since `reset_omit_vars_bool`; `Exception` 38 and 39 where a rule is `error` and merged columns
+/// or rows are met. Cells without a value under the rules arrive like empty ones. Reads do not
+/// check that a cell has the type asked for; `cell_types` tells. Every operation throws
+/// `Exception`.
 class ZX_API ISheet {
   public:
     virtual void name(const std::u16string& new_name) = 0;
     virtual std::u16string name() const = 0;
+    /// `Exception` 19 when the state cannot be set.
     virtual void hidden(sheet::hidden state) = 0;
     virtual sheet::hidden hidden() const = 0;
     virtual bool is_protected() const = 0;
     virtual void set_protected(bool on) = 0;
     /// The rectangle of all cells; last indices of -1 on an empty sheet.
     virtual Range used_range() const = 0;
+    /// Empties cells; `Exception` 10 when they cannot be cleared.
     virtual void clear(Cell cell) = 0;
     virtual void clear(Range range) = 0;
     /// The cells of a defined name. `Exception` 23 when the sheet has no such name.
@@ -47,7 +51,8 @@ class ZX_API ISheet {
                             const MergedCellRowRule& row_rule) = 0;
     virtual void cell_types(Range range, cell_type* out) const = 0;
 
-    /// One flag per cell of the last read with rules, column-major: true inside a merged region.
+    /// One flag per cell of the last read or `cell_types` with rules, column-major: true inside a
+    /// merged region. So are the next two of the last call only.
     virtual std::vector<bool> get_merged_cells_vector() const = 0;
     /// Rows that the row rule left out, zero-based offsets within the range, ascending.
     virtual std::vector<int> get_omit_rows_vector() const = 0;
@@ -90,12 +95,16 @@ class ZX_API ISheet {
     virtual void write(Range range, const cell_type* types, const CellProvider& provider,
                        bool preserve_format) = 0;
     virtual void auto_fit_column_widths(Range range) = 0;
-    /// Dissolves the merged regions that lie wholly inside the range.
+    /// Dissolves the merged regions that lie wholly inside the range; `Exception` 27 when one
+    /// cannot be.
     virtual void unmerge(Range range) = 0;
     /// False when the sheet's protection locks a cell of the range.
     virtual bool is_range_writeable(Range range) = 0;
 
     /// The block of content around the range's first cell. The base returns the range unchanged.
+    /// In a workbook file, a call with both rules `first` returns the block found last, if there is
+    /// one, whatever the range; with another rule, `used_range` leaves formatted blanks out from
+    /// then on.
     virtual Range get_data_span(Range range, const MergedCellColumnRule& column_rule,
                                 const MergedCellRowRule& row_rule);
     /// The base does nothing.

@@ -11,8 +11,9 @@
 namespace foundation::core::except {
 
 /// Root of the hierarchy: an exception that can be copied and thrown again without knowing its
-/// type.
-class ZX_API IException : public boost::exception_detail::clone_base, public boost::exception {
+/// type. The base is virtual as it is in the wrappers that Boost derives from a thrown class.
+class ZX_API IException : public virtual boost::exception_detail::clone_base,
+                          public boost::exception {
   public:
     IException() = default;
     IException(const IException&) = default;

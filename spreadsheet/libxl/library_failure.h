@@ -18,6 +18,9 @@ void log_library_message(std::string_view tag, const workbook::Book& library);
 /// Logs as `log_library_message`, then throws `Exception` `id`.
 [[noreturn]] void fail(std::string_view tag, const workbook::Book& library, error_id id);
 
+/// Logs `tag` and that memory has run out, then throws `Exception` 9, whose text says the same.
+[[noreturn]] void fail_without_memory(std::string_view tag);
+
 /// Logs that this version cannot write workbook files, then throws `Exception` `id`: the end of
 /// every operation that changes a workbook, until the library can write.
 [[noreturn]] void refuse_writing(error_id id);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include <climits>
@@ -20,6 +21,17 @@ namespace {
 
 /// The built-in number format of a date with a time (ECMA-376 part 1, 18.8.30).
 constexpr int kDateTimeNumberFormat = 22;
+
+/// Runs one load of the library. Memory that runs out ends every attempt: the whole, to which a
+/// failed part would fall back, needs more.
+template <class Load>
+bool run_load(std::string_view tag, Load load) {
+    try {
+        return load();
+    } catch (const std::bad_alloc&) {
+        libxl::fail_without_memory(tag);
+    }
+}
 
 /// The library counts in `int`; what is beyond that is beyond every sheet too.
 int library_index(std::size_t value) {
@@ -188,36 +200,41 @@ void LibXLBook::init_from_file(const std::u16string& name, book::format format) 
 }
 
 void LibXLBook::init_from_file_common(const std::u16string& name, book::format format) {
+    constexpr std::string_view tag = "[LIBXL BOOK OBJ INIT_FROM_FILE_COMMON MSG]:";
     file_name_ = name;
-    if (!book_->load(name))
-        libxl::fail("[LIBXL BOOK OBJ INIT_FROM_FILE_COMMON MSG]:", *book_,
-                    error_id::book_not_loaded);
+    if (!run_load(tag, [&] { return book_->load(name); }))
+        libxl::fail(tag, *book_, error_id::book_not_loaded);
     set_date_system(format);
     init_sheets();
 }
 
 void LibXLBook::init_from_file_with_sheet(const std::u16string& name, book::format format,
                                           std::size_t sheet_index) {
+    constexpr std::string_view tag = "[LIBXL BOOK OBJ INIT_FROM_FILE_WITH_SHEET MSG]:";
     create_library_book(format);
     file_name_ = name;
     sheet_loaded_ = true;
-    if (book_->load_sheet(name, library_index(sheet_index)))
+    if (run_load(tag, [&] { return book_->load_sheet(name, library_index(sheet_index)); }))
         finish_partial_load(format, sheet_index);
     else
-        fall_back("[LIBXL BOOK OBJ INIT_FROM_FILE_WITH_SHEET MSG]:", name, format);
+        fall_back(tag, name, format);
 }
 
 void LibXLBook::init_from_file_with_range(const std::u16string& name, book::format format,
                                           std::size_t sheet_index, std::size_t first_row,
                                           std::size_t last_row) {
+    constexpr std::string_view tag = "[LIBXL BOOK OBJ INIT_FROM_FILE_WITH_RANGE MSG]:";
     create_library_book(format);
     file_name_ = name;
-    if (book_->load_partially(name, library_index(sheet_index), library_index(first_row),
-                              library_index(last_row))) {
+    const bool loaded = run_load(tag, [&] {
+        return book_->load_partially(name, library_index(sheet_index), library_index(first_row),
+                                     library_index(last_row));
+    });
+    if (loaded) {
         sheet_loaded_ = true;
         finish_partial_load(format, sheet_index);
     } else {
-        fall_back("[LIBXL BOOK OBJ INIT_FROM_FILE_WITH_RANGE MSG]:", name, format);
+        fall_back(tag, name, format);
     }
 }
 
@@ -235,12 +252,13 @@ void LibXLBook::fall_back(std::string_view tag, const std::u16string& name, book
 }
 
 void LibXLBook::init_from_file_only_sheetNames(const std::u16string& name, book::format format) {
+    constexpr std::string_view tag =
+        "[LIBXL BOOK OBJ INIT_FROM_FILE_ONLY_SHEETNAMES LOADINFO FAILURE MSG]:";
     create_library_book(format);
     file_name_ = name;
     sheet_names_only_ = true;
-    if (!book_->load_info(name)) {
-        fall_back("[LIBXL BOOK OBJ INIT_FROM_FILE_ONLY_SHEETNAMES LOADINFO FAILURE MSG]:", name,
-                  format);
+    if (!run_load(tag, [&] { return book_->load_info(name); })) {
+        fall_back(tag, name, format);
         return;
     }
     format_ = format;

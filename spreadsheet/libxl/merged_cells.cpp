@@ -16,6 +16,10 @@ namespace {
 constexpr std::uint64_t kFnvOffsetBasis = 0xcbf29ce484222325u;
 constexpr std::uint64_t kFnvPrime = 0x100000001b3u;
 
+/// How often the cells to be read may be met in regions. Those of a sound file do not overlap; some
+/// producers write one twice.
+constexpr std::size_t kMaxVisitsPerCell = 4;
+
 MergeSource no_value() {
     return {MergeSource::kNoValue, MergeSource::kNoValue, MergeOrientation::none};
 }
@@ -128,18 +132,21 @@ void MergedCells::map_cells(const std::vector<int>& row_blocks, std::vector<int>
     merge_map_.clear();
     std::sort(columns.begin(), columns.end());
     std::vector<RowBlock> blocks;
-    std::size_t cells_left = 0; // regions of a sound file do not overlap and cannot use more
+    std::size_t cells = 0;
     for (std::size_t i = 0; i + 1 < row_blocks.size(); i += 2) {
         blocks.push_back({row_blocks[i], row_blocks[i + 1]});
-        cells_left +=
+        cells +=
             static_cast<std::size_t>(blocks.back().last - blocks.back().first + 1) * columns.size();
     }
-    for (std::size_t index = 0; index < regions_.size() && cells_left > 0; ++index)
-        map_region(index, blocks, columns, cells_left);
+    std::size_t visits_left = cells * kMaxVisitsPerCell;
+    for (std::size_t index = 0; index < regions_.size(); ++index) {
+        if (visits_left == 0 || merge_map_.size() == cells) return;
+        map_region(index, blocks, columns, visits_left);
+    }
 }
 
 void MergedCells::map_region(std::size_t index, const std::vector<RowBlock>& blocks,
-                             const std::vector<int>& columns, std::size_t& cells_left) {
+                             const std::vector<int>& columns, std::size_t& visits_left) {
     const Range& region = regions_[index];
     const auto first_column = std::lower_bound(columns.begin(), columns.end(), region.first_column);
     const auto end_column = std::upper_bound(first_column, columns.end(), region.last_column);
@@ -151,9 +158,9 @@ void MergedCells::map_region(std::size_t index, const std::vector<RowBlock>& blo
         const int last_row = std::min(block->last, region.last_row);
         for (auto column = first_column; column != end_column; ++column)
             for (int row = first_row; row <= last_row; ++row) {
-                if (cells_left == 0) return;
-                --cells_left;
-                merge_map_.emplace(Cell{row, *column}, index);
+                if (visits_left == 0) return;
+                --visits_left;
+                merge_map_.try_emplace(Cell{row, *column}, index);
             }
     }
 }

@@ -80,9 +80,10 @@ class MergedCells {
         int last;
     };
 
-    /// Enters the selected cells of one region, at most `cells_left` of them.
+    /// Enters the selected cells of one region that no region before it has; looks at `visits_left`
+    /// cells at most.
     void map_region(std::size_t index, const std::vector<RowBlock>& blocks,
-                    const std::vector<int>& columns, std::size_t& cells_left);
+                    const std::vector<int>& columns, std::size_t& visits_left);
 
     std::vector<Range> regions_;
     std::unordered_map<Cell, std::size_t, CellHash> merge_map_; ///< to an index of `regions_`

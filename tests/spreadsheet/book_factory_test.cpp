@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/unicode.h"
 #include "spreadsheet/book_factory.h"
 #include "tests/spreadsheet/log_lines.h"
 #include "tests/spreadsheet/thrown_id.h"
@@ -93,6 +94,34 @@ TEST(BookFactory, ReportsWhyThereIsNoBook) {
     };
     for (const auto& test : cases)
         EXPECT_EQ(thrown_id(test.action), test.id) << test.what;
+}
+
+std::u16string fixture(const char* name) {
+    return foundation::unicode::to_utf16(std::string(ZX_TEST_DATA "/") + name);
+}
+
+TEST(BookFactory, LoadsOneSheetByItsName) {
+    const auto file = book::interactive::file;
+    const std::u16string path = fixture("hidden_and_very_hidden.xlsx");
+    const auto book = load_book_from_file_with_sheet_name(path, file, u"dEEP");
+    EXPECT_TRUE(book->is_sheet_loaded());
+    EXPECT_EQ(book->num_sheets(), 4u);
+    ASSERT_NE(book->sheet(std::size_t{0}), nullptr);
+    EXPECT_EQ(book->sheet(std::size_t{0})->name(), u"Deep");
+    EXPECT_EQ(book->sheet(std::size_t{1}), nullptr);
+    for (const char16_t* name : {u"Dee", u"", u"Deep "})
+        EXPECT_EQ(thrown_id([&] { load_book_from_file_with_sheet_name(path, file, name); }), 3);
+}
+
+TEST(BookFactory, LoadsTheWholeForAnIndexThatNoSheetHas) {
+    const auto book = load_book_from_file_with_sheet_index(
+        fixture("hidden_and_very_hidden.xlsx"), book::format::XLSX, book::interactive::file, 4);
+    EXPECT_FALSE(book->is_sheet_loaded());
+    EXPECT_EQ(book->sheet(std::size_t{3})->name(), book->get_sheet_name(3));
+    const auto single = load_book_from_file_with_range(
+        fixture("many_rows.xlsx"), book::format::XLSX, book::interactive::file, 5, 0, 0);
+    EXPECT_TRUE(single->is_sheet_loaded()) << "the only sheet, whatever the index";
+    EXPECT_EQ(single->sheet(std::size_t{0})->used_range().last_row, 0);
 }
 
 TEST(BookFactory, LogsWhichBackEndIsMissing) {

@@ -126,6 +126,16 @@ TEST(CellTypeIterator, PairsCellsWithTheirTypes) {
     }
 }
 
+TEST(CellTypeIterator, CountsRowsWithoutColumns) {
+    const foundation::DoubleArray rows(1, 2, {1, 3});
+    const foundation::DoubleArray none(1, 0);
+    const foundation::Uint8Array types(3, 0);
+    const auto cells = create_cell_type_iterator(&rows, &none, &types, format::XLSX);
+    EXPECT_TRUE(cells->at_end());
+    EXPECT_EQ(cells->rows(), 3u);
+    EXPECT_EQ(cells->columns(), 0u);
+}
+
 TEST(CreateCellTypeIterator, RefusesOtherArraysAndShapes) {
     const foundation::DoubleArray rows(1, 2, {1, 3});
     const foundation::DoubleArray odd(1, 3, {1, 1, 1});

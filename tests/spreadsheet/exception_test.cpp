@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The message table and the travels of an exception.
+#include <functional>
 #include <set>
 #include <string>
-#include <typeinfo>
 
 #include <boost/exception_ptr.hpp>
+#include <boost/throw_exception.hpp>
 #include <gtest/gtest.h>
 
 #include "spreadsheet/exception.h"
@@ -68,23 +69,39 @@ TEST(Exception, SaysItsDetailOrElseItsMessage) {
     EXPECT_EQ(Exception(error_id::trailing_characters, "").what(), message(21));
 }
 
-TEST(Exception, TravelsThroughBoostWithoutSlicing) {
-    boost::exception_ptr carried;
+boost::exception_ptr carry(const std::function<void()>& action) {
     try {
-        throw Exception(error_id::merged_rows, "detail");
+        action();
     } catch (...) {
-        carried = boost::current_exception();
+        return boost::current_exception();
     }
-    try {
-        boost::rethrow_exception(carried);
-        FAIL();
-    } catch (const foundation::core::except::IInternalException& e) {
-        EXPECT_EQ(typeid(e), typeid(Exception));
-        const auto& same = dynamic_cast<const Exception&>(e);
-        EXPECT_EQ(same.id(), error_id::merged_rows);
-        EXPECT_STREQ(same.what(), "detail");
+    return {};
+}
+
+TEST(Exception, TravelsThroughBoostWithoutSlicing) {
+    const Exception original(error_id::merged_rows, "detail");
+    const struct {
+        const char* what;
+        boost::exception_ptr carried;
+    } cases[] = {
+        {"thrown", carry([&] { throw Exception(original); })},
+        {"rethrown", carry([&] { original.rethrow(); })},
+        {"thrown by Boost", carry([&] { boost::throw_exception(original); })},
+        {"never thrown", boost::copy_exception(original)},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.what);
+        try {
+            boost::rethrow_exception(test.carried);
+            FAIL();
+        } catch (const foundation::core::except::IInternalException& e) {
+            const auto& same = dynamic_cast<const Exception&>(e);
+            EXPECT_EQ(same.id(), error_id::merged_rows);
+            EXPECT_STREQ(same.what(), "detail");
+        }
+        EXPECT_THROW(boost::rethrow_exception(test.carried), std::exception);
     }
-    EXPECT_THROW(boost::rethrow_exception(carried), std::exception);
+    EXPECT_THROW(original.rethrow(), Exception);
 }
 
 } // namespace

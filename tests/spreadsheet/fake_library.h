@@ -8,6 +8,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -164,6 +165,7 @@ struct FakeWorkbook {
     bool can_load_part = true;
     bool can_load_info = true;
     bool can_add_format = true;
+    bool has_memory = true;
     std::string message = "ok";
     std::vector<std::string> calls;
 };
@@ -221,6 +223,7 @@ class FakeBook final : public workbook::Book {
   private:
     bool answer(std::string call, bool success) {
         script_.calls.push_back(std::move(call));
+        if (!script_.has_memory) throw std::bad_alloc();
         return success;
     }
     const FakeEntry* entry(int index) const {

@@ -135,6 +135,31 @@ TEST(LibXLBook, ReportsAFileThatCannotBeLoaded) {
     }
 }
 
+TEST(LibXLBook, GivesUpWhenMemoryRunsOut) {
+    const struct {
+        std::function<void(LibXLBook&)> load;
+        const char* tag;
+    } cases[] = {
+        {[](LibXLBook& b) { b.init_from_file(u"f", kXlsx); }, "INIT_FROM_FILE_COMMON"},
+        {[](LibXLBook& b) { b.init_from_file_with_sheet(u"f", kXlsx, 0); },
+         "INIT_FROM_FILE_WITH_SHEET"},
+        {[](LibXLBook& b) { b.init_from_file_with_range(u"f", kXlsx, 0, 0, 1); },
+         "INIT_FROM_FILE_WITH_RANGE"},
+        {[](LibXLBook& b) { b.init_from_file_only_sheetNames(u"f", kXlsx); },
+         "INIT_FROM_FILE_ONLY_SHEETNAMES LOADINFO FAILURE"},
+    };
+    for (const auto& test : cases) {
+        fake::FakeWorkbook script = three_sheets();
+        script.has_memory = false;
+        LibXLBook book(fake::creators(script));
+        LogLines log;
+        EXPECT_EQ(thrown_id([&] { test.load(book); }), 9) << test.tag;
+        EXPECT_EQ(log.take(), Lines{std::string("[LIBXL BOOK OBJ ") + test.tag +
+                                    " MSG]: there is not enough memory for the workbook"});
+        EXPECT_EQ(script.calls.size(), 1u) << "the whole would need even more";
+    }
+}
+
 TEST(LibXLBook, RefusesFormatsBeforeAnyFileAccess) {
     const struct {
         int format;

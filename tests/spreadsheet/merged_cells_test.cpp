@@ -127,6 +127,13 @@ TEST(MergedCells, MapsTheNextSelectionAnew) {
     EXPECT_NE(merged.region({8, 0}), nullptr);
 }
 
+TEST(MergedCells, MapsEveryRegionBehindARepeatedOne) {
+    MergedCells merged({{0, 0, 0, 1}, {0, 0, 0, 1}, {0, 1, 0, 1}, {0, 2, 0, 3}});
+    merged.map_cells({0, 0, 0, 3});
+    ASSERT_NE(merged.region({0, 3}), nullptr);
+    EXPECT_EQ(*merged.region({0, 1}), (Range{0, 0, 0, 1})) << "the first region that has the cell";
+}
+
 TEST(MergedCells, AnswersForRegionsOverWholeSheets) {
     const Range whole{0, 0, 1048575, 16383};
     MergedCells merged(std::vector<Range>(200'000, whole)); // overlapping, as no sound file has it
@@ -135,6 +142,8 @@ TEST(MergedCells, AnswersForRegionsOverWholeSheets) {
     EXPECT_EQ(*merged.region({1048575, 16383}), whole);
     merged.map_cells({0, 0, 1048575, 1048575}, {16383, 0});
     EXPECT_NE(merged.region({1048575, 0}), nullptr);
+    merged.map_cells({1048575, 16000, 1048576, 16383}); // a row that no region has
+    EXPECT_NE(merged.region({1048575, 16383}), nullptr);
 }
 
 } // namespace

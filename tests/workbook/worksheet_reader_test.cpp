@@ -143,16 +143,18 @@ std::string replace_all(std::string text, const std::string& from, const std::st
     return text;
 }
 
+std::string with_prefix(std::string xml, const std::string& prefix, const std::string& end_of_tag) {
+    for (const char* name : {"row", "c", "v", "f", "is", "t", "sheetData", "worksheet"}) {
+        for (const char* behind : {" ", ">", "/>"})
+            xml = replace_all(xml, "<" + std::string(name) + behind, "<" + prefix + name + behind);
+        xml = replace_all(xml, "</" + std::string(name) + ">", "</" + prefix + name + end_of_tag);
+    }
+    return xml;
+}
+
 // Mark-up that means the same but is not in the plain form.
-std::string in_disguise(std::string xml) {
-    for (const char* name : {"row", "c", "v", "f", "is", "t", "sheetData", "worksheet"})
-        for (const char* behind : {" ", ">", "/>"}) {
-            const std::string end = behind;
-            xml = replace_all(xml, "<" + std::string(name) + end, "<x:" + std::string(name) + end);
-            xml =
-                replace_all(xml, "</" + std::string(name) + end, "</x:" + std::string(name) + " >");
-        }
-    return replace_all(xml, " r=\"", "  r = \"");
+std::string in_disguise(const std::string& xml) {
+    return replace_all(with_prefix(xml, "x:", " >"), " r=\"", "  r = \"");
 }
 
 TEST(ReadWorksheet, GivesTheSameCellsForPlainAndOtherMarkUp) {
@@ -193,6 +195,8 @@ TEST(ReadWorksheet, GivesTheSameCellsForPlainAndOtherMarkUp) {
     const std::string expected = describe(read(plain).cells);
     EXPECT_GT(expected.size(), 10'000u);
     EXPECT_EQ(describe(read(in_disguise(plain)).cells), expected);
+    for (const char* prefix : {"x:", "seven12:", "an_endless_prefix:"})
+        EXPECT_EQ(describe(read(with_prefix(plain, prefix, ">")).cells), expected) << prefix;
     EXPECT_EQ(describe(read(plain, {}, 1000).cells), expected);
 }
 
@@ -208,7 +212,7 @@ TEST(ReadWorksheet, StopsBehindTheLastWantedRow) {
         rows += "<row r=\"" + std::to_string(row) + "\"><c r=\"A" + std::to_string(row) + "\"><v>" +
                 std::to_string(row) + "</v></c></row>";
     const std::string xml = sheet_xml(rows, "<mergeCells><mergeCell ref=\"A1:B2\"/></mergeCells>");
-    for (const std::string& text : {xml, in_disguise(xml)}) {
+    for (const std::string& text : {xml, in_disguise(xml), with_prefix(xml, "x:", ">")}) {
         MemorySource source(text, 4096);
         WorksheetCells cells;
         WorksheetTail tail;

@@ -39,24 +39,6 @@ const char* take_digits(const char* p, std::uint32_t& out) {
     return p == begin || p - begin > 9 ? nullptr : p;
 }
 
-// The place of "</c>" when nothing, or an element without a value, stands before it.
-const char* skip_missing_value(const char* p) {
-    if (has(p, "</c>")) return p;
-    if (has(p, "<v></v></c>")) return p + 7;
-    if (has(p, "<v/></c>")) return p + 4;
-    if (has(p, "<v /></c>")) return p + 5;
-    return nullptr;
-}
-
-// Passes over a formula, whose text is not kept here.
-const char* skip_plain_formula(const char* p, const char* end) {
-    p = find_byte(p, end, '>');
-    if (p == end) return nullptr;
-    if (p[-1] == '/') return p + 1;
-    p = find_byte(p, end, '<');
-    return has(p, "</f>") ? p + 4 : nullptr;
-}
-
 } // namespace
 
 void SheetDataReader::take_plain_markup() {
@@ -70,27 +52,31 @@ const char* SheetDataReader::take_plain_run(const char* p) {
     for (;;) {
         const char* const mark = *p == '<' ? p : skip_spaces(p);
         const char* next = nullptr;
-        if (in_row_ && !skipping_ && has(mark, "<c ")) {
-            next = take_plain_cell(mark);
-        } else if (in_row_ && has(mark, "</row>")) {
-            close_row();
-            scanner_.leave_element();
-            next = mark + 6;
-        } else if (!in_row_ && has(mark, "<row ")) {
+        if (!in_row_)
             next = take_plain_row_tag(mark);
-            if (stopped_) return p;
-        }
+        else if (mark[1] == '/')
+            next = take_plain_row_end(mark);
+        else if (!skipping_)
+            next = take_plain_cell(mark);
         if (next == nullptr) return p;
         p = next;
     }
 }
 
+const char* SheetDataReader::take_plain_row_end(const char* p) {
+    const char* const behind = tag_.close(p, "row>");
+    if (behind == nullptr) return nullptr;
+    close_row();
+    scanner_.leave_element();
+    return behind;
+}
+
 const char* SheetDataReader::take_plain_row_tag(const char* p) {
     std::uint32_t number = 0;
-    if (!has(p, "<row r=\"")) return nullptr;
-    const char* const behind = take_digits(p + 8, number);
-    if (behind == nullptr || number == 0 || number > kMaxRows) return nullptr;
-    const char* const close = find_byte(behind, window_.end(), '>');
+    p = tag_.open(p, "row r=\"");
+    if (p != nullptr) p = take_digits(p, number);
+    if (p == nullptr || number == 0 || number > kMaxRows) return nullptr;
+    const char* const close = find_byte(p, window_.end(), '>');
     if (close == window_.end() || (close[-1] != '"' && close[-1] != '/')) return nullptr;
     open_row(static_cast<int>(number) - 1);
     if (stopped_) return nullptr;
@@ -101,7 +87,7 @@ const char* SheetDataReader::take_plain_row_tag(const char* p) {
     scanner_.enter_element();
     if (!skipping_) return close + 1;
     window_.set_cursor(close + 1);
-    scanner_.skip_to("</row>");
+    scanner_.skip_to(tag_.end_tag("row"));
     return window_.cursor();
 }
 
@@ -110,7 +96,8 @@ const char* SheetDataReader::take_plain_cell(const char* p) {
     if (cell == nullptr) return nullptr;
     CellHead head;
     std::uint32_t column = next_column_;
-    p = take_plain_head(p, column, head);
+    p = tag_.open(p, "c");
+    if (p != nullptr) p = take_plain_head(p, column, head);
     if (p == nullptr) return nullptr;
     if (*p == '/') {
         if (p[1] != '>') return nullptr;
@@ -118,8 +105,8 @@ const char* SheetDataReader::take_plain_cell(const char* p) {
         p += 2;
     } else {
         p = take_plain_value(p + 1, head.type, *cell);
-        if (p == nullptr || !has(p, "</c>")) return nullptr;
-        p += 4;
+        if (p != nullptr) p = tag_.close(p, "c>");
+        if (p == nullptr) return nullptr;
     }
     cell->column = column;
     cell->format = head.format & kMaxStoredFormat;
@@ -130,7 +117,6 @@ const char* SheetDataReader::take_plain_cell(const char* p) {
 
 // The tag's attributes; returns the place of its '>' or "/>".
 const char* SheetDataReader::take_plain_head(const char* p, std::uint32_t& column, CellHead& head) {
-    p += 2;
     while (*p == ' ') {
         if (p[2] != '=' || p[3] != '"') return nullptr;
         const char name = p[1];
@@ -185,20 +171,44 @@ const char* SheetDataReader::take_plain_reference(const char* p, std::uint32_t& 
     return p;
 }
 
-// What stands between the tags of a cell; returns the place of "</c>".
+// Passes over a formula, whose text is not kept here.
+const char* SheetDataReader::take_plain_formula(const char* p) const {
+    p = find_byte(p, window_.end(), '>');
+    if (p == window_.end()) return nullptr;
+    if (p[-1] == '/') return p + 1;
+    return tag_.close(find_byte(p, window_.end(), '<'), "f>");
+}
+
+// Takes an element without a value, or nothing, before a cell's end tag; returns the place of that.
+const char* SheetDataReader::take_missing_value(const char* p, bool& is_element) const {
+    const char* behind = tag_.open(p, "v/>");
+    if (behind == nullptr) behind = tag_.open(p, "v />");
+    if (behind == nullptr) {
+        behind = tag_.open(p, "v>");
+        if (behind != nullptr) behind = tag_.close(behind, "v>");
+    }
+    is_element = behind != nullptr;
+    if (!is_element) behind = p;
+    return tag_.close(behind, "c>") != nullptr ? behind : nullptr;
+}
+
+// What stands between the tags of a cell; returns the place of its end tag.
 const char* SheetDataReader::take_plain_value(const char* p, CellType type, StoredCell& cell) {
-    if (p[0] == '<' && p[1] == 'f') {
-        p = skip_plain_formula(p, window_.end());
+    if (const char* const formula = tag_.open(p, "f")) {
+        p = take_plain_formula(formula);
         if (p == nullptr) return nullptr;
     }
-    if (const char* const behind = skip_missing_value(p)) {
+    const char* const value = tag_.open(p, "v>");
+    if (value == nullptr || *value == '<') {
+        bool is_element = false;
+        const char* const behind = take_missing_value(p, is_element);
+        if (behind == nullptr) return take_plain_inline_text(p, cell);
         // An empty value of a formula's text is an empty text.
-        if (behind != p && type == CellType::FormulaString) return nullptr;
+        if (is_element && type == CellType::FormulaString) return nullptr;
         cell.kind = static_cast<std::uint32_t>(StoredKind::Blank);
         return behind;
     }
-    if (!has(p, "<v>")) return take_plain_inline_text(p, cell);
-    p += 3;
+    p = value;
     switch (type) {
     case CellType::Number:
         cell.kind = static_cast<std::uint32_t>(StoredKind::Number);
@@ -218,7 +228,7 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
         cell.value.number = *p++ - '0';
         break;
     case CellType::FormulaString:
-        p = take_plain_text(p, "</v></c>", cell);
+        p = take_plain_text(p, false, cell);
         break;
     case CellType::Error: {
         bool as_it_stands;
@@ -231,15 +241,18 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
     default:
         return nullptr;
     }
-    return p != nullptr && has(p, "</v>") ? p + 4 : nullptr;
+    return p != nullptr ? tag_.close(p, "v>") : nullptr;
 }
 
-// Stores the text at `p`, which must end with `close`; returns the place of that.
-const char* SheetDataReader::take_plain_text(const char* p, std::string_view close,
-                                             StoredCell& cell) {
+// Stores the text at `p` and returns the place of the '<' behind it. Nothing is stored when that
+// does not begin the tags that end a cell; `is_item` tells that the text stands in an item's `t`.
+const char* SheetDataReader::take_plain_text(const char* p, bool is_item, StoredCell& cell) {
     bool as_it_stands;
     const char* const end = find_text_end(p, window_.end(), as_it_stands);
-    if (end == nullptr || std::memcmp(end, close.data(), close.size()) != 0) return nullptr;
+    if (end == nullptr) return nullptr;
+    const char* close = is_item ? tag_.close(end, "t>") : tag_.close(end, "v>");
+    if (is_item && close != nullptr) close = tag_.close(close, "is>");
+    if (close == nullptr || tag_.close(close, "c>") == nullptr) return nullptr;
     std::string_view text(p, static_cast<std::size_t>(end - p));
     if (!as_it_stands) text = decoder_.decode(text);
     if (text.data() == nullptr) return nullptr;
@@ -248,14 +261,13 @@ const char* SheetDataReader::take_plain_text(const char* p, std::string_view clo
 }
 
 const char* SheetDataReader::take_plain_inline_text(const char* p, StoredCell& cell) {
-    if (has(p, "<is><t>"))
-        p += 7;
-    else if (has(p, "<is><t xml:space=\"preserve\">"))
-        p += 28;
-    else
-        return nullptr;
-    p = take_plain_text(p, "</t></is></c>", cell);
-    return p == nullptr ? nullptr : p + 9;
+    p = tag_.open(p, "is>");
+    if (p == nullptr) return nullptr;
+    const char* text = tag_.open(p, "t>");
+    if (text == nullptr) text = tag_.open(p, "t xml:space=\"preserve\">");
+    if (text == nullptr) return nullptr;
+    p = take_plain_text(text, true, cell);
+    return p == nullptr ? nullptr : tag_.close(tag_.close(p, "t>"), "is>");
 }
 
 } // namespace workbook

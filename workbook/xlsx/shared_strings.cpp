@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbook/xlsx/shared_strings.h"
 
-#include <cstring>
 #include <string>
 
 #include "workbook/xlsx/escaped_text.h"
 #include "workbook/xlsx/text_collector.h"
+#include "workbook/xml/plain_tag.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
 
 namespace {
-
-bool has(const char* p, std::string_view literal) {
-    return std::memcmp(p, literal.data(), literal.size()) == 0;
-}
 
 const char* skip_spaces(const char* p) {
     while (*p == ' ' || *p == '\n' || *p == '\r' || *p == '\t')
@@ -22,31 +18,39 @@ const char* skip_spaces(const char* p) {
     return p;
 }
 
+// The place behind the tags that open an item of one plain text; null when something else stands at
+// `p`.
+const char* open_item(const PlainTag& tag, const char* p) {
+    p = tag.open(p, "si>");
+    if (p == nullptr) return nullptr;
+    const char* const text = tag.open(p, "t>");
+    return text != nullptr ? text : tag.open(p, "t xml:space=\"preserve\">");
+}
+
+const char* close_item(const PlainTag& tag, const char* p) {
+    p = tag.close(p, "t>");
+    return p != nullptr ? tag.close(p, "si>") : nullptr;
+}
+
 // Takes items in their plainest form, <si><t>text</t></si>, off the window for as long as they
 // come, with no attribute but xml:space. Everything else, and an item that is not whole, is left to
 // the scanner. The zero bytes behind the window end every comparison.
-void take_plain_items(TextWindow& window, std::uint64_t wanted, StringPool& strings) {
-    constexpr std::string_view kPlain = "<si><t>";
-    constexpr std::string_view kSpaced = "<si><t xml:space=\"preserve\">";
-    constexpr std::string_view kClose = "</t></si>";
+void take_plain_items(TextWindow& window, const PlainTag& tag, std::uint64_t wanted,
+                      StringPool& strings) {
     CellTextDecoder decoder;
     const char* p = window.cursor();
     while (strings.size() < wanted) {
-        const char* text = skip_spaces(p);
-        if (has(text, kPlain))
-            text += kPlain.size();
-        else if (has(text, kSpaced))
-            text += kSpaced.size();
-        else
-            break;
+        const char* const text = open_item(tag, skip_spaces(p));
+        if (text == nullptr) break;
         bool as_it_stands;
-        const char* close = find_text_end(text, window.end(), as_it_stands);
-        if (close == nullptr || !has(close, kClose)) break;
-        std::string_view item(text, static_cast<std::size_t>(close - text));
+        const char* const end = find_text_end(text, window.end(), as_it_stands);
+        const char* const behind = end != nullptr ? close_item(tag, end) : nullptr;
+        if (behind == nullptr) break;
+        std::string_view item(text, static_cast<std::size_t>(end - text));
         if (!as_it_stands) item = decoder.decode(item);
         if (item.data() == nullptr) break;
         strings.add(item);
-        p = close + kClose.size();
+        p = behind;
     }
     window.set_cursor(p);
 }
@@ -55,17 +59,21 @@ void take_plain_items(TextWindow& window, std::uint64_t wanted, StringPool& stri
 
 void read_shared_strings(ByteSource& part, std::uint64_t wanted, StringPool& strings) {
     XmlScanner scanner(part);
+    PlainTag tag("");
     std::string text;
     while (strings.size() < wanted) {
         if (scanner.depth() == 1) {
             do
-                take_plain_items(scanner.window(), wanted, strings);
+                take_plain_items(scanner.window(), tag, wanted, strings);
             while (strings.size() < wanted && scanner.window().refill_if_short());
             if (strings.size() >= wanted) return;
         }
         const XmlScanner::Token token = scanner.next();
         if (token == XmlScanner::Token::Done) return;
-        if (token == XmlScanner::Token::Start && scanner.depth() == 2 && scanner.name() == "si") {
+        if (token == XmlScanner::Token::Start && scanner.depth() == 1) {
+            tag = PlainTag(scanner.prefix());
+        } else if (token == XmlScanner::Token::Start && scanner.depth() == 2 &&
+                   scanner.name() == "si") {
             text.clear();
             append_item_text(scanner, text);
             strings.add(text);

@@ -13,6 +13,7 @@
 
 #include "workbook/xlsx/escaped_text.h"
 #include "workbook/xlsx/worksheet_reader.h"
+#include "workbook/xml/plain_tag.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
@@ -23,6 +24,7 @@ class SheetDataReader {
     SheetDataReader(XmlScanner& scanner, RowSpan rows, bool date_1904, WorksheetCells& out)
         : scanner_(scanner),
           window_(scanner.window()),
+          tag_(scanner.prefix()),
           rows_(rows),
           date_1904_(date_1904),
           out_(out),
@@ -47,12 +49,15 @@ class SheetDataReader {
     // nothing stored, when it is not plain or not whole.
     void take_plain_markup();
     const char* take_plain_run(const char* p);
+    const char* take_plain_row_end(const char* p);
     const char* take_plain_row_tag(const char* p);
     const char* take_plain_cell(const char* p);
     const char* take_plain_head(const char* p, std::uint32_t& column, CellHead& head);
     const char* take_plain_reference(const char* p, std::uint32_t& column) const;
+    const char* take_plain_formula(const char* p) const;
+    const char* take_missing_value(const char* p, bool& is_element) const;
     const char* take_plain_value(const char* p, CellType type, StoredCell& cell);
-    const char* take_plain_text(const char* p, std::string_view close, StoredCell& cell);
+    const char* take_plain_text(const char* p, bool is_item, StoredCell& cell);
     const char* take_plain_inline_text(const char* p, StoredCell& cell);
 
     // Any mark-up, through the scanner.
@@ -70,6 +75,7 @@ class SheetDataReader {
 
     XmlScanner& scanner_;
     TextWindow& window_;
+    const PlainTag tag_;
     const RowSpan rows_;
     const bool date_1904_;
     WorksheetCells& out_;

@@ -5,6 +5,7 @@
 #include "workbook/limits.h"
 #include "workbook/xlsx/sheet_data_reader.h"
 #include "workbook/xml/cell_reference.h"
+#include "workbook/xml/plain_tag.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
@@ -46,12 +47,12 @@ void read_other_element(XmlScanner& scanner, WorksheetTail& tail) {
     scanner.skip_element();
 }
 
-// Passes over the element of the last Start, which holds nearly all of the part's text. Without a
-// prefix its end tag can be looked for directly.
+// Passes over the element of the last Start, which holds nearly all of the part's text: its end tag
+// can be looked for directly.
 void skip_sheet_data(XmlScanner& scanner) {
-    const bool plain = scanner.name().data()[-1] == '<';
+    const PlainTag tag(scanner.prefix());
     const bool empty = scanner.window().cursor()[-2] == '/';
-    if (plain && !empty) scanner.skip_to("</sheetData>");
+    if (!empty) scanner.skip_to(tag.end_tag("sheetData"));
     scanner.skip_element();
 }
 

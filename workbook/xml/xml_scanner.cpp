@@ -11,8 +11,7 @@ namespace workbook {
 
 namespace {
 
-// Enough text to tell every kind of mark-up, and the end tags that readers look for, from one
-// another.
+// Enough text to tell every kind of mark-up from one another.
 constexpr std::size_t kLongestOpening = 16;
 
 bool is_space(char c) {
@@ -153,6 +152,7 @@ XmlScanner::Token XmlScanner::read_start_tag() {
         ++p;
     if (p == begin) fail("a tag has no name");
     name_ = local_name({begin, static_cast<std::size_t>(p - begin)});
+    prefix_ = {begin, static_cast<std::size_t>(name_.data() - begin)};
     parse_attributes({p, static_cast<std::size_t>(end - p)});
     if (++depth_ > kMaxElementDepth)
         throw Error::limit(window_.part_name(), "its elements are nested deeper than " +
@@ -207,11 +207,13 @@ void XmlScanner::skip_to(std::string_view end_tag) {
     for (;;) {
         const char* p = find_byte(window_.cursor(), window_.end(), '<');
         window_.set_cursor(p);
-        if (static_cast<std::size_t>(window_.end() - p) < kLongestOpening && window_.refill())
-            continue;
+        const std::size_t needed = std::max(kLongestOpening, end_tag.size() + 1);
+        if (static_cast<std::size_t>(window_.end() - p) < needed && window_.refill()) continue;
         const std::string_view unread(p, static_cast<std::size_t>(window_.end() - p));
         if (unread.empty()) fail("the part ends within an element");
-        if (unread.starts_with(end_tag)) return;
+        if (unread.starts_with(end_tag) && unread.size() > end_tag.size() &&
+            (unread[end_tag.size()] == '>' || is_space(unread[end_tag.size()])))
+            return;
         if (unread.starts_with("<!--"))
             skip_markup(4, "-->");
         else if (unread.starts_with("<![CDATA["))

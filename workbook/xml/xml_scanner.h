@@ -25,6 +25,8 @@ class XmlScanner {
 
     /// Local name of the element of the last Start or End.
     std::string_view name() const { return name_; }
+    /// Namespace prefix of the last Start with its colon, empty without one.
+    std::string_view prefix() const { return prefix_; }
     /// Characters of the last Text: references resolved, line ends normalised.
     std::string_view text() const { return text_; }
     /// The value of an attribute of the last Start, by its name without a prefix; a null view when
@@ -36,9 +38,9 @@ class XmlScanner {
     /// Skips the rest of the element of the last Start, its End included.
     void skip_element();
 
-    /// Moves to the next `end_tag`, written exactly so, outside of comments and CDATA, without
-    /// looking at the mark-up before it. For elements that do not nest and whose content is not
-    /// wanted.
+    /// Moves to the next end tag that begins with `end_tag` ("</name") outside of comments and
+    /// CDATA, without looking at the mark-up before it. For elements that do not nest and whose
+    /// content is not wanted.
     void skip_to(std::string_view end_tag);
 
     /// For a reader that recognises whole elements itself: the text behind the last token, and the
@@ -68,7 +70,7 @@ class XmlScanner {
     std::string_view decode(std::string_view raw, std::string& scratch);
 
     TextWindow window_;
-    std::string_view name_;
+    std::string_view name_, prefix_;
     std::string_view text_;
     std::string text_scratch_, attribute_scratch_;
     std::vector<Attribute> attributes_;
