@@ -8,7 +8,10 @@ foreach(dll IN LISTS runtime_dlls)
   if(NOT EXISTS "${file}")
     message(FATAL_ERROR "The compiler has no ${dll}")
   endif()
-  install(FILES ${file} DESTINATION ${CMAKE_INSTALL_BINDIR})
+  # Debian's copies carry debug data, twelve times the code.
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/runtime)
+  execute_process(COMMAND ${CMAKE_STRIP} -o ${PROJECT_BINARY_DIR}/runtime/${dll} ${file} COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${PROJECT_BINARY_DIR}/runtime/${dll} DESTINATION ${CMAKE_INSTALL_BINDIR})
 endforeach()
 
 set(licence_folder ${CMAKE_INSTALL_DOCDIR}/licences)
