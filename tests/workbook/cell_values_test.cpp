@@ -169,13 +169,14 @@ TEST(ReadSharedStrings, ReadsEveryFormOfItem) {
         "<si><r><t>ri</t></r><r><rPr/><t>ch</t></r><rPh sb=\"0\" "
         "eb=\"1\"><t>NO</t></rPh><phoneticPr/></si>"
         "<x:si xmlns:x=\"y\"><x:t>pre_x0009_fix</x:t></x:si>\n <si><t>line\r\nend</t></si>"
-        "<si><t><![CDATA[<cdata>]]></t></si></sst>";
+        "<si><t><![CDATA[<cdata>]]></t></si>"
+        "<si><t>kana</t><phoneticPr fontId=\"1\"/></si><si><t>end</t></si></sst>";
     for (std::size_t piece : {1u << 20, 1u, 13u}) {
         MemorySource source(xml, piece);
         StringPool strings;
         read_shared_strings(source, ~std::uint64_t{0}, strings);
-        const std::string expected[] = {"plain", " a & b ",  "",          "",
-                                        "rich",  "pre\tfix", "line\nend", "<cdata>"};
+        const std::string expected[] = {"plain",    " a & b ",   "",        "",     "rich",
+                                        "pre\tfix", "line\nend", "<cdata>", "kana", "end"};
         ASSERT_EQ(strings.size(), std::size(expected));
         for (std::size_t i = 0; i < strings.size(); ++i)
             EXPECT_EQ(strings[i], expected[i]) << i;

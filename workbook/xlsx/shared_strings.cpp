@@ -27,9 +27,17 @@ const char* open_item(const PlainTag& tag, const char* p) {
     return text != nullptr ? text : tag.open(p, "t xml:space=\"preserve\">");
 }
 
-const char* close_item(const PlainTag& tag, const char* p) {
+// The place behind the tags that close it; Japanese editions put the settings of its phonetic runs
+// in front of the last one.
+const char* close_item(const PlainTag& tag, const char* p, const char* end) {
     p = tag.close(p, "t>");
-    return p != nullptr ? tag.close(p, "si>") : nullptr;
+    if (p == nullptr) return nullptr;
+    if (const char* const settings = tag.open(p, "phoneticPr ")) {
+        p = find_byte(settings, end, '>');
+        if (p == end || p[-1] != '/') return nullptr;
+        ++p;
+    }
+    return tag.close(p, "si>");
 }
 
 // Takes items in their plainest form, <si><t>text</t></si>, off the window for as long as they
@@ -44,7 +52,7 @@ void take_plain_items(TextWindow& window, const PlainTag& tag, std::uint64_t wan
         if (text == nullptr) break;
         bool as_it_stands;
         const char* const end = find_text_end(text, window.end(), as_it_stands);
-        const char* const behind = end != nullptr ? close_item(tag, end) : nullptr;
+        const char* const behind = end != nullptr ? close_item(tag, end, window.end()) : nullptr;
         if (behind == nullptr) break;
         std::string_view item(text, static_cast<std::size_t>(end - text));
         if (!as_it_stands) item = decoder.decode(item);

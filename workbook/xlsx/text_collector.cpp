@@ -21,8 +21,8 @@ void append_item_text(XmlScanner& scanner, std::string& out) {
         const XmlScanner::Token token = scanner.next();
         if (token == XmlScanner::Token::End && scanner.depth() < depth) return;
         if (token != XmlScanner::Token::Start) continue;
-        if (scanner.name() == "rPh") {
-            scanner.skip_element();
+        if (scanner.name() == "rPh" || scanner.name() == "rPr") {
+            scanner.skip_flat_element();
         } else if (scanner.name() == "t") {
             text.clear();
             append_element_text(scanner, text);

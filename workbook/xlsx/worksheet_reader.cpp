@@ -5,7 +5,6 @@
 #include "workbook/limits.h"
 #include "workbook/xlsx/sheet_data_reader.h"
 #include "workbook/xml/cell_reference.h"
-#include "workbook/xml/plain_tag.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
@@ -47,15 +46,6 @@ void read_other_element(XmlScanner& scanner, WorksheetTail& tail) {
     scanner.skip_element();
 }
 
-// Passes over the element of the last Start, which holds nearly all of the part's text: its end tag
-// can be looked for directly.
-void skip_sheet_data(XmlScanner& scanner) {
-    const PlainTag tag(scanner.prefix());
-    const bool empty = scanner.window().cursor()[-2] == '/';
-    if (!empty) scanner.skip_to(tag.end_tag("sheetData"));
-    scanner.skip_element();
-}
-
 } // namespace
 
 bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, WorksheetCells& cells,
@@ -84,7 +74,7 @@ WorksheetTail read_worksheet_tail(ByteSource& part) {
     for (Token token = scanner.next(); token != Token::Done; token = scanner.next()) {
         if (token != Token::Start || scanner.depth() != 2) continue;
         if (scanner.name() == "sheetData")
-            skip_sheet_data(scanner);
+            scanner.skip_flat_element(); // nearly all of the part's text
         else
             read_other_element(scanner, tail);
     }

@@ -203,6 +203,11 @@ void XmlScanner::skip_element() {
         next();
 }
 
+void XmlScanner::skip_flat_element() {
+    if (!pending_end_) skip_to("</" + std::string(prefix_) + std::string(name_));
+    skip_element();
+}
+
 void XmlScanner::skip_to(std::string_view end_tag) {
     for (;;) {
         const char* p = find_byte(window_.cursor(), window_.end(), '<');

@@ -37,6 +37,8 @@ class XmlScanner {
     int depth() const { return depth_; }
     /// Skips the rest of the element of the last Start, its End included.
     void skip_element();
+    /// The same for an element that holds none of its own name: looks for its end tag only.
+    void skip_flat_element();
 
     /// Moves to the next end tag that begins with `end_tag` ("</name") outside of comments and
     /// CDATA, without looking at the mark-up before it. For elements that do not nest and whose
