@@ -48,6 +48,7 @@ windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file
 	@$(call CONFIGURE,windows) -DZX_DEPS=$$(tools/deps-windows)
 	$(call BUILD,windows)
 	tools/test-windows
+	@rm -f build/windows/zxspreadsheet-*-win64.zip
 	@$(call BUILD,windows) --target package
 	@tests/install/check-windows build/windows/zxspreadsheet-*-win64.zip
 
