@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <fstream>
 #include <optional>
+#include <random>
+#include <string>
 #include <vector>
 
 #ifdef _WIN32
@@ -118,7 +120,8 @@ TEST(RandomAccessFile, ReadsAtAnyPosition) {
 /// A new folder whose path is longer than old interfaces of Windows take; removed at the end.
 class DeepFolder {
   public:
-    DeepFolder() : top_(std::filesystem::path(testing::TempDir()) / "zx_deep") {
+    DeepFolder()
+        : top_(std::filesystem::path(testing::TempDir()) / std::to_string(std::random_device()())) {
         std::filesystem::create_directories(unlimited(path()));
     }
     DeepFolder(const DeepFolder&) = delete;

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -29,12 +30,13 @@ inline Outcome run_program(const std::vector<std::string>& arguments) {
     return {code, out.str(), err.str()};
 }
 
-/// A path in the folder for temporary files; the file is removed at the end.
+/// A path in the folder for temporary files, which other tests use at the same time; the file is
+/// removed at the end.
 class TemporaryPath {
   public:
     explicit TemporaryPath(const std::string& name)
         : path_(std::filesystem::path(testing::TempDir()) /
-                (std::to_string(reinterpret_cast<std::uintptr_t>(this)) + name)) {}
+                (std::to_string(std::random_device()()) + name)) {}
     TemporaryPath(const TemporaryPath&) = delete;
     TemporaryPath& operator=(const TemporaryPath&) = delete;
     ~TemporaryPath() { std::filesystem::remove_all(path_); }
