@@ -39,7 +39,7 @@ Failure not_loaded(const Options& options, const std::string& cause, const std::
     const std::string sentence = options.book + ": " + (cause.empty() ? message : cause);
     if (options.application)
         return {ExitCode::NoApplication,
-                options.book + ": the spreadsheet application is not available; leave --app out to "
+                options.book + ": The spreadsheet application is not available; leave --app out to "
                                "read the file itself."};
     if (google_id(options.book))
         return {ExitCode::Service, options.book +
@@ -64,7 +64,7 @@ Failure describe(const spreadsheet::Exception& error, const Options& options,
             return not_loaded(options, unreadable_reason(options.book), message);
         return {ExitCode::NotAWorkbook,
                 options.book + ": " +
-                    (cause.empty() ? "this version cannot read files of this format; save it as "
+                    (cause.empty() ? "This version cannot read files of this format; save it as "
                                      "XLSX first."
                                    : cause)};
     case error_id::sheet_not_opened:

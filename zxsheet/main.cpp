@@ -6,7 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "foundation/terminal.h"
 #include "zxsheet/run.h"
+
+namespace {
+
+int run_on_standard_streams(const std::vector<std::string>& arguments) {
+    std::cerr.tie(nullptr);
+    return zxsheet::run(arguments, std::cout, std::cerr, foundation::error_is_terminal());
+}
+
+} // namespace
 
 #ifdef _WIN32
 #define WIN32_LEAN_AND_MEAN
@@ -45,11 +55,11 @@ int wmain(int argc, wchar_t** argv) {
         const std::u16string text(wide.begin(), wide.end());
         arguments.push_back(foundation::unicode::to_generalized_utf8(text));
     }
-    return zxsheet::run(arguments, std::cout, std::cerr);
+    return run_on_standard_streams(arguments);
 }
 #else
 int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
-    return zxsheet::run({argv + 1, argv + argc}, std::cout, std::cerr);
+    return run_on_standard_streams({argv + 1, argv + argc});
 }
 #endif

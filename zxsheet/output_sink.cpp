@@ -15,8 +15,8 @@ constexpr std::size_t kPieceBytes = 1 << 16;
 
 } // namespace
 
-OutputSink::OutputSink(std::ostream& out, std::string file)
-    : out_(out), file_name_(std::move(file)) {}
+OutputSink::OutputSink(std::ostream& out, std::string file, std::function<void()> before_first)
+    : out_(out), file_name_(std::move(file)), before_first_(std::move(before_first)) {}
 
 void OutputSink::write(std::string_view text) {
     buffer_ += text;
@@ -29,20 +29,24 @@ void OutputSink::finish() {
         file_.close();
     else
         out_.flush();
-    if (!file_ || !out_)
-        throw Failure(ExitCode::NotWritten, "The output cannot be written; is the disk full?");
+    if (!file_ || !out_) fail();
 }
 
 void OutputSink::flush() {
+    if (before_first_) std::exchange(before_first_, nullptr)();
     if (!file_name_.empty() && !file_.is_open()) {
         file_.open(native_path(file_name_), std::ios::binary | std::ios::trunc);
-        if (!file_) throw Failure(ExitCode::NotWritten, file_name_ + ": the file cannot be made.");
+        if (!file_) throw Failure(ExitCode::NotWritten, file_name_ + ": The file cannot be made.");
     }
     std::ostream& target = file_.is_open() ? file_ : out_;
     target.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
     buffer_.clear();
-    if (!target)
-        throw Failure(ExitCode::NotWritten, "The output cannot be written; is the disk full?");
+    if (!target) fail();
+}
+
+void OutputSink::fail() const {
+    const std::string name = file_name_.empty() ? "standard output" : file_name_;
+    throw Failure(ExitCode::NotWritten, name + ": It cannot be written; the disk may be full.");
 }
 
 } // namespace zxsheet

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <fstream>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -13,8 +14,9 @@ namespace zxsheet {
 
 class OutputSink {
   public:
-    /// Writes to `out` unless `file` (a UTF-8 path) names a file.
-    OutputSink(std::ostream& out, std::string file);
+    /// Writes to `out` unless `file` (a UTF-8 path) names a file. Calls `before_first` before the
+    /// first piece goes out.
+    OutputSink(std::ostream& out, std::string file, std::function<void()> before_first = {});
 
     void write(std::string_view text);
     void write(char character) { write(std::string_view(&character, 1)); }
@@ -24,10 +26,12 @@ class OutputSink {
 
   private:
     void flush();
+    [[noreturn]] void fail() const;
 
     std::ostream& out_;
     std::string file_name_;
     std::ofstream file_;
+    std::function<void()> before_first_; ///< empty once called
     std::string buffer_;
 };
 

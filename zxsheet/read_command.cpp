@@ -17,7 +17,7 @@ void refuse_own_book(const Options& options) {
         std::filesystem::equivalent(native_path(options.book), native_path(options.output),
                                     ignored))
         throw Failure(ExitCode::Usage,
-                      options.output + ": the output would replace the book itself.");
+                      options.output + ": The output would replace the book itself.");
 }
 
 } // namespace

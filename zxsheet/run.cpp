@@ -13,6 +13,7 @@
 #include "spreadsheet/spreadsheet.h"
 #include "zxsheet/commands.h"
 #include "zxsheet/failure.h"
+#include "zxsheet/progress_line.h"
 
 namespace zxsheet {
 namespace {
@@ -162,15 +163,42 @@ std::unique_ptr<CLI::App> make_parser(Options& options, Command& command) {
     return app;
 }
 
-int report(ExitCode code, const std::string& sentence, std::ostream& err) {
+/// Prints one line that ends with a full stop, whatever a file put into the sentence.
+int report(ExitCode code, std::string sentence, std::ostream& err) {
+    const auto is_control = [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+    };
+    std::replace_if(sentence.begin(), sentence.end(), is_control, ' ');
+    if (!sentence.ends_with('.')) sentence += '.';
     err << "zxsheet: " << sentence << '\n';
     return static_cast<int>(code);
 }
 
-int execute(const Options& options, Command command, std::ostream& out, std::ostream& err) {
+/// What is wrong with the arguments, from the parser that found it.
+std::string usage_sentence(const CLI::ParseError& error, const CLI::App& app) {
+    const auto commands = app.get_subcommands();
+    const std::string name = commands.empty() ? "zxsheet" : "zxsheet " + commands[0]->get_name();
+    const std::string hint = "; see '" + name + " --help'";
+    const std::string what = error.what();
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
+        return what.substr(0, what.find(':')) + " needs exactly one value" + hint;
+    if (!commands.empty()) return what + hint;
+    const auto rest = app.remaining();
+    if (rest.empty()) return "A command is missing" + hint;
+    const char* const kind = rest[0].starts_with('-') ? "option" : "command";
+    return std::string("There is no ") + kind + " '" + rest[0] + "'" + hint;
+}
+
+int execute(const Options& options, Command command, std::ostream& out, std::ostream& err,
+            bool err_is_terminal) {
     const LibrarySession library;
     try {
-        OutputSink sink(out, options.output);
+        ProgressLine progress(err_is_terminal ? &err : nullptr, "Reading " + options.book);
+        OutputSink sink(out, options.output, [&] {
+            // The terminal may show the data as well, and a pipe may end the program here.
+            if (options.output.empty()) return progress.finish();
+            progress.set_text("Writing " + options.output);
+        });
         command(options, sink);
         sink.finish();
         return static_cast<int>(ExitCode::Done);
@@ -180,7 +208,7 @@ int execute(const Options& options, Command command, std::ostream& out, std::ost
     } catch (const Failure& e) {
         return report(e.code(), e.what(), err);
     } catch (const std::bad_alloc&) {
-        return report(ExitCode::Failed, options.book + ": there is not enough memory.", err);
+        return report(ExitCode::Failed, options.book + ": There is not enough memory.", err);
     } catch (const std::exception& e) {
         return report(ExitCode::Failed, options.book + ": " + e.what(), err);
     }
@@ -188,7 +216,8 @@ int execute(const Options& options, Command command, std::ostream& out, std::ost
 
 } // namespace
 
-int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
+        bool err_is_terminal) {
     Options options;
     Command command = nullptr;
     const auto parser = make_parser(options, command);
@@ -196,10 +225,10 @@ int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostre
         // The parser takes the arguments from the back.
         parser->parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& e) {
-        const int code = parser->exit(e, out, err);
-        return static_cast<int>(code == 0 ? ExitCode::Done : ExitCode::Usage);
+        if (e.get_exit_code() != 0) return report(ExitCode::Usage, usage_sentence(e, *parser), err);
+        return parser->exit(e, out, err);
     }
-    return execute(options, command, out, err);
+    return execute(options, command, out, err, err_is_terminal);
 }
 
 } // namespace zxsheet

@@ -59,6 +59,9 @@ def fixtures():
     yield "workbook_not_well_formed.xlsx", part_replaced(
         "xl/workbook.xml", "<workbook><sheets></workbook>"), "xl/workbook.xml is damaged"
     yield "workbook_of_another_root.xlsx", part_replaced("xl/workbook.xml", "<html/>"), "root element"
+    for name, root in (("sheet_is_html", "<html/>"), ("sheet_is_content_types", "<Types/>")):
+        yield f"{name}.xlsx", part_replaced("xl/worksheets/sheet1.xml", root), (
+            'sheet "Data": xl/worksheets/sheet1.xml is damaged')
     rows = b'<row r="1"/>' * 1_700_000
     yield "zip_bomb.xlsx", part_replaced(
         "xl/worksheets/sheet1.xml", b"<worksheet><sheetData>" + rows + b"</sheetData></worksheet>"
@@ -81,3 +84,6 @@ def fixtures():
     yield "cyclic_relationships.xlsx", part_replaced(
         "xl/_rels/workbook.xml.rels", relationships(
             [("rId1", REL + "/worksheet", "workbook.xml")])), "refers back to the workbook"
+    book = plain()
+    book.sheets.append(("Twin", "", "rId1"))
+    yield "two_sheets_of_one_part.xlsx", book.bytes(), "a part of another sheet"

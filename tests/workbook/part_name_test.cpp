@@ -65,6 +65,14 @@ TEST(ReadRelationships, RefusesPartsThatAreNotWellFormed) {
     }
 }
 
+TEST(ReadRelationships, LimitsWhatALongFolderNameMakesOfTheTargets) {
+    std::string text = "<Relationships>";
+    for (int i = 0; i < 2000; ++i)
+        text += "<Relationship Target='b'/>";
+    MemorySource part(text + "</Relationships>");
+    EXPECT_THROW(read_relationships(part, std::string(60'000, 'x') + "/w.xml"), Error);
+}
+
 TEST(ContentTypes, IgnoresCaseAndPrefersOverrides) {
     MemorySource part(R"(<Types><Default Extension="XML" ContentType="application/xml"/>
 <Override PartName="/xl/Workbook.xml" ContentType="Text/Main+xml"/></Types>)",

@@ -200,6 +200,59 @@ TEST(ReadWorksheet, GivesTheSameCellsForPlainAndOtherMarkUp) {
     EXPECT_EQ(describe(read(plain, {}, 1000).cells), expected);
 }
 
+// Each cell in the plain form, and in forms that only the scanner knows.
+TEST(ReadWorksheet, GivesTheSameCellForUnusualContent) {
+    const struct {
+        const char* content; ///< what follows "<c r='A1'"
+        const char* expected;
+    } cases[] = {
+        {" t=\"inlineStr\"><v></v></c>", "A1=''"},
+        {" t=\"inlineStr\"></c>", "A1=blank"},
+        {" t=\"str\"><v/></c>", "A1=''"},
+        {" t=\"e\"><v> #N/A\n</v></c>", "A1=!#N/A"},
+        {" t=\"e\"><v> </v></c>", "A1=blank"},
+        {" t=\"e\"><v>word</v></c>", "A1=!word"},
+        {" s=\"16777217\"/>", "A1/16777215=blank"},
+        {" s=\"99999999999\"/>", "A1/16777215=blank"},
+        {" s=\"-1\"/>", "A1=blank"},
+        {"><v>5.</v></c>", "A1=5.000000"},
+        {"><v>.5</v></c>", "A1=0.500000"},
+        {"><v>-0.0</v></c>", "A1=-0.000000"},
+        {"><v>1e</v></c>", "A1='1e'"},
+        {"><v>12345678901234567890123</v></c>", "A1=12345678901234567741440.000000"},
+        {" t=\"s\"><v>000000000007</v></c>", "A1=#7"},
+        {" t=\"s\"><v> 7 </v></c>", "A1=#7"},
+        {"><f x=\"/>\">1</f><v>3</v></c>", "A1=3.000000"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.content);
+        const std::string plain =
+            sheet_xml("<row r=\"1\"><c r=\"A1\"" + std::string(c.content) + "</row>");
+        for (const std::string& text :
+             {plain, in_disguise(plain), replace_all(plain, "<c r", "<!-- --><c\tr")}) {
+            const Sheet sheet = read(text);
+            EXPECT_EQ(describe(sheet.cells), c.expected);
+            EXPECT_EQ(sheet.cells.shared_strings_end, std::string(c.expected) == "A1=#7" ? 8u : 0u);
+        }
+    }
+}
+
+TEST(ReadWorksheet, FindsTheEndOfARowTagBehindItsAttributes) {
+    const std::string cells = "<c r=\"A2\"><v>1</v></c></row>";
+    for (const char* tag : {"<row r=\"2\" x=\"/>\">", "<row r=\"2\" x=\"a/>b\" y='\"/>'>",
+                            "<row r=\"2\" x='/>' >", "<row r=\"2\" x=\">\" spans=\"1:1\">"})
+        EXPECT_EQ(describe(read(sheet_xml(tag + cells + "<row/>")).cells), "A2=1.000000") << tag;
+    EXPECT_EQ(describe(read(sheet_xml("<row r=\"2e0\">" + cells)).cells), "A2=1.000000");
+    EXPECT_THROW(read(sheet_xml("<row r=\"2x\">" + cells)), Error);
+}
+
+TEST(ReadWorksheet, ReadsRootsOfSheetsOnly) {
+    for (const char* root : {"worksheet", "dialogsheet", "xm:macrosheet", "chartsheet"})
+        EXPECT_TRUE(read("<?xml version=\"1.0\"?>\n<" + std::string(root) + "/>").whole) << root;
+    for (const char* root : {"html", "Types", "sheetData"})
+        EXPECT_THROW(read("<" + std::string(root) + "/>"), Error) << root;
+}
+
 TEST(ReadWorksheet, LooksAtEveryByteOfALongTagOnce) {
     const std::string xml = sheet_xml("<row r=\"1\" note=\"" + std::string(4u << 20, '>') +
                                       "\"><c r=\"A1\"><v>1</v></c></row>");
@@ -228,9 +281,11 @@ TEST(ReadWorksheet, StopsBehindTheLastWantedRow) {
 }
 
 TEST(ReadWorksheet, SkipsRowsThatHoldMarkUpInDisguise) {
-    const std::string xml = sheet_xml(
-        "<row r=\"1\"><c r=\"A1\" t=\"str\"><v><![CDATA[</row>]]></v></c><!-- </row> --></row>"
-        "<row r=\"2\"><c r=\"A2\"><v>2</v></c></row>");
+    const std::string xml =
+        sheet_xml("<row r=\"1\"><c r=\"A1\" t=\"str\"><v><![CDATA[</row>]]></v></c><!-- </row> "
+                  "--><?a </row>?>"
+                  "</row>"
+                  "<row r=\"2\"><c r=\"A2\"><v>2</v></c></row>");
     for (std::size_t piece : {1u, 1u << 20})
         EXPECT_EQ(describe(read(xml, {1, 1}, piece).cells), "A2=2.000000");
 }
@@ -274,11 +329,15 @@ TEST(ReadWorksheet, SaysWhatIsWrong) {
     const auto one_cell = [](const std::string& cell) {
         return sheet_xml("<row r=\"1\">" + cell + "</row>");
     };
-    std::string deep = "<worksheet><sheetData>", wide;
+    std::string deep = "<worksheet><sheetData>", wide, attributes, pieces;
     for (int i = 0; i < 1000; ++i)
         deep += "<a>";
     for (int i = 0; i < 16385; ++i)
         wide += "<c><v>1</v></c>";
+    for (int i = 0; i < 10'001; ++i)
+        attributes += " a=''";
+    for (int i = 0; i < 17; ++i)
+        pieces += "<![CDATA[" + std::string(1u << 20, 'x') + "]]>";
     const BadCase cases[] = {
         {"cut off", "<worksheet><sheetData><row r=\"1\"><c r=\"A1\"><v>1", "ends within"},
         {"cut off in a tag", "<worksheet><sheetData><row r=\"1", "not closed"},
@@ -290,6 +349,8 @@ TEST(ReadWorksheet, SaysWhatIsWrong) {
         {"a row too far", sheet_xml("<row r=\"1048577\"/>"), "1048577"},
         {"row zero", sheet_xml("<row r=\"0\"/>"), "row number"},
         {"more cells than columns", one_cell(wide), "more cells"},
+        {"too many attributes", one_cell("<c" + attributes + "/>"), "attributes"},
+        {"too long a text", one_cell("<c t=\"str\"><v>" + pieces + "</v></c>"), "longer than"},
         {"unknown type", one_cell("<c r=\"A1\" t=\"zz\"><v>1</v></c>"), "\"zz\""},
         {"bad shared index", one_cell("<c r=\"A1\" t=\"s\"><v>-1</v></c>"), "cell A1"},
         {"bad merge", sheet_xml("", "<mergeCells><mergeCell ref=\"A1:ZZZZ9\"/></mergeCells>"),

@@ -25,6 +25,7 @@ TEST(XlsxBook, IsEmptyBeforeALoad) {
     EXPECT_EQ(book->sheet_type(0), SheetKind::Unknown);
     EXPECT_EQ(book->get_sheet_name(0).data(), nullptr);
     EXPECT_EQ(book->format(0), nullptr);
+    EXPECT_THAT(book->error_message(), HasSubstr("no cell format 0"));
     EXPECT_FALSE(book->is_date_1904());
 }
 

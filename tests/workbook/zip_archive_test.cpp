@@ -143,6 +143,15 @@ TEST(ZipArchive, RefusesToUnpackABomb) {
     }
 }
 
+TEST(ZipArchive, RefusesToUnpackTheSameBytesAgainAndAgain) {
+    ZipArchive archive(foundation::files::memory_file(
+        build_zip({{.name = "a", .content = std::string(2u << 20, '\0')}})));
+    const auto read_again = [&] { return test::read_all(*archive.open(archive.entries()[0])); };
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(read_again().size(), 2u << 20);
+    EXPECT_THROW(read_again(), Error);
+}
+
 TEST(ZipArchive, CutAnywhereEndsInAnError) {
     const std::string whole =
         build_zip({{.name = "a", .content = "some text"}, {.name = "b", .content = "more"}});

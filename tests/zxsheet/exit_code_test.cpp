@@ -17,19 +17,25 @@ TEST(ExitCode, TellsFailuresApart) {
     const TemporaryPath old_format("old.xls");
     const TemporaryPath chart("chart.xlsx");
     const TemporaryPath target("target.csv");
+    const TemporaryPath many_lines("lines.xlsx");
     plain_text.fill("a,b\n1,2\n");
     cut_off.fill(make_book({{"Data", "", "<sheetData/>"}}).substr(0, 300));
     encrypted.fill(std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8) + std::string(600, '\0'));
     old_format.fill("anything");
     chart.fill(make_book({{"Chart", "", "", true}, {"Data", "", "<sheetData/>"}}));
+    many_lines.fill(make_book({{"two&#10;lines", "", "<sheetData><row r='0'/></sheetData>"}}));
     const std::string folder = testing::TempDir();
     const struct {
         std::vector<std::string> arguments;
         int code;
         std::string mentioned; ///< in the sentence
     } cases[] = {
-        {{}, 2, "subcommand"},
-        {{"unknown"}, 2, "subcommand"},
+        {{}, 2, "A command is missing"},
+        {{"unknown"}, 2, "no command 'unknown'"},
+        {{"--wrong", "unknown"}, 2, "no option '--wrong'"},
+        {{"read", kWeather, "--to"}, 2, "--to needs exactly one value"},
+        {{"read", kWeather, "-r", "A1", "-r", "B2"}, 2, "--range needs exactly one value"},
+        {{"read", kWeather, "surplus"}, 2, "'zxsheet read --help'"},
         {{"read"}, 2, "BOOK"},
         {{"read", kWeather, "--to", "xml"}, 2, "csv, tsv"},
         {{"read", kWeather, "--merged-rows", "never"}, 2, "omit"},
@@ -38,6 +44,7 @@ TEST(ExitCode, TellsFailuresApart) {
         {{"sheets", "no such file.xls"}, 3, "no such file.xls"},
         {{"info", folder}, 3, "folder"},
         {{"read", plain_text.text()}, 4, plain_text.text()},
+        {{"read", many_lines.text()}, 4, "two lines"},
         {{"info", cut_off.text()}, 4, cut_off.text()},
         {{"sheets", encrypted.text()}, 4, encrypted.text()},
         {{"read", old_format.text()}, 4, "XLSX"},
@@ -60,7 +67,9 @@ TEST(ExitCode, TellsFailuresApart) {
         EXPECT_EQ(outcome.out, "");
         EXPECT_NE(outcome.err.find(c.mentioned), std::string::npos) << outcome.err;
         const auto lines = std::count(outcome.err.begin(), outcome.err.end(), '\n');
-        EXPECT_TRUE(lines == 1 || c.code == 2) << outcome.err;
+        EXPECT_EQ(lines, 1) << outcome.err;
+        EXPECT_TRUE(outcome.err.starts_with("zxsheet: ") && outcome.err.ends_with(".\n"))
+            << outcome.err;
     }
     EXPECT_TRUE(run_program({"read", kWeather}).err.empty()) << "the book is still whole";
 }

@@ -30,18 +30,18 @@ inline Outcome run_program(const std::vector<std::string>& arguments) {
     return {code, out.str(), err.str()};
 }
 
-/// A path in the folder for temporary files, which other tests use at the same time; the file is
-/// removed at the end.
+/// A path in the folder for temporary files, another one in each process; the file is removed at
+/// the end.
 class TemporaryPath {
   public:
     explicit TemporaryPath(const std::string& name)
         : path_(std::filesystem::path(testing::TempDir()) /
-                (std::to_string(std::random_device()()) + name)) {}
+                (std::to_string(std::random_device{}()) + name)) {}
     TemporaryPath(const TemporaryPath&) = delete;
     TemporaryPath& operator=(const TemporaryPath&) = delete;
     ~TemporaryPath() { std::filesystem::remove_all(path_); }
 
-    std::string text() const { return path_.generic_string(); }
+    std::string text() const { return path_.string(); }
     void fill(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
 
   private:

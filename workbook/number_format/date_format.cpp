@@ -96,9 +96,11 @@ class Walk {
     }
 
     bool general_or_era() {
-        if (!starts_with(rest_, "general")) return true;
-        skip(7);
-        return false;
+        const bool is_general = starts_with(rest_, "general");
+        // East Asian locales write "General" as "G/" and a word of their own.
+        const bool may_be_general = is_general || starts_with(rest_, "g/");
+        skip(is_general ? 7 : 2);
+        return !may_be_general;
     }
 
     bool am_pm_or_weekday() {

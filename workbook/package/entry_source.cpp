@@ -13,6 +13,7 @@ EntrySource::EntrySource(foundation::files::RandomAccessFile& file, const ZipEnt
     : name_(entry.name),
       packed_(file, position, entry.packed_size),
       packed_size_(entry.packed_size),
+      file_size_(file.size()),
       size_(entry.size),
       total_bytes_(total_bytes),
       expected_crc_(entry.crc32),
@@ -47,7 +48,9 @@ void EntrySource::check_limits() const {
     if (produced_ > kRatioFreeBytes && produced_ / kMaxInflateRatio > packed_size_)
         throw Error::limit(name_, "it unpacks to more than " + std::to_string(kMaxInflateRatio) +
                                       " times its packed size");
-    if (total_bytes_ > kMaxTotalBytes) throw Error::limit(name_, "the book's parts together");
+    if (total_bytes_ > kMaxTotalBytes ||
+        (total_bytes_ > kRatioFreeBytes && total_bytes_ / kMaxTotalInflateRatio > file_size_))
+        throw Error::limit(name_, "the book's parts together unpack to too much for its file");
 }
 
 void EntrySource::check_end() const {

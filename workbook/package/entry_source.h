@@ -33,6 +33,7 @@ class EntrySource final : public ByteSource {
     std::string name_;
     PackedBytes packed_;
     std::uint64_t packed_size_;
+    std::uint64_t file_size_;
     std::uint64_t size_;
     std::uint64_t produced_ = 0;
     std::uint64_t& total_bytes_;

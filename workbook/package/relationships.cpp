@@ -4,6 +4,8 @@
 // harm.
 #include "workbook/package/relationships.h"
 
+#include "workbook/error.h"
+#include "workbook/limits.h"
 #include "workbook/package/part_name.h"
 #include "workbook/package/xml_tree.h"
 
@@ -21,6 +23,7 @@ std::string last_segment(std::string_view type) {
 std::vector<Relationship> read_relationships(ByteSource& part, std::string_view source) {
     const pugi::xml_document tree = read_tree(part);
     std::vector<Relationship> relationships;
+    std::size_t target_bytes = 0;
     each_child(root_element(tree, "Relationships"), "Relationship", [&](pugi::xml_node element) {
         const std::string_view target = attribute_value(element, "Target").value_or("");
         const std::string mode = ascii_lower(attribute_value(element, "TargetMode").value_or(""));
@@ -30,6 +33,9 @@ std::vector<Relationship> read_relationships(ByteSource& part, std::string_view 
         relationship.is_external = mode == "external";
         relationship.target =
             relationship.is_external ? std::string{target} : resolve_target(source, target);
+        target_bytes += relationship.target.size();
+        if (target_bytes > kMaxTargetBytes)
+            throw Error::limit(part.part_name(), "its targets are too long");
         relationships.push_back(std::move(relationship));
     });
     return relationships;

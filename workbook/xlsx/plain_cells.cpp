@@ -3,6 +3,7 @@
 // The fast half of SheetDataReader: plain mark-up taken off the text window. The zero bytes behind
 // the window end every loop and fail every comparison, so an element that is cut off is never
 // mistaken for a whole one.
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -23,8 +24,12 @@ bool is_digit(char c) {
     return static_cast<unsigned char>(c - '0') < 10;
 }
 
+bool is_space(char c) {
+    return c == ' ' || c == '\n' || c == '\r' || c == '\t';
+}
+
 const char* skip_spaces(const char* p) {
-    while (*p == ' ' || *p == '\n' || *p == '\r' || *p == '\t')
+    while (is_space(*p))
         ++p;
     return p;
 }
@@ -37,6 +42,17 @@ const char* take_digits(const char* p, std::uint32_t& out) {
         value = value * 10 + static_cast<std::uint32_t>(*p++ - '0');
     out = value;
     return p == begin || p - begin > 9 ? nullptr : p;
+}
+
+// Whether the '>' at `close` ends the tag whose attributes begin at the closing quote `p`. Within a
+// value it does not.
+bool ends_tag(const char* p, const char* close) {
+    unsigned quotes = 0, other_quotes = 0;
+    for (; p < close; ++p) {
+        quotes += *p == '"';
+        other_quotes += *p == '\'';
+    }
+    return quotes % 2 == 1 && other_quotes == 0;
 }
 
 } // namespace
@@ -75,9 +91,10 @@ const char* SheetDataReader::take_plain_row_tag(const char* p) {
     std::uint32_t number = 0;
     p = tag_.open(p, "row r=\"");
     if (p != nullptr) p = take_digits(p, number);
-    if (p == nullptr || number == 0 || number > kMaxRows) return nullptr;
+    if (p == nullptr || *p != '"' || number == 0 || number > kMaxRows) return nullptr;
     const char* const close = find_byte(p, window_.end(), '>');
-    if (close == window_.end() || (close[-1] != '"' && close[-1] != '/')) return nullptr;
+    if (close == window_.end() || (close[-1] != '"' && close[-1] != '/') || !ends_tag(p, close))
+        return nullptr;
     open_row(static_cast<int>(number) - 1);
     if (stopped_) return nullptr;
     if (close[-1] == '/') {
@@ -125,6 +142,7 @@ const char* SheetDataReader::take_plain_head(const char* p, std::uint32_t& colum
             p = take_plain_reference(p, column);
         } else if (name == 's') {
             p = take_digits(p, head.format);
+            head.format = std::min(head.format, kMaxStoredFormat);
         } else if (name != 't') {
             return nullptr;
         } else if (p[1] == '"' && *p != 'd') {
@@ -203,8 +221,9 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
         bool is_element = false;
         const char* const behind = take_missing_value(p, is_element);
         if (behind == nullptr) return take_plain_inline_text(p, cell);
-        // An empty value of a formula's text is an empty text.
-        if (is_element && type == CellType::FormulaString) return nullptr;
+        // An empty value of a cell with text is an empty text.
+        const bool is_text = type == CellType::FormulaString || type == CellType::InlineString;
+        if (is_element && is_text) return nullptr;
         cell.kind = static_cast<std::uint32_t>(StoredKind::Blank);
         return behind;
     }
@@ -217,6 +236,7 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
     case CellType::SharedString: {
         std::uint32_t index = 0;
         p = take_digits(p, index);
+        if (p == nullptr || *p != '<') return nullptr;
         cell.kind = static_cast<std::uint32_t>(StoredKind::String);
         cell.value.text = index;
         if (index >= out_.shared_strings_end) out_.shared_strings_end = std::uint64_t{index} + 1;
@@ -233,7 +253,7 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
     case CellType::Error: {
         bool as_it_stands;
         const char* const close = find_text_end(p, window_.end(), as_it_stands);
-        if (close == nullptr || close == p || !as_it_stands) return nullptr;
+        if (close == nullptr || !as_it_stands || *p != '#' || is_space(close[-1])) return nullptr;
         store_error(cell, {p, static_cast<std::size_t>(close - p)});
         p = close;
         break;

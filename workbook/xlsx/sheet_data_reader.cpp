@@ -137,8 +137,8 @@ SheetDataReader::CellHead SheetDataReader::read_head() {
     if (next_column_ >= kMaxColumns)
         fail_at_cell("the row has more cells than a sheet has columns");
     if (const auto format = parse_number(trim(scanner_.attribute("s"))))
-        if (*format >= 0 && *format <= kMaxStoredFormat)
-            head.format = static_cast<std::uint32_t>(*format);
+        head.format =
+            static_cast<std::uint32_t>(std::clamp(*format, 0.0, double{kMaxStoredFormat}));
     const std::string_view type = scanner_.attribute("t");
     if (type == "s")
         head.type = CellType::SharedString;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "foundation/unicode.h"
 #include "workbook/error.h"
@@ -86,6 +87,9 @@ class Reader {
         if (target != nullptr && !target->is_external && package_.has_part(target->target)) {
             sheet.kind = kind_of(target->type, package_.content_types().of(target->target));
             if (sheet.kind != SheetKind::Unknown) sheet.part = target->target;
+            if (!sheet.part.empty() && !sheet_parts_.insert(target->target).second)
+                throw Error::damaged(name_, "sheet " + std::to_string(book_.sheets.size() + 1) +
+                                                " has its cells in a part of another sheet");
         }
         book_.sheets.push_back(std::move(sheet));
     }
@@ -120,6 +124,7 @@ class Reader {
     std::string name_;
     std::vector<Relationship> relationships_;
     std::unordered_map<std::string_view, const Relationship*> by_id_;
+    std::unordered_set<std::string_view> sheet_parts_;
     WorkbookPart book_;
 };
 

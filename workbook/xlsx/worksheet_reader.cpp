@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbook/xlsx/worksheet_reader.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/xlsx/sheet_data_reader.h"
@@ -15,6 +18,17 @@ using Token = XmlScanner::Token;
 
 bool is_true(std::string_view value) {
     return value == "1" || value == "true" || value == "on";
+}
+
+// Moves to the root element. What a sheet's part holds is told by it alone: a relationship may lead
+// anywhere.
+void read_root(XmlScanner& scanner) {
+    while (scanner.next() != Token::Start) {
+    }
+    constexpr std::string_view kRoots[] = {"worksheet", "dialogsheet", "macrosheet", "chartsheet"};
+    if (std::find(std::begin(kRoots), std::end(kRoots), scanner.name()) == std::end(kRoots))
+        scanner.fail("its root element \"" + std::string(scanner.name().substr(0, 40)) +
+                     "\" is not a sheet's");
 }
 
 // ECMA-376 part 1, 18.3.1.55. The claimed count is not looked at.
@@ -52,6 +66,7 @@ bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, WorksheetCel
                     WorksheetTail& tail) {
     XmlScanner scanner(part);
     WorksheetTail found;
+    read_root(scanner);
     for (Token token = scanner.next(); token != Token::Done; token = scanner.next()) {
         if (token != Token::Start || scanner.depth() != 2) continue;
         if (scanner.name() != "sheetData") {

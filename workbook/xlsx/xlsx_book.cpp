@@ -111,7 +111,10 @@ int XlsxBook::format_size() const {
 }
 
 Format* XlsxBook::format(int index) {
-    if (index < 0 || index >= format_size()) return nullptr;
+    if (index < 0 || index >= format_size()) {
+        error_message_ = "the workbook has no cell format " + std::to_string(index);
+        return nullptr;
+    }
     return &contents_->formats[static_cast<std::size_t>(index)];
 }
 

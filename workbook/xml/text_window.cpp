@@ -186,7 +186,8 @@ bool TextWindow::refill() {
     if (at_part_end_) return false;
     const auto unread = static_cast<std::size_t>(end_ - cursor_);
     base_position_ += static_cast<std::uint64_t>(cursor_ - buffer_.get());
-    std::memmove(buffer_.get(), cursor_, unread);
+    // A long token stays at the front over many blocks.
+    if (cursor_ != buffer_.get()) std::memmove(buffer_.get(), cursor_, unread);
     cursor_ = buffer_.get();
     end_ = buffer_.get() + unread;
     if (capacity_ - unread < kBlock) make_room();

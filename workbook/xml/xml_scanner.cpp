@@ -183,6 +183,10 @@ void XmlScanner::parse_attributes(std::string_view text) {
             fail("an attribute's value is not in quotes");
         const std::size_t close = text.find(text[i], i + 1);
         if (close == std::string_view::npos) fail("an attribute's value is not closed");
+        if (attributes_.size() == kMaxAttributes)
+            throw Error::limit(window_.part_name(), "an element has more than " +
+                                                        std::to_string(kMaxAttributes) +
+                                                        " attributes");
         attributes_.push_back({name, text.substr(i + 1, close - i - 1)});
         i = close + 1;
     }
@@ -223,6 +227,8 @@ void XmlScanner::skip_to(std::string_view end_tag) {
             skip_markup(4, "-->");
         else if (unread.starts_with("<![CDATA["))
             skip_markup(9, "]]>");
+        else if (unread.starts_with("<?"))
+            skip_markup(2, "?>");
         else
             window_.set_cursor(p + 1);
     }

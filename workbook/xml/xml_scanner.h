@@ -40,9 +40,9 @@ class XmlScanner {
     /// The same for an element that holds none of its own name: looks for its end tag only.
     void skip_flat_element();
 
-    /// Moves to the next end tag that begins with `end_tag` ("</name") outside of comments and
-    /// CDATA, without looking at the mark-up before it. For elements that do not nest and whose
-    /// content is not wanted.
+    /// Moves to the next end tag that begins with `end_tag` ("</name") outside of comments,
+    /// instructions and CDATA, without looking at the mark-up before it. For elements that do not
+    /// nest and whose content is not wanted.
     void skip_to(std::string_view end_tag);
 
     /// For a reader that recognises whole elements itself: the text behind the last token, and the

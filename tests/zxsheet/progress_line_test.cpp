@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <condition_variable>
+#include <mutex>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "zxsheet/progress_line.h"
+
+namespace zxsheet::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Lets a test wait for what another thread writes.
+class Screen : public std::stringbuf {
+  public:
+    std::string wait_for(const std::string& wanted) {
+        std::unique_lock lock(mutex_);
+        written_.wait(lock, [&] { return text_.find(wanted) != text_.npos; });
+        return text_;
+    }
+    std::string text() {
+        const std::lock_guard lock(mutex_);
+        return text_;
+    }
+
+  protected:
+    std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+        const std::lock_guard lock(mutex_);
+        text_.append(bytes, static_cast<std::size_t>(count));
+        written_.notify_all();
+        return count;
+    }
+    int_type overflow(int_type c) override {
+        const char byte = traits_type::to_char_type(c);
+        xsputn(&byte, 1);
+        return c;
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable written_;
+    std::string text_;
+};
+
+TEST(ProgressLine, IsErasedAtTheEnd) {
+    Screen screen;
+    std::ostream terminal(&screen);
+    const std::string line = "Reading book.xlsx, 0 s";
+    {
+        const ProgressLine progress(&terminal, "Reading book.xlsx", 0ms);
+        EXPECT_EQ(screen.wait_for(" s"), line);
+    }
+    EXPECT_TRUE(screen.text().ends_with('\r' + std::string(line.size(), ' ') + '\r'));
+}
+
+TEST(ProgressLine, IsCutBetweenCharactersToFitOneLine) {
+    Screen screen;
+    std::ostream terminal(&screen);
+    std::string long_name = "a";
+    for (int i = 0; i < 100; ++i)
+        long_name += "\xC3\xA9";
+    const ProgressLine cut(&terminal, long_name, 0ms);
+    EXPECT_EQ(screen.wait_for(" s"), long_name.substr(0, 63) + "..., 0 s");
+}
+
+TEST(ProgressLine, ShowsNothingWhenTheWorkIsShortOrNobodyLooks) {
+    Screen screen;
+    std::ostream terminal(&screen);
+    ProgressLine short_work(&terminal, "Reading", 24h);
+    short_work.set_text("Writing");
+    short_work.finish();
+    short_work.finish();
+    ProgressLine(nullptr, "Reading", 0ms).finish();
+    EXPECT_EQ(screen.text(), "");
+}
+
+} // namespace
+} // namespace zxsheet::test
