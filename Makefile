@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # Short names for the usual work. Each installs the Debian packages that it misses; CMake presets do the rest.
-.PHONY: help deps demo test asan format format-check install-test docs bench fuzz clean
+.PHONY: help deps demo test asan format format-check install-test windows docs bench fuzz clean
 .DEFAULT_GOAL := help
 
 PRESET ?= dev
@@ -42,6 +42,15 @@ install-test: deps  ## install into a scratch folder and build programs against 
 	@$(call CONFIGURE,release)
 	@$(call BUILD,release) --target zxspreadsheet zxsheet
 	@tests/install/check build/release
+
+windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file
+	@tools/install-deps windows
+	@$(call CONFIGURE,windows) -DZX_DEPS=$$(tools/deps-windows)
+	$(call BUILD,windows)
+	tools/test-windows
+	@rm -f build/windows/zxspreadsheet-*-win64.zip
+	@$(call BUILD,windows) --target package
+	@tests/install/check-windows build/windows/zxspreadsheet-*-win64.zip
 
 docs:  ## reference of the public headers into build/docs
 	@tools/install-deps docs

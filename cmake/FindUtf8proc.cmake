@@ -8,5 +8,8 @@ if(Utf8proc_FOUND AND NOT TARGET Utf8proc::utf8proc)
   set_target_properties(Utf8proc::utf8proc PROPERTIES
     IMPORTED_LOCATION "${Utf8proc_LIBRARY}"
     INTERFACE_INCLUDE_DIRECTORIES "${Utf8proc_INCLUDE_DIR}")
+  if(Utf8proc_LIBRARY MATCHES "\\.a$")
+    set_property(TARGET Utf8proc::utf8proc PROPERTY INTERFACE_COMPILE_DEFINITIONS UTF8PROC_STATIC)
+  endif()
 endif()
 mark_as_advanced(Utf8proc_INCLUDE_DIR Utf8proc_LIBRARY)

@@ -31,7 +31,7 @@ class MemoryFile : public RandomAccessFile {
 };
 
 #ifdef _WIN32
-constexpr std::u16string_view kSeparators = u"/\\";
+constexpr std::u16string_view kSeparators = u"/\\:"; // "C:name" lies in the drive's current folder
 #else
 constexpr std::u16string_view kSeparators = u"/";
 #endif

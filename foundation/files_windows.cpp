@@ -37,6 +37,8 @@ bool is_folder(const std::wstring& path) {
 }
 
 [[noreturn]] void throw_open_error(DWORD code, const std::wstring& path) {
+    // The system's answer for a folder is one of several, with a separator at its end another.
+    if (is_folder(path)) throw FileError(FileProblem::NotAFile, "It is a folder, not a file.");
     switch (code) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:
@@ -44,10 +46,10 @@ bool is_folder(const std::wstring& path) {
     case ERROR_INVALID_DRIVE:
     case ERROR_BAD_NETPATH:
     case ERROR_BAD_NET_NAME:
+    case ERROR_BAD_PATHNAME:
+    case ERROR_DIRECTORY:
         throw FileError(FileProblem::NotFound, "There is no such file.");
     case ERROR_ACCESS_DENIED:
-        // The system's answer for a folder, too.
-        if (is_folder(path)) throw FileError(FileProblem::NotAFile, "It is a folder, not a file.");
         throw FileError(FileProblem::AccessDenied, "Access is denied; check the permissions.");
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
@@ -61,15 +63,19 @@ bool is_folder(const std::wstring& path) {
     }
 }
 
-/// The absolute form with the prefix that lifts the limit of MAX_PATH characters; short paths stay
-/// as they are, since the prefix switches '/' and relative components off.
-std::wstring system_path(const std::wstring& path) {
-    if (path.size() < MAX_PATH || path.rfind(L"\\\\?\\", 0) == 0) return path;
+std::wstring full_path(const std::wstring& path) {
     const DWORD needed = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
     std::wstring full(needed, L'\0');
     const DWORD length = ::GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
-    if (length == 0 || length >= needed) return path;
-    full.resize(length);
+    full.resize(length < needed ? length : 0);
+    return full;
+}
+
+/// The absolute form with the prefix that lifts the limit of MAX_PATH characters; paths within it
+/// stay as they are, since the prefix switches '/', relative components and device names off.
+std::wstring system_path(const std::wstring& path) {
+    const std::wstring full = full_path(path);
+    if (full.size() < MAX_PATH || full.rfind(L"\\\\?\\", 0) == 0) return path;
     if (full.rfind(L"\\\\", 0) == 0) return L"\\\\?\\UNC" + full.substr(1);
     return L"\\\\?\\" + full;
 }
@@ -95,7 +101,7 @@ class WindowsFile : public RandomAccessFile {
 
     std::size_t read_at(std::uint64_t position, char* buffer, std::size_t count) override {
         std::size_t done = 0;
-        while (done < count) {
+        while (done < count && position + done <= kLastPosition) {
             const DWORD got = read_once(position + done, buffer + done, count - done);
             if (got == 0) break;
             done += got;
@@ -104,6 +110,7 @@ class WindowsFile : public RandomAccessFile {
     }
 
   private:
+    static constexpr std::uint64_t kLastPosition = std::numeric_limits<LONGLONG>::max();
     static constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;
 
     DWORD read_once(std::uint64_t position, char* buffer, std::size_t count) {
@@ -128,11 +135,11 @@ class WindowsFile : public RandomAccessFile {
 } // namespace
 
 std::unique_ptr<RandomAccessFile> open_for_reading(std::u16string_view path) {
-    const std::wstring wide = system_path(native_path(path).native());
+    const std::wstring wide = native_path(path).native();
     // Behind a null character the system would not see the rest and might open another file.
     if (wide.empty() || wide.find(L'\0') != std::wstring::npos)
-        throw_open_error(ERROR_FILE_NOT_FOUND, wide);
-    return std::make_unique<WindowsFile>(wide);
+        throw FileError(FileProblem::NotFound, "There is no such file.");
+    return std::make_unique<WindowsFile>(system_path(wide));
 }
 
 } // namespace foundation::files

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The entry into the program; arguments become UTF-8 on every platform.
+#include <cstdio>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -18,13 +19,41 @@ int run_on_standard_streams(const std::vector<std::string>& arguments) {
 } // namespace
 
 #ifdef _WIN32
+#define WIN32_LEAN_AND_MEAN
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
 #include "foundation/unicode.h"
 
+namespace {
+
+/// Lets the console show UTF-8 while the program runs; the setting belongs to the console and would
+/// outlive the program.
+class Utf8Console {
+  public:
+    Utf8Console() : before_(::GetConsoleOutputCP()) { ::SetConsoleOutputCP(CP_UTF8); }
+    Utf8Console(const Utf8Console&) = delete;
+    Utf8Console& operator=(const Utf8Console&) = delete;
+    ~Utf8Console() {
+        if (before_ != 0) ::SetConsoleOutputCP(before_);
+    }
+
+  private:
+    UINT before_; ///< 0 without a console
+};
+
+} // namespace
+
 int wmain(int argc, wchar_t** argv) {
+    const Utf8Console console;
+    // The same bytes as with --output and as on every other platform.
+    ::_setmode(::_fileno(stdout), _O_BINARY);
     std::vector<std::string> arguments;
     for (int i = 1; i < argc; ++i) {
         const std::wstring_view wide = argv[i];
-        arguments.push_back(foundation::unicode::to_utf8(std::u16string(wide.begin(), wide.end())));
+        const std::u16string text(wide.begin(), wide.end());
+        arguments.push_back(foundation::unicode::to_generalized_utf8(text));
     }
     return run_on_standard_streams(arguments);
 }

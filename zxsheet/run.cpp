@@ -143,6 +143,7 @@ std::unique_ptr<CLI::App> make_parser(Options& options, Command& command) {
     app->set_version_flag("--version", std::string("zxsheet ") + spreadsheet::version());
     app->footer(kExitCodes);
     app->require_subcommand(1);
+    app->allow_windows_style_options(false); // "/data/book.xlsx" is a path everywhere
     const auto add = [&](const char* name, const char* what, Command function) {
         CLI::App* added = app->add_subcommand(name, what);
         added->callback([&command, function] { command = function; });

@@ -198,21 +198,51 @@ TEST(AddSheet, ChecksNamesAgainstTheFormat) {
     }
 }
 
+#ifdef _WIN32
+constexpr bool kIsWindows = true;
+#else
+constexpr bool kIsWindows = false;
+#endif
+
 TEST(SaveBook, ChecksThePathAgainstTheFormat) {
     const struct {
         int format;
         std::u16string path;
         bool accepted;
     } cases[] = {
-        {0, u"a.xls", true},      {0, u".xls", false},    {0, u"xls", false},
-        {0, u"a.xlsx", false},    {1, u"out.XLSX", true}, {1, u"a.XlSx", true},
-        {1, u"out.xls", false},   {1, u".xlsx", false},   {1, u"dir.d/.xlsx", false},
-        {1, u"dir/a.xlsx", true}, {1, u"a.xlsx/", false}, {1, u"", false},
-        {1, u"axlsx", false},     {2, u"a.xlsm", true},   {3, u"a.xlsb", true},
-        {4, u"a.xltx", true},     {5, u"a.xltm", true},   {5, u"a.xltx", false},
-        {6, u"a.ods", true},      {6, u".ods", false},    {7, u"a.csv", true},
-        {7, u".csv", false},      {8, u"12345678", true}, {8, u"1234567", false},
+        {0, u"a.xls", true},
+        {0, u".xls", false},
+        {0, u"xls", false},
+        {0, u"a.xlsx", false},
+        {1, u"out.XLSX", true},
+        {1, u"a.XlSx", true},
+        {1, u"out.xls", false},
+        {1, u".xlsx", false},
+        {1, u"dir.d/.xlsx", false},
+        {1, u"dir/a.xlsx", true},
+        {1, u"a.xlsx/", false},
+        {1, u"", false},
+        {1, u"axlsx", false},
+        {2, u"a.xlsm", true},
+        {3, u"a.xlsb", true},
+        {4, u"a.xltx", true},
+        {5, u"a.xltm", true},
+        {5, u"a.xltx", false},
+        {6, u"a.ods", true},
+        {6, u".ods", false},
+        {7, u"a.csv", true},
+        {7, u".csv", false},
+        {8, u"12345678", true},
+        {8, u"1234567", false},
         {9, u"a.xlsx", false},
+        {1, u"C:\\dir.d\\a.xlsx", true},
+        {1, u"\\\\server\\share\\a.xlsx", true},
+        {1, u"C:a.xlsx", true},
+        {1, u"\\\\?\\C:\\b\u00FCch.XLSX", true},
+        // Folders and drives without a name on Windows; names elsewhere.
+        {1, u"C:\\dir\\.xlsx", !kIsWindows},
+        {1, u"\\\\server\\share\\.xlsx", !kIsWindows},
+        {1, u"C:.xlsx", !kIsWindows},
     };
     for (const auto& test : cases) {
         const auto book = std::make_shared<RecordingBook>(static_cast<book::format>(test.format));

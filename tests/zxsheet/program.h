@@ -41,7 +41,7 @@ class TemporaryPath {
     TemporaryPath& operator=(const TemporaryPath&) = delete;
     ~TemporaryPath() { std::filesystem::remove_all(path_); }
 
-    std::string text() const { return path_.string(); }
+    std::string text() const { return path_.generic_string(); }
     void fill(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
 
   private:
