@@ -3,6 +3,7 @@
 // From the library's errors to exit codes and sentences.
 #include "zxsheet/failure.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -22,6 +23,17 @@ std::string message_of(const spreadsheet::Exception& error) {
     return std::string(tagged ? text.substr(tag_end + 3) : text);
 }
 
+/// The engine's causes begin in lower case; a first word that is a name of something stays as it
+/// is.
+std::string as_sentence(std::string text) {
+    const std::size_t word_end = std::min(text.find(' '), text.size());
+    const bool is_word =
+        std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(word_end),
+                    [](char c) { return c >= 'a' && c <= 'z'; });
+    if (is_word && word_end > 0) text.front() = static_cast<char>(text.front() - 'a' + 'A');
+    return text;
+}
+
 bool can_be_opened(const std::string& book) {
     const std::filesystem::path path = native_path(book);
     std::error_code ignored;
@@ -36,7 +48,8 @@ std::string unreadable_reason(const std::string& book) {
 }
 
 Failure not_loaded(const Options& options, const std::string& cause, const std::string& message) {
-    const std::string sentence = options.book + ": " + (cause.empty() ? message : cause);
+    const std::string sentence =
+        options.book + ": " + (cause.empty() ? message : as_sentence(cause));
     if (options.application)
         return {ExitCode::NoApplication,
                 options.book + ": The spreadsheet application is not available; leave --app out to "
@@ -66,7 +79,7 @@ Failure describe(const spreadsheet::Exception& error, const Options& options,
                 options.book + ": " +
                     (cause.empty() ? "This version cannot read files of this format; save it as "
                                      "XLSX first."
-                                   : cause)};
+                                   : as_sentence(cause))};
     case error_id::sheet_not_opened:
     case error_id::sheet_not_found:
     case error_id::trailing_characters:
