@@ -47,9 +47,15 @@ bool is_folder(const std::wstring& path) {
     case ERROR_BAD_NETPATH:
     case ERROR_BAD_NET_NAME:
     case ERROR_BAD_PATHNAME:
+    case ERROR_NETWORK_UNREACHABLE:
+    case ERROR_HOST_UNREACHABLE:
+    case ERROR_NO_NET_OR_BAD_PATH:
+    case ERROR_NOT_READY: // a drive without a medium
     case ERROR_DIRECTORY:
         throw FileError(FileProblem::NotFound, "There is no such file.");
     case ERROR_ACCESS_DENIED:
+    case ERROR_NETWORK_ACCESS_DENIED:
+    case ERROR_LOGON_FAILURE:
         throw FileError(FileProblem::AccessDenied, "Access is denied; check the permissions.");
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
@@ -74,16 +80,21 @@ std::wstring full_path(const std::wstring& path) {
 /// The absolute form with the prefix that lifts the limit of MAX_PATH characters; paths within it
 /// stay as they are, since the prefix switches '/', relative components and device names off.
 std::wstring system_path(const std::wstring& path) {
+    if (path.starts_with(L"\\\\?\\")) return path;
     const std::wstring full = full_path(path);
-    if (full.size() < MAX_PATH || full.rfind(L"\\\\?\\", 0) == 0) return path;
-    if (full.rfind(L"\\\\", 0) == 0) return L"\\\\?\\UNC" + full.substr(1);
+    if (full.empty() || std::max(path.size(), full.size()) < MAX_PATH) return path;
+    if (full.size() < MAX_PATH || full.starts_with(L"\\\\?\\")) return full;
+    if (full.starts_with(L"\\\\.\\")) return L"\\\\?\\" + full.substr(4);
+    if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC" + full.substr(1);
     return L"\\\\?\\" + full;
 }
 
+/// The path may name a pipe, whose server must not act in the name of whoever opens it.
 HANDLE open_shared(const std::wstring& path) {
-    return ::CreateFileW(path.c_str(), GENERIC_READ,
-                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return ::CreateFileW(
+        path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION,
+        nullptr);
 }
 
 class WindowsFile : public RandomAccessFile {

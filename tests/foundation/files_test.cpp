@@ -164,6 +164,12 @@ TEST(OpenForReading, TakesEveryFormOfAPath) {
     paths.push_back(backward);
     paths.push_back(DeepFolder::unlimited(native_path(backward)).u16string());
     paths.push_back(folder + u"\\" + name + u".. ");
+    const std::u16string absolute = std::filesystem::absolute(native_path(backward)).u16string();
+    std::u16string forward = absolute;
+    std::replace(forward.begin(), forward.end(), u'\\', u'/');
+    paths.push_back(u"\\\\.\\" + absolute);
+    paths.push_back(u"//./" + forward);
+    paths.push_back(u"//?/" + forward);
 #endif
     for (const auto& path : paths) {
         SCOPED_TRACE(native_path(path));
