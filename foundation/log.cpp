@@ -20,6 +20,9 @@
 #include <boost/log/sources/record_ostream.hpp>
 #include <boost/log/sources/severity_channel_logger.hpp>
 #include <boost/make_shared.hpp>
+#ifdef _WIN32
+#include <boost/thread/detail/tss_hooks.hpp>
+#endif
 
 namespace foundation::log {
 namespace {
@@ -39,6 +42,23 @@ std::atomic<bool> process_ends{false};
 struct EndWatch {
     ~EndWatch() { process_ends = true; }
 };
+
+/// A static object of this type, made before Boost's, goes after them and gives back what
+/// Boost.Thread keeps of the system for the thread that unloads the library. In a static library on
+/// Windows it would do so only when the thread ends, and then its code is gone.
+struct ThreadDataEnd {
+#ifdef _WIN32
+    ~ThreadDataEnd() {
+        boost::on_thread_exit();
+        boost::on_process_exit();
+    }
+#endif
+};
+
+boost::shared_ptr<bl::core> boost_core() {
+    [[maybe_unused]] static const ThreadDataEnd end;
+    return bl::core::get();
+}
 
 /// The sinks of one logger, called one record at a time.
 class SinkList {
@@ -90,7 +110,7 @@ using Frontend = bl::sinks::unlocked_sink<Backend>;
 class BoostSide {
   public:
     BoostSide(const std::string& channel, const std::shared_ptr<SinkList>& sinks)
-        : core_(bl::core::get()),
+        : core_(boost_core()),
           logger_(bl::keywords::channel = channel),
           frontend_(boost::make_shared<Frontend>(boost::make_shared<Backend>(sinks))) {
         const void* const owner = this;

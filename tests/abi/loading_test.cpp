@@ -2,6 +2,7 @@
 //
 // A host may load and unload the library as often as it likes. This program is not linked to it.
 #include <exception>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -30,6 +31,16 @@ using Sink = std::shared_ptr<foundation::log::Sink>;
 std::string logger_function(const std::string& name) {
     return "_ZN10foundation3log23basic_diagnostic_loggerIcE" + name +
            "ERKSt10shared_ptrINS0_4SinkEE";
+}
+
+TEST(ProcessState, SeesAnOpenFile) {
+    const ProcessState before = process_state();
+    {
+        const std::ifstream file(ZX_EXAMPLES "/weather.xlsx");
+        ASSERT_TRUE(file);
+        EXPECT_EQ(process_state().handles, before.handles + 1);
+    }
+    EXPECT_EQ(process_state(), before);
 }
 
 /// The library's logger, with a sink. It is never destroyed, since books may log until the process
