@@ -45,7 +45,10 @@ install-test: deps  ## install into a scratch folder and build programs against 
 
 windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file
 	@tools/install-deps windows
-	@$(call CONFIGURE,windows) -DZX_DEPS=$$(tools/deps-windows)
+	@# What CMake has found in other libraries than today's must not stay.
+	@deps=$$(tools/deps-windows) && \
+	  { grep -qs "^ZX_DEPS:[A-Z]*=$$deps$$" build/windows/CMakeCache.txt || fresh=--fresh; \
+	    $(call CONFIGURE,windows) $$fresh -DZX_DEPS="$$deps"; }
 	$(call BUILD,windows)
 	tools/test-windows
 	@rm -f build/windows/zxspreadsheet-*-win64.zip
