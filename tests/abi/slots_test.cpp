@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Holds the order of the virtual functions of IBook and ISheet against docs/abi.md. A pointer to a
-// virtual member function carries its place in the table: one more than the offset in bytes
-// (Itanium C++ ABI 2.3, which GCC and clang follow on Windows as well).
+// Holds the order of the virtual functions of IBook and ISheet against docs/abi.md, and the layout
+// of the structures that it names. A pointer to a virtual member function carries its place in the
+// table: one more than the offset in bytes (Itanium C++ ABI 2.3, which GCC and clang follow on
+// Windows as well).
+#include <cstddef>
 #include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -15,6 +18,23 @@
 
 namespace spreadsheet {
 namespace {
+
+// The structures that the document calls fixed: words without gaps, in their order.
+template <class Structure>
+constexpr bool has_words(std::size_t count) {
+    return sizeof(Structure) == count * sizeof(void*) && std::is_standard_layout_v<Structure>;
+}
+static_assert(sizeof(Cell) == 2 * sizeof(int) && offsetof(Cell, column) == sizeof(int));
+static_assert(sizeof(Range) == 4 * sizeof(int) && offsetof(Range, first_column) == sizeof(int) &&
+              offsetof(Range, last_row) == 2 * sizeof(int));
+static_assert(has_words<SerialDatenum>(1));
+static_assert(has_words<StringBuilder>(2) && offsetof(StringBuilder, append) == 8);
+static_assert(has_words<StringProvider>(2) && offsetof(StringProvider, next) == 8);
+static_assert(has_words<CellBuilder>(5) && offsetof(CellBuilder, text) == 8 &&
+              offsetof(CellBuilder, number) == 16 && offsetof(CellBuilder, date) == 24);
+static_assert(has_words<CellProvider>(6) && offsetof(CellProvider, text) == 8 &&
+              offsetof(CellProvider, number) == 16 && offsetof(CellProvider, date) == 24 &&
+              offsetof(CellProvider, boolean) == 32);
 
 template <class Member>
 std::size_t slot_of(Member member) {
