@@ -32,7 +32,7 @@ unsigned char* as_octets(const char* bytes) {
 #ifdef ZX_HAVE_ISAL
 // ISA-L's AVX-512 code leaves the upper halves of the vector registers in use, and then every plain
 // SSE instruction that follows, which is most of a reader's work, runs at a fraction of its speed.
-#if defined(__x86_64__)
+#if defined(__x86_64__) && defined(__GNUC__)
 __attribute__((target("avx"))) void clear_upper_vector_halves() {
     __builtin_ia32_vzeroupper();
 }

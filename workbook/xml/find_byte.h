@@ -4,6 +4,7 @@
 // read up to `kReadAhead` bytes behind the end, which the caller has to provide.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstring>
 
@@ -24,7 +25,7 @@ inline const char* find_byte(const char* p, const char* end, char wanted) {
         const unsigned hits =
             static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, pattern)));
         if (hits != 0) {
-            const char* at = p + __builtin_ctz(hits);
+            const char* at = p + std::countr_zero(hits);
             return at < end ? at : end;
         }
     }
@@ -49,7 +50,7 @@ inline const char* find_text_stop(const char* p, const char* end) {
                          _mm_cmpeq_epi8(block, carriage_return)));
         const unsigned hits = static_cast<unsigned>(_mm_movemask_epi8(stops));
         if (hits != 0) {
-            const char* at = p + __builtin_ctz(hits);
+            const char* at = p + std::countr_zero(hits);
             return at < end ? at : end;
         }
     }
