@@ -292,7 +292,7 @@ TEST(ReadWorksheet, SkipsRowsThatHoldMarkUpInDisguise) {
 
 TEST(ReadWorksheet, ReadsWhatFollowsTheCells) {
     const Sheet sheet = read(sheet_xml(
-        "", "<sheetProtection sheet=\"1\"/><mergeCells count=\"9\"><mergeCell ref=\"B2:A1\"/>"
+        "", "<sheetProtection sheet=\"TRUE\"/><mergeCells count=\"9\"><mergeCell ref=\"B2:A1\"/>"
             "<mergeCell ref=\"C3\"/></mergeCells><extLst><ext><mergeCells><mergeCell ref=\"?\"/>"
             "</mergeCells></ext></extLst>"));
     EXPECT_TRUE(sheet.tail.is_protected);

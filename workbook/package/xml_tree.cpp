@@ -10,6 +10,7 @@
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/package/part_name.h"
+#include "workbook/xml/simple_types.h"
 
 namespace workbook {
 
@@ -74,9 +75,7 @@ std::optional<std::string_view> attribute_value(pugi::xml_node element, std::str
 
 bool attribute_is_true(pugi::xml_node element, std::string_view name, bool absent) {
     const std::optional<std::string_view> value = attribute_value(element, name);
-    if (!value) return absent;
-    const std::string lower = ascii_lower(*value);
-    return lower == "1" || lower == "true" || lower == "on";
+    return value ? is_true(*value) : absent;
 }
 
 std::optional<std::uint32_t> attribute_number(pugi::xml_node element, std::string_view name) {

@@ -9,6 +9,7 @@
 
 #include "workbook/xlsx/plain_number.h"
 #include "workbook/xlsx/sheet_data_reader.h"
+#include "workbook/xml/simple_types.h"
 
 namespace workbook {
 
@@ -22,16 +23,6 @@ bool has(const char* p, const char (&literal)[Size]) {
 
 bool is_digit(char c) {
     return static_cast<unsigned char>(c - '0') < 10;
-}
-
-bool is_space(char c) {
-    return c == ' ' || c == '\n' || c == '\r' || c == '\t';
-}
-
-const char* skip_spaces(const char* p) {
-    while (is_space(*p))
-        ++p;
-    return p;
 }
 
 // At most nine digits, so that the value cannot overflow; null when there are none or more.

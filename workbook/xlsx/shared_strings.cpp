@@ -6,17 +6,12 @@
 #include "workbook/xlsx/escaped_text.h"
 #include "workbook/xlsx/text_collector.h"
 #include "workbook/xml/plain_tag.h"
+#include "workbook/xml/simple_types.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
 
 namespace {
-
-const char* skip_spaces(const char* p) {
-    while (*p == ' ' || *p == '\n' || *p == '\r' || *p == '\t')
-        ++p;
-    return p;
-}
 
 // The place behind the tags that open an item of one plain text; null when something else stands at
 // `p`.

@@ -11,6 +11,7 @@
 #include "workbook/xlsx/iso_date.h"
 #include "workbook/xlsx/text_collector.h"
 #include "workbook/xml/cell_reference.h"
+#include "workbook/xml/simple_types.h"
 
 namespace workbook {
 
@@ -20,13 +21,6 @@ using Token = XmlScanner::Token;
 
 // A book has some ten error texts; a file that makes up thousands gets them stored one by one.
 constexpr std::size_t kKnownErrors = 32;
-
-std::string_view trim(std::string_view text) {
-    constexpr std::string_view kSpaces = " \t\n\r";
-    const std::size_t begin = text.find_first_not_of(kSpaces);
-    if (begin == std::string_view::npos) return {};
-    return text.substr(begin, text.find_last_not_of(kSpaces) - begin + 1);
-}
 
 // Anything but 0 counts as true; some producers write words, in any case.
 bool is_false(std::string_view text) {

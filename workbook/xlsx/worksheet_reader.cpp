@@ -8,6 +8,7 @@
 #include "workbook/limits.h"
 #include "workbook/xlsx/sheet_data_reader.h"
 #include "workbook/xml/cell_reference.h"
+#include "workbook/xml/simple_types.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
@@ -15,10 +16,6 @@ namespace workbook {
 namespace {
 
 using Token = XmlScanner::Token;
-
-bool is_true(std::string_view value) {
-    return value == "1" || value == "true" || value == "on";
-}
 
 // Moves to the root element. What a sheet's part holds is told by it alone: a relationship may lead
 // anywhere.

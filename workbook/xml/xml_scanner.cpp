@@ -6,6 +6,7 @@
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/xml/character_data.h"
+#include "workbook/xml/simple_types.h"
 
 namespace workbook {
 
@@ -13,10 +14,6 @@ namespace {
 
 // Enough text to tell every kind of mark-up from one another.
 constexpr std::size_t kLongestOpening = 16;
-
-bool is_space(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
 
 std::string_view local_name(std::string_view name) {
     const std::size_t colon = name.find(':');
