@@ -2,8 +2,8 @@
 //
 // The workbook library: abstract books, sheets and formats, exactly the operations that the file
 // back-end uses. Rows and columns are zero-based, `end_` bounds are one past the last. An operation
-// that fails answers false or null and leaves its reason in `Book::error_message`; none throws,
-// except std::bad_alloc. One thread at a time per book.
+// that fails answers false or null, changes nothing and leaves its reason in `Book::error_message`;
+// none throws, except std::bad_alloc. One thread at a time per book.
 #pragma once
 
 #include <cstddef>
@@ -70,7 +70,8 @@ class Sheet {
     /// Valid until the next call on the same book.
     virtual std::u16string_view read_str(int row, int column) const = 0;
 
-    /// Null for a cell that does not exist.
+    /// The format that the cell has or, when it does not exist, would show: its row's, else its
+    /// column's. Null when none of them has one.
     virtual const Format* cell_format(int row, int column) const = 0;
 
     /// Bounds of the cells that exist, formatted blanks included; 0 for all four on an empty sheet.
@@ -97,12 +98,46 @@ class Sheet {
     virtual bool named_range(std::u16string_view name, int& first_row, int& last_row,
                              int& first_column, int& last_column) const = 0;
 
+    // Changes. They are seen by the reads above at once and reach a file with `Book::save`.
+
+    /// 1 to 31 UTF-16 units, none of :\/?*[], no apostrophe at either end, not the name of another
+    /// sheet in whatever case. What refers to the sheet by name follows.
+    virtual bool set_name(std::u16string_view name) = 0;
+    /// Refuses to hide the last visible sheet: no application opens such a book.
+    virtual bool set_hidden(SheetState state) = 0;
+    /// Protection without a password and with the default options, or none at all.
+    virtual bool set_protect(bool on) = 0;
+
+    /// That cells of this rectangle (corners inclusive) are about to be written, so that room is
+    /// made for them once. Changes nothing that can be seen.
+    virtual void expect_cells(int first_row, int last_row, int first_column, int last_column) = 0;
+    /// The four writes put a cell in the place of whatever was there, a formula included. `format`
+    /// is one of this book's or null for none; outside the sheet's limits they fail. A number that
+    /// is not finite fails. A string may be empty; lone surrogates and control characters are kept.
+    virtual bool write_num(int row, int column, double value, const Format* format) = 0;
+    virtual bool write_str(int row, int column, std::u16string_view text, const Format* format) = 0;
+    virtual bool write_bool(int row, int column, bool value, const Format* format) = 0;
+    virtual bool write_blank(int row, int column, const Format* format) = 0;
+    /// Removes the cells of a rectangle, values and formats; corners inclusive. False when it does
+    /// not lie within the sheet's limits.
+    virtual bool clear(int first_row, int last_row, int first_column, int last_column) = 0;
+    /// Splits the merged region `index`; those behind it move one down.
+    virtual bool delete_merge(int index) = 0;
+
+    /// In characters of the default font (ECMA-376 part 1, 18.3.1.13); the sheet's default for a
+    /// column without a width of its own.
+    virtual double column_width(int column) const = 0;
+    /// 0 to 255.
+    virtual bool set_column_width(int column, double width) = 0;
+    /// Makes each column that has a text or number as wide as its widest one.
+    virtual bool auto_fit_columns(int first_column, int last_column) = 0;
+
   protected:
     ~Sheet() = default;
 };
 
-/// A workbook. Construct with a creator below, then load one file; a load invalidates every sheet
-/// and format handed out before.
+/// A workbook. A creator below makes an empty one, without any sheet; a load replaces it by a
+/// file's and invalidates every sheet and format handed out before.
 class Book {
   public:
     virtual ~Book() = default;
@@ -134,6 +169,24 @@ class Book {
 
     /// Whether serial dates count from 1904.
     virtual bool is_date_1904() const = 0;
+    /// Changes the meaning of the dates that are there already.
+    virtual bool set_date_1904(bool on) = 0;
+
+    /// Inserts a sheet at `index` (`sheet_count` appends): an empty one, or a copy of `source`, a
+    /// sheet of this book, with all that belongs to it. Null for a bad index or name (see
+    /// `Sheet::set_name`).
+    virtual Sheet* insert_sheet(int index, std::u16string_view name, const Sheet* source) = 0;
+    /// Removes the sheet at `index`, whatever its kind, and what belongs to it alone. References to
+    /// it become #REF!. Fails for the only sheet and the only visible one.
+    virtual bool delete_sheet(int index) = 0;
+    /// Moves the sheet at `from` so that it stands at `to`. Handles and references stay valid.
+    virtual bool move_sheet(int from, int to) = 0;
+
+    /// Writes the book to a file, in whose place it steps when it is complete; until then, and when
+    /// it fails, the old file stays as it is. The ending of the name (.xlsx, .xlsm, .xltx, .xltm in
+    /// any case) decides which of its formats the file claims to be. The book stays loaded and can
+    /// be changed and saved again. Whatever was not changed, loaded or not, is kept.
+    virtual bool save(std::u16string_view path) = 0;
 
     /// The reason of the last failure in UTF-8, "ok" when there was none.
     virtual const char* error_message() const = 0;

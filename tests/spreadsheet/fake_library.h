@@ -15,6 +15,7 @@
 
 #include <climits>
 
+#include "foundation/unicode.h"
 #include "spreadsheet/libxl/libxl_book.h"
 #include "spreadsheet/range.h"
 #include "workbook/library.h"
@@ -118,7 +119,74 @@ class FakeSheet final : public workbook::Sheet {
         return take(found->second, first_row, last_row, first_column, last_column);
     }
 
+    std::vector<std::string> changes; ///< in the order of the calls
+    bool can_change = true;
+    std::map<int, double> widths;
+
+    bool set_name(std::u16string_view name) override {
+        if (can_change) sheet_name = name;
+        return can_change;
+    }
+    bool set_hidden(workbook::SheetState wanted) override {
+        if (can_change) state = wanted;
+        return can_change;
+    }
+    bool set_protect(bool on) override {
+        is_protected = on;
+        return can_change;
+    }
+    void expect_cells(int, int, int, int) override {}
+    bool write_num(int row, int column, double value, const workbook::Format* format) override {
+        return write(row, column, number(value), format);
+    }
+    bool write_str(int row, int column, std::u16string_view value,
+                   const workbook::Format* format) override {
+        return write(row, column, text(std::u16string(value)), format);
+    }
+    bool write_bool(int row, int column, bool value, const workbook::Format* format) override {
+        return write(row, column, boolean(value), format);
+    }
+    bool write_blank(int row, int column, const workbook::Format* format) override {
+        return write(row, column, blank(), format);
+    }
+    bool clear(int first_row, int last_row, int first_column, int last_column) override {
+        if (!can_change) return false;
+        std::erase_if(cells, [&](const auto& cell) {
+            const auto [row, column] = cell.first;
+            return row >= first_row && row <= last_row && column >= first_column &&
+                   column <= last_column;
+        });
+        return true;
+    }
+    bool delete_merge(int index) override {
+        changes.push_back("delete_merge " + std::to_string(index));
+        if (can_change) regions.erase(regions.begin() + index);
+        return can_change;
+    }
+    double column_width(int column) const override {
+        const auto found = widths.find(column);
+        return found == widths.end() ? 8.43 : found->second;
+    }
+    bool set_column_width(int column, double width) override {
+        widths[column] = width;
+        return can_change;
+    }
+    bool auto_fit_columns(int first_column, int last_column) override {
+        changes.push_back("auto_fit_columns " + std::to_string(first_column) + " " +
+                          std::to_string(last_column));
+        return can_change;
+    }
+
   private:
+    bool write(int row, int column, FakeCell cell, const workbook::Format* format) {
+        const bool has_format = format != nullptr;
+        changes.push_back(std::to_string(row) + "," + std::to_string(column) +
+                          (has_format ? " format " + std::to_string(format->num_format()) : ""));
+        cell.is_date = has_format && format->num_format() == 22;
+        cells[{row, column}] = std::move(cell);
+        return can_change;
+    }
+
     static bool take(const spreadsheet::Range& range, int& first_row, int& last_row,
                      int& first_column, int& last_column) {
         first_row = range.first_row;
@@ -158,7 +226,7 @@ struct FakeEntry {
 
 struct FakeWorkbook {
     std::vector<FakeEntry> entries;
-    std::vector<FakeSheet> sheets;                  ///< filled up by the book to one per entry
+    std::deque<FakeSheet> sheets;                   ///< filled up by the book to one per entry
     std::deque<FakeFormat> formats{FakeFormat(22)}; ///< handles survive an addition
     bool dates_1904 = false;
     bool can_load = true;
@@ -166,6 +234,9 @@ struct FakeWorkbook {
     bool can_load_info = true;
     bool can_add_format = true;
     bool has_memory = true;
+    bool can_insert = true;
+    bool can_delete = true;
+    bool can_save = true;
     std::string message = "ok";
     std::vector<std::string> calls;
 };
@@ -218,6 +289,35 @@ class FakeBook final : public workbook::Book {
         return &script_.formats.emplace_back();
     }
     bool is_date_1904() const override { return script_.dates_1904; }
+    bool set_date_1904(bool on) override {
+        script_.dates_1904 = on;
+        return true;
+    }
+
+    workbook::Sheet* insert_sheet(int index, std::u16string_view name,
+                                  const workbook::Sheet* source) override {
+        std::string call =
+            "insert_sheet " + std::to_string(index) + " " + foundation::unicode::to_utf8(name);
+        if (source != nullptr) call += " of " + foundation::unicode::to_utf8(source->name());
+        if (!answer(std::move(call), script_.can_insert)) return nullptr;
+        script_.entries.insert(script_.entries.begin() + index, {std::u16string(name)});
+        const auto place = script_.sheets.begin() + index;
+        FakeSheet& sheet = *script_.sheets.insert(place, FakeSheet());
+        sheet.sheet_name = name;
+        return &sheet;
+    }
+    bool delete_sheet(int index) override {
+        if (!answer("delete_sheet " + std::to_string(index), script_.can_delete)) return false;
+        script_.entries.erase(script_.entries.begin() + index);
+        script_.sheets.erase(script_.sheets.begin() + index);
+        return true;
+    }
+    bool move_sheet(int from, int to) override {
+        return answer("move_sheet " + std::to_string(from) + " " + std::to_string(to), true);
+    }
+    bool save(std::u16string_view path) override {
+        return answer("save " + foundation::unicode::to_utf8(path), script_.can_save);
+    }
     const char* error_message() const override { return script_.message.c_str(); }
 
   private:

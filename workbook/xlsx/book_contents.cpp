@@ -32,6 +32,12 @@ void BookContents::load_rows(int sheet_index, RowSpan rows) {
     read_strings();
 }
 
+int BookContents::index_of(const SheetEntry& sheet) const {
+    const auto found = std::find_if(workbook.sheets.begin(), workbook.sheets.end(),
+                                    [&sheet](const auto& entry) { return entry.get() == &sheet; });
+    return static_cast<int>(found - workbook.sheets.begin());
+}
+
 void BookContents::close_package() {
     const bool is_complete = std::all_of(sheets.begin(), sheets.end(), [](const auto& sheet) {
         return sheet == nullptr || sheet->is_complete();
@@ -50,8 +56,8 @@ void BookContents::read_styles() {
 }
 
 void BookContents::read_sheet(std::size_t index, RowSpan rows) {
-    if (workbook.sheets[index].kind != SheetKind::Worksheet) return;
-    sheets[index] = std::make_unique<XlsxSheet>(*this, static_cast<int>(index), rows);
+    if (workbook.sheets[index]->kind != SheetKind::Worksheet) return;
+    sheets[index] = std::make_unique<XlsxSheet>(*this, *workbook.sheets[index], rows);
 }
 
 void BookContents::read_strings() {

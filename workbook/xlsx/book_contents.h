@@ -48,6 +48,8 @@ struct BookContents {
     /// Reads the cells of one sheet's rows; see `Book::load_sheet` for `sheet_index`. Throws
     /// `Error`.
     void load_rows(int sheet_index, RowSpan rows);
+    /// Where a sheet of this book stands.
+    int index_of(const SheetEntry& sheet) const;
     /// Closes the package unless a sheet comes back to it.
     void close_package();
 

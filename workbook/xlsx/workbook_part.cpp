@@ -77,7 +77,8 @@ class Reader {
     void add_sheet(pugi::xml_node element) {
         if (book_.sheets.size() == kMaxSheets)
             throw Error::limit(name_, "more than " + std::to_string(kMaxSheets) + " sheets");
-        SheetEntry sheet;
+        auto entry = std::make_unique<SheetEntry>();
+        SheetEntry& sheet = *entry;
         sheet.name = foundation::unicode::to_utf16(attribute_value(element, "name").value_or(""));
         sheet.state = state_of(attribute_value(element, "state").value_or(""));
         const Relationship* target = find(attribute_value(element, "id").value_or(""));
@@ -91,7 +92,7 @@ class Reader {
                 throw Error::damaged(name_, "sheet " + std::to_string(book_.sheets.size() + 1) +
                                                 " has its cells in a part of another sheet");
         }
-        book_.sheets.push_back(std::move(sheet));
+        book_.sheets.push_back(std::move(entry));
     }
 
     void add_name(pugi::xml_node element) {

@@ -4,6 +4,7 @@
 // order, date system, defined names.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,7 @@ struct SheetEntry {
 };
 
 struct WorkbookPart {
-    std::vector<SheetEntry> sheets;
+    std::vector<std::unique_ptr<SheetEntry>> sheets; ///< entries stay where they are in memory
     std::vector<DefinedName> defined_names;
     bool date_1904 = false;
     std::string shared_strings_part; ///< empty when the book has none

@@ -71,7 +71,7 @@ const SheetEntry* XlsxBook::entry(int index) const {
     if (contents_ == nullptr || index < 0 ||
         static_cast<std::size_t>(index) >= contents_->workbook.sheets.size())
         return nullptr;
-    return &contents_->workbook.sheets[static_cast<std::size_t>(index)];
+    return contents_->workbook.sheets[static_cast<std::size_t>(index)].get();
 }
 
 int XlsxBook::sheet_count() const {
@@ -125,6 +125,26 @@ Format* XlsxBook::add_format() {
     }
     const std::size_t index = contents_->styles.add_format();
     return &contents_->formats.emplace_back(contents_->styles, index);
+}
+
+bool XlsxBook::set_date_1904(bool) {
+    return false;
+}
+
+Sheet* XlsxBook::insert_sheet(int, std::u16string_view, const Sheet*) {
+    return nullptr;
+}
+
+bool XlsxBook::delete_sheet(int) {
+    return false;
+}
+
+bool XlsxBook::move_sheet(int, int) {
+    return false;
+}
+
+bool XlsxBook::save(std::u16string_view) {
+    return false;
 }
 
 bool XlsxBook::is_date_1904() const {

@@ -33,6 +33,13 @@ class XlsxBook final : public Book {
     Format* add_format() override;
 
     bool is_date_1904() const override;
+    bool set_date_1904(bool on) override;
+
+    Sheet* insert_sheet(int index, std::u16string_view name, const Sheet* source) override;
+    bool delete_sheet(int index) override;
+    bool move_sheet(int from, int to) override;
+    bool save(std::u16string_view path) override;
+
     const char* error_message() const override { return error_message_.c_str(); }
 
   private:

@@ -18,10 +18,10 @@ constexpr CellKind kCellKinds[] = {CellKind::Number,    CellKind::String, CellKi
 
 } // namespace
 
-XlsxSheet::XlsxSheet(BookContents& contents, int index, RowSpan rows)
-    : contents_(contents), index_(index) {
+XlsxSheet::XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows)
+    : contents_(contents), entry_(entry) {
     try {
-        const std::unique_ptr<ByteSource> part = contents_.package->open_part(entry().part);
+        const std::unique_ptr<ByteSource> part = contents_.package->open_part(entry_.part);
         tail_read_ = read_worksheet(*part, rows, contents_.workbook.date_1904, cells_, tail_);
     } catch (const Error& error) {
         throw error.in_sheet(utf8_name());
@@ -108,8 +108,8 @@ bool XlsxSheet::merge(int index, int& first_row, int& last_row, int& first_colum
 
 bool XlsxSheet::named_range(std::u16string_view name, int& first_row, int& last_row,
                             int& first_column, int& last_column) const {
-    const std::optional<CellRectangle> cells =
-        find_named_cells(contents_.workbook.defined_names, name, index_, entry().name);
+    const std::optional<CellRectangle> cells = find_named_cells(
+        contents_.workbook.defined_names, name, contents_.index_of(entry_), entry_.name);
     if (!cells) return false;
     first_row = cells->first_row;
     last_row = cells->last_row;
@@ -122,7 +122,7 @@ const WorksheetTail& XlsxSheet::tail() const {
     if (tail_read_) return tail_;
     tail_read_ = true; // also when it fails: the next call would fail alike
     try {
-        tail_ = read_worksheet_tail(*contents_.package->open_part(entry().part));
+        tail_ = read_worksheet_tail(*contents_.package->open_part(entry_.part));
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const Error& error) {
@@ -134,7 +134,7 @@ const WorksheetTail& XlsxSheet::tail() const {
 }
 
 std::string XlsxSheet::utf8_name() const {
-    return foundation::unicode::to_utf8(entry().name);
+    return foundation::unicode::to_utf8(entry_.name);
 }
 
 } // namespace workbook

@@ -12,8 +12,8 @@ namespace workbook {
 
 class XlsxSheet final : public Sheet {
   public:
-    /// Reads the cells of `rows` of sheet `index`; `contents` must outlive this. Throws `Error`.
-    XlsxSheet(BookContents& contents, int index, RowSpan rows);
+    /// Reads the cells of `rows` of a sheet; both given must outlive this. Throws `Error`.
+    XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows);
 
     /// Checks that the book has every shared string that a cell refers to. Throws `Error`.
     void check_shared_strings() const;
@@ -21,8 +21,8 @@ class XlsxSheet final : public Sheet {
     /// False while the package is still needed.
     bool is_complete() const { return tail_read_; }
 
-    std::u16string_view name() const override { return entry().name; }
-    SheetState hidden() const override { return entry().state; }
+    std::u16string_view name() const override { return entry_.name; }
+    SheetState hidden() const override { return entry_.state; }
     bool protect() const override { return tail().is_protected; }
 
     CellKind cell_type(int row, int column) const override;
@@ -47,15 +47,26 @@ class XlsxSheet final : public Sheet {
     bool named_range(std::u16string_view name, int& first_row, int& last_row, int& first_column,
                      int& last_column) const override;
 
+    bool set_name(std::u16string_view name) override;
+    bool set_hidden(SheetState state) override;
+    bool set_protect(bool on) override;
+    void expect_cells(int first_row, int last_row, int first_column, int last_column) override;
+    bool write_num(int row, int column, double value, const Format* format) override;
+    bool write_str(int row, int column, std::u16string_view text, const Format* format) override;
+    bool write_bool(int row, int column, bool value, const Format* format) override;
+    bool write_blank(int row, int column, const Format* format) override;
+    bool clear(int first_row, int last_row, int first_column, int last_column) override;
+    bool delete_merge(int index) override;
+    double column_width(int column) const override;
+    bool set_column_width(int column, double width) override;
+    bool auto_fit_columns(int first_column, int last_column) override;
+
   private:
-    const SheetEntry& entry() const {
-        return contents_.workbook.sheets[static_cast<std::size_t>(index_)];
-    }
     const WorksheetTail& tail() const;
     std::string utf8_name() const;
 
     BookContents& contents_;
-    int index_;
+    SheetEntry& entry_;
     WorksheetCells cells_;
     mutable WorksheetTail tail_;
     mutable bool tail_read_ = false;

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Changes references within the text of a formula (ECMA-376 part 1, 18.17.2; without the equals
+// sign, in UTF-8, references to XML resolved). Strings, function names, structured references to
+// tables and references to other books are left as they are; a text that is no formula comes back
+// unchanged.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace workbook {
+
+/// The formula as it reads `rows` further down and `columns` further right: references without '$'
+/// move along, across the sheet's edge they become #REF!. For members of shared formulas.
+std::string translate_formula(std::string_view formula, int rows, int columns);
+
+/// What becomes of a sheet's name in a formula: another name, nullopt for a sheet that is gone.
+using SheetNameMap = std::function<std::optional<std::string>(std::string_view name)>;
+
+/// The formula with every sheet name replaced by what `map` answers for it ("Sheet1!A1",
+/// "'It''s'!A1", spans of sheets "A:C!B2"), quoted where the new name asks for it. A reference to a
+/// sheet that is gone becomes #REF!; a span that loses one end keeps the other. Returns nothing
+/// when the formula does not change.
+std::optional<std::string> rename_sheets(std::string_view formula, const SheetNameMap& map);
+
+} // namespace workbook

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Writes a ZIP container (APPNOTE 4.3), Zip64 where sizes ask for it: entries that are packed here,
+// and entries that are copied from another container as they lie there, still packed.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/output_file.h"
+#include "workbook/package/byte_sink.h"
+#include "workbook/package/packer.h"
+#include "workbook/package/zip_archive.h"
+
+namespace workbook {
+
+class ZipWriter {
+  public:
+    /// `out` must outlive this. Failures of `out` pass as `Error::file`.
+    explicit ZipWriter(foundation::files::OutputFile& out);
+    ~ZipWriter();
+
+    /// Begins a deflated entry; its content is appended to the sink, which lives until `end_entry`.
+    /// `expected_bytes` is a guess of the unpacked size: entries that may pass 4 GiB get room for
+    /// larger sizes in their header. Throws `Error` when an entry outgrows its header.
+    ByteSink& begin_entry(std::string_view name, std::uint64_t expected_bytes = 0);
+    void end_entry();
+
+    /// Copies an entry as it lies in `source`: packed bytes, method, CRC, times, name. Throws
+    /// `Error` when the source ends early.
+    void copy_entry(ZipArchive& source, const ZipEntry& entry);
+
+    /// Writes the directory. Nothing may follow.
+    void finish();
+
+  private:
+    class EntrySink;
+    struct Written;
+
+    foundation::files::OutputFile& out_;
+    std::unique_ptr<Packer> packer_;
+    std::unique_ptr<EntrySink> entry_;
+    std::vector<Written> written_;
+};
+
+} // namespace workbook

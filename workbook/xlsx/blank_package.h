@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The package that a new book begins as: workbook without sheets, theme, styles, document
+// properties. It exists in memory only; everything else that a new book gets is a change to it.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string_view>
+
+#include "workbook/package/opc_package.h"
+
+namespace workbook {
+
+/// `now` becomes the time of creation.
+std::unique_ptr<OpcPackage> make_blank_package(std::chrono::system_clock::time_point now);
+
+/// The worksheet part of an empty sheet.
+std::string_view blank_worksheet_part();
+
+} // namespace workbook
