@@ -183,6 +183,12 @@ std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std::size_
     return book->add_sheet(index, name, second_name);
 }
 
+void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to) {
+    auto* const workbook_file = dynamic_cast<LibXLBook*>(book.get());
+    if (workbook_file == nullptr) throw Exception(error_id::sheet_not_copied);
+    workbook_file->reorder_sheet(from, to);
+}
+
 void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
     if (!is_compatible_path(path, book->format()))
         throw Exception(error_id::file_name_incompatible);

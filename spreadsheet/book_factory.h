@@ -77,6 +77,11 @@ ZX_API std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std
                                          const std::u16string& name,
                                          const std::u16string& second_name);
 
+/// Moves the sheet at `from` of a workbook file so that it stands at `to`; both zero-based. What
+/// refers to the sheet keeps doing so, and all sheet objects stay valid. Throws `Exception` 6 for
+/// an index out of range, 7 when the sheet cannot be moved or the back-end moves none.
+ZX_API void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to);
+
 /// Saves the book. Throws `Exception` 20 when the path does not end with the extension of the
 /// book's format or has no name before it, 4 when the book cannot be saved.
 ZX_API void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path);

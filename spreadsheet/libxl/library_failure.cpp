@@ -30,13 +30,8 @@ void fail(std::string_view tag, const workbook::Book& library, error_id id) {
     throw Exception(id);
 }
 
-void fail_without_memory(std::string_view tag) {
+void fail_without_memory(std::string_view tag, error_id id) {
     log_line(tag, "there is not enough memory for the workbook");
-    throw Exception(error_id::book_not_loaded);
-}
-
-void refuse_writing(error_id id) {
-    log_line("[LIBXL WRITE MSG]:", "this version cannot write workbook files");
     throw Exception(id);
 }
 

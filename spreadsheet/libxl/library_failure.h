@@ -4,7 +4,11 @@
 // cause travels in the log line; the exception keeps the fixed message of its identifier.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <string_view>
+
+#include <climits>
 
 #include "spreadsheet/exception.h"
 #include "workbook/library.h"
@@ -18,11 +22,12 @@ void log_library_message(std::string_view tag, const workbook::Book& library);
 /// Logs as `log_library_message`, then throws `Exception` `id`.
 [[noreturn]] void fail(std::string_view tag, const workbook::Book& library, error_id id);
 
-/// Logs `tag` and that memory has run out, then throws `Exception` 9, whose text says the same.
-[[noreturn]] void fail_without_memory(std::string_view tag);
+/// Logs `tag` and that memory has run out, then throws `Exception` `id`.
+[[noreturn]] void fail_without_memory(std::string_view tag, error_id id);
 
-/// Logs that this version cannot write workbook files, then throws `Exception` `id`: the end of
-/// every operation that changes a workbook, until the library can write.
-[[noreturn]] void refuse_writing(error_id id);
+/// The library counts in `int`; what is beyond that is beyond every sheet too.
+inline int library_index(std::size_t value) {
+    return static_cast<int>(std::min<std::size_t>(value, INT_MAX));
+}
 
 } // namespace spreadsheet::libxl

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Loading a workbook file in each of its modes, and the cache of its sheets.
+// Loading a workbook file in each of its modes, and the cache of its sheets. Changes to the book
+// are in libxl_book_write.cpp.
 #include "spreadsheet/libxl/libxl_book.h"
 
 #include <algorithm>
@@ -29,13 +30,8 @@ bool run_load(std::string_view tag, Load load) {
     try {
         return load();
     } catch (const std::bad_alloc&) {
-        libxl::fail_without_memory(tag);
+        libxl::fail_without_memory(tag, error_id::book_not_loaded);
     }
-}
-
-/// The library counts in `int`; what is beyond that is beyond every sheet too.
-int library_index(std::size_t value) {
-    return static_cast<int>(std::min<std::size_t>(value, INT_MAX));
 }
 
 } // namespace
@@ -76,7 +72,7 @@ std::optional<std::u16string> LibXLBook::get_sheet_name(const int index) const {
 
 sheet::type LibXLBook::sheet_type(std::size_t index) const {
     const bool is_chart =
-        book_ && book_->sheet_type(library_index(index)) == workbook::SheetKind::Chart;
+        book_ && book_->sheet_type(libxl::library_index(index)) == workbook::SheetKind::Chart;
     return is_chart ? sheet::type::chart : sheet::type::worksheet;
 }
 
@@ -124,25 +120,36 @@ std::u16string LibXLBook::cached_sheet_name(std::size_t position) const {
     return std::u16string(book_->get_sheet_name(index));
 }
 
+workbook::Sheet* LibXLBook::handle_of(const ISheet& sheet) {
+    return static_cast<const LibXLSheet&>(sheet).handle(); // the cache holds nothing else
+}
+
 void LibXLBook::clear_sheets() {
     sheets_.clear();
     library_indices_.clear();
 }
 
 void LibXLBook::init_sheets() {
+    SheetsByHandle known;
+    for (std::shared_ptr<ISheet>& sheet : sheets_)
+        if (workbook::Sheet* handle = handle_of(*sheet)) known.emplace(handle, std::move(sheet));
     clear_sheets();
     const int count = book_->sheet_count();
     for (int index = 0; index < count; ++index)
-        cache_sheet(index, "[LIBXL BOOK OBJ INIT_SHEETS MSG]:");
+        cache_sheet(index, "[LIBXL BOOK OBJ INIT_SHEETS MSG]:", known);
 }
 
 void LibXLBook::set_sheets_in_book(int index) {
-    cache_sheet(index, "[LIBXL BOOK OBJ SETSHEETSINBOOK MSG]:");
+    cache_sheet(index, "[LIBXL BOOK OBJ SETSHEETSINBOOK MSG]:", {});
 }
 
-void LibXLBook::cache_sheet(int index, std::string_view tag) {
+void LibXLBook::cache_sheet(int index, std::string_view tag, const SheetsByHandle& known) {
     if (workbook::Sheet* sheet = book_->get_sheet(index)) {
-        append_sheet(std::make_shared<LibXLSheet>(*sheet, date_format_, dates_1904_), index);
+        const auto found = known.find(sheet);
+        append_sheet(found != known.end() ? found->second
+                                          : std::make_shared<LibXLSheet>(*sheet, date_format_,
+                                                                         dates_1904_, book_.get()),
+                     index);
         return;
     }
     libxl::log_library_message(tag, *book_);
@@ -214,7 +221,7 @@ void LibXLBook::init_from_file_with_sheet(const std::u16string& name, book::form
     create_library_book(format);
     file_name_ = name;
     sheet_loaded_ = true;
-    if (run_load(tag, [&] { return book_->load_sheet(name, library_index(sheet_index)); }))
+    if (run_load(tag, [&] { return book_->load_sheet(name, libxl::library_index(sheet_index)); }))
         finish_partial_load(format, sheet_index);
     else
         fall_back(tag, name, format);
@@ -227,8 +234,9 @@ void LibXLBook::init_from_file_with_range(const std::u16string& name, book::form
     create_library_book(format);
     file_name_ = name;
     const bool loaded = run_load(tag, [&] {
-        return book_->load_partially(name, library_index(sheet_index), library_index(first_row),
-                                     library_index(last_row));
+        return book_->load_partially(name, libxl::library_index(sheet_index),
+                                     libxl::library_index(first_row),
+                                     libxl::library_index(last_row));
     });
     if (loaded) {
         sheet_loaded_ = true;
@@ -241,7 +249,7 @@ void LibXLBook::init_from_file_with_range(const std::u16string& name, book::form
 void LibXLBook::finish_partial_load(book::format format, std::size_t sheet_index) {
     set_date_system(format);
     clear_sheets();
-    set_sheets_in_book(book_->sheet_count() < 2 ? 0 : library_index(sheet_index));
+    set_sheets_in_book(book_->sheet_count() < 2 ? 0 : libxl::library_index(sheet_index));
 }
 
 void LibXLBook::fall_back(std::string_view tag, const std::u16string& name, book::format format) {
@@ -279,37 +287,6 @@ void LibXLBook::init_from_file_only_sheetNames(const std::u16string& name, book:
 
 void LibXLBook::init_from_memory(const void*, std::size_t, book::format) {
     throw Exception(error_id::load_from_memory_unsupported);
-}
-
-// --- Changing and saving, which the library cannot do
-
-void LibXLBook::init_new(std::size_t, book::format format, const std::u16string&) {
-    create_library_book(format);
-    libxl::refuse_writing(error_id::book_not_created);
-}
-
-std::shared_ptr<ISheet> LibXLBook::add_sheet(std::size_t, const std::u16string&,
-                                             const std::u16string& second_name) {
-    if (!second_name.empty() && !sheet(second_name)) throw Exception(error_id::sheet_not_found);
-    libxl::refuse_writing(error_id::sheet_not_created);
-}
-
-std::shared_ptr<ISheet> LibXLBook::move_sheet(const std::shared_ptr<ISheet>& sheet, std::size_t) {
-    if (std::find(sheets_.begin(), sheets_.end(), sheet) == sheets_.end())
-        throw Exception(error_id::sheet_not_found);
-    libxl::refuse_writing(error_id::sheet_not_copied);
-}
-
-void LibXLBook::remove_sheet(std::size_t) {
-    libxl::refuse_writing(error_id::sheet_not_deleted);
-}
-
-void LibXLBook::save(const std::u16string&) {
-    libxl::refuse_writing(error_id::book_not_saved);
-}
-
-void LibXLBook::save_to_memory(std::vector<unsigned char>&) {
-    throw Exception(error_id::save_to_memory_unsupported);
 }
 
 } // namespace spreadsheet

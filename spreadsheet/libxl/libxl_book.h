@@ -9,9 +9,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "spreadsheet/book.h"
+#include "spreadsheet/exception.h"
 #include "workbook/library.h"
 
 namespace spreadsheet {
@@ -69,8 +71,15 @@ class LibXLBook : public IBook {
     /// loaded.
     virtual void init_from_file_common(const std::u16string& name, book::format format);
 
-    /// Moves a sheet of this book to `new_index` and returns it. `Exception` 6 for a sheet that is
-    /// not this book's, 7 when it cannot be copied to its new place.
+    /// Moves the sheet at `from` so that it stands at `to` (zero-based); references to it and all
+    /// sheet objects stay valid. `Exception` 6 for an index out of range, 7 when it cannot be
+    /// moved.
+    virtual void reorder_sheet(std::size_t from, std::size_t to);
+
+    /// Inserts a copy of a sheet of this book, under its own name, at `new_index`, deletes the
+    /// sheet two places behind the original, and returns the sheet then at `new_index`. `Exception`
+    /// 6 for a sheet that is not this book's, 7 when it cannot be copied, 8 when nothing can be
+    /// deleted. A library that holds names to be unique refuses the copy; `reorder_sheet` moves.
     std::shared_ptr<ISheet> move_sheet(const std::shared_ptr<ISheet>& sheet, std::size_t new_index);
 
   private:
@@ -79,11 +88,21 @@ class LibXLBook : public IBook {
     /// Ends a failed load of a part: logs why and loads the whole.
     void fall_back(std::string_view tag, const std::u16string& name, book::format format);
     void finish_partial_load(book::format format, std::size_t sheet_index);
+    /// `Exception` 2 when the library refuses.
+    workbook::Sheet* insert_sheet(std::size_t index, const std::u16string& name,
+                                  const workbook::Sheet* source);
+    /// `Exception` `id` when the library refuses; the sheet's object is detached.
+    void delete_sheet(int index, std::string_view tag, error_id id);
     void clear_sheets();
     void init_sheets();
     void set_sheets_in_book(int index);
-    /// Appends the sheet at the library's `index` to the cache; a missing one is logged with `tag`.
-    void cache_sheet(int index, std::string_view tag);
+    using SheetsByHandle = std::unordered_map<workbook::Sheet*, std::shared_ptr<ISheet>>;
+    static workbook::Sheet* handle_of(const ISheet& sheet);
+    /// Appends the sheet at the library's `index` to the cache, the object in `known` if it is
+    /// there; a missing sheet is logged with `tag`.
+    void cache_sheet(int index, std::string_view tag, const SheetsByHandle& known);
+    /// The cached object of a sheet of the library; null when there is none.
+    std::shared_ptr<ISheet> cached(const workbook::Sheet* handle) const;
     void append_sheet(std::shared_ptr<ISheet> sheet, int index);
     std::u16string cached_sheet_name(std::size_t position) const;
 

@@ -5,10 +5,13 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
+#include "spreadsheet/exception.h"
 #include "spreadsheet/libxl/merged_cells.h"
 #include "spreadsheet/sheet.h"
 #include "workbook/library.h"
@@ -23,8 +26,14 @@ class LibXLSheet : public ISheet {
     /// `Exception` 31.
     LibXLSheet() = default;
     /// `date_format` is the format that dates are written with; `dates_1904` the workbook's date
-    /// system.
-    LibXLSheet(workbook::Sheet& sheet, workbook::Format* date_format, bool dates_1904);
+    /// system. `library` gives the reasons of failures for the log; without it they are not logged.
+    LibXLSheet(workbook::Sheet& sheet, workbook::Format* date_format, bool dates_1904,
+               const workbook::Book* library = nullptr);
+
+    /// The library's sheet, null for a chart sheet and a removed one.
+    workbook::Sheet* handle() const { return sheet_; }
+    /// The sheet has been removed from its book: every operation throws `Exception` 6 from now on.
+    void detach();
 
     void name(const std::u16string& new_name) override;
     std::u16string name() const override;
@@ -94,8 +103,20 @@ class LibXLSheet : public ISheet {
     /// Where a typed read puts its cells; the alternative decides how a cell is read.
     using Destination = std::variant<double*, SerialDatenum*, bool*, unsigned char*, StringBuilder>;
 
-    /// The library's sheet; `Exception` 31 without one.
+    /// The library's sheet; `Exception` 31 without one, 6 when it was removed.
     const workbook::Sheet& library_sheet() const;
+    /// The same for an operation that changes it: spans found before count no longer.
+    workbook::Sheet& changeable_sheet();
+    /// Writes the values of `next_value()`, one per cell, column after column, without formats.
+    template <class NextValue>
+    void write_all(const Range& range, NextValue next_value);
+    class CellWriter;
+    /// Calls `write_cell(writer, row, column)` for every cell, column after column.
+    template <class WriteCell>
+    void write_cells(const Range& range, WriteCell write_cell);
+    void note_dates(const Range& range);
+    /// Logs the library's reason and throws `Exception` `id`.
+    [[noreturn]] void fail(std::string_view tag, error_id id) const;
     void read_all(const Range& range, const Destination& destination) const;
     bool read_with_rules(const Range& range, const Destination& destination,
                          const MergeRules& rules);
@@ -111,8 +132,9 @@ class LibXLSheet : public ISheet {
     void keep(MergeRecord record);
 
     workbook::Sheet* sheet_ = nullptr;
+    const workbook::Book* library_ = nullptr;
     workbook::Format* date_format_ = nullptr;
-    double date_offset_ = 0.0; ///< days, added to every date read
+    double date_offset_ = 0.0; ///< days, added to every date read, taken from every date written
     bool data_span_cached_ = false;
     Range data_span_;
     std::optional<MergedCells> merge_map_; ///< empty until the first read with rules
@@ -122,6 +144,8 @@ class LibXLSheet : public ISheet {
     std::vector<int> omit_vars_;
     bool omitted_vars_ = false;
     bool return_empty_vars_ = true;
+    bool removed_ = false;
+    std::set<int> date_columns_; ///< columns that dates were written to
 };
 
 } // namespace spreadsheet

@@ -18,14 +18,22 @@ constexpr double kDateSystemOffsetDays = 1462.0;
 
 } // namespace
 
-LibXLSheet::LibXLSheet(workbook::Sheet& sheet, workbook::Format* date_format, bool dates_1904)
+LibXLSheet::LibXLSheet(workbook::Sheet& sheet, workbook::Format* date_format, bool dates_1904,
+                       const workbook::Book* library)
     : sheet_(&sheet),
+      library_(library),
       date_format_(date_format),
       date_offset_(dates_1904 ? kDateSystemOffsetDays : 0.0) {}
 
 const workbook::Sheet& LibXLSheet::library_sheet() const {
+    if (removed_) throw Exception(error_id::sheet_not_found);
     if (!sheet_) throw Exception(error_id::chart_sheet_unsupported);
     return *sheet_;
+}
+
+void LibXLSheet::detach() {
+    sheet_ = nullptr;
+    removed_ = true;
 }
 
 Range LibXLSheet::used_range() const {

@@ -247,6 +247,8 @@ class FakeBook final : public workbook::Book {
         script_.sheets.resize(script_.entries.size());
         for (std::size_t i = 0; i < script_.entries.size(); ++i)
             script_.sheets[i].sheet_name = script_.entries[i].name;
+        for (FakeSheet& sheet : script_.sheets)
+            order_.push_back(&sheet);
     }
     ~FakeBook() override { script_.calls.push_back("release"); }
 
@@ -268,7 +270,7 @@ class FakeBook final : public workbook::Book {
         const FakeEntry* found = entry(index);
         const bool readable =
             found && found->readable && found->kind == workbook::SheetKind::Worksheet;
-        return readable ? &script_.sheets[static_cast<std::size_t>(index)] : nullptr;
+        return readable ? order_[static_cast<std::size_t>(index)] : nullptr;
     }
     std::u16string_view get_sheet_name(int index) const override {
         const FakeEntry* found = entry(index);
@@ -301,18 +303,21 @@ class FakeBook final : public workbook::Book {
         if (source != nullptr) call += " of " + foundation::unicode::to_utf8(source->name());
         if (!answer(std::move(call), script_.can_insert)) return nullptr;
         script_.entries.insert(script_.entries.begin() + index, {std::u16string(name)});
-        const auto place = script_.sheets.begin() + index;
-        FakeSheet& sheet = *script_.sheets.insert(place, FakeSheet());
+        FakeSheet& sheet = script_.sheets.emplace_back();
         sheet.sheet_name = name;
+        order_.insert(order_.begin() + index, &sheet);
         return &sheet;
     }
     bool delete_sheet(int index) override {
         if (!answer("delete_sheet " + std::to_string(index), script_.can_delete)) return false;
         script_.entries.erase(script_.entries.begin() + index);
-        script_.sheets.erase(script_.sheets.begin() + index);
+        order_.erase(order_.begin() + index);
         return true;
     }
     bool move_sheet(int from, int to) override {
+        std::swap(script_.entries[static_cast<std::size_t>(from)],
+                  script_.entries[static_cast<std::size_t>(to)]);
+        std::swap(order_[static_cast<std::size_t>(from)], order_[static_cast<std::size_t>(to)]);
         return answer("move_sheet " + std::to_string(from) + " " + std::to_string(to), true);
     }
     bool save(std::u16string_view path) override {
@@ -332,6 +337,7 @@ class FakeBook final : public workbook::Book {
     }
 
     FakeWorkbook& script_;
+    std::vector<FakeSheet*> order_; ///< by index
 };
 
 /// Creators whose books all follow `script`; there is no creator for XLS.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Loading in every mode with its fall-back, the cache of sheets, and what is refused.
+// Loading in every mode with its fall-back, and the cache of sheets.
 #include <functional>
 #include <memory>
 #include <string>
@@ -289,49 +289,6 @@ TEST(LibXLBook, NeedsADateFormat) {
         for (const fake::FakeFormat& format : script.formats)
             after.push_back(format.num_format());
         EXPECT_EQ(after, test.formats_after) << test.what;
-    }
-}
-
-TEST(LibXLBook, RefusesWhatItCannotDo) {
-    fake::FakeWorkbook script = three_sheets();
-    LibXLBook book(fake::creators(script));
-    book.init_from_file(u"f", kXlsx);
-    const std::shared_ptr<ISheet> sheet = book.sheet(std::size_t{0});
-    const CellProvider provider{};
-    const cell_type types[] = {cell_type::number};
-    const double values[] = {1.0};
-    std::vector<unsigned char> bytes;
-    const struct {
-        const char* what;
-        std::function<void()> action;
-        int id;
-        bool logged;
-    } cases[] = {
-        {"init_from_memory", [&] { book.init_from_memory("", 0, kXlsx); }, 15, false},
-        {"save_to_memory", [&] { book.save_to_memory(bytes); }, 14, false},
-        {"save", [&] { book.save(u"f.xlsx"); }, 4, true},
-        {"remove_sheet", [&] { book.remove_sheet(0); }, 16, true},
-        {"add_sheet", [&] { book.add_sheet(0, u"n", u""); }, 2, true},
-        {"add_sheet, a copy", [&] { book.add_sheet(0, u"n", u"data"); }, 2, true},
-        {"add_sheet, a copy of none", [&] { book.add_sheet(0, u"n", u"none"); }, 6, true},
-        {"move_sheet", [&] { book.move_sheet(sheet, 2); }, 7, true},
-        {"move_sheet, none", [&] { book.move_sheet(nullptr, 2); }, 6, false},
-        {"name", [&] { sheet->name(u"n"); }, 28, true},
-        {"hidden", [&] { sheet->hidden(sheet::hidden::hidden); }, 19, true},
-        {"set_protected", [&] { sheet->set_protected(true); }, 28, true},
-        {"clear cell", [&] { sheet->clear(Cell{}); }, 10, true},
-        {"clear range", [&] { sheet->clear(Range{}); }, 10, true},
-        {"write", [&] { sheet->write(Range{}, values); }, 28, true},
-        {"write mixed", [&] { sheet->write(Range{}, types, provider, true); }, 28, true},
-        {"auto_fit", [&] { sheet->auto_fit_column_widths(Range{}); }, 28, true},
-        {"unmerge", [&] { sheet->unmerge(Range{}); }, 27, true},
-        {"init_new", [&] { book.init_new(1, kXlsx, u""); }, 0, true},
-        {"init_new, no such format", [&] { book.init_new(1, book::format::CSV, u""); }, 30, false},
-    };
-    LogLines log;
-    for (const auto& test : cases) {
-        EXPECT_EQ(thrown_id(test.action), test.id) << test.what;
-        EXPECT_EQ(!log.take().empty(), test.logged) << test.what;
     }
 }
 
