@@ -189,6 +189,13 @@ void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::si
     workbook_file->reorder_sheet(from, to);
 }
 
+SaveSummary last_save(const std::shared_ptr<IBook>& book) {
+    const auto* const workbook_file = dynamic_cast<const LibXLBook*>(book.get());
+    if (workbook_file == nullptr) return {};
+    const workbook::SaveCounts counts = workbook_file->last_save();
+    return {counts.kept, counts.written, counts.dropped};
+}
+
 void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
     if (!is_compatible_path(path, book->format()))
         throw Exception(error_id::file_name_incompatible);

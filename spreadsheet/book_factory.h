@@ -82,6 +82,16 @@ ZX_API std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std
 /// an index out of range, 7 when the sheet cannot be moved or the back-end moves none.
 ZX_API void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to);
 
+/// What saving a workbook file did to its parts.
+struct SaveSummary {
+    std::size_t parts_kept = 0;    ///< taken over from the loaded file byte for byte
+    std::size_t parts_written = 0; ///< new or changed
+    std::size_t parts_dropped = 0; ///< of the loaded file, no longer there
+};
+
+/// What the book's last save did; all 0 before the first and for a book that is no workbook file.
+ZX_API SaveSummary last_save(const std::shared_ptr<IBook>& book);
+
 /// Saves the book. Throws `Exception` 20 when the path does not end with the extension of the
 /// book's format or has no name before it, 4 when the book cannot be saved.
 ZX_API void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path);

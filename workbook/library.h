@@ -136,6 +136,13 @@ class Sheet {
     ~Sheet() = default;
 };
 
+/// Parts of the file that a save made.
+struct SaveCounts {
+    std::size_t kept = 0;    ///< taken over from the loaded file byte for byte
+    std::size_t written = 0; ///< new or changed
+    std::size_t dropped = 0; ///< of the loaded file, no longer there
+};
+
 /// A workbook. A creator below makes an empty one, without any sheet; a load replaces it by a
 /// file's and invalidates every sheet and format handed out before.
 class Book {
@@ -187,6 +194,8 @@ class Book {
     /// any case) decides which of its formats the file claims to be. The book stays loaded and can
     /// be changed and saved again. Whatever was not changed, loaded or not, is kept.
     virtual bool save(std::u16string_view path) = 0;
+    /// What the last save that succeeded did; all 0 before.
+    virtual SaveCounts last_save() const = 0;
 
     /// The reason of the last failure in UTF-8, "ok" when there was none.
     virtual const char* error_message() const = 0;

@@ -75,6 +75,8 @@ class LibXLBook : public IBook {
     /// sheet objects stay valid. `Exception` 6 for an index out of range, 7 when it cannot be
     /// moved.
     virtual void reorder_sheet(std::size_t from, std::size_t to);
+    /// What the last save did to the parts of the file.
+    workbook::SaveCounts last_save() const;
 
     /// Inserts a copy of a sheet of this book, under its own name, at `new_index`, deletes the
     /// sheet two places behind the original, and returns the sheet then at `new_index`. `Exception`

@@ -128,6 +128,10 @@ void LibXLBook::save(const std::u16string& name) {
         libxl::fail(tag, *book_, error_id::book_not_saved);
 }
 
+workbook::SaveCounts LibXLBook::last_save() const {
+    return book_ ? book_->last_save() : workbook::SaveCounts{};
+}
+
 void LibXLBook::save_to_memory(std::vector<unsigned char>&) {
     throw Exception(error_id::save_to_memory_unsupported);
 }

@@ -323,6 +323,7 @@ class FakeBook final : public workbook::Book {
     bool save(std::u16string_view path) override {
         return answer("save " + foundation::unicode::to_utf8(path), script_.can_save);
     }
+    workbook::SaveCounts last_save() const override { return {3, 2, 1}; }
     const char* error_message() const override { return script_.message.c_str(); }
 
   private:

@@ -7,12 +7,15 @@
 
 #include "workbook/error.h"
 #include "workbook/xlsx/shared_strings.h"
+#include "workbook/xlsx/workbook_editor.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
 
-BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::string& error_text)
+BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_view path,
+                           std::string& error_text)
     : package(std::move(opened)),
+      source_path(path),
       workbook(read_workbook_part(*package)),
       sheets(workbook.sheets.size()),
       error_message(error_text) {}
@@ -38,16 +41,10 @@ int BookContents::index_of(const SheetEntry& sheet) const {
     return static_cast<int>(found - workbook.sheets.begin());
 }
 
-void BookContents::close_package() {
-    const bool is_complete = std::all_of(sheets.begin(), sheets.end(), [](const auto& sheet) {
-        return sheet == nullptr || sheet->is_complete();
-    });
-    if (is_complete) package.reset();
-}
-
 void BookContents::read_styles() {
     const std::string& part = workbook.styles_part;
     if (!part.empty()) styles = Styles(*package->open_part(part));
+    formats_in_file = styles.size();
     // Cells without a format have format 0, which a file need not define: a format added later must
     // not become theirs.
     if (styles.size() == 0) styles.add_format();
@@ -78,6 +75,71 @@ std::size_t BookContents::wanted_sheet(int index) const {
     if (count == 1) return 0;
     throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
                          ", it has " + std::to_string(count));
+}
+
+// --- Changes
+
+WorkbookEditor& BookContents::editor() {
+    if (editor_ == nullptr) editor_ = std::make_unique<WorkbookEditor>(*package, workbook);
+    return *editor_;
+}
+
+std::size_t BookContents::checked_index(int index, std::size_t end) const {
+    if (index >= 0 && static_cast<std::size_t>(index) < end) return static_cast<std::size_t>(index);
+    throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
+                         ", it has " + std::to_string(workbook.sheets.size()));
+}
+
+XlsxSheet& BookContents::insert_sheet(int index, std::u16string_view name, const Sheet* source) {
+    const std::size_t at = checked_index(index, workbook.sheets.size() + 1);
+    const auto original = std::find_if(sheets.begin(), sheets.end(), [source](const auto& sheet) {
+        return sheet != nullptr && sheet.get() == source;
+    });
+    if (source != nullptr && original == sheets.end())
+        throw Error::missing("the sheet to copy is not one of this workbook");
+    std::unique_ptr<XlsxSheet> inserted;
+    if (source == nullptr)
+        inserted = std::make_unique<XlsxSheet>(*this, editor().insert_sheet(at, name));
+    else
+        inserted = std::make_unique<XlsxSheet>(**original,
+                                               editor().copy_sheet(at, name, (*original)->entry()));
+    return **sheets.insert(sheets.begin() + static_cast<std::ptrdiff_t>(at), std::move(inserted));
+}
+
+void BookContents::delete_sheet(int index) {
+    const std::size_t at = checked_index(index, workbook.sheets.size());
+    editor().remove_sheet(at);
+    sheets.erase(sheets.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
+void BookContents::move_sheet(int from, int to) {
+    const std::size_t first = checked_index(from, workbook.sheets.size());
+    const std::size_t last = checked_index(to, workbook.sheets.size());
+    editor().move_sheet(first, last);
+    const auto begin = sheets.begin();
+    const auto at = [begin](std::size_t i) { return begin + static_cast<std::ptrdiff_t>(i); };
+    if (first < last)
+        std::rotate(at(first), at(first + 1), at(last + 1));
+    else
+        std::rotate(at(last), at(first), at(first + 1));
+}
+
+void BookContents::rename_sheet(SheetEntry& sheet, std::u16string_view name) {
+    editor().rename_sheet(sheet, name);
+}
+
+void BookContents::set_sheet_state(SheetEntry& sheet, SheetState state) {
+    editor().set_state(sheet, state);
+}
+
+void BookContents::set_date_1904(bool on) {
+    editor().set_date_1904(on);
+}
+
+void BookContents::continue_with(std::unique_ptr<OpcPackage> saved) {
+    package = std::move(saved);
+    if (editor_ != nullptr) editor_->rebase(*package);
+    formats_in_file = std::max(formats_in_file, used_formats_end);
 }
 
 } // namespace workbook

@@ -7,9 +7,11 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "workbook/cells/string_pool.h"
+#include "workbook/cells/string_set.h"
 #include "workbook/library.h"
 #include "workbook/package/opc_package.h"
 #include "workbook/xlsx/styles.h"
@@ -18,6 +20,7 @@
 
 namespace workbook {
 
+class WorkbookEditor;
 class XlsxSheet;
 
 class XlsxFormat final : public Format {
@@ -37,8 +40,10 @@ class XlsxFormat final : public Format {
 };
 
 struct BookContents {
-    /// `error_text` is where the book keeps the reason of its last failure.
-    BookContents(std::unique_ptr<OpcPackage> opened, std::string& error_text);
+    /// `error_text` is where the book keeps the reason of its last failure; `path` is where the
+    /// package was opened, empty for one in memory.
+    BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_view path,
+                 std::string& error_text);
     ~BookContents();
     BookContents(const BookContents&) = delete;
     BookContents& operator=(const BookContents&) = delete;
@@ -50,14 +55,29 @@ struct BookContents {
     void load_rows(int sheet_index, RowSpan rows);
     /// Where a sheet of this book stands.
     int index_of(const SheetEntry& sheet) const;
-    /// Closes the package unless a sheet comes back to it.
-    void close_package();
 
-    std::unique_ptr<OpcPackage> package; ///< null once nothing more is read from it
+    // Changes to the structure; see `Book` for the arguments. They throw `Error` and have changed
+    // nothing then.
+    XlsxSheet& insert_sheet(int index, std::u16string_view name, const Sheet* source);
+    void delete_sheet(int index);
+    void move_sheet(int from, int to);
+    void rename_sheet(SheetEntry& sheet, std::u16string_view name);
+    void set_sheet_state(SheetEntry& sheet, SheetState state);
+    void set_date_1904(bool on);
+    /// Made when the first change asks for it.
+    WorkbookEditor& editor();
+    /// After a save over the file that the book was read from: `saved` is that file.
+    void continue_with(std::unique_ptr<OpcPackage> saved);
+
+    std::unique_ptr<OpcPackage> package; ///< where everything that was not changed is copied from
+    std::u16string source_path;
     WorkbookPart workbook;
     Styles styles;
     std::deque<XlsxFormat> formats; ///< handles stay where they are when one is added
+    std::size_t formats_in_file = 0;
+    std::size_t used_formats_end = 0; ///< one past the last format that a cell was written with
     StringPool shared_strings;
+    StringSet added_strings;                        ///< written to cells, in any sheet
     std::vector<std::unique_ptr<XlsxSheet>> sheets; ///< by index; null where no cells were loaded
     std::string& error_message;
     std::u16string text; ///< the text last handed out
@@ -67,6 +87,9 @@ struct BookContents {
     void read_sheet(std::size_t index, RowSpan rows);
     void read_strings();
     std::size_t wanted_sheet(int index) const;
+    std::size_t checked_index(int index, std::size_t end) const;
+
+    std::unique_ptr<WorkbookEditor> editor_;
 };
 
 } // namespace workbook

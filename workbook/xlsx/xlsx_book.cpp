@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Errors end here: every load turns them into the book's message.
+// Errors end here: they become the book's message.
 #include "workbook/xlsx/xlsx_book.h"
 
 #include <algorithm>
+#include <chrono>
 #include <new>
+#include <utility>
 
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/blank_package.h"
+#include "workbook/xlsx/book_saver.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
@@ -26,17 +30,17 @@ std::unique_ptr<OpcPackage> open_package(std::u16string_view path) {
 
 } // namespace
 
-XlsxBook::XlsxBook() = default;
+XlsxBook::XlsxBook(foundation::files::OutputOpener open_output)
+    : open_output_(std::move(open_output)) {}
 XlsxBook::~XlsxBook() = default;
 
 template <class ReadCells>
 bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
     contents_.reset();
     try {
-        auto contents = std::make_unique<BookContents>(open_package(path), error_message_);
-        read_cells(*contents);
-        contents->close_package();
-        contents_ = std::move(contents);
+        auto opened = std::make_unique<BookContents>(open_package(path), path, error_message_);
+        read_cells(*opened);
+        contents_ = std::move(opened);
         return true;
     } catch (const std::bad_alloc&) {
         throw;
@@ -119,7 +123,7 @@ Format* XlsxBook::format(int index) {
 }
 
 Format* XlsxBook::add_format() {
-    if (contents_ == nullptr || contents_->styles.size() >= kMaxCellFormats) {
+    if (contents().styles.size() >= kMaxCellFormats) {
         error_message_ = "the workbook can hold no more cell formats";
         return nullptr;
     }
@@ -127,28 +131,56 @@ Format* XlsxBook::add_format() {
     return &contents_->formats.emplace_back(contents_->styles, index);
 }
 
-bool XlsxBook::set_date_1904(bool) {
-    return false;
-}
-
-Sheet* XlsxBook::insert_sheet(int, std::u16string_view, const Sheet*) {
-    return nullptr;
-}
-
-bool XlsxBook::delete_sheet(int) {
-    return false;
-}
-
-bool XlsxBook::move_sheet(int, int) {
-    return false;
-}
-
-bool XlsxBook::save(std::u16string_view) {
-    return false;
-}
-
 bool XlsxBook::is_date_1904() const {
     return contents_ != nullptr && contents_->workbook.date_1904;
+}
+
+// --- Changes
+
+BookContents& XlsxBook::contents() {
+    if (contents_ == nullptr) {
+        contents_ = std::make_unique<BookContents>(
+            make_blank_package(std::chrono::system_clock::now()), u"", error_message_);
+        contents_->load_sheets();
+    }
+    return *contents_;
+}
+
+template <class Change>
+bool XlsxBook::try_change(const Change& change) {
+    try {
+        change(contents());
+        return true;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        error_message_ = error.what();
+        return false;
+    }
+}
+
+bool XlsxBook::set_date_1904(bool on) {
+    return try_change([on](BookContents& contents) { contents.set_date_1904(on); });
+}
+
+Sheet* XlsxBook::insert_sheet(int index, std::u16string_view name, const Sheet* source) {
+    Sheet* inserted = nullptr;
+    try_change(
+        [&](BookContents& contents) { inserted = &contents.insert_sheet(index, name, source); });
+    return inserted;
+}
+
+bool XlsxBook::delete_sheet(int index) {
+    return try_change([index](BookContents& contents) { contents.delete_sheet(index); });
+}
+
+bool XlsxBook::move_sheet(int from, int to) {
+    return try_change([from, to](BookContents& contents) { contents.move_sheet(from, to); });
+}
+
+bool XlsxBook::save(std::u16string_view path) {
+    return try_change(
+        [&](BookContents& contents) { last_save_ = save_book(contents, path, open_output_); });
 }
 
 } // namespace workbook

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A book of the Open XML formats. A load that fails leaves it empty and ready for another load.
+// A book of the Open XML formats. A load that fails leaves it empty and ready for another load; an
+// empty book becomes a new one with its first change.
 #pragma once
 
 #include <memory>
 #include <string>
 
+#include "foundation/output_file.h"
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
 #include "workbook/xlsx/worksheet_reader.h"
@@ -14,7 +16,9 @@ namespace workbook {
 
 class XlsxBook final : public Book {
   public:
-    XlsxBook();
+    /// `open_output` opens the files that are saved to.
+    explicit XlsxBook(
+        foundation::files::OutputOpener open_output = foundation::files::replace_file);
     ~XlsxBook() override;
 
     bool load(std::u16string_view path) override;
@@ -39,6 +43,7 @@ class XlsxBook final : public Book {
     bool delete_sheet(int index) override;
     bool move_sheet(int from, int to) override;
     bool save(std::u16string_view path) override;
+    SaveCounts last_save() const override { return last_save_; }
 
     const char* error_message() const override { return error_message_.c_str(); }
 
@@ -47,8 +52,15 @@ class XlsxBook final : public Book {
     template <class ReadCells>
     bool open(std::u16string_view path, const ReadCells& read_cells);
     bool load_rows(std::u16string_view path, int sheet_index, RowSpan rows);
+    /// Runs `change(contents)`; an `Error` becomes the error message and the answer false.
+    template <class Change>
+    bool try_change(const Change& change);
+    /// The loaded book, or a new one.
+    BookContents& contents();
     const SheetEntry* entry(int index) const;
 
+    const foundation::files::OutputOpener open_output_;
+    SaveCounts last_save_;
     mutable std::string error_message_ = "ok";
     std::unique_ptr<BookContents> contents_;
 };
