@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Steady time and sleeping behind an interface, so that whatever waits can be tested without
+// waiting.
+#pragma once
+
+#include <chrono>
+
+#include "foundation/export.h"
+
+namespace foundation {
+
+class ZX_API Clock {
+  public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    virtual ~Clock();
+    virtual TimePoint now() const = 0;
+    /// Blocks the calling thread; returns at once for a time that has passed.
+    virtual void sleep_until(TimePoint time) = 0;
+
+    /// `time` later by `delay`, the greatest time point when that would overflow.
+    static TimePoint later(TimePoint time, std::chrono::milliseconds delay);
+};
+
+/// The system's steady clock.
+ZX_API Clock& system_clock();
+
+} // namespace foundation

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Where the service is: the roots of its three interfaces, which the host can point elsewhere.
+#pragma once
+
+#include <string>
+
+#include "foundation/export.h"
+
+namespace gsheet {
+
+/// Addresses with neither a path nor a slash at the end. UTF-16.
+struct Endpoints {
+    std::u16string sheets = u"https://sheets.googleapis.com";
+    std::u16string drive = u"https://www.googleapis.com";
+    std::u16string upload = u"https://www.googleapis.com"; ///< of Drive files
+};
+
+/// For every request from now on; not while requests are under way. An address that does not begin
+/// with "https://", or with "http://" and a loopback host, throws std::invalid_argument: a
+/// credential must not travel in clear text.
+ZX_API void set_endpoints(const Endpoints& endpoints);
+ZX_API Endpoints endpoints();
+
+} // namespace gsheet
