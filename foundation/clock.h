@@ -23,7 +23,10 @@ class ZX_API Clock {
     static TimePoint later(TimePoint time, std::chrono::milliseconds delay);
 };
 
-/// The system's steady clock.
-ZX_API Clock& system_clock();
+/// The clock that the library waits by: the system's steady clock unless it was replaced.
+ZX_API Clock& clock();
+/// Replaces the clock of the process, null restores the system's; `replacement` must outlive its
+/// use. Not while something waits.
+ZX_API void replace_clock(Clock* replacement);
 
 } // namespace foundation
