@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "spreadsheet/gsheet/utils/service_log.h"
+
+#include "foundation/unicode.h"
+#include "spreadsheet/book_factory.h"
+#include "spreadsheet/gsheet/utils/util_gsheet.h"
+
+namespace gsheet {
+
+namespace {
+
+void replace_all(std::string& text, const std::string& secret) {
+    constexpr std::string_view kHidden = "***";
+    if (secret.empty() || secret == kHidden) return;
+    for (std::size_t at = text.find(secret); at != std::string::npos;
+         at = text.find(secret, at + kHidden.size()))
+        text.replace(at, secret.size(), kHidden);
+}
+
+} // namespace
+
+std::string without_secrets(std::string_view text) {
+    std::string cleaned(text);
+    for (const char* kind : {"accesstoken", "apikey"})
+        replace_all(cleaned, foundation::unicode::to_utf8(getCredential(kind)));
+    return cleaned;
+}
+
+void log_line(std::uint32_t severity, std::string_view text) {
+    auto& logger = spreadsheet::getLogger();
+    if (logger.enabled(severity)) logger.write(severity, without_secrets(text));
+}
+
+} // namespace gsheet

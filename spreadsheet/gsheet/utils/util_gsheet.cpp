@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "spreadsheet/gsheet/utils/util_gsheet.h"
+
+#include <algorithm>
+#include <chrono>
+#include <mutex>
+#include <utility>
+
+#include "foundation/environment.h"
+#include "foundation/log.h"
+#include "foundation/services.h"
+#include "foundation/unicode.h"
+#include "spreadsheet/gsheet/utils/endpoints.h"
+#include "spreadsheet/gsheet/utils/host_errors.h"
+#include "spreadsheet/gsheet/utils/retry_strategy.h"
+#include "spreadsheet/gsheet/utils/service_log.h"
+
+namespace gsheet {
+
+namespace {
+
+namespace http = foundation::http;
+namespace severity = foundation::log;
+using foundation::unicode::to_utf16;
+using foundation::unicode::to_utf8;
+using spreadsheet::error_id;
+using spreadsheet::Exception;
+
+std::string code_and_reason(const http::HttpResponse& response) {
+    return "[RESPONSE CODE]: " + std::to_string(response.status) +
+           "  [RESPONSE CODE REASON]: " + response.reason;
+}
+
+void remove_line_feeds(std::string& text) {
+    text.erase(std::remove(text.begin(), text.end(), '\n'), text.end());
+}
+
+http::HttpClientConfiguration with_rules_of_the_service(http::HttpClientConfiguration rules) {
+    constexpr std::chrono::milliseconds kTimeout{180'000};
+    rules.retryStrategy = ExponentialBackOffRateLimitingStrategy(
+        60, 10, 3, getRetryConditionBasedOnHttpReturn(), true);
+    rules.connectTimeout = kTimeout;
+    rules.responseTimeout = kTimeout;
+    rules.transferTimeout = kTimeout;
+    rules.setIdleSpeed(0);
+    return rules;
+}
+
+/// Logs an exception that escapes `action` and lets it pass.
+template <class Action>
+auto with_failures_logged(Action action) {
+    try {
+        return action();
+    } catch (const std::exception& failure) {
+        log_line(severity::error, std::string("Exception caught: ") + failure.what());
+        throw;
+    }
+}
+
+} // namespace
+
+std::u16string getCredential(std::string_view kind) {
+    if (kind == "accesstoken") return foundation::environment_variable("ZX_ACCESS_TOKEN");
+    if (kind == "apikey") return foundation::environment_variable("ZX_API_KEY");
+    return {};
+}
+
+http::HttpRequest createAuthorizedRequest(http::HttpMethod method, const std::u16string& url,
+                                          http::QueryParameters parameters) {
+    const std::string address = to_utf8(url);
+    log_line(severity::info, "URL for Google SpreadSheet is: " + address);
+    http::HttpRequest request(method, address);
+    const std::string token = to_utf8(getCredential("accesstoken"));
+    request.setHeader("Accept", "application/json");
+    request.setHeader("Content-Type", "application/json");
+    if (!token.empty())
+        request.setHeader("Authorization", "Bearer " + token);
+    else
+        parameters.emplace_back("key", to_utf8(getCredential("apikey")));
+    request.setQueryParameters(std::move(parameters));
+    log_line(severity::info, "Request URL for Google SpreadSheet is: " + request.printableUrl());
+    return request;
+}
+
+std::shared_ptr<http::HttpClient> sharedHttpClient() {
+    struct Shared {
+        std::mutex mutex;
+        std::shared_ptr<http::HttpClient> client;
+    };
+    static Shared& shared = *std::make_unique<Shared>().release();
+    const std::scoped_lock lock(shared.mutex);
+    if (shared.client == nullptr) {
+        shared.client = foundation::services::find_service<http::HttpClient>(
+            foundation::services::BundleContext());
+        if (shared.client != nullptr)
+            shared.client->configure(
+                with_rules_of_the_service(shared.client->defaultConfiguration()));
+    }
+    return shared.client;
+}
+
+std::string executeRequestWithToken(http::HttpRequest&& request) {
+    return with_failures_logged([&] {
+        const std::shared_ptr<http::HttpClient> client = sharedHttpClient();
+        if (client == nullptr) throw Exception(error_id::google_unavailable_again);
+        http::HttpResponse response = client->send(std::move(request));
+        if (response.status != 200) throwForHttpStatus(response);
+        log_line(severity::info, code_and_reason(response));
+        return std::move(response.body);
+    });
+}
+
+void throwForHttpStatus(const http::HttpResponse& response) {
+    constexpr std::string_view kLastSheet = "You can't remove all the sheets in a document.";
+    log_line(severity::error,
+             code_and_reason(response) + " [RESPONSE BODY STRING:] " + response.body);
+    switch (response.status) {
+    case 401:
+    case 403:
+        throw Exception(error_id::google_identity_required);
+    case 404:
+        throw Exception(error_id::google_sheet_not_found);
+    case 408:
+        throw Exception(error_id::google_timed_out);
+    case 429:
+        throw Exception(error_id::google_too_many_requests);
+    default:
+        break;
+    }
+    std::string body = response.body;
+    const std::string message = extractErrorMessage(body);
+    if (response.status == 400 && message.find(kLastSheet) != std::string::npos)
+        throw Exception(error_id::google_last_sheet);
+    const error_id id = response.status == 503 ? error_id::google_unavailable_again
+                                               : error_id::google_unavailable;
+    throw Exception(id, without_secrets(message));
+}
+
+std::string extractErrorMessage(std::string& body) {
+    constexpr std::string_view kKey = "\"message\"";
+    constexpr std::size_t kValueOffset = 12; // the key, a colon, one blank, a quote
+    remove_line_feeds(body);
+    const std::size_t key = body.find(kKey);
+    if (key == std::string::npos || key + kValueOffset > body.size()) return {};
+    const std::size_t begin = key + kValueOffset;
+    const std::size_t end = std::min(body.find('"', begin), body.size());
+    return body.substr(begin, end - begin);
+}
+
+foundation::json::Object executeRequestAndParseJsonResponse(http::HttpRequest&& request) {
+    std::string body = executeRequestWithToken(std::move(request));
+    remove_line_feeds(body);
+    try {
+        return std::move(foundation::json::parse(body).as_object());
+    } catch (const std::exception& failure) {
+        log_line(severity::error, "JSON response Parsing failed:" + body);
+        log_line(severity::error, std::string("Exception caught: ") + failure.what());
+    }
+    const bool is_limit = body.find("RATE_LIMIT_EXCEEDED") != std::string::npos;
+    throw Exception(is_limit ? error_id::google_too_many_requests : error_id::internal);
+}
+
+void translateToHostError(const Exception& error) {
+    const std::string component = "Zentra:spreadsheet:gsheet:";
+    switch (error.id()) {
+    case error_id::google_unsupported:
+        throw MessageIdError(component + "OperationNotSupported");
+    case error_id::google_sheet_type_unsupported:
+        throw MessageIdError(component + "TypeNotSupported");
+    case error_id::google_identity_required:
+        throw MessageIdError(component + "AccessForbidden");
+    case error_id::google_unavailable_again:
+        throw MessageIdError(component + "ServiceUnavailable", error.what());
+    case error_id::google_too_many_requests:
+        throw MessageIdError(component + "TooManyRequests");
+    case error_id::google_timed_out:
+        throw MessageIdError(component + "RequestTimedOut");
+    default:
+        throw MessageIdError(component + "InternalError", error.what());
+    }
+}
+
+std::u16string spreadsheet_url(const std::u16string& id, const std::u16string& suffix) {
+    return endpoints().sheets + u"/v4/spreadsheets/" +
+           to_utf16(http::percent_encode(to_utf8(id))) + suffix;
+}
+
+std::u16string quoted_title(const std::u16string& title) {
+    std::u16string quoted = u"'";
+    for (const char16_t unit : title) {
+        quoted += unit;
+        if (unit == u'\'') quoted += unit;
+    }
+    return quoted + u"'";
+}
+
+std::string encoded_title(const std::u16string& title) {
+    return http::percent_encode(to_utf8(quoted_title(title)), "-_.~!*()");
+}
+
+} // namespace gsheet
