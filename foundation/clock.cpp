@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "foundation/clock.h"
 
+#include <algorithm>
 #include <atomic>
-#include <memory>
 #include <thread>
+
+#include "foundation/never_destroyed.h"
 
 namespace foundation {
 
@@ -22,16 +24,17 @@ std::atomic<Clock*> replacement_clock{nullptr};
 Clock::~Clock() = default;
 
 Clock::TimePoint Clock::later(TimePoint time, std::chrono::milliseconds delay) {
-    if (delay > std::chrono::duration_cast<std::chrono::milliseconds>(TimePoint::max() - time))
-        return TimePoint::max();
+    using std::chrono::milliseconds;
+    const auto room = TimePoint::max() - std::max(time, TimePoint());
+    if (delay > std::chrono::duration_cast<milliseconds>(room)) return TimePoint::max();
     return time + delay;
 }
 
 Clock& clock() {
     // Never destroyed: threads of the host may wait while the process ends.
-    static SystemClock& system = *std::make_unique<SystemClock>().release();
+    static NeverDestroyed<SystemClock> system;
     Clock* const replacement = replacement_clock.load();
-    return replacement != nullptr ? *replacement : system;
+    return replacement != nullptr ? *replacement : system.get();
 }
 
 void replace_clock(Clock* replacement) {

@@ -6,11 +6,9 @@
 
 #include <chrono>
 
-#include "foundation/export.h"
-
 namespace foundation {
 
-class ZX_API Clock {
+class Clock {
   public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
@@ -24,9 +22,9 @@ class ZX_API Clock {
 };
 
 /// The clock that the library waits by: the system's steady clock unless it was replaced.
-ZX_API Clock& clock();
+Clock& clock();
 /// Replaces the clock of the process, null restores the system's; `replacement` must outlive its
 /// use. Not while something waits.
-ZX_API void replace_clock(Clock* replacement);
+void replace_clock(Clock* replacement);
 
 } // namespace foundation

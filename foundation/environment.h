@@ -5,14 +5,12 @@
 
 #include <string>
 
-#include "foundation/export.h"
-
 namespace foundation {
 
 /// The value of a variable, empty when it is not set. Read at each call.
-ZX_API std::u16string environment_variable(const char* name);
+std::u16string environment_variable(const char* name);
 
 /// Sets a variable for this process; an empty value removes it. Not while other threads read.
-ZX_API void set_environment_variable(const char* name, const std::u16string& value);
+void set_environment_variable(const char* name, const std::u16string& value);
 
 } // namespace foundation

@@ -3,9 +3,10 @@
 
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string>
+
+#include "foundation/never_destroyed.h"
 
 namespace foundation::features {
 
@@ -17,8 +18,8 @@ struct Switches {
 };
 
 Switches& switches() {
-    static Switches& instance = *std::make_unique<Switches>().release();
-    return instance;
+    static NeverDestroyed<Switches> instance;
+    return instance.get();
 }
 
 } // namespace

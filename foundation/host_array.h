@@ -41,6 +41,9 @@ class ZX_API HostArray {
     virtual const std::u16string* strings() const { return nullptr; }
     /// Element `index` of a cell array (zero-based, column-major), null for an empty element.
     virtual const HostArray* cell(std::size_t /*index*/) const { return nullptr; }
+    /// Whether element `index` of a string array is the host's missing value, which is not the
+    /// empty string; the text in `strings()` then means nothing.
+    virtual bool is_missing(std::size_t /*index*/) const { return false; }
 };
 
 using HostArrayPtr = std::unique_ptr<HostArray>;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/environment.h"
+#include "foundation/never_destroyed.h"
 #include "foundation/unicode.h"
 
 namespace foundation::oauth {
@@ -21,15 +22,14 @@ struct Keys {
 };
 
 Keys& keys() {
-    static Keys& instance = *std::make_unique<Keys>().release();
-    return instance;
+    static NeverDestroyed<Keys> instance;
+    return instance.get();
 }
 
 std::string stored_key(std::string_view kind, std::string_view purpose) {
     Keys& known = keys();
     const std::scoped_lock lock(known.mutex);
-    const auto found =
-        known.by_kind_and_purpose.find({std::string(kind), std::string(purpose)});
+    const auto found = known.by_kind_and_purpose.find({std::string(kind), std::string(purpose)});
     return found == known.by_kind_and_purpose.end() ? std::string() : found->second;
 }
 
@@ -60,8 +60,6 @@ class Flow final : public AuthenticationFlow {
 
 } // namespace
 
-AuthenticationFlow::~AuthenticationFlow() = default;
-
 std::shared_ptr<const AuthenticationFlow> make_flow(std::string_view kind) {
     if (kind != kApiKey && kind != kAccessToken) return nullptr;
     return std::make_shared<const Flow>(kind == kApiKey);
@@ -75,6 +73,15 @@ void store_key(std::string_view kind, std::string_view purpose, std::string key)
         known.by_kind_and_purpose.erase(place);
     else
         known.by_kind_and_purpose[std::move(place)] = std::move(key);
+}
+
+std::vector<std::string> stored_keys() {
+    Keys& known = keys();
+    const std::scoped_lock lock(known.mutex);
+    std::vector<std::string> values;
+    for (const auto& [place, key] : known.by_kind_and_purpose)
+        values.push_back(key);
+    return values;
 }
 
 } // namespace foundation::oauth

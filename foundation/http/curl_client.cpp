@@ -3,7 +3,7 @@
 // The client over libcurl: sends until the retry strategy has had enough.
 #include <memory>
 #include <mutex>
-#include <stdexcept>
+#include <string>
 #include <utility>
 
 #include <curl/curl.h>
@@ -15,17 +15,26 @@ namespace foundation::http {
 
 namespace {
 
+void start_curl() {
+    static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (started != CURLE_OK)
+        throw HttpRequestException(std::string("libcurl cannot be started: ") +
+                                   curl_easy_strerror(started) + ".");
+}
+
 class CurlClient final : public HttpClient {
   public:
     HttpClientConfiguration defaultConfiguration() const override { return {}; }
 
     void configure(HttpClientConfiguration configuration) override {
-        auto replacement = std::make_shared<const HttpClientConfiguration>(std::move(configuration));
+        auto replacement =
+            std::make_shared<const HttpClientConfiguration>(std::move(configuration));
         const std::scoped_lock lock(mutex_);
         configuration_ = std::move(replacement);
     }
 
     HttpResponse send(HttpRequest&& request) override {
+        start_curl();
         const auto configuration = current();
         for (int attempt = 1;; ++attempt) {
             HttpResponse response;
@@ -36,9 +45,9 @@ class CurlClient final : public HttpClient {
                 pending = std::current_exception();
             }
             // Within one request every attempt but the last has failed, so both counts are equal.
-            const bool again = configuration->retryStrategy &&
-                               configuration->retryStrategy(request, response, pending, attempt,
-                                                            attempt);
+            const bool again =
+                configuration->retryStrategy &&
+                configuration->retryStrategy(request, response, pending, attempt, attempt);
             if (again) continue;
             if (pending) std::rethrow_exception(pending);
             return response;
@@ -65,17 +74,9 @@ class CurlClient final : public HttpClient {
     CurlHandles handles_;
 };
 
-void start_curl() {
-    static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
-    if (started != CURLE_OK)
-        throw std::runtime_error(std::string("libcurl cannot be started: ") +
-                                 curl_easy_strerror(started));
-}
-
 } // namespace
 
 std::shared_ptr<HttpClient> make_curl_client() {
-    start_curl();
     return std::make_shared<CurlClient>();
 }
 

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "foundation/http/curl_transfer.h"
 
+#include <algorithm>
 #include <chrono>
+#include <limits>
 #include <new>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "foundation/ascii_case.h"
+#include "foundation/clock.h"
 #include "foundation/http/reason_phrase.h"
 
 namespace foundation::http {
@@ -24,6 +25,13 @@ constexpr long kIdleSeconds = 30;
 constexpr std::size_t kMaxIdleHandles = 8;
 
 using SteadyClock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+/// A time-out as libcurl takes it.
+long as_long(milliseconds timeout) {
+    constexpr milliseconds::rep kMost = std::numeric_limits<long>::max();
+    return static_cast<long>(std::clamp<milliseconds::rep>(timeout.count(), 0, kMost));
+}
 
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view kBlanks = " \t\r\n";
@@ -55,13 +63,24 @@ class HeaderList {
 /// pass.
 class Reply {
   public:
-    explicit Reply(std::chrono::milliseconds head_timeout)
-        : head_deadline_(SteadyClock::now() + head_timeout) {}
+    Reply(HttpMethod method, milliseconds head_timeout)
+        : head_deadline_(head_timeout.count() > 0 ? Clock::later(SteadyClock::now(), head_timeout)
+                                                  : SteadyClock::time_point::max()),
+          may_be_repeated_(method != HttpMethod::Post) {}
 
     HttpResponse response;
     bool head_timed_out = false;
     bool too_large = false;
     bool no_memory = false;
+    bool broke_off = false; ///< before the reply, and the request must not be sent again
+
+    /// libcurl sends a request anew when a kept connection turns out to be closed. The server may
+    /// have acted on it all the same.
+    static int about_to_send(void* self, char*, char*, int, int) {
+        auto& reply = *static_cast<Reply*>(self);
+        reply.broke_off = reply.times_sent_++ > 0 && !reply.may_be_repeated_;
+        return reply.broke_off ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+    }
 
     static std::size_t take_head(char* bytes, std::size_t, std::size_t count, void* self) {
         return static_cast<Reply*>(self)->guarded(count, [&](Reply& reply) {
@@ -97,23 +116,28 @@ class Reply {
     void take_head_line(std::string_view line) {
         head_bytes_ += line.size();
         too_large = head_bytes_ > kMaxHeadBytes;
-        if (line.starts_with("HTTP/")) { // the head of an interim reply may have come before
-            response.headers.clear();
-            const std::size_t status = line.find(' ');
-            const std::size_t reason =
-                status == std::string_view::npos ? status : line.find(' ', status + 1);
-            response.reason =
-                reason == std::string_view::npos ? "" : std::string(trimmed(line.substr(reason)));
-            return;
-        }
+        if (line.starts_with("HTTP/")) return take_status_line(line);
         const std::size_t colon = line.find(':');
-        if (colon == std::string_view::npos) return;
-        response.headers.emplace_back(trimmed(line.substr(0, colon)),
-                                      trimmed(line.substr(colon + 1)));
-        has_head_ = true;
+        if (colon != std::string_view::npos)
+            response.headers.emplace_back(trimmed(line.substr(0, colon)),
+                                          trimmed(line.substr(colon + 1)));
+        else if (trimmed(line).empty())
+            has_head_ = !is_interim_;
+    }
+
+    /// "HTTP/1.1 200 OK", or without a phrase in HTTP/2.
+    void take_status_line(std::string_view line) {
+        response.headers.clear(); // of an interim reply
+        const std::string_view status = trimmed(line.substr(std::min(line.find(' '), line.size())));
+        const std::size_t blank = std::min(status.find(' '), status.size());
+        response.reason = trimmed(status.substr(blank));
+        is_interim_ = status.starts_with('1');
     }
 
     SteadyClock::time_point head_deadline_;
+    bool may_be_repeated_;
+    int times_sent_ = 0;
+    bool is_interim_ = false;
     std::size_t head_bytes_ = 0;
     bool has_head_ = false;
 };
@@ -148,14 +172,14 @@ void set_rules(CURL* handle, const HttpClientConfiguration& configuration) {
     set(handle, CURLOPT_FOLLOWLOCATION, 0L);
     set(handle, CURLOPT_ACCEPT_ENCODING, "gzip");
     set(handle, CURLOPT_TCP_NODELAY, 1L);
-    set(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(configuration.connectTimeout.count()));
-    set(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(configuration.transferTimeout.count()));
+    set(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    set(handle, CURLOPT_CONNECTTIMEOUT_MS, as_long(configuration.connectTimeout));
+    set(handle, CURLOPT_TIMEOUT_MS, as_long(configuration.transferTimeout));
     if (configuration.idleSpeed() > 0) {
         set(handle, CURLOPT_LOW_SPEED_LIMIT, configuration.idleSpeed());
         set(handle, CURLOPT_LOW_SPEED_TIME, kIdleSeconds);
     }
-    if (!configuration.caFile.empty())
-        set(handle, CURLOPT_CAINFO, configuration.caFile.c_str());
+    if (!configuration.caFile.empty()) set(handle, CURLOPT_CAINFO, configuration.caFile.c_str());
 }
 
 void collect(CURL* handle, Reply& reply) {
@@ -166,6 +190,8 @@ void collect(CURL* handle, Reply& reply) {
     set(handle, CURLOPT_NOPROGRESS, 0L);
     set(handle, CURLOPT_XFERINFOFUNCTION, &Reply::watch);
     set(handle, CURLOPT_XFERINFODATA, &reply);
+    set(handle, CURLOPT_PREREQFUNCTION, &Reply::about_to_send);
+    set(handle, CURLOPT_PREREQDATA, &reply);
 }
 
 [[noreturn]] void fail(CURLcode code, const Reply& reply) {
@@ -173,6 +199,9 @@ void collect(CURL* handle, Reply& reply) {
     if (reply.head_timed_out || code == CURLE_OPERATION_TIMEDOUT)
         throw HttpRequestTimeoutException("The server did not answer in time.");
     if (reply.too_large) throw HttpRequestException("The reply is larger than the limit allows.");
+    if (reply.broke_off)
+        throw HttpRequestException("The connection broke before the reply; whether the request "
+                                   "was carried out is not known.");
     // libcurl's own description: it names neither the address nor a header.
     throw HttpRequestException(std::string("The request failed: ") + curl_easy_strerror(code) +
                                ".");
@@ -203,7 +232,7 @@ void CurlHandles::give_back(CurlHandle handle) {
 HttpResponse exchange(CURL* handle, const HttpRequest& request,
                       const HttpClientConfiguration& configuration) {
     HeaderList headers;
-    Reply reply(configuration.responseTimeout);
+    Reply reply(request.method(), configuration.responseTimeout);
     set_rules(handle, configuration);
     set_request(handle, request, headers);
     collect(handle, reply);

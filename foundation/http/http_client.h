@@ -12,7 +12,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "foundation/export.h"
 #include "foundation/http/http_message.h"
 
 namespace foundation::http {
@@ -25,13 +24,16 @@ using RetryStrategy =
     std::function<bool(const HttpRequest& request, const HttpResponse& response,
                        const std::exception_ptr& pending, int attempts, int consecutiveAttempts)>;
 
-class ZX_API HttpClientConfiguration {
+class HttpClientConfiguration {
   public:
     RetryStrategy retryStrategy; ///< none: every request is sent once
+    /// Time-outs; 0 for none.
     std::chrono::milliseconds connectTimeout{30'000};
-    std::chrono::milliseconds responseTimeout{60'000}; ///< from the request to the reply's head
+    std::chrono::milliseconds responseTimeout{60'000};  ///< from the request to the reply's head
     std::chrono::milliseconds transferTimeout{300'000}; ///< of the whole exchange
-    std::string caFile; ///< certificates to trust instead of the system's; a PEM file
+    /// Certificates to trust instead of the system's: the path of a PEM file in the locale's
+    /// encoding, empty for the system's.
+    std::string caFile;
 
     /// Bytes a second below which a transfer counts as stalled; 0 for no minimum.
     void setIdleSpeed(long bytes_per_second) { idleSpeed_ = bytes_per_second; }
@@ -43,20 +45,20 @@ class ZX_API HttpClientConfiguration {
 
 /// A request that failed before a whole reply was there; `what()` is one sentence that holds
 /// neither the query nor headers.
-class ZX_API HttpRequestException : public std::runtime_error {
+class HttpRequestException : public std::runtime_error {
   public:
     explicit HttpRequestException(const std::string& what) : std::runtime_error(what) {}
     ~HttpRequestException() override;
 };
 
 /// A time-out of the configuration passed.
-class ZX_API HttpRequestTimeoutException : public HttpRequestException {
+class HttpRequestTimeoutException : public HttpRequestException {
   public:
     explicit HttpRequestTimeoutException(const std::string& what) : HttpRequestException(what) {}
     ~HttpRequestTimeoutException() override;
 };
 
-class ZX_API HttpClient {
+class HttpClient {
   public:
     virtual ~HttpClient();
 
@@ -71,7 +73,8 @@ class ZX_API HttpClient {
 
 /// A client over libcurl: connections are kept, gzip is accepted, HTTP/1.1 and 2, certificates are
 /// verified, proxies come from the environment, redirects are not followed (a credential must not
-/// travel to another host).
-ZX_API std::shared_ptr<HttpClient> make_curl_client();
+/// travel to another host). Takes nothing of the system before its first request. A POST is never
+/// sent twice in one attempt, even when a kept connection breaks under it.
+std::shared_ptr<HttpClient> make_curl_client();
 
 } // namespace foundation::http

@@ -9,15 +9,13 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/export.h"
-
 namespace foundation::http {
 
 /// The numbers are part of the interface: retry rules depend on GET being 0.
 enum class HttpMethod : std::uint8_t { Get = 0, Post = 1, Delete = 2, Put = 3 };
 
 /// "GET" and so on.
-ZX_API const char* to_string(HttpMethod method) noexcept;
+const char* to_string(HttpMethod method) noexcept;
 
 /// A status of RFC 9110, section 15; 0 when no reply came.
 using HttpResponseCode = int;
@@ -31,7 +29,7 @@ using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
 using QueryParameters = std::vector<std::pair<std::string, std::string>>;
 
 /// A request that has not been sent yet. `url` may have a query already.
-class ZX_API HttpRequest {
+class HttpRequest {
   public:
     HttpRequest(HttpMethod method, std::string url, HttpHeaders headers = {});
 
@@ -39,8 +37,8 @@ class ZX_API HttpRequest {
     const HttpHeaders& headers() const noexcept { return headers_; }
     const std::string& body() const noexcept { return body_; }
 
-    /// Replaces a header of that name, compared without regard to case. Line breaks and other
-    /// control characters in the value throw std::invalid_argument.
+    /// Replaces a header of that name, compared without regard to case. An empty name, and line
+    /// breaks or other control characters in name or value, throw std::invalid_argument.
     void setHeader(std::string_view name, std::string_view value);
     void setQueryParameters(QueryParameters parameters);
     void setRequestBody(std::string body);
@@ -67,6 +65,6 @@ struct HttpResponse {
 
 /// UTF-8 text with every byte but ASCII letters, digits and the characters of `kept` written as '%'
 /// and two upper-case hexadecimal digits.
-ZX_API std::string percent_encode(std::string_view text, std::string_view kept = "-._~");
+std::string percent_encode(std::string_view text, std::string_view kept = "-._~");
 
 } // namespace foundation::http
