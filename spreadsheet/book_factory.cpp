@@ -13,6 +13,7 @@
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/gsheet/utils/shared_client.h"
 #include "spreadsheet/libxl/libxl_book.h"
 
 namespace spreadsheet {
@@ -203,11 +204,11 @@ void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
 }
 
 void initialize() {
-    initialize_count.fetch_add(1);
+    if (initialize_count.fetch_add(1) == 0) gsheet::start_service();
 }
 
 void release() {
-    initialize_count.fetch_sub(1);
+    if (initialize_count.fetch_sub(1) == 1) gsheet::stop_service();
 }
 
 foundation::log::basic_diagnostic_logger<char>& getLogger() {

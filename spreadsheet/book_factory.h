@@ -96,10 +96,11 @@ ZX_API SaveSummary last_save(const std::shared_ptr<IBook>& book);
 /// book's format or has no name before it, 4 when the book cannot be saved.
 ZX_API void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path);
 
-/// Starts the library; calls are counted and thread-safe.
+/// Starts the library; calls are counted and thread-safe. Google Sheets can be reached from the
+/// first call on.
 ZX_API void initialize();
 
-/// Undoes one `initialize`.
+/// Undoes one `initialize`; the last one closes the connections to Google Sheets.
 ZX_API void release();
 
 /// The library's diagnostic logger, channel "zentra::io::spreadsheet".

@@ -3,10 +3,11 @@
 
 #include <algorithm>
 #include <iterator>
-#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <string_view>
+
+#include "foundation/never_destroyed.h"
 
 namespace gsheet {
 
@@ -18,28 +19,40 @@ struct Current {
 };
 
 Current& current() {
-    static Current& instance = *std::make_unique<Current>().release();
-    return instance;
+    static foundation::NeverDestroyed<Current> instance;
+    return instance.get();
 }
 
-/// "http://HOST" of this machine, with or without a port.
+/// Takes a scheme off an address.
+bool consume(std::u16string_view& address, std::u16string_view scheme) {
+    if (!address.starts_with(scheme)) return false;
+    address.remove_prefix(scheme.size());
+    return true;
+}
+
+/// HOST or HOST:PORT, and nothing that begins a path, a query or a user's name.
+bool is_host(std::u16string_view address) {
+    return !address.empty() && std::all_of(address.begin(), address.end(), [](char16_t unit) {
+        return (unit >= u'0' && unit <= u'9') || (unit >= u'a' && unit <= u'z') ||
+               (unit >= u'A' && unit <= u'Z') ||
+               std::u16string_view(u"-.:[]").find(unit) != std::u16string_view::npos;
+    });
+}
+
+/// A name of this machine, with or without a port.
 bool is_loopback(std::u16string_view address) {
-    constexpr std::u16string_view kScheme = u"http://";
     constexpr std::u16string_view kHosts[] = {u"127.0.0.1", u"localhost", u"[::1]"};
-    if (!address.starts_with(kScheme)) return false;
-    address.remove_prefix(kScheme.size());
     return std::any_of(std::begin(kHosts), std::end(kHosts), [address](std::u16string_view host) {
         if (!address.starts_with(host)) return false;
-        const std::u16string_view rest = address.substr(host.size());
-        return rest.empty() || (rest[0] == u':' && rest.find_first_not_of(u"0123456789", 1) ==
+        const std::u16string_view port = address.substr(host.size());
+        return port.empty() || (port[0] == u':' && port.find_first_not_of(u"0123456789", 1) ==
                                                        std::u16string_view::npos);
     });
 }
 
 void check(std::u16string_view address) {
-    const bool is_secure = address.starts_with(u"https://") &&
-                           address.find_first_of(u"@?# \t\r\n") == std::u16string_view::npos;
-    if ((is_secure && !address.ends_with(u'/')) || is_loopback(address)) return;
+    if (consume(address, u"https://") && is_host(address)) return;
+    if (consume(address, u"http://") && is_loopback(address)) return;
     throw std::invalid_argument(
         "the address of the service must be https://HOST, or http:// and a host of this machine");
 }

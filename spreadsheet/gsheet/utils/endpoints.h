@@ -16,9 +16,9 @@ struct Endpoints {
     std::u16string upload = u"https://www.googleapis.com"; ///< of Drive files
 };
 
-/// For every request from now on; not while requests are under way. An address that does not begin
-/// with "https://", or with "http://" and a loopback host, throws std::invalid_argument: a
-/// credential must not travel in clear text.
+/// For every request from now on; not while requests are under way. An address that is neither
+/// "https://HOST" nor "http://" and a name of this machine (127.0.0.1, localhost, [::1]), each with
+/// or without a port, throws std::invalid_argument: a credential must not travel in clear text.
 ZX_API void set_endpoints(const Endpoints& endpoints);
 ZX_API Endpoints endpoints();
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "spreadsheet/gsheet/utils/rate_window.h"
 
-#include <memory>
-
 #include "foundation/log.h"
+#include "foundation/never_destroyed.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 
 namespace gsheet {
@@ -45,8 +44,8 @@ void RateWindow::record_success_and_pause() {
 }
 
 RateWindow& requestRateWindow() {
-    static RateWindow& window = *std::make_unique<RateWindow>().release();
-    return window;
+    static foundation::NeverDestroyed<RateWindow> window;
+    return window.get();
 }
 
 } // namespace gsheet

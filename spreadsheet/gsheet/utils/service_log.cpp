@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "spreadsheet/gsheet/utils/service_log.h"
 
+#include "foundation/http/http_message.h"
+#include "foundation/oauth.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/book_factory.h"
 #include "spreadsheet/gsheet/utils/util_gsheet.h"
@@ -17,12 +19,20 @@ void replace_all(std::string& text, const std::string& secret) {
         text.replace(at, secret.size(), kHidden);
 }
 
+/// A URL shows a secret percent-encoded.
+void hide(std::string& text, const std::string& secret) {
+    replace_all(text, secret);
+    replace_all(text, foundation::http::percent_encode(secret));
+}
+
 } // namespace
 
 std::string without_secrets(std::string_view text) {
     std::string cleaned(text);
     for (const char* kind : {"accesstoken", "apikey"})
-        replace_all(cleaned, foundation::unicode::to_utf8(getCredential(kind)));
+        hide(cleaned, foundation::unicode::to_utf8(getCredential(kind)));
+    for (const std::string& key : foundation::oauth::stored_keys())
+        hide(cleaned, key);
     return cleaned;
 }
 

@@ -12,7 +12,9 @@
 
 namespace gsheet {
 
-/// `text` with the process's access token and API key replaced by "***".
+/// `text` with the process's access token, its API key and the keys that the host stored replaced
+/// by
+/// "***", percent-encoded ones as well.
 std::string without_secrets(std::string_view text);
 
 /// Logs one line without secrets; formats nothing when the severity is filtered out.

@@ -2,17 +2,14 @@
 #include "spreadsheet/gsheet/utils/util_gsheet.h"
 
 #include <algorithm>
-#include <chrono>
-#include <mutex>
+#include <stdexcept>
 #include <utility>
 
 #include "foundation/environment.h"
 #include "foundation/log.h"
-#include "foundation/services.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/host_errors.h"
-#include "spreadsheet/gsheet/utils/retry_strategy.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 
 namespace gsheet {
@@ -35,17 +32,6 @@ void remove_line_feeds(std::string& text) {
     text.erase(std::remove(text.begin(), text.end(), '\n'), text.end());
 }
 
-http::HttpClientConfiguration with_rules_of_the_service(http::HttpClientConfiguration rules) {
-    constexpr std::chrono::milliseconds kTimeout{180'000};
-    rules.retryStrategy = ExponentialBackOffRateLimitingStrategy(
-        60, 10, 3, getRetryConditionBasedOnHttpReturn(), true);
-    rules.connectTimeout = kTimeout;
-    rules.responseTimeout = kTimeout;
-    rules.transferTimeout = kTimeout;
-    rules.setIdleSpeed(0);
-    return rules;
-}
-
 /// Logs an exception that escapes `action` and lets it pass.
 template <class Action>
 auto with_failures_logged(Action action) {
@@ -53,6 +39,9 @@ auto with_failures_logged(Action action) {
         return action();
     } catch (const std::exception& failure) {
         log_line(severity::error, std::string("Exception caught: ") + failure.what());
+        throw;
+    } catch (...) {
+        log_line(severity::error, "Exception caught: of an unknown type");
         throw;
     }
 }
@@ -74,7 +63,7 @@ http::HttpRequest createAuthorizedRequest(http::HttpMethod method, const std::u1
     request.setHeader("Accept", "application/json");
     request.setHeader("Content-Type", "application/json");
     if (!token.empty())
-        request.setHeader("Authorization", "Bearer " + token);
+        set_bearer(request, token);
     else
         parameters.emplace_back("key", to_utf8(getCredential("apikey")));
     request.setQueryParameters(std::move(parameters));
@@ -82,21 +71,13 @@ http::HttpRequest createAuthorizedRequest(http::HttpMethod method, const std::u1
     return request;
 }
 
-std::shared_ptr<http::HttpClient> sharedHttpClient() {
-    struct Shared {
-        std::mutex mutex;
-        std::shared_ptr<http::HttpClient> client;
-    };
-    static Shared& shared = *std::make_unique<Shared>().release();
-    const std::scoped_lock lock(shared.mutex);
-    if (shared.client == nullptr) {
-        shared.client = foundation::services::find_service<http::HttpClient>(
-            foundation::services::BundleContext());
-        if (shared.client != nullptr)
-            shared.client->configure(
-                with_rules_of_the_service(shared.client->defaultConfiguration()));
+void set_bearer(http::HttpRequest& request, const std::string& token) {
+    try {
+        request.setHeader("Authorization", "Bearer " + token);
+    } catch (const std::invalid_argument&) {
+        throw Exception(error_id::google_identity_required,
+                        "The access token holds a line end or another control character.");
     }
-    return shared.client;
 }
 
 std::string executeRequestWithToken(http::HttpRequest&& request) {
@@ -131,8 +112,8 @@ void throwForHttpStatus(const http::HttpResponse& response) {
     const std::string message = extractErrorMessage(body);
     if (response.status == 400 && message.find(kLastSheet) != std::string::npos)
         throw Exception(error_id::google_last_sheet);
-    const error_id id = response.status == 503 ? error_id::google_unavailable_again
-                                               : error_id::google_unavailable;
+    const error_id id =
+        response.status == 503 ? error_id::google_unavailable_again : error_id::google_unavailable;
     throw Exception(id, without_secrets(message));
 }
 
@@ -161,28 +142,28 @@ foundation::json::Object executeRequestAndParseJsonResponse(http::HttpRequest&& 
 }
 
 void translateToHostError(const Exception& error) {
-    const std::string component = "Zentra:spreadsheet:gsheet:";
+    using namespace Zentra::spreadsheet::gsheet;
     switch (error.id()) {
     case error_id::google_unsupported:
-        throw MessageIdError(component + "OperationNotSupported");
+        throw_host_error<OperationNotSupported>();
     case error_id::google_sheet_type_unsupported:
-        throw MessageIdError(component + "TypeNotSupported");
+        throw_host_error<TypeNotSupported>();
     case error_id::google_identity_required:
-        throw MessageIdError(component + "AccessForbidden");
+        throw_host_error<AccessForbidden>();
     case error_id::google_unavailable_again:
-        throw MessageIdError(component + "ServiceUnavailable", error.what());
+        throw_host_error<ServiceUnavailable>(error.what());
     case error_id::google_too_many_requests:
-        throw MessageIdError(component + "TooManyRequests");
+        throw_host_error<TooManyRequests>();
     case error_id::google_timed_out:
-        throw MessageIdError(component + "RequestTimedOut");
+        throw_host_error<RequestTimedOut>();
     default:
-        throw MessageIdError(component + "InternalError", error.what());
+        throw_host_error<InternalError>(error.what());
     }
 }
 
 std::u16string spreadsheet_url(const std::u16string& id, const std::u16string& suffix) {
-    return endpoints().sheets + u"/v4/spreadsheets/" +
-           to_utf16(http::percent_encode(to_utf8(id))) + suffix;
+    return endpoints().sheets + u"/v4/spreadsheets/" + to_utf16(http::percent_encode(to_utf8(id))) +
+           suffix;
 }
 
 std::u16string quoted_title(const std::u16string& title) {

@@ -5,13 +5,13 @@
 // error text or exception holds a token or a key.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 
-#include "foundation/http/http_client.h"
+#include "foundation/http/http_message.h"
 #include "foundation/json.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/gsheet/utils/shared_client.h"
 
 namespace gsheet {
 
@@ -25,6 +25,10 @@ foundation::http::HttpRequest
 createAuthorizedRequest(foundation::http::HttpMethod method, const std::u16string& url,
                         foundation::http::QueryParameters parameters = {});
 
+/// Sets the header "Authorization" to a token. `Exception` 45 for one that cannot stand in a
+/// header.
+void set_bearer(foundation::http::HttpRequest& request, const std::string& token);
+
 /// Sends a request through the process's client and returns the body of the reply. Throws what
 /// `throwForHttpStatus` throws for every status other than 200, `spreadsheet::Exception` 48 when no
 /// client is registered, and lets the client's own exceptions pass.
@@ -32,7 +36,8 @@ std::string executeRequestWithToken(foundation::http::HttpRequest&& request);
 
 /// As above for a body that is a JSON object, line feeds removed. `Exception` 49 for a body that is
 /// none and holds "RATE_LIMIT_EXCEEDED", 18 for any other.
-foundation::json::Object executeRequestAndParseJsonResponse(foundation::http::HttpRequest&& request);
+foundation::json::Object
+executeRequestAndParseJsonResponse(foundation::http::HttpRequest&& request);
 
 /// The text of the first "message" of an error reply, found without parsing at the place where the
 /// service writes it; removes line feeds from `body`.
@@ -42,11 +47,6 @@ std::string extractErrorMessage(std::string& body);
 
 /// Throws the message-ID error that the host knows for a failure of the service.
 [[noreturn]] void translateToHostError(const spreadsheet::Exception& error);
-
-/// The one client of the process: taken from the service registry at the first call and configured
-/// with the retry strategy and time-outs of three minutes. Null when none is registered; the next
-/// call then looks again.
-std::shared_ptr<foundation::http::HttpClient> sharedHttpClient();
 
 /// "{sheets endpoint}/v4/spreadsheets/{id}" and `suffix`.
 std::u16string spreadsheet_url(const std::u16string& id, const std::u16string& suffix = u"");
