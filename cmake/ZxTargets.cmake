@@ -32,3 +32,18 @@ function(zx_test name)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${arg_LABELS}")
 endfunction()
+
+# Adds one GoogleTest program that runs as a whole beside the emulator of the service:
+# zx_test_with_google(name [--tls] SOURCES ... LIBRARIES ...)
+function(zx_test_with_google name)
+  cmake_parse_arguments(arg "--tls" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  zx_common(${name})
+  target_compile_definitions(${name} PRIVATE ZX_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+  if(NOT "zxspreadsheet" IN_LIST arg_LIBRARIES)
+    target_compile_definitions(${name} PRIVATE ZXSPREADSHEET_STATIC)
+  endif()
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
+  add_test(NAME ${name} COMMAND ${PROJECT_SOURCE_DIR}/tests/with_google_service $<$<BOOL:${arg_--tls}>:--tls>
+    ${PROJECT_SOURCE_DIR}/tests/google_emulator ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+endfunction()

@@ -16,8 +16,6 @@ namespace foundation::http {
 
 namespace {
 
-/// A reply larger than this is refused: its text must fit into memory more than once.
-constexpr std::size_t kMaxReplyBytes = std::size_t{2} << 30;
 /// All lines of a reply's head, redirections and interim replies included.
 constexpr std::size_t kMaxHeadBytes = std::size_t{1} << 20;
 /// How long a transfer may stay below the idle speed.
@@ -31,6 +29,11 @@ using std::chrono::milliseconds;
 long as_long(milliseconds timeout) {
     constexpr milliseconds::rep kMost = std::numeric_limits<long>::max();
     return static_cast<long>(std::clamp<milliseconds::rep>(timeout.count(), 0, kMost));
+}
+
+SteadyClock::time_point deadline(milliseconds timeout) {
+    return timeout.count() > 0 ? Clock::later(SteadyClock::now(), timeout)
+                               : SteadyClock::time_point::max();
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -63,9 +66,9 @@ class HeaderList {
 /// pass.
 class Reply {
   public:
-    Reply(HttpMethod method, milliseconds head_timeout)
-        : head_deadline_(head_timeout.count() > 0 ? Clock::later(SteadyClock::now(), head_timeout)
-                                                  : SteadyClock::time_point::max()),
+    Reply(HttpMethod method, const HttpClientConfiguration& configuration)
+        : head_deadline_(deadline(configuration.responseTimeout)),
+          max_bytes_(configuration.maxReplyBytes),
           may_be_repeated_(method != HttpMethod::Post) {}
 
     HttpResponse response;
@@ -92,7 +95,7 @@ class Reply {
         return static_cast<Reply*>(self)->guarded(count, [&](Reply& reply) {
             reply.has_head_ = true;
             reply.response.body.append(bytes, count);
-            reply.too_large = reply.response.body.size() > kMaxReplyBytes;
+            reply.too_large = reply.response.body.size() > reply.max_bytes_;
         });
     }
 
@@ -135,6 +138,7 @@ class Reply {
     }
 
     SteadyClock::time_point head_deadline_;
+    std::size_t max_bytes_;
     bool may_be_repeated_;
     int times_sent_ = 0;
     bool is_interim_ = false;
@@ -232,7 +236,7 @@ void CurlHandles::give_back(CurlHandle handle) {
 HttpResponse exchange(CURL* handle, const HttpRequest& request,
                       const HttpClientConfiguration& configuration) {
     HeaderList headers;
-    Reply reply(request.method(), configuration.responseTimeout);
+    Reply reply(request.method(), configuration);
     set_rules(handle, configuration);
     set_request(handle, request, headers);
     collect(handle, reply);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -34,6 +35,8 @@ class HttpClientConfiguration {
     /// Certificates to trust instead of the system's: the path of a PEM file in the locale's
     /// encoding, empty for the system's.
     std::string caFile;
+    /// A longer body is refused while it comes in, uncompressed bytes counted.
+    std::size_t maxReplyBytes = std::size_t{2} << 30;
 
     /// Bytes a second below which a transfer counts as stalled; 0 for no minimum.
     void setIdleSpeed(long bytes_per_second) { idleSpeed_ = bytes_per_second; }

@@ -70,11 +70,9 @@ void HttpRequest::setHeader(std::string_view name, std::string_view value) {
     // The text is not shown: it may be a credential with a line end behind it.
     if (name.empty() || is_bad(name) || is_bad(value))
         throw std::invalid_argument("a header of a request holds a control character");
-    const auto known =
-        std::find_if(headers_.begin(), headers_.end(),
-                     [name](const auto& header) {
-                         return unicode::equal_ignoring_ascii_case(header.first, name);
-                     });
+    const auto known = std::find_if(headers_.begin(), headers_.end(), [name](const auto& header) {
+        return unicode::equal_ignoring_ascii_case(header.first, name);
+    });
     if (known == headers_.end())
         headers_.emplace_back(name, value);
     else
