@@ -113,6 +113,8 @@ book::format format_of(const Options& options) {
 }
 
 std::shared_ptr<IBook> open_book(const Options& options) {
+    // A spreadsheet online is never loaded as a whole; it hands all of its sheets out.
+    if (google_id(options.book)) return load_sheet(options, 0, {});
     return load_book_from_file(location_of(options), format_of(options), mode_of(options));
 }
 
@@ -127,7 +129,8 @@ std::u16string sheet_name(const IBook& book, std::size_t index) {
 
 Selection open_selection(const Options& options) {
     Selection selection;
-    const auto list = open_sheet_list(options);
+    const bool is_online = google_id(options.book).has_value();
+    const auto list = is_online ? open_book(options) : open_sheet_list(options);
     const std::size_t index = find_sheet(*list, options.sheet);
     selection.sheet_name = sheet_name(*list, index);
     if (list->sheet_type(index) == sheet::type::chart)
@@ -135,7 +138,7 @@ Selection open_selection(const Options& options) {
                         "The sheet '" + unicode::to_utf8(selection.sheet_name) +
                             "' is a chart sheet, which has no cells.");
     const auto corners = corners_of(unicode::to_utf16(options.range), format_of(options));
-    selection.book = load_sheet(options, index, corners);
+    selection.book = is_online ? list : load_sheet(options, index, corners);
     selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : index);
     if (!selection.sheet) throw Exception(error_id::sheet_not_opened);
     selection.range = corners ? *corners : find_range(selection, options, format_of(options));

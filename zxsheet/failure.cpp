@@ -34,12 +34,6 @@ std::string as_sentence(std::string text) {
     return text;
 }
 
-bool can_be_opened(const std::string& book) {
-    const std::filesystem::path path = native_path(book);
-    std::error_code ignored;
-    return std::filesystem::is_regular_file(path, ignored) && std::ifstream(path).is_open();
-}
-
 /// Why a file cannot be opened, where the library has not tried.
 std::string unreadable_reason(const std::string& book) {
     std::error_code ignored;
@@ -54,14 +48,17 @@ Failure not_loaded(const Options& options, const std::string& cause, const std::
         return {ExitCode::NoApplication,
                 options.book + ": The spreadsheet application is not available; leave --app out to "
                                "read the file itself."};
-    if (google_id(options.book))
-        return {ExitCode::Service, options.book +
-                                       ": Google Sheets is not available in this version; "
-                                       "download the spreadsheet as XLSX and read the file."};
+    if (google_id(options.book)) return {ExitCode::Service, sentence};
     return {can_be_opened(options.book) ? ExitCode::NotAWorkbook : ExitCode::NotReadable, sentence};
 }
 
 } // namespace
+
+bool can_be_opened(const std::string& book) {
+    const std::filesystem::path path = native_path(book);
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(path, ignored) && std::ifstream(path).is_open();
+}
 
 Failure describe(const spreadsheet::Exception& error, const Options& options,
                  const std::string& cause) {
@@ -88,10 +85,16 @@ Failure describe(const spreadsheet::Exception& error, const Options& options,
     case error_id::range_too_large:
     case error_id::cell_out_of_bounds:
     case error_id::chart_sheet_unsupported:
+    case error_id::google_range_too_large:
+    case error_id::google_range_invalid:
+    case error_id::google_cell_out_of_bounds:
         return {ExitCode::NotFound, options.book + ": " + message};
     case error_id::google_sheet_not_found:
         return {ExitCode::NotReadable, options.book + ": " + message};
     case error_id::google_identity_required:
+        return {ExitCode::Service,
+                options.book + ": Access was refused; set ZX_ACCESS_TOKEN to a token that may use "
+                               "the file, or ZX_API_KEY for reading a public spreadsheet."};
     case error_id::google_unavailable:
     case error_id::google_unavailable_again:
     case error_id::google_too_many_requests:

@@ -33,6 +33,9 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
+/// Whether a path leads to a file that can be read.
+bool can_be_opened(const std::string& book);
+
 /// The failure that the library's exception stands for. `cause` is what the library logged about a
 /// book that it could not load, empty when it logged nothing.
 Failure describe(const spreadsheet::Exception& error, const Options& options,

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "spreadsheet/cell_exchange.h"
 
@@ -23,7 +24,10 @@ struct Options {
     DateStyle dates = DateStyle::Iso;
     std::optional<spreadsheet::MergedCellColumnRule> merged_columns;
     std::optional<spreadsheet::MergedCellRowRule> merged_rows;
-    std::string output; ///< empty for standard output
+    std::string output;      ///< empty for standard output
+    std::string google_root; ///< empty for the service's own addresses
+    std::string google;      ///< the command of the group "google"; empty for any other
+    std::vector<std::string> google_texts; ///< its arguments
 
     bool has_merged_rules() const { return merged_columns || merged_rows; }
 };

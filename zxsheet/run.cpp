@@ -11,8 +11,10 @@
 #include <CLI/CLI.hpp>
 
 #include "spreadsheet/spreadsheet.h"
+#include "zxsheet/book_access.h"
 #include "zxsheet/commands.h"
 #include "zxsheet/failure.h"
+#include "zxsheet/google_command.h"
 #include "zxsheet/progress_line.h"
 
 namespace zxsheet {
@@ -160,6 +162,8 @@ std::unique_ptr<CLI::App> make_parser(Options& options, Command& command) {
     add_selection(*read, options);
     add_output(*read, options);
     add_merged_rules(*read, options);
+    add_google_root(*app, options);
+    add_google_commands(*app, options, [&command] { command = run_google; });
     return app;
 }
 
@@ -176,14 +180,19 @@ int report(ExitCode code, std::string sentence, std::ostream& err) {
 
 /// What is wrong with the arguments, from the parser that found it.
 std::string usage_sentence(const CLI::ParseError& error, const CLI::App& app) {
-    const auto commands = app.get_subcommands();
-    const std::string name = commands.empty() ? "zxsheet" : "zxsheet " + commands[0]->get_name();
+    std::string name = "zxsheet";
+    const CLI::App* command = &app;
+    while (!command->get_subcommands().empty()) {
+        command = command->get_subcommands().front();
+        name += ' ' + command->get_name();
+    }
     const std::string hint = "; see '" + name + " --help'";
     const std::string what = error.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
         return what.substr(0, what.find(':')) + " needs exactly one value" + hint;
-    if (!commands.empty()) return what + hint;
-    const auto rest = app.remaining();
+    const bool is_group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
+    if (!is_group) return what + hint;
+    const auto rest = command->remaining();
     if (rest.empty()) return "A command is missing" + hint;
     const char* const kind = rest[0].starts_with('-') ? "option" : "command";
     return std::string("There is no ") + kind + " '" + rest[0] + "'" + hint;
@@ -193,6 +202,7 @@ int execute(const Options& options, Command command, std::ostream& out, std::ost
             bool err_is_terminal) {
     const LibrarySession library;
     try {
+        use_google_root(options);
         ProgressLine progress(err_is_terminal ? &err : nullptr, "Reading " + options.book);
         OutputSink sink(out, options.output, [&] {
             // The terminal may show the data as well, and a pipe may end the program here.
@@ -210,7 +220,10 @@ int execute(const Options& options, Command command, std::ostream& out, std::ost
     } catch (const std::bad_alloc&) {
         return report(ExitCode::Failed, options.book + ": There is not enough memory.", err);
     } catch (const std::exception& e) {
-        return report(ExitCode::Failed, options.book + ": " + e.what(), err);
+        // What the library does not turn into an error of its own is the network's.
+        const bool is_service = google_id(options.book).has_value();
+        return report(is_service ? ExitCode::Service : ExitCode::Failed,
+                      options.book + ": " + e.what(), err);
     }
 }
 
