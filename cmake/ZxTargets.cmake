@@ -45,5 +45,6 @@ function(zx_test_with_google name)
   endif()
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
   add_test(NAME ${name} COMMAND ${PROJECT_SOURCE_DIR}/tests/with_google_service $<$<BOOL:${arg_--tls}>:--tls>
-    ${PROJECT_SOURCE_DIR}/tests/google_emulator ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+    ${ZX_GOOGLE_EMULATOR} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>
+    COMMAND_EXPAND_LISTS)
 endfunction()

@@ -32,8 +32,8 @@ class HttpClientConfiguration {
     std::chrono::milliseconds connectTimeout{30'000};
     std::chrono::milliseconds responseTimeout{60'000};  ///< from the request to the reply's head
     std::chrono::milliseconds transferTimeout{300'000}; ///< of the whole exchange
-    /// Certificates to trust instead of the system's: the path of a PEM file in the locale's
-    /// encoding, empty for the system's.
+    /// Certificates to trust instead of the system's: the path of a PEM file, UTF-8; empty for the
+    /// system's.
     std::string caFile;
     /// A longer body is refused while it comes in, uncompressed bytes counted.
     std::size_t maxReplyBytes = std::size_t{2} << 30;

@@ -57,7 +57,12 @@ TEST(ExitCode, TellsFailuresApart) {
         {{"read", chart.text(), "-s", "Chart"}, 5, "chart"},
         {{"read", kWeather, "-o", target.text() + "/below/nothing"}, 6, target.text()},
         {{"read", kWeather, "-s", "Summary", "--merged-columns", "error"}, 1, "Merged columns"},
-        {{"read", "gsheet:abc"}, 7, "gsheet:abc"},
+        {{"--google-root", "http://127.0.0.1:1", "read", "gsheet:abc"}, 7, "gsheet:abc"},
+        {{"--google-root", "http://127.0.0.1:1", "google", "size", "abc"}, 7, "abc: The request"},
+        {{"--google-root", "http://example.org", "google", "size", "abc"}, 2, "https://HOST"},
+        {{"google"}, 2, "A command is missing; see 'zxsheet google --help'"},
+        {{"google", "unknown"}, 2, "no command 'unknown'"},
+        {{"google", "read", "abc", "Data"}, 2, "RANGE"},
         {{"read", kWeather, "--app"}, 8, "application"},
     };
     for (const auto& c : cases) {
