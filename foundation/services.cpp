@@ -14,7 +14,7 @@ namespace {
 
 struct Entry {
     std::size_t identifier;
-    std::type_index interface;
+    std::type_index type;
     std::shared_ptr<void> service;
 };
 
@@ -31,11 +31,11 @@ Registry& known_services() {
 
 } // namespace
 
-std::size_t registry::add(std::type_index interface, std::shared_ptr<void> service) {
+std::size_t registry::add(std::type_index type, std::shared_ptr<void> service) {
     if (service == nullptr) throw std::invalid_argument("a service is null");
     Registry& known = known_services();
     const std::scoped_lock lock(known.mutex);
-    known.entries.push_back({known.next_identifier, interface, std::move(service)});
+    known.entries.push_back({known.next_identifier, type, std::move(service)});
     return known.next_identifier++;
 }
 
@@ -52,15 +52,14 @@ void registry::remove(std::size_t identifier) {
     if (known.entries.empty()) known.entries.shrink_to_fit(); // the library may be unloaded next
 }
 
-std::vector<std::shared_ptr<void>> registry::find(std::type_index interface,
-                                                  const std::string& filter) {
+std::vector<std::shared_ptr<void>> registry::find(std::type_index type, const std::string& filter) {
     if (!filter.empty())
         throw std::invalid_argument("the service registry knows no filter but the empty one");
     Registry& known = known_services();
     const std::scoped_lock lock(known.mutex);
     std::vector<std::shared_ptr<void>> found;
     for (const Entry& entry : known.entries)
-        if (entry.interface == interface) found.push_back(entry.service);
+        if (entry.type == type) found.push_back(entry.service);
     return found;
 }
 

@@ -50,9 +50,9 @@ class ServiceReference {
 
 namespace registry {
 
-std::size_t add(std::type_index interface, std::shared_ptr<void> service);
+std::size_t add(std::type_index type, std::shared_ptr<void> service);
 void remove(std::size_t identifier);
-std::vector<std::shared_ptr<void>> find(std::type_index interface, const std::string& filter);
+std::vector<std::shared_ptr<void>> find(std::type_index type, const std::string& filter);
 
 } // namespace registry
 

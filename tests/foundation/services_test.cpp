@@ -58,8 +58,8 @@ TEST(FindService, TakesTheFirstReferenceOfAFrameworksContext) {
 TEST(FindService, TakesTheFirstThatIsRegistered) {
     BundleContext context = bundle_context();
     EXPECT_EQ(find_service<Greeter>(context), nullptr);
-    auto first = context.RegisterService(greeter(1));
-    auto second = context.RegisterService(greeter(2));
+    auto first = context.RegisterService<Greeter>(greeter(1));
+    auto second = context.RegisterService<Greeter>(greeter(2));
     EXPECT_EQ(find_service<Greeter>(context)->number, 1);
     EXPECT_EQ(find_service<Stranger>(context), nullptr);
     first.Unregister();
@@ -78,13 +78,12 @@ TEST(BundleContext, KnowsTheEmptyFilterOnly) {
 }
 
 TEST(BundleContext, RegistersNoNull) {
-    EXPECT_THROW(bundle_context().RegisterService(std::shared_ptr<Greeter>()),
-                 std::invalid_argument);
+    EXPECT_THROW(bundle_context().RegisterService<Greeter>(nullptr), std::invalid_argument);
 }
 
 TEST(BundleContext, GivesNullForAServiceThatHasGone) {
     BundleContext context = bundle_context();
-    auto registration = context.RegisterService(greeter(1));
+    auto registration = context.RegisterService<Greeter>(greeter(1));
     const auto reference = context.GetServiceReferences<Greeter>().at(0);
     auto held = context.GetService(reference);
     registration.Unregister();
@@ -95,7 +94,7 @@ TEST(BundleContext, GivesNullForAServiceThatHasGone) {
 }
 
 TEST(ServiceRegistration, OfNothingEndsNothing) {
-    auto registration = bundle_context().RegisterService(greeter(1));
+    auto registration = bundle_context().RegisterService<Greeter>(greeter(1));
     ServiceRegistration<Greeter> none;
     EXPECT_FALSE(none);
     none.Unregister();
