@@ -6,17 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/workbook/string_sink.h"
 #include "workbook/package/packer.h"
 
 namespace workbook {
 namespace {
 
-class StringSink final : public ByteSink {
-  public:
-    using ByteSink::append;
-    void append(const char* bytes, std::size_t count) override { text.append(bytes, count); }
-    std::string text;
-};
+using test::StringSink;
 
 std::string unpacked(const std::string& packed, InflateEngine engine) {
     const auto file = foundation::files::memory_file(packed);

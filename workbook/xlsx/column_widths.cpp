@@ -194,11 +194,16 @@ double number_width(double value, bool is_date) {
         if (value < 1.0) return text_width(u"00:00:00");
         return text_width(value == std::trunc(value) ? u"00/00/0000" : u"00/00/0000 00:00");
     }
-    // As the general format shows it: ten digits, or six before an exponent.
+    // As the general format shows it: eleven digits without a point, ten with one, six before an
+    // exponent.
+    const bool is_short_whole = value == std::trunc(value) && std::abs(value) < 1e11;
     char text[40];
-    auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 10).ptr;
+    char* const room_end = text + sizeof text;
+    auto end = is_short_whole
+                   ? std::to_chars(text, room_end, static_cast<long long>(value)).ptr
+                   : std::to_chars(text, room_end, value, std::chars_format::general, 10).ptr;
     if (std::find(text, end, 'e') != end)
-        end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, 5).ptr;
+        end = std::to_chars(text, room_end, value, std::chars_format::general, 6).ptr;
     return text_width(foundation::unicode::to_utf16({text, static_cast<std::size_t>(end - text)}));
 }
 
