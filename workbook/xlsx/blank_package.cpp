@@ -13,8 +13,13 @@ namespace workbook {
 namespace {
 
 constexpr std::string_view kCoreProperties =
-    R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>
-<cp:coreProperties xmlns:cp="http://schemas.openxmlformats.org/package/2006/metadata/core-properties" xmlns:dc="http://purl.org/dc/elements/1.1/" xmlns:dcterms="http://purl.org/dc/terms/" xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance"><dc:creator>zxspreadsheet</dc:creator>)";
+    "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+    "<cp:coreProperties"
+    R"( xmlns:cp="http://schemas.openxmlformats.org/package/2006/metadata/core-properties")"
+    R"( xmlns:dc="http://purl.org/dc/elements/1.1/")"
+    R"( xmlns:dcterms="http://purl.org/dc/terms/")"
+    R"( xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance">)"
+    "<dc:creator>zxspreadsheet</dc:creator>";
 
 /// The form of W3CDTF, in UTC.
 std::string date_and_time(std::chrono::system_clock::time_point now) {
