@@ -14,7 +14,7 @@ namespace {
 /// By StoredKind.
 constexpr CellKind kCellKinds[] = {CellKind::Number,    CellKind::String, CellKind::String,
                                    CellKind::Boolean,   CellKind::Blank,  CellKind::Error,
-                                   CellKind::StrictDate};
+                                   CellKind::StrictDate, CellKind::String};
 
 } // namespace
 
