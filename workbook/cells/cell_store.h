@@ -15,12 +15,12 @@
 namespace workbook {
 
 enum class StoredKind : std::uint8_t {
-    Number,    ///< value.number
-    String,    ///< value.text: index into the book's shared strings
-    OwnString, ///< value.text: index into the sheet's own strings (inline text, formula results)
-    Boolean,   ///< value.number is 0 or 1
-    Blank,     ///< no value
-    Error,     ///< value.text: index of its text in the sheet's own strings
+    Number,     ///< value.number
+    String,     ///< value.text: index into the book's shared strings
+    OwnString,  ///< value.text: index into the sheet's own strings (inline text, formula results)
+    Boolean,    ///< value.number is 0 or 1
+    Blank,      ///< no value
+    Error,      ///< value.text: index of its text in the sheet's own strings
     StrictDate, ///< value.number is a serial day number
     AddedString ///< value.text: index into the strings that were added to the book
 };
@@ -119,7 +119,8 @@ class CellStore {
     }
 
   private:
-    // `find` looks at the first cell even of a row without cells, which is beyond every column then.
+    // `find` looks at the first cell even of a row without cells, which is beyond every column
+    // then.
     struct Row {
         std::uint32_t index;
         std::uint32_t count;

@@ -60,9 +60,10 @@ CellStore::CellStore(const CellStore& other)
 }
 
 std::size_t CellStore::row_from(int row) const {
-    const auto found = std::lower_bound(
-        rows_.begin(), rows_.end(), row,
-        [](const Row& a, int wanted) { return static_cast<int>(a.index) < wanted; });
+    const auto found =
+        std::lower_bound(rows_.begin(), rows_.end(), row, [](const Row& a, int wanted) {
+            return static_cast<int>(a.index) < wanted;
+        });
     return static_cast<std::size_t>(found - rows_.begin());
 }
 
@@ -178,8 +179,8 @@ std::uint32_t CellStore::wanted_capacity(const Row& row) const {
     const auto first = static_cast<std::uint32_t>(expected_.first_column);
     const auto last = static_cast<std::uint32_t>(expected_.last_column);
     const StoredCell* const end = row.cells + row.count;
-    const StoredCell* const from = std::lower_bound(row.cells, row.cells + row.count, first,
-                                                    before_column);
+    const StoredCell* const from =
+        std::lower_bound(row.cells, row.cells + row.count, first, before_column);
     const StoredCell* const to = std::lower_bound(from, end, last + 1, before_column);
     const auto there = static_cast<std::uint32_t>(to - from);
     return std::max(row.count - there + (last - first + 1), row.count + 1);
@@ -187,8 +188,7 @@ std::uint32_t CellStore::wanted_capacity(const Row& row) const {
 
 StoredCell* CellStore::take_cells(std::size_t count) {
     if (static_cast<std::size_t>(chunk_end_ - open_end_) < count) {
-        const std::size_t cells =
-            std::max(count, chunks_.empty() ? kFirstChunkCells : kChunkCells);
+        const std::size_t cells = std::max(count, chunks_.empty() ? kFirstChunkCells : kChunkCells);
         chunks_.emplace_back(new StoredCell[cells]);
         open_end_ = chunks_.back().get();
         chunk_end_ = open_end_ + cells;

@@ -17,7 +17,8 @@ void ClearedCells::add(int first_row, int last_row, int first_column, int last_c
             last.last_row = std::max(last.last_row, last_row);
             return;
         }
-        if (same_rows && first_column >= last.first_column && first_column <= last.last_column + 1) {
+        if (same_rows && first_column >= last.first_column &&
+            first_column <= last.last_column + 1) {
             last.last_column = std::max(last.last_column, last_column);
             return;
         }
