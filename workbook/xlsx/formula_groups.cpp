@@ -17,8 +17,11 @@ using Token = XmlScanner::Token;
 // Longest formula that applications accept.
 constexpr std::size_t kMaxFormula = 8192;
 
-bool is_one_cell(const AreaReference& area) {
-    return area.first_row == area.last_row && area.first_column == area.last_column;
+// Whether a formula that stands at `place` is for other cells too. Applications have it in the
+// first cell of its block.
+bool is_block(const AreaReference& area, const CellReference& place) {
+    return area.first_row == place.row && area.first_column == place.column &&
+           (area.first_row != area.last_row || area.first_column != area.last_column);
 }
 
 bool is_before(const CellReference& a, const CellReference& b) {
@@ -139,7 +142,7 @@ void FormulaGroups::note(const SourceCell& cell, const CellReference& place,
     if (formula.type == "shared" && formula.group)
         note_shared(formula, place, changed);
     else if ((formula.type == "array" || formula.type == "dataTable") && formula.area &&
-             !is_one_cell(*formula.area))
+             is_block(*formula.area, place))
         note_block(cell, place, changed);
 }
 

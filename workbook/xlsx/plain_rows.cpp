@@ -37,7 +37,10 @@ int SheetDataRewriter::next_row_to_look_at() {
 // of sheetData, rows without a number or out of order.
 void SheetDataRewriter::copy_plain_rows() {
     const int stop = next_row_to_look_at();
-    if (stop <= places_.next_row() || row_prefix_.size() > kReadAhead / 4) return;
+    // Where rows are out of order, a changed one may come again.
+    if (stop <= places_.next_row() || highest_row_ >= places_.next_row() ||
+        row_prefix_.size() > kReadAhead / 4)
+        return;
     const char* p = window_.cursor();
     // Where the next tag is none of a plain row, rows may look otherwise altogether.
     if (find_mark(p) != skip_spaces(p)) return;

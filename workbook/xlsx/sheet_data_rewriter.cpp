@@ -52,6 +52,7 @@ void SheetDataRewriter::rewrite() {
         const Token token = scanner_.next();
         if (token == Token::End && scanner_.depth() < depth) {
             if (!is_empty) write_rows_before(kMaxRows);
+            highest_row_ = kMaxRows;
             out_.append(scanner_.raw());
             return;
         }
@@ -79,7 +80,7 @@ void SheetDataRewriter::write_missing() {
 void SheetDataRewriter::rewrite_row() {
     const int depth = scanner_.depth();
     const int row = places_.begin_row(scanner_);
-    // Views into the window do not survive, but the row's tag is still the last token.
+    highest_row_ = std::max(highest_row_, row);
     write_rows_before(row);
     new_cells_ = {};
     if (next_row_ < cells_.row_count() && cells_.row_at(next_row_).row == row) {

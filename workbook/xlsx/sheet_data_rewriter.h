@@ -59,6 +59,7 @@ class SheetDataRewriter {
 
     CellPlaces places_;             ///< as the part has them
     CellPlaces written_;            ///< as a reader of what is written finds them
+    int highest_row_ = -1;          ///< of the part, so far
     std::size_t next_row_ = 0;      ///< of the store's rows, the first that is to be written
     CellStore::RowCells new_cells_; ///< of the row being written, those that are still to come
     SourceCell cell_;
