@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/ascii_case.h"
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
