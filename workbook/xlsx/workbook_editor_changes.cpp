@@ -79,8 +79,7 @@ class WorkbookEditor::Gatherer {
     bool follows(std::string_view source, const Relationship& relationship) const {
         if (source != state_.part) return true;
         if (drops_chain() && lists_cells(relationship.type, !has_removed_)) return false;
-        return !removed_.contains(relationship.id) &&
-               !removed_parts_.contains(relationship.target);
+        return !removed_.contains(relationship.id) && !removed_parts_.contains(relationship.target);
     }
 
     void gather_workbook() {
