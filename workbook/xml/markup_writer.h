@@ -23,6 +23,7 @@ class MarkupWriter {
         : out_(out), block_(new char[kBlock]), end_(block_.get()), limit_(end_ + kBlock) {}
 
     void append(std::string_view text) {
+        if (text.empty()) return; // perhaps a null view
         if (static_cast<std::size_t>(limit_ - end_) < text.size()) {
             flush();
             if (text.size() > kBlock / 2) {
