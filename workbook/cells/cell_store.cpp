@@ -58,7 +58,7 @@ void CellStore::end_row() {
     if (!in_order_) open_end_ = open_begin_ + keep_last_of_equals(open_begin_, open_end_);
     if (open_end_ != open_begin_) {
         const auto count = static_cast<std::uint32_t>(open_end_ - open_begin_);
-        rows_.push_back({open_row_, count, open_begin_, count, false});
+        rows_.push_back({open_row_, count, open_begin_});
     }
     open_limit_ = open_end_;
 }
@@ -103,7 +103,7 @@ void CellStore::merge_equal_rows() {
         const std::uint32_t count = keep_last_of_equals(cells.data(), cells.data() + cells.size());
         chunks_.emplace_back(new StoredCell[count]);
         std::memcpy(chunks_.back().get(), cells.data(), count * sizeof(StoredCell));
-        merged.push_back({rows_[next - 1].index, count, chunks_.back().get(), count, false});
+        merged.push_back({rows_[next - 1].index, count, chunks_.back().get()});
     }
     rows_ = std::move(merged);
 }

@@ -105,7 +105,8 @@ class CellStore {
     std::size_t row_count() const { return rows_.size(); }
     RowCells row_at(std::size_t i) const {
         const Row& row = rows_[i];
-        return {static_cast<int>(row.index), row.cells, row.cells + row.count, row.has_changes};
+        const bool has_changes = i < edits_.size() && edits_[i].has_changes;
+        return {static_cast<int>(row.index), row.cells, row.cells + row.count, has_changes};
     }
     /// Number of the first row at or behind `row`.
     std::size_t row_from(int row) const;
@@ -125,8 +126,11 @@ class CellStore {
         std::uint32_t index;
         std::uint32_t count;
         StoredCell* cells;
-        std::uint32_t capacity;
-        bool has_changes;
+    };
+    // What changes need to know of a row; apart, since reads are quicker over small rows.
+    struct RowEdit {
+        std::uint32_t capacity = 0;
+        bool has_changes = false;
     };
     struct Rectangle {
         int first_row = 0, last_row = -1, first_column = 0, last_column = -1;
@@ -138,17 +142,20 @@ class CellStore {
     void compute_bounds() const;
     void widen_bounds(int row, const StoredCell& cell);
 
-    Row& row_for_writing(std::uint32_t row);
-    Row& insert_row(std::uint32_t row);
-    void put_within(Row& row, const StoredCell& cell);
-    void make_room(Row& row);
+    void begin_edits();
+    void merge_empty_rows(const std::vector<std::uint32_t>& added);
+    std::size_t row_for_writing(std::uint32_t row);
+    std::size_t insert_row(std::uint32_t row);
+    void put_within(std::size_t i, const StoredCell& cell);
+    void make_room(std::size_t i);
     std::uint32_t wanted_capacity(const Row& row) const;
     StoredCell* take_cells(std::size_t count);
     static void remove_from(Row& row, std::uint32_t first_column, std::uint32_t last_column);
 
     std::vector<std::unique_ptr<StoredCell[]>> chunks_;
     StoredCell* chunk_end_ = nullptr;
-    std::vector<Row> rows_; ///< ascending by index once finished
+    std::vector<Row> rows_;      ///< ascending by index once finished
+    std::vector<RowEdit> edits_; ///< beside `rows_` from the first change on
 
     StoredCell* open_begin_ = nullptr;
     StoredCell* open_end_ = nullptr;

@@ -54,7 +54,9 @@ CellStore::CellStore(const CellStore& other)
     for (const Row& row : other.rows_) {
         if (row.count == 0) continue;
         std::memcpy(cells, row.cells, row.count * sizeof(StoredCell));
-        rows_.push_back({row.index, row.count, cells, row.count, row.has_changes});
+        rows_.push_back({row.index, row.count, cells});
+        const auto i = static_cast<std::size_t>(&row - other.rows_.data());
+        edits_.push_back({row.count, other.row_at(i).has_changes});
         cells += row.count;
     }
 }
@@ -69,20 +71,29 @@ std::size_t CellStore::row_from(int row) const {
 
 void CellStore::put(int row, StoredCell cell) {
     cell.kind |= kChangedMark;
-    Row& place = row_for_writing(static_cast<std::uint32_t>(row));
+    if (edits_.size() != rows_.size()) begin_edits();
+    const std::size_t i = row_for_writing(static_cast<std::uint32_t>(row));
+    Row& place = rows_[i];
     if (place.count == 0 || place.cells[place.count - 1].column < cell.column) {
-        if (place.count == place.capacity) make_room(place);
+        if (place.count == edits_[i].capacity) make_room(i);
         place.cells[place.count++] = cell;
         ++size_;
     } else {
-        put_within(place, cell);
+        put_within(i, cell);
     }
-    place.has_changes = true;
+    edits_[i].has_changes = true;
     widen_bounds(row, cell);
 }
 
+void CellStore::begin_edits() {
+    edits_.reserve(rows_.size());
+    while (edits_.size() < rows_.size())
+        edits_.push_back({rows_[edits_.size()].count, false});
+}
+
 // At or before the row's last cell.
-void CellStore::put_within(Row& row, const StoredCell& cell) {
+void CellStore::put_within(std::size_t i, const StoredCell& cell) {
+    Row& row = rows_[i];
     StoredCell* at = std::lower_bound(row.cells, row.cells + row.count, cell.column, before_column);
     if (at->column == cell.column) {
         const bool was_filled = at->stored_kind() != StoredKind::Blank;
@@ -91,7 +102,7 @@ void CellStore::put_within(Row& row, const StoredCell& cell) {
         return;
     }
     const auto before = at - row.cells;
-    if (row.count == row.capacity) make_room(row);
+    if (row.count == edits_[i].capacity) make_room(i);
     at = row.cells + before;
     std::memmove(at + 1, at, (row.count - static_cast<std::size_t>(before)) * sizeof *at);
     *at = cell;
@@ -106,19 +117,19 @@ void CellStore::widen_bounds(int row, const StoredCell& cell) {
     if (cell.stored_kind() != StoredKind::Blank) widen(filled_bounds_, row, column);
 }
 
-CellStore::Row& CellStore::row_for_writing(std::uint32_t row) {
+std::size_t CellStore::row_for_writing(std::uint32_t row) {
     if (rows_.empty() || row > rows_.back().index) {
-        rows_.push_back({row, 0, no_cells(), 0, false});
-        return rows_.back();
+        rows_.push_back({row, 0, no_cells()});
+        edits_.emplace_back();
+        return rows_.size() - 1;
     }
     const Row* found = find_row(row);
-    return found != nullptr ? rows_[static_cast<std::size_t>(found - rows_.data())]
-                            : insert_row(row);
+    return found != nullptr ? static_cast<std::size_t>(found - rows_.data()) : insert_row(row);
 }
 
 // Every insertion moves the rows behind it. An eighth of the number of rows comes along, on either
 // side, where rows are missing: then whoever writes rows in any order inserts few times.
-CellStore::Row& CellStore::insert_row(std::uint32_t row) {
+std::size_t CellStore::insert_row(std::uint32_t row) {
     const std::size_t at = row_from(static_cast<int>(row));
     std::vector<std::uint32_t> missing = {row};
     std::size_t left = rows_.size() / 16;
@@ -144,22 +155,40 @@ CellStore::Row& CellStore::insert_row(std::uint32_t row) {
             --left;
         }
     }
-    for (const std::uint32_t added : missing)
-        rows_.push_back({added, 0, no_cells(), 0, false});
-    const auto added = rows_.end() - static_cast<std::ptrdiff_t>(missing.size());
-    const auto ascending = [](const Row& a, const Row& b) { return a.index < b.index; };
-    std::sort(added, rows_.end(), ascending);
-    std::inplace_merge(rows_.begin(), added, rows_.end(), ascending);
-    return rows_[row_from(static_cast<int>(row))];
+    std::sort(missing.begin(), missing.end());
+    merge_empty_rows(missing);
+    return row_from(static_cast<int>(row));
 }
 
-void CellStore::make_room(Row& row) {
+// `added` are ascending and none of them is there.
+void CellStore::merge_empty_rows(const std::vector<std::uint32_t>& added) {
+    std::size_t from = rows_.size(), left = added.size(), to = from + left;
+    edits_.reserve(to);
+    rows_.reserve(to);
+    edits_.resize(to);
+    rows_.resize(to);
+    while (left > 0) {
+        --to;
+        if (from > 0 && rows_[from - 1].index > added[left - 1]) {
+            --from;
+            rows_[to] = rows_[from];
+            edits_[to] = edits_[from];
+        } else {
+            rows_[to] = {added[--left], 0, no_cells()};
+            edits_[to] = {};
+        }
+    }
+}
+
+void CellStore::make_room(std::size_t i) {
+    Row& row = rows_[i];
+    std::uint32_t& capacity = edits_[i].capacity;
     const std::uint32_t wanted = wanted_capacity(row);
-    if (row.capacity > 0 && row.cells + row.capacity == open_end_) {
+    if (capacity > 0 && row.cells + capacity == open_end_) {
         const auto free = static_cast<std::size_t>(chunk_end_ - open_end_);
-        const std::uint32_t more = std::min(wanted - row.capacity, kGrowth);
+        const std::uint32_t more = std::min(wanted - capacity, kGrowth);
         if (free >= more) {
-            row.capacity += more;
+            capacity += more;
             open_end_ += more;
             return;
         }
@@ -167,7 +196,7 @@ void CellStore::make_room(Row& row) {
     StoredCell* const cells = take_cells(wanted);
     std::memcpy(cells, row.cells, row.count * sizeof(StoredCell));
     row.cells = cells;
-    row.capacity = wanted;
+    capacity = wanted;
 }
 
 // For a row that is full.
@@ -204,8 +233,6 @@ void CellStore::expect(int first_row, int last_row, int first_column, int last_c
     expected_ = {};
     if (rows <= 0 || columns <= 0 || rows * columns > kMaxExpectedCells) return;
     expected_ = {first_row, last_row, first_column, last_column};
-    if (rows_.empty() || first_row > static_cast<int>(rows_.back().index))
-        rows_.reserve(rows_.size() + static_cast<std::size_t>(rows));
 }
 
 void CellStore::remove(int first_row, int last_row, int first_column, int last_column) {
