@@ -8,6 +8,7 @@ import sys
 import zipfile
 
 KINDS = {
+    "fuzz_rewrite": lambda name: "sheets/" in name and name.endswith(".xml"),
     "fuzz_worksheet": lambda name: "sheets/" in name and name.endswith(".xml"),
     "fuzz_shared_strings": lambda name: name.endswith("sharedstrings.xml"),
     "fuzz_styles": lambda name: name.endswith("styles.xml"),
