@@ -142,5 +142,28 @@ TEST(RenameSheets, AsksForWholeSpansWhereItCan) {
     EXPECT_EQ(rename_sheets("SUM(Gone:Z!A1)", keep, spans), "SUM(#REF!)");
 }
 
+TEST(RenameTables, ReplacesTheTableBeforeItsColumns) {
+    const auto map = [](std::string_view name) -> std::optional<std::string> {
+        if (name == "T1") return "T1_2";
+        return {};
+    };
+    struct Case {
+        const char *formula, *changed;
+    } const cases[] = {
+        {"SUM(Tab[a])", "unchanged"},
+        {"\"Tax[a]\"&[@a]&[1]!Tax", "unchanged"},
+        {"Tax(1)+S!Tax", "unchanged"},
+        {"SUM(Tax[a],Tax[[#This Row],[Tax]])+ROWS(Tax)", "SUM(New[a],New[[#This Row],[Tax]])+ROWS(New)"},
+        {"Tax[open", "unchanged"},
+    };
+    EXPECT_FALSE(rename_tables("T1+1", map)) << "a cell, not a table";
+    const auto tax = [](std::string_view name) -> std::optional<std::string> {
+        if (name == "Tax") return "New";
+        return {};
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(rename_tables(c.formula, tax).value_or("unchanged"), c.changed) << c.formula;
+}
+
 } // namespace
 } // namespace workbook

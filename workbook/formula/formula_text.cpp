@@ -3,6 +3,8 @@
 // One pass over the tokens each; everything that does not change is copied.
 #include "workbook/formula/formula_text.h"
 
+#include <algorithm>
+
 #include "workbook/formula/reference_text.h"
 
 namespace workbook {
@@ -121,6 +123,25 @@ std::optional<std::string> rename_sheets(std::string_view formula, const SheetNa
                                          const SheetSpanMap& spans) {
     if (formula.find('!') == std::string_view::npos) return {};
     return SheetRenamer(formula, map, spans).run();
+}
+
+std::optional<std::string> rename_tables(std::string_view formula, const TableNameMap& map) {
+    std::string out;
+    bool changed = false, is_behind_prefix = false;
+    FormulaTokenizer tokens(formula);
+    for (FormulaToken token = tokens.next(); !token.text.empty(); token = tokens.next()) {
+        const std::size_t end = std::min(token.text.find('['), token.text.size());
+        if (token.kind == Kind::Name && end > 0 && !is_behind_prefix)
+            if (const std::optional<std::string> name = map(token.text.substr(0, end))) {
+                out += *name;
+                token.text.remove_prefix(end);
+                changed = true;
+            }
+        out += token.text;
+        is_behind_prefix = token.kind == Kind::SheetPrefix || token.kind == Kind::OtherPrefix;
+    }
+    if (!changed || tokens.is_broken()) return {};
+    return out;
 }
 
 } // namespace workbook

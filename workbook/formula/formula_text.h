@@ -32,4 +32,11 @@ using SheetSpanMap = std::function<std::optional<SheetPrefixNames>(const SheetPr
 std::optional<std::string> rename_sheets(std::string_view formula, const SheetNameMap& map,
                                          const SheetSpanMap& spans = {});
 
+/// What a table is called otherwise; nullopt for a name that stays or is no table's.
+using TableNameMap = std::function<std::optional<std::string>(std::string_view name)>;
+
+/// The formula with the names of tables ("Table1[Col]", "Table1") replaced. Returns nothing when it
+/// does not change.
+std::optional<std::string> rename_tables(std::string_view formula, const TableNameMap& map);
+
 } // namespace workbook
