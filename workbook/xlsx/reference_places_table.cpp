@@ -49,31 +49,17 @@ constexpr ReferencePlace kPlaces[] = {
 
 /// Last segments of relationship types in the order of their names.
 constexpr std::string_view kHolders[] = {
-    "chart",
-    "chartEx",
-    "chartUserShapes",
-    "chartsheet",
-    "connections",
-    "ctrlProp",
-    "dialogsheet",
-    "drawing",
-    "legacyDrawing",
-    "pivotCacheDefinition",
-    "table",
-    "vmlDrawing",
-    "worksheet",
-    "xlIntlMacrosheet",
-    "xlMacrosheet",
+    "chart",    "chartEx",     "chartUserShapes", "chartsheet",       "connections",
+    "ctrlProp", "dialogsheet", "drawing",         "legacyDrawing",    "pivotCacheDefinition",
+    "table",    "vmlDrawing",  "worksheet",       "xlIntlMacrosheet", "xlMacrosheet",
 };
 
 } // namespace
 
 std::span<const ReferencePlace> reference_places(std::string_view element) {
-    const auto [first, last] =
-        std::equal_range(std::begin(kPlaces), std::end(kPlaces), ReferencePlace{element, {}, {}},
-                         [](const ReferencePlace& a, const ReferencePlace& b) {
-                             return a.element < b.element;
-                         });
+    const auto [first, last] = std::equal_range(
+        std::begin(kPlaces), std::end(kPlaces), ReferencePlace{element, {}, {}},
+        [](const ReferencePlace& a, const ReferencePlace& b) { return a.element < b.element; });
     return {first, last};
 }
 

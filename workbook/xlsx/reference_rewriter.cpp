@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "foundation/ascii_case.h"
-#include "workbook/xlsx/link_fragment.h"
+#include "workbook/package/link_fragment.h"
 #include "workbook/xml/character_data.h"
 #include "workbook/xml/raw_tag.h"
 
@@ -75,8 +75,10 @@ std::optional<std::string> edited_pivot_name(const PartEdits& edits, std::string
 std::optional<std::string> edited_value(const PartEdits& edits, PlaceHolds holds,
                                         std::string_view value) {
     switch (holds) {
-    case PlaceHolds::Formula: return edits.formula ? edited_formula(edits, value) : std::nullopt;
-    case PlaceHolds::SheetName: return edits.sheet_name ? edits.sheet_name(value) : std::nullopt;
+    case PlaceHolds::Formula:
+        return edits.formula ? edited_formula(edits, value) : std::nullopt;
+    case PlaceHolds::SheetName:
+        return edits.sheet_name ? edits.sheet_name(value) : std::nullopt;
     case PlaceHolds::PivotName:
         return edits.sheet_name ? edited_pivot_name(edits, value) : std::nullopt;
     case PlaceHolds::Fragment:
@@ -156,8 +158,7 @@ ReferenceRewriter::Piece ReferenceRewriter::peek() {
     const std::string_view unread(window_.cursor(),
                                   static_cast<std::size_t>(window_.end() - window_.cursor()));
     if (unread.empty()) return {Piece::End, {}};
-    if (unread.front() != '<')
-        return cut(Piece::Text, std::min(unread.find('<'), unread.size()));
+    if (unread.front() != '<') return cut(Piece::Text, std::min(unread.find('<'), unread.size()));
     if (unread.starts_with("</")) return cut_through(Piece::EndTag, ">");
     if (unread.starts_with("<!--")) return cut_through(Piece::Other, "-->");
     if (unread.starts_with("<![CDATA[")) return cut_through(Piece::CData, "]]>");

@@ -12,8 +12,9 @@
 #include <unordered_set>
 #include <vector>
 
+#include "workbook/package/new_part_names.h"
 #include "workbook/package/opc_package.h"
-#include "workbook/xlsx/part_names.h"
+#include "workbook/xlsx/defined_names.h"
 
 namespace workbook {
 
@@ -30,7 +31,7 @@ struct CopiedTable {
 };
 
 struct SheetCopyPlan {
-    std::vector<CopiedPart> parts; ///< the sheet's own part first
+    std::vector<CopiedPart> parts;                        ///< the sheet's own part first
     std::unordered_map<std::string, std::string> copy_of; ///< new names by those in the package
     std::vector<std::string> shared;                      ///< parts that both sheets lead to
     std::unordered_map<std::string, CopiedTable> tables;  ///< by source part
@@ -44,18 +45,12 @@ struct SheetCopyPlan {
 /// Names and identifiers of all tables of a book, so that new ones differ from them.
 class TableNames {
   public:
-    /// `taken` are names that tables cannot have. Throws `Error`.
-    TableNames(OpcPackage& package, const std::vector<std::string>& table_parts);
+    /// Tables share their names with defined names. Throws `Error`.
+    TableNames(OpcPackage& package, const std::vector<std::string>& table_parts,
+               const std::vector<DefinedName>& defined_names);
 
-    /// A free name made from `name`; `is_taken` tells names that are not tables'.
-    template <class IsTaken>
-    CopiedTable make(std::string_view name, const IsTaken& is_taken) {
-        for (unsigned number = 2;; ++number) {
-            std::string candidate(name);
-            candidate.append("_").append(std::to_string(number));
-            if (!is_taken(candidate) && take(candidate)) return {++last_id_, std::move(candidate)};
-        }
-    }
+    /// A free name made from `name`, and a free identifier.
+    CopiedTable make(std::string_view name);
 
   private:
     bool take(std::string_view name);
@@ -71,6 +66,12 @@ CopyRule copy_rule(std::string_view relationship_type);
 /// Finds the parts that a copy of the sheet in part `source` needs; the sheet's own new name is
 /// `part`. Tables get no names yet. Throws `Error`.
 SheetCopyPlan plan_sheet_copy(OpcPackage& package, const std::string& source, std::string part,
-                              PartNames& names);
+                              NewPartNames& names);
+
+/// Gives the tables of a plan their names. Throws `Error`.
+void name_copied_tables(OpcPackage& package, SheetCopyPlan& plan, TableNames& names);
+
+/// Whether a plan has tables.
+bool has_tables(const SheetCopyPlan& plan);
 
 } // namespace workbook

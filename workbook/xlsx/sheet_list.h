@@ -26,9 +26,8 @@ struct SheetRecord {
     std::string part;         ///< as in the entry, which may be gone
     std::size_t element = 0;  ///< index among the package's sheet elements
     std::string package_part; ///< where its mark-up comes from; empty for an empty sheet
-    /// Of a sheet that is not in the package.
-    std::uint32_t sheet_id = 0;
     std::string relationship_id;
+    std::uint32_t sheet_id = 0; ///< of a sheet that is not in the package
     const SheetRecord* copied_from = nullptr; ///< a record in the package; null for other sheets
     SheetCopyPlan copy;
     /// The sheets beside a removed one when it went.

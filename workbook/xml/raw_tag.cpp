@@ -29,14 +29,22 @@ std::size_t space_length(std::string_view text) {
 
 std::string_view escape_of(char c, bool in_attribute) {
     switch (c) {
-    case '&': return "&amp;";
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '\r': return "&#13;";
-    case '"': return in_attribute ? "&quot;" : "";
-    case '\n': return in_attribute ? "&#10;" : "";
-    case '\t': return in_attribute ? "&#9;" : "";
-    default: return "";
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '\r':
+        return "&#13;";
+    case '"':
+        return in_attribute ? "&quot;" : "";
+    case '\n':
+        return in_attribute ? "&#10;" : "";
+    case '\t':
+        return in_attribute ? "&#9;" : "";
+    default:
+        return "";
     }
 }
 

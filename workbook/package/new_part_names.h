@@ -12,10 +12,10 @@
 
 namespace workbook {
 
-class PartNames {
+class NewPartNames {
   public:
     /// `package` must outlive this.
-    explicit PartNames(OpcPackage& package) : package_(&package) {}
+    explicit NewPartNames(OpcPackage& package) : package_(&package) {}
 
     /// A name beside that of `model` and like it ("xl/worksheets/sheet1.xml" may give
     /// "xl/worksheets/sheet4.xml"), which neither the package nor another call has. Throws `Error`.

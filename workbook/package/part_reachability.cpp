@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Breadth first; each part's relationships are read once.
-#include "workbook/xlsx/part_reachability.h"
+#include "workbook/package/part_reachability.h"
 
 namespace workbook {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "workbook/xlsx/part_names.h"
+#include "workbook/package/new_part_names.h"
 
 #include <algorithm>
 
 #include "workbook/error.h"
-#include "workbook/xlsx/link_fragment.h"
+#include "workbook/package/link_fragment.h"
 
 namespace workbook {
 
@@ -21,7 +21,7 @@ void check_writable(std::string_view name) {
 
 } // namespace
 
-std::string PartNames::fresh(std::string_view model) {
+std::string NewPartNames::fresh(std::string_view model) {
     check_writable(model);
     const std::size_t slash = model.rfind('/');
     const std::size_t name_begin = slash == std::string_view::npos ? 0 : slash + 1;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "workbook/xlsx/link_fragment.h"
+#include "workbook/package/link_fragment.h"
 
 #include <charconv>
 
