@@ -414,11 +414,11 @@ TEST(WorkbookEditor, PutsNewElementsAtTheirPlace) {
     book.editor().recalculate_on_load();
     const std::string workbook = book.saved("xl/workbook.xml");
     EXPECT_EQ(workbook.substr(workbook.find("<x:")),
-              begin.substr(0, begin.size() - 1) +
-                  " xmlns:r=\"http://purl.oclc.org/ooxml/officeDocument/relationships\">"
-                  "<x:fileVersion/><x:workbookPr date1904=\"1\"/><!-- c --><x:bookViews/>"
-                  "<x:sheets><x:sheet name=\"S\" sheetId=\"1\" r:id=\"rId1\"/></x:sheets>"
-                  "<x:definedNames/><x:calcPr fullCalcOnLoad=\"1\"/><x:extLst/></x:workbook>");
+              begin + "<x:fileVersion/><x:workbookPr date1904=\"1\"/><!-- c --><x:bookViews/>"
+                      "<x:sheets><x:sheet name=\"S\" sheetId=\"1\" "
+                      "xmlns:r=\"http://purl.oclc.org/ooxml/officeDocument/relationships\" "
+                      "r:id=\"rId1\"/></x:sheets><x:definedNames/><x:calcPr "
+                      "fullCalcOnLoad=\"1\"/><x:extLst/></x:workbook>");
     EXPECT_THAT(book.saved("xl/_rels/workbook.xml.rels"),
                 HasSubstr("http://purl.oclc.org/ooxml/officeDocument/relationships/worksheet"));
     EXPECT_THAT(open_text(book, 0), HasSubstr("http://purl.oclc.org/ooxml/spreadsheetml/main"));
@@ -463,7 +463,7 @@ TEST(WorkbookEditor, HoldsManySheets) {
     EXPECT_EQ(book.reloaded().sheets.size(), 1004u);
 }
 
-TEST(WorkbookEditor, SurvivesNamesThatCountNoSheet) {
+TEST(WorkbookEditor, SurvivesReferencesThatLeadNowhere) {
     using test::relationship;
     std::vector<test::ZipItem> items = {
         {"_rels/.rels", test::relationships(relationship("r", "officeDocument", "w.xml"))},

@@ -66,15 +66,17 @@ std::vector<pugi::xml_node> sheet_elements(pugi::xml_node workbook_element) {
     return elements;
 }
 
-/// The name that the attribute with the relationship of a sheet has ("r:id").
-std::string relationship_attribute(pugi::xml_node root, pugi::xml_node some_sheet) {
-    if (const pugi::xml_attribute id = find_attribute(some_sheet, "id")) return id.name();
+/// The name for the attribute with the relationship of a new sheet ("r:id"); the prefix is declared
+/// on the sheet itself unless an element around does so.
+std::string relationship_attribute(pugi::xml_node root, pugi::xml_node sheet) {
     const bool is_strict = is_strict_book(root);
-    const std::string_view wanted = is_strict ? kStrictRelationships : kRelationships;
-    for (const pugi::xml_attribute attribute : root.attributes())
-        if (attribute.value() == wanted && std::string_view(attribute.name()).starts_with("xmlns:"))
-            return std::string(local_name(attribute.name())) + ":id";
-    root.append_attribute("xmlns:r") = is_strict ? kStrictRelationships : kRelationships;
+    const char* address = is_strict ? kStrictRelationships : kRelationships;
+    for (pugi::xml_node around = sheet.parent(); around; around = around.parent())
+        for (const pugi::xml_attribute attribute : around.attributes())
+            if (std::string_view(attribute.value()) == address &&
+                std::string_view(attribute.name()).starts_with("xmlns:"))
+                return std::string(local_name(attribute.name())) + ":id";
+    sheet.append_attribute("xmlns:r") = address;
     return "r:id";
 }
 
@@ -215,12 +217,11 @@ void write_sheets(pugi::xml_node root, const SheetList& sheets) {
             write_sheet(element, record);
             continue;
         }
-        const pugi::xml_node some = elements.empty() ? pugi::xml_node{} : elements.front();
-        const std::string id_name = relationship_attribute(root, some);
         element = list.append_child(with_prefix_of(list, "sheet").c_str());
         element.append_attribute("name");
         element.append_attribute("sheetId") = record.sheet_id;
         write_sheet(element, record);
+        const std::string id_name = relationship_attribute(root, element);
         element.append_attribute(id_name.c_str()) = record.relationship_id.c_str();
     }
     for (const std::unique_ptr<SheetRecord>& record : sheets.records())
