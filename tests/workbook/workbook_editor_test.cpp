@@ -317,6 +317,7 @@ TEST(WorkbookEditor, CopiesASheetWithItsTable) {
     EXPECT_EQ(formula_of(read, u"_xlnm.Print_Area", 1), "'Data (2)'!$A$1:$B$9");
     EXPECT_EQ(formula_of(read, u"_xlnm.Print_Area", 0), "Data!$A$1:$B$9");
     EXPECT_EQ(formula_of(read, u"_xlnm.Print_Area", 2), "Report!$A$1");
+    EXPECT_TRUE(book.drops("xl/calcChain.xml")) << "it lacks the copy's formulas";
     const auto changed = book.changed_parts();
     EXPECT_FALSE(changed.contains("xl/worksheets/sheet1.xml"));
     EXPECT_FALSE(changed.contains("xl/tables/table1.xml"));

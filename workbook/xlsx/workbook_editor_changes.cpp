@@ -58,8 +58,11 @@ class WorkbookEditor::Gatherer {
             removed_.insert(record->relationship_id);
             if (!record->part.empty()) removed_parts_.insert(record->part);
         }
-        for (const std::unique_ptr<SheetEntry>& entry : state.sheets.entries())
-            removed_.erase(state.sheets.record(*entry).relationship_id);
+        for (const std::unique_ptr<SheetEntry>& entry : state.sheets.entries()) {
+            const SheetRecord& record = state.sheets.record(*entry);
+            removed_.erase(record.relationship_id);
+            has_copies_ = has_copies_ || record.copied_from != nullptr;
+        }
     }
 
     PackageChanges run() {
@@ -74,7 +77,10 @@ class WorkbookEditor::Gatherer {
     }
 
   private:
-    bool drops_chain() const { return state_.drops_calculation_chain || has_removed_; }
+    /// The chain has every cell with a formula, those of sheets that came or went included.
+    bool drops_chain() const {
+        return state_.drops_calculation_chain || has_removed_ || has_copies_;
+    }
 
     bool follows(std::string_view source, const Relationship& relationship) const {
         if (source != state_.part) return true;
@@ -263,7 +269,7 @@ class WorkbookEditor::Gatherer {
 
     State& state_;
     PackageChanges changes_;
-    bool has_removed_ = false;
+    bool has_removed_ = false, has_copies_ = false;
     std::unordered_set<std::string> removed_; ///< relationships of removed sheets
     std::unordered_set<std::string> removed_parts_;
 };
