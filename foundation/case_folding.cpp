@@ -2,10 +2,11 @@
 //
 // Comparison without regard to case, with the simple foldings (status C and S) of Unicode's
 // CaseFolding.txt.
+#include "foundation/case_folding.h"
+
 #include <utf8proc.h>
 
 #include "foundation/ascii_case.h"
-#include "foundation/case_folding.h"
 #include "foundation/code_points.h"
 #include "foundation/unicode.h"
 

@@ -153,7 +153,8 @@ TEST(RenameTables, ReplacesTheTableBeforeItsColumns) {
         {"SUM(Tab[a])", "unchanged"},
         {"\"Tax[a]\"&[@a]&[1]!Tax", "unchanged"},
         {"Tax(1)+S!Tax", "unchanged"},
-        {"SUM(Tax[a],Tax[[#This Row],[Tax]])+ROWS(Tax)", "SUM(New[a],New[[#This Row],[Tax]])+ROWS(New)"},
+        {"SUM(Tax[a],Tax[[#This Row],[Tax]])+ROWS(Tax)",
+         "SUM(New[a],New[[#This Row],[Tax]])+ROWS(New)"},
         {"Tax[open", "unchanged"},
     };
     EXPECT_FALSE(rename_tables("T1+1", map)) << "a cell, not a table";

@@ -240,8 +240,7 @@ std::map<std::string, std::string> EditedBook::changed_parts() {
         EXPECT_TRUE(texts.emplace(change.part, sink.text).second) << change.part << " comes twice";
         pugi::xml_document tree;
         const bool is_xml = change.part.ends_with("xml") || change.part.ends_with(".rels");
-        EXPECT_TRUE(!is_xml || tree.load_buffer(sink.text.data(), sink.text.size()))
-            << change.part;
+        EXPECT_TRUE(!is_xml || tree.load_buffer(sink.text.data(), sink.text.size())) << change.part;
     }
     return texts;
 }

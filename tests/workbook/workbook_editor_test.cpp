@@ -225,6 +225,8 @@ TEST(WorkbookEditor, RemovesASheetWithWhatBelongsToItAlone) {
                 AllOf(Not(HasSubstr("sheet2")), Not(HasSubstr("calcChain"))));
     EXPECT_THAT(book.saved("xl/_rels/workbook.xml.rels"),
                 AllOf(Not(HasSubstr("sheet2")), Not(HasSubstr("calcChain"))));
+    EXPECT_THAT(book.saved("xl/slicerCaches/slicerCache1.xml"),
+                AllOf(HasSubstr("<data"), Not(HasSubstr("pivotTable"))));
     const std::string workbook = book.saved("xl/workbook.xml");
     EXPECT_THAT(workbook, HasSubstr("activeTab=\"2\"")) << "the sheet behind it is hidden";
     EXPECT_THAT(workbook, HasSubstr("activeSheetId=\"9\""));

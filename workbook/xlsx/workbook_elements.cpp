@@ -150,26 +150,20 @@ void write_position(pugi::xml_node view, const char* attribute, std::size_t posi
 }
 
 /// Custom views name the sheet that they show by its identifier, which is required.
-void write_custom_views(pugi::xml_node root, const SheetList& sheets) {
-    const std::vector<pugi::xml_node> elements = sheet_elements(root);
-    std::unordered_map<std::uint32_t, std::size_t> index_by_id;
-    for (std::size_t i = 0; i < elements.size(); ++i)
-        if (const auto id = attribute_number(elements[i], "sheetId")) index_by_id.emplace(*id, i);
-    const ViewMap map(sheets);
+void write_custom_views(pugi::xml_node root, const SheetList& sheets, const ViewMap& map) {
+    std::unordered_map<std::uint32_t, std::size_t> removed; // old indexes by identifier
+    for (const std::unique_ptr<SheetRecord>& record : sheets.records())
+        if (record->is_in_package && record->entry == nullptr)
+            removed.emplace(record->sheet_id, record->element);
+    if (removed.empty()) return;
     each_child(child_element(root, "customWorkbookViews"), "customWorkbookView",
                [&](pugi::xml_node view) {
                    const auto id = attribute_number(view, "activeSheetId");
-                   const auto found = id ? index_by_id.find(*id) : index_by_id.end();
-                   if (found == index_by_id.end() || found->second >= sheets.records().size() ||
-                       sheets.records()[found->second]->entry != nullptr)
-                       return;
+                   const auto found = id ? removed.find(*id) : removed.end();
+                   if (found == removed.end()) return;
                    const std::size_t now = map.position(found->second, true);
                    const SheetRecord& record = sheets.record(*sheets.entries()[now]);
-                   const std::uint32_t now_id =
-                       record.is_in_package && record.element < elements.size()
-                           ? attribute_number(elements[record.element], "sheetId").value_or(1)
-                           : record.sheet_id;
-                   set_attribute(view, "activeSheetId", std::to_string(now_id));
+                   set_attribute(view, "activeSheetId", std::to_string(record.sheet_id));
                });
 }
 
@@ -237,7 +231,7 @@ void write_views(pugi::xml_node root, const SheetList& sheets) {
         write_position(view, "activeTab", map.position(active, true));
         if (first > 0) write_position(view, "firstSheet", map.position(first, false));
     });
-    write_custom_views(root, sheets);
+    write_custom_views(root, sheets, map);
 }
 
 void write_date_system(pugi::xml_node root, bool is_1904) {
