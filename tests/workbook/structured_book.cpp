@@ -164,7 +164,11 @@ std::vector<ZipItem> structured_book() {
              relationship("rId3", "worksheet", "worksheets/sheet3.xml") +
              relationship("rId4", "chartsheet", "chartsheets/sheet1.xml") +
              relationship("rId5", "pivotCacheDefinition", "pivotCache/pivotCacheDefinition1.xml") +
-             relationship("rId6", "calcChain", "calcChain.xml"))},
+             relationship("rId6", "calcChain", "calcChain.xml") +
+             relationship("rId8", "slicerCache", "slicerCaches/slicerCache1.xml"))},
+        {"xl/slicerCaches/slicerCache1.xml",
+         part("<slicerCacheDefinition><pivotTables><pivotTable tabId=\"4\" name=\"P\"/>"
+              "</pivotTables><data/></slicerCacheDefinition>")},
         {"xl/worksheets/sheet1.xml", data_sheet()},
         {"xl/worksheets/_rels/sheet1.xml.rels",
          relationships(relationship("rId1", "table", "../tables/table1.xml") +
