@@ -16,10 +16,16 @@ constexpr std::string_view kBlank =
     R"(ContentType="application/vnd.openxmlformats-package.relationships+xml"/>)"
     R"(<Default Extension="xml" ContentType="application/xml"/></Types>)";
 
+/// A new part gets the name as it stands here, and readers look for it letter for letter.
+std::string name_in(const OpcPackage& package) {
+    const std::string name = "[Content_Types].xml";
+    return package.has_part(name) ? canonical_part_name(name) : name;
+}
+
 } // namespace
 
 ContentTypeEdits::ContentTypeEdits(OpcPackage& package)
-    : types_(package.content_types()), part_(package, "[content_types].xml", kBlank) {
+    : types_(package.content_types()), part_(package, name_in(package), kBlank) {
     each_child(part_.root(), "Override", [&](pugi::xml_node element) {
         const std::string_view name = attribute_value(element, "PartName").value_or("");
         overrides_.emplace(canonical_part_name(name), element);

@@ -19,11 +19,11 @@ EditedPart::EditedPart(OpcPackage& package, std::string part, std::string_view b
     : part_(std::move(part)) {
     if (package.has_part(part_)) {
         tree_ = read_editable_tree(*package.open_part(part_));
-        original_ = tree_text(tree_);
     } else {
         TextSource source(part_, blank);
         tree_ = read_editable_tree(source);
     }
+    original_ = tree_text(tree_);
 }
 
 pugi::xml_node EditedPart::append(std::string_view local) {

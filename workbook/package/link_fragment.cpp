@@ -50,7 +50,7 @@ edited_fragment(std::string_view target,
     if (!target.starts_with('#')) return {};
     const std::optional<std::string> edited = edit(without_escapes(target.substr(1)));
     if (!edited) return {};
-    return "#" + percent_escaped(*edited, "!'$:-_.~#,()");
+    return "#" + percent_escaped(*edited, "!'$:-_.~,()");
 }
 
 } // namespace workbook

@@ -173,7 +173,7 @@ void DefinedNameEdits::write(pugi::xml_node workbook_element) const {
     }
     for (std::size_t i = 0; i < elements.size(); ++i)
         if (!is_kept[i]) elements[i].parent().remove_child(elements[i]);
-    if (list && !has_elements(list)) list.parent().remove_child(list);
+    if (!elements.empty() && !has_elements(list)) list.parent().remove_child(list);
 }
 
 } // namespace workbook

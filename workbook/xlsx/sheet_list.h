@@ -27,7 +27,7 @@ struct SheetRecord {
     std::size_t element = 0;  ///< index among the package's sheet elements
     std::string package_part; ///< where its mark-up comes from; empty for an empty sheet
     std::string relationship_id;
-    std::uint32_t sheet_id = 0;               ///< of a sheet that is not in the package
+    std::uint32_t sheet_id = 0;               ///< 0 when the package has none for it
     const SheetRecord* copied_from = nullptr; ///< a record in the package; null for other sheets
     SheetCopyPlan copy;
     /// The sheets beside a removed one when it went.

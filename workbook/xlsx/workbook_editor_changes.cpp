@@ -56,10 +56,14 @@ class WorkbookEditor::Gatherer {
             if (!record->is_in_package || record->entry != nullptr) continue;
             has_removed_ = true;
             removed_.insert(record->relationship_id);
+            removed_ids_.insert(record->sheet_id);
             if (!record->part.empty()) removed_parts_.insert(record->part);
         }
-        for (const std::unique_ptr<SheetEntry>& entry : state.sheets.entries())
-            removed_.erase(state.sheets.record(*entry).relationship_id);
+        for (const std::unique_ptr<SheetEntry>& entry : state.sheets.entries()) {
+            const SheetRecord& record = state.sheets.record(*entry);
+            removed_.erase(record.relationship_id);
+            has_copies_ = has_copies_ || record.copied_from != nullptr;
+        }
     }
 
     PackageChanges run() {
@@ -67,6 +71,7 @@ class WorkbookEditor::Gatherer {
         gather_relationships();
         gather_dropped();
         gather_references();
+        gather_filter_caches();
         gather_new_sheets();
         gather_content_types();
         gather_properties();
@@ -74,7 +79,10 @@ class WorkbookEditor::Gatherer {
     }
 
   private:
-    bool drops_chain() const { return state_.drops_calculation_chain || has_removed_; }
+    /// The chain has every cell with a formula, those of sheets that came or went included.
+    bool drops_chain() const {
+        return state_.drops_calculation_chain || has_removed_ || has_copies_;
+    }
 
     bool follows(std::string_view source, const Relationship& relationship) const {
         if (source != state_.part) return true;
@@ -198,6 +206,37 @@ class WorkbookEditor::Gatherer {
         }
     }
 
+    /// Caches of slicers and timelines list their pivot tables with the sheets these stand on.
+    void gather_filter_caches() {
+        if (!has_removed_) return;
+        std::unordered_set<std::string> seen;
+        for (const Relationship& relationship : state_.package.relationships(state_.part)) {
+            const bool is_cache =
+                relationship.type == "slicerCache" || relationship.type == "timelineCache";
+            if (!is_cache || relationship.is_external ||
+                !state_.package.has_part(relationship.target) ||
+                !seen.insert(relationship.target).second)
+                continue;
+            EditedPart part(state_.package, relationship.target, {});
+            drop_pivot_tables(part.root());
+            part.deliver(changes_);
+        }
+    }
+
+    void drop_pivot_tables(pugi::xml_node cache) const {
+        const pugi::xml_node list = child_element(cache, "pivotTables");
+        std::vector<pugi::xml_node> gone;
+        std::size_t count = 0;
+        each_child(list, "pivotTable", [&](pugi::xml_node table) {
+            ++count;
+            if (removed_ids_.contains(attribute_number(table, "tabId").value_or(0)))
+                gone.push_back(table);
+        });
+        for (const pugi::xml_node table : gone)
+            table.parent().remove_child(table);
+        if (count > 0 && gone.size() == count) list.parent().remove_child(list);
+    }
+
     void check_links(const std::string& part) {
         const std::string relationships = relationships_part_name(part);
         if (state_.package.has_part(relationships))
@@ -262,9 +301,10 @@ class WorkbookEditor::Gatherer {
 
     State& state_;
     PackageChanges changes_;
-    bool has_removed_ = false;
+    bool has_removed_ = false, has_copies_ = false;
     std::unordered_set<std::string> removed_; ///< relationships of removed sheets
     std::unordered_set<std::string> removed_parts_;
+    std::unordered_set<std::uint32_t> removed_ids_; ///< `sheetId`s of removed sheets
 };
 
 PackageChanges WorkbookEditor::changes() {

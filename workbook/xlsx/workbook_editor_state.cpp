@@ -58,10 +58,13 @@ WorkbookEditor::State::State(OpcPackage& of, WorkbookPart& model)
     is_strict = is_strict_book(root);
     std::size_t count = 0;
     each_child(child_element(root, "sheets"), "sheet", [&](pugi::xml_node element) {
-        if (count < sheets.records().size())
-            sheets.records()[count]->relationship_id = attribute_value(element, "id").value_or("");
-        ++count;
         const std::uint32_t id = attribute_number(element, "sheetId").value_or(0);
+        if (count < sheets.records().size()) {
+            SheetRecord& record = *sheets.records()[count];
+            record.relationship_id = attribute_value(element, "id").value_or("");
+            record.sheet_id = id;
+        }
+        ++count;
         sheet_ids_.insert(id);
         last_sheet_id_ = std::max(last_sheet_id_, id);
     });

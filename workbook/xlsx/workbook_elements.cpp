@@ -66,15 +66,17 @@ std::vector<pugi::xml_node> sheet_elements(pugi::xml_node workbook_element) {
     return elements;
 }
 
-/// The name that the attribute with the relationship of a sheet has ("r:id").
-std::string relationship_attribute(pugi::xml_node root, pugi::xml_node some_sheet) {
-    if (const pugi::xml_attribute id = find_attribute(some_sheet, "id")) return id.name();
+/// The name for the attribute with the relationship of a new sheet ("r:id"); the prefix is declared
+/// on the sheet itself unless an element around does so.
+std::string relationship_attribute(pugi::xml_node root, pugi::xml_node sheet) {
     const bool is_strict = is_strict_book(root);
-    const std::string_view wanted = is_strict ? kStrictRelationships : kRelationships;
-    for (const pugi::xml_attribute attribute : root.attributes())
-        if (attribute.value() == wanted && std::string_view(attribute.name()).starts_with("xmlns:"))
-            return std::string(local_name(attribute.name())) + ":id";
-    root.append_attribute("xmlns:r") = is_strict ? kStrictRelationships : kRelationships;
+    const char* address = is_strict ? kStrictRelationships : kRelationships;
+    for (pugi::xml_node around = sheet.parent(); around; around = around.parent())
+        for (const pugi::xml_attribute attribute : around.attributes())
+            if (std::string_view(attribute.value()) == address &&
+                std::string_view(attribute.name()).starts_with("xmlns:"))
+                return std::string(local_name(attribute.name())) + ":id";
+    sheet.append_attribute("xmlns:r") = address;
     return "r:id";
 }
 
@@ -148,26 +150,20 @@ void write_position(pugi::xml_node view, const char* attribute, std::size_t posi
 }
 
 /// Custom views name the sheet that they show by its identifier, which is required.
-void write_custom_views(pugi::xml_node root, const SheetList& sheets) {
-    const std::vector<pugi::xml_node> elements = sheet_elements(root);
-    std::unordered_map<std::uint32_t, std::size_t> index_by_id;
-    for (std::size_t i = 0; i < elements.size(); ++i)
-        if (const auto id = attribute_number(elements[i], "sheetId")) index_by_id.emplace(*id, i);
-    const ViewMap map(sheets);
+void write_custom_views(pugi::xml_node root, const SheetList& sheets, const ViewMap& map) {
+    std::unordered_map<std::uint32_t, std::size_t> removed; // old indexes by identifier
+    for (const std::unique_ptr<SheetRecord>& record : sheets.records())
+        if (record->is_in_package && record->entry == nullptr)
+            removed.emplace(record->sheet_id, record->element);
+    if (removed.empty()) return;
     each_child(child_element(root, "customWorkbookViews"), "customWorkbookView",
                [&](pugi::xml_node view) {
                    const auto id = attribute_number(view, "activeSheetId");
-                   const auto found = id ? index_by_id.find(*id) : index_by_id.end();
-                   if (found == index_by_id.end() || found->second >= sheets.records().size() ||
-                       sheets.records()[found->second]->entry != nullptr)
-                       return;
+                   const auto found = id ? removed.find(*id) : removed.end();
+                   if (found == removed.end()) return;
                    const std::size_t now = map.position(found->second, true);
                    const SheetRecord& record = sheets.record(*sheets.entries()[now]);
-                   const std::uint32_t now_id =
-                       record.is_in_package && record.element < elements.size()
-                           ? attribute_number(elements[record.element], "sheetId").value_or(1)
-                           : record.sheet_id;
-                   set_attribute(view, "activeSheetId", std::to_string(now_id));
+                   set_attribute(view, "activeSheetId", std::to_string(record.sheet_id));
                });
 }
 
@@ -215,12 +211,11 @@ void write_sheets(pugi::xml_node root, const SheetList& sheets) {
             write_sheet(element, record);
             continue;
         }
-        const pugi::xml_node some = elements.empty() ? pugi::xml_node{} : elements.front();
-        const std::string id_name = relationship_attribute(root, some);
         element = list.append_child(with_prefix_of(list, "sheet").c_str());
         element.append_attribute("name");
         element.append_attribute("sheetId") = record.sheet_id;
         write_sheet(element, record);
+        const std::string id_name = relationship_attribute(root, element);
         element.append_attribute(id_name.c_str()) = record.relationship_id.c_str();
     }
     for (const std::unique_ptr<SheetRecord>& record : sheets.records())
@@ -236,7 +231,7 @@ void write_views(pugi::xml_node root, const SheetList& sheets) {
         write_position(view, "activeTab", map.position(active, true));
         if (first > 0) write_position(view, "firstSheet", map.position(first, false));
     });
-    write_custom_views(root, sheets);
+    write_custom_views(root, sheets, map);
 }
 
 void write_date_system(pugi::xml_node root, bool is_1904) {
