@@ -4,6 +4,8 @@
 #include "workbook/xlsx/reference_places_table.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <iterator>
 
 namespace workbook {
@@ -54,7 +56,23 @@ constexpr std::string_view kHolders[] = {
     "table",    "vmlDrawing",  "worksheet",       "xlIntlMacrosheet", "xlMacrosheet",
 };
 
+/// A bit for each length of the elements that begin with a letter.
+constexpr std::array<std::uint32_t, 128> lengths_by_letter() {
+    std::array<std::uint32_t, 128> lengths{};
+    for (const ReferencePlace& place : kPlaces)
+        lengths[static_cast<unsigned char>(place.element.front())] |= 1u << place.element.size();
+    return lengths;
+}
+
+constexpr std::array<std::uint32_t, 128> kLengths = lengths_by_letter();
+
 } // namespace
+
+bool may_have_places(std::string_view element) {
+    if (element.empty() || element.size() > 31) return false;
+    const auto letter = static_cast<unsigned char>(element.front());
+    return letter < kLengths.size() && (kLengths[letter] >> element.size() & 1u) != 0;
+}
 
 std::span<const ReferencePlace> reference_places(std::string_view element) {
     const auto [first, last] = std::equal_range(

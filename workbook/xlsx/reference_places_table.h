@@ -27,6 +27,9 @@ struct ReferencePlace {
 /// The places of an element, none for most.
 std::span<const ReferencePlace> reference_places(std::string_view element);
 
+/// False for most elements without places, told by first letter and length alone.
+bool may_have_places(std::string_view element);
+
 /// Whether parts that relationships of this type (last segment) lead to can have such places.
 bool may_hold_references(std::string_view relationship_type);
 

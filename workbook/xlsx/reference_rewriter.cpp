@@ -10,7 +10,9 @@
 #include "foundation/ascii_case.h"
 #include "workbook/package/link_fragment.h"
 #include "workbook/xml/character_data.h"
+#include "workbook/xml/find_byte.h"
 #include "workbook/xml/raw_tag.h"
+#include "workbook/xml/simple_types.h"
 
 namespace workbook {
 
@@ -43,6 +45,36 @@ bool has_attribute(std::string_view tag, std::string_view name) {
     for (RawAttributes attributes(tag); attributes.next();)
         if (attributes.local_name() == name) return true;
     return false;
+}
+
+/// Whether the tag at `p` is an end tag or the start tag of an element that always passes.
+bool is_plain_start_or_end(const char* p, const char* end) {
+    if (end - p < 2 || p[1] == '!' || p[1] == '?') return false;
+    if (p[1] == '/') return true;
+    const char* name = ++p;
+    for (; p != end && *p != '>' && *p != '/' && !is_space(*p); ++p)
+        if (*p == ':') name = p + 1;
+    if (p == end) return false;
+    const std::string_view element(name, static_cast<std::size_t>(p - name));
+    return !may_have_places(element) && element != "ext" && element != "sheetView" &&
+           element != "sheetPr" && element != "pivotSource";
+}
+
+/// Behind the '>' of the tag at `p`; null when it is not in the text.
+const char* find_tag_end(const char* p, const char* end) {
+    if (p[1] == '/') {
+        p = find_byte(p, end, '>');
+        return p == end ? nullptr : p + 1;
+    }
+    for (char quote = 0; p != end; ++p) {
+        if (quote != 0)
+            quote = *p == quote ? '\0' : quote;
+        else if (*p == '>')
+            return p + 1;
+        else if (*p == '"' || *p == '\'')
+            quote = *p;
+    }
+    return nullptr;
 }
 
 bool is_empty_element(std::string_view tag) {
@@ -106,7 +138,27 @@ std::size_t ReferenceRewriter::read(char* buffer, std::size_t capacity) {
     return count;
 }
 
+/// Passes what the window holds up to the next tag that is looked into, or that the window's end
+/// cuts off. False when there is none of it.
+bool ReferenceRewriter::pass_plain() {
+    const char* const begin = window_.cursor();
+    const char* const end = window_.end();
+    const char* p = begin;
+    for (;;) {
+        p = find_byte(p, end, '<');
+        if (p == end || !is_plain_start_or_end(p, end)) break;
+        const char* const behind = find_tag_end(p, end);
+        if (behind == nullptr) break;
+        if (p[1] != '/') is_in_pivot_source_ = false;
+        p = behind;
+    }
+    out_.append(begin, p);
+    window_.set_cursor(p);
+    return p != begin;
+}
+
 void ReferenceRewriter::step() {
+    if (pass_plain()) return;
     const Piece piece = peek();
     if (piece.kind == Piece::End) {
         is_done_ = true;
@@ -203,7 +255,7 @@ void ReferenceRewriter::put_start_tag(std::string_view tag) {
     const ReferencePlace* text_place = nullptr;
     for (const ReferencePlace& place : places)
         if (place.attribute.empty() && !is_empty &&
-            (place.holds != PlaceHolds::PivotName || last_element_ == "pivotSource"))
+            (place.holds != PlaceHolds::PivotName || is_in_pivot_source_))
             text_place = &place;
     const bool is_sheet_mark_up = element == "sheetView" || element == "sheetPr";
     if (places.empty() && !is_sheet_mark_up)
@@ -211,7 +263,7 @@ void ReferenceRewriter::put_start_tag(std::string_view tag) {
     else
         put_attributes(tag, element);
     window_.set_cursor(tag.data() + tag.size());
-    last_element_ = element;
+    is_in_pivot_source_ = element == "pivotSource";
     if (text_place != nullptr) put_text(*text_place);
 }
 

@@ -49,6 +49,7 @@ class ReferenceRewriter final : public ByteSource {
         std::string_view text;
     };
 
+    bool pass_plain();
     Piece peek();
     Piece cut(Piece::Kind kind, std::size_t bytes) const;
     Piece cut_through(Piece::Kind kind, std::string_view end);
@@ -68,7 +69,7 @@ class ReferenceRewriter final : public ByteSource {
     TextWindow window_;
     std::string out_;
     std::size_t out_used_ = 0;
-    std::string last_element_; ///< local name of the start tag before the one at hand
+    bool is_in_pivot_source_ = false; ///< the last start tag was that of a pivotSource
     bool is_done_ = false;
     bool has_changed_ = false;
 };
