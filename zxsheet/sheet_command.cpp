@@ -45,11 +45,11 @@ std::size_t wanted_index(const Options& options, std::size_t places) {
 }
 
 std::string set_visibility(const Options& options, ChangeTools& tools, sheet::hidden state,
-                           const std::string& done) {
+                           const std::string& adjective) {
     const Selection selection = open_sheet(options);
     selection.sheet->hidden(state);
     return save_changes(selection.book, options, tools,
-                        done + " sheet " + quoted_sheet(selection.sheet_name));
+                        "Made sheet " + quoted_sheet(selection.sheet_name) + ' ' + adjective);
 }
 
 std::string set_protection(const Options& options, ChangeTools& tools, bool on) {
@@ -124,11 +124,12 @@ std::string run_sheet_move(const Options& options, ChangeTools& tools) {
 
 std::string run_sheet_hide(const Options& options, ChangeTools& tools) {
     const auto state = options.very_hidden ? sheet::hidden::very_hidden : sheet::hidden::hidden;
-    return set_visibility(options, tools, state, "Hid");
+    return set_visibility(options, tools, state,
+                          options.very_hidden ? "very hidden" : "hidden");
 }
 
 std::string run_sheet_show(const Options& options, ChangeTools& tools) {
-    return set_visibility(options, tools, sheet::hidden::visible, "Made visible");
+    return set_visibility(options, tools, sheet::hidden::visible, "visible");
 }
 
 std::string run_sheet_protect(const Options& options, ChangeTools& tools) {

@@ -92,7 +92,8 @@ void SheetWriter::add(const CellValue& cell) {
     added = cell;
     // Of a cell without a value no text may remain.
     if (cell.type == cell_type::empty || cell.type == cell_type::other) added.text.clear();
-    if (added.type != cell_type::empty) ++values_;
+    const bool has_value = written_type(&added) != cell_type::text || !added.text.empty();
+    if (has_value) ++values_;
 }
 
 void SheetWriter::end_row() {

@@ -18,11 +18,13 @@ class SheetWriter : public CellSink {
   public:
     SheetWriter(const Options& options, ChangeTools& tools);
 
+    /// Opens the target; the first block of cells does so, too.
+    void open();
     void set_place(const DataPlace& place) override { place_ = place; }
     void add(const CellValue& cell) override;
     void end_row() override;
 
-    /// Writes what waits and opens the target if there were no rows at all.
+    /// Writes what waits, and empties what rows lack that are shorter than others.
     void finish();
 
     const WriteTarget& target() const { return target_; }
@@ -39,7 +41,6 @@ class SheetWriter : public CellSink {
         int columns;
     };
 
-    void open();
     void flush();
     int rows_of_piece(std::size_t first) const;
     void write_piece(std::size_t first, int rows);

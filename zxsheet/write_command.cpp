@@ -84,6 +84,8 @@ std::string run_write(const Options& options, ChangeTools& tools) {
     TextInput input(file.is_open() ? file : tools.in,
                     file.is_open() ? options.input : "standard input");
     SheetWriter writer(options, tools);
+    // JSON may tell where it belongs; anything else need not be read before a wrong target is told.
+    if (format_of_input(options) != DataFormat::Json) writer.open();
     tools.progress.set_text("Reading " + input.name());
     read_input(input, options, writer);
     writer.finish();

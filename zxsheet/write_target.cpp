@@ -112,8 +112,8 @@ Range find_room(const Options& options, const DataPlace& place, const WriteTarge
 WriteTarget open_write_target(const Options& options, const DataPlace& place, ChangeTools& tools) {
     const WantedSheet wanted = wanted_sheet(options, place);
     const auto list = list_if_there(options, tools);
-    check_target(options);
     WriteTarget target = list ? open_target(options, wanted, *list) : make_target(options, wanted);
+    check_target(options);
     target.room = find_room(options, place, target);
     return target;
 }

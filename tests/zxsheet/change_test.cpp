@@ -90,11 +90,11 @@ TEST_F(Changes, AddRemoveRenameAndMoveSheets) {
 }
 
 TEST_F(Changes, HideShowAndProtectSheets) {
-    EXPECT_EQ(done("sheet show", {"Two"}), "Made visible sheet 'Two'");
+    EXPECT_EQ(done("sheet show", {"Two"}), "Made sheet 'Two' visible");
     EXPECT_TRUE(info_has("\"Two\",\"kind\":\"worksheet\",\"visibility\":\"visible\""));
-    EXPECT_EQ(done("sheet hide", {"One"}), "Hid sheet 'One'");
+    EXPECT_EQ(done("sheet hide", {"One"}), "Made sheet 'One' hidden");
     EXPECT_TRUE(info_has("\"One\",\"kind\":\"worksheet\",\"visibility\":\"hidden\""));
-    EXPECT_EQ(done("sheet hide", {"One", "--very"}), "Hid sheet 'One'");
+    EXPECT_EQ(done("sheet hide", {"One", "--very"}), "Made sheet 'One' very hidden");
     EXPECT_TRUE(info_has("\"visibility\":\"very hidden\""));
     EXPECT_EQ(done("sheet protect", {"Two"}), "Protected sheet 'Two'");
     EXPECT_EQ(done("sheet protect", {"Two"}), "Sheet 'Two' was protected already");
