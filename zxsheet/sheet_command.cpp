@@ -124,8 +124,7 @@ std::string run_sheet_move(const Options& options, ChangeTools& tools) {
 
 std::string run_sheet_hide(const Options& options, ChangeTools& tools) {
     const auto state = options.very_hidden ? sheet::hidden::very_hidden : sheet::hidden::hidden;
-    return set_visibility(options, tools, state,
-                          options.very_hidden ? "very hidden" : "hidden");
+    return set_visibility(options, tools, state, options.very_hidden ? "very hidden" : "hidden");
 }
 
 std::string run_sheet_show(const Options& options, ChangeTools& tools) {

@@ -26,9 +26,12 @@ WantedSheet wanted_sheet(const Options& options, const DataPlace& place) {
     return {place.sheet.value_or(""), false};
 }
 
-bool is_nothing(const std::string& path) {
+/// Whether there is nothing at the path: the library and the system must agree, since a book that
+/// cannot be read must never be replaced.
+bool is_nothing(const std::string& path, const std::string& cause) {
     std::error_code failure;
-    return !std::filesystem::exists(native_path(path), failure) && !failure;
+    return cause.starts_with("There is no such file") &&
+           !std::filesystem::exists(native_path(path), failure) && !failure;
 }
 
 /// The sheets of the book; null when there is no such file.
@@ -36,7 +39,9 @@ std::shared_ptr<IBook> list_if_there(const Options& options, ChangeTools& tools)
     try {
         return open_sheet_list(options);
     } catch (const Exception&) {
-        if (mode_of(options) != book::interactive::file || !is_nothing(options.book)) throw;
+        if (mode_of(options) != book::interactive::file ||
+            !is_nothing(options.book, tools.log.cause()))
+            throw;
     }
     tools.log.forget();
     return nullptr;
