@@ -24,55 +24,13 @@ constexpr std::size_t kMaxTextUnits = 32'767;
 constexpr std::int64_t kMaxWaste = 2;
 constexpr std::int64_t kFreeWaste = 256;
 
-/// The cells of a range, column after column; null where a row has ended.
-struct Supply {
-    std::vector<const CellValue*> cells;
-    std::size_t next = 0;
-
-    const CellValue* take() { return cells[next++]; }
-};
-
-const CellValue& taken(void* context) {
-    return *static_cast<Supply*>(context)->take();
-}
-
-std::u16string supply_text(void* context) {
-    const CellValue* cell = static_cast<Supply*>(context)->take();
-    return cell == nullptr ? std::u16string() : foundation::unicode::to_utf16(cell->text);
-}
-double supply_number(void* context) {
-    return taken(context).number;
-}
-SerialDatenum supply_date(void* context) {
-    return {taken(context).number};
-}
-bool supply_boolean(void* context) {
-    return taken(context).number != 0.0;
-}
-void supply_nothing(void* context) {
-    static_cast<Supply*>(context)->take();
-}
-
-/// The type to write a cell as. An empty text leaves a cell empty; errors cannot be written.
-cell_type written_type(const CellValue* cell) {
-    if (cell == nullptr) return cell_type::text;
-    const bool has_value = cell->type == cell_type::number || cell->type == cell_type::date ||
-                           cell->type == cell_type::boolean;
-    return has_value ? cell->type : cell_type::text;
+bool has_value(const CellValue& cell) {
+    return written_type(cell) != cell_type::text || !cell.text.empty();
 }
 
 bool is_too_long(const std::string& text) {
     return text.size() > kMaxTextUnits &&
            foundation::unicode::to_utf16(text).size() > kMaxTextUnits;
-}
-
-Range common_range(const Range& a, const Range& b) {
-    return {std::max(a.first_row, b.first_row), std::max(a.first_column, b.first_column),
-            std::min(a.last_row, b.last_row), std::min(a.last_column, b.last_column)};
-}
-
-bool is_empty(const Range& range) {
-    return range.last_row < range.first_row || range.last_column < range.first_column;
 }
 
 } // namespace
@@ -81,7 +39,7 @@ SheetWriter::SheetWriter(const Options& options, ChangeTools& tools)
     : options_(options), tools_(tools) {}
 
 void SheetWriter::add(const CellValue& cell) {
-    const std::size_t column = count_ - row_begin_;
+    const std::size_t column = count_ - open_row_begin_;
     if (column > static_cast<std::size_t>(book::get_col_limit(format_of(options_))))
         fail(next_row(), "has more columns than a sheet");
     if (is_too_long(cell.text))
@@ -92,13 +50,12 @@ void SheetWriter::add(const CellValue& cell) {
     added = cell;
     // Of a cell without a value no text may remain.
     if (cell.type == cell_type::empty || cell.type == cell_type::other) added.text.clear();
-    const bool has_value = written_type(&added) != cell_type::text || !added.text.empty();
-    if (has_value) ++values_;
+    if (has_value(added)) ++values_;
 }
 
 void SheetWriter::end_row() {
     row_ends_.push_back(count_);
-    row_begin_ = count_;
+    open_row_begin_ = count_;
     if (std::max(count_, row_ends_.size()) >= kCellsPerBlock) flush();
 }
 
@@ -129,14 +86,18 @@ void SheetWriter::flush() {
         row += static_cast<std::size_t>(rows);
     }
     count_ = 0;
-    row_begin_ = 0;
+    open_row_begin_ = 0;
     row_ends_.clear();
     tools_.progress.set_text("Writing " + options_.book + ", " +
                              counted(static_cast<std::uint64_t>(rows_), "row"));
 }
 
+std::size_t SheetWriter::row_begin(std::size_t row) const {
+    return row == 0 ? 0 : row_ends_[row - 1];
+}
+
 int SheetWriter::columns_of(std::size_t row) const {
-    return static_cast<int>(row_ends_[row] - (row == 0 ? 0 : row_ends_[row - 1]));
+    return static_cast<int>(row_ends_[row] - row_begin(row));
 }
 
 int SheetWriter::rows_of_piece(std::size_t first) const {
@@ -183,50 +144,44 @@ void SheetWriter::check_room(int rows, int columns) const {
 }
 
 void SheetWriter::write_range(const Range& range, std::size_t first_row) {
+    CellPatch patch(range);
     const auto rows = static_cast<std::size_t>(range.last_row - range.first_row + 1);
-    const auto columns = static_cast<std::size_t>(range.last_column - range.first_column + 1);
-    Supply supply;
-    std::vector<cell_type> types;
-    supply.cells.reserve(rows * columns);
-    types.reserve(rows * columns);
-    for (std::size_t column = 0; column < columns; ++column)
-        for (std::size_t row = first_row; row < first_row + rows; ++row) {
-            const std::size_t place = (row == 0 ? 0 : row_ends_[row - 1]) + column;
-            supply.cells.push_back(place < row_ends_[row] ? &cells_[place] : nullptr);
-            types.push_back(written_type(supply.cells.back()));
-        }
+    for (std::size_t row = 0; row < rows; ++row) {
+        const std::size_t begin = row_begin(first_row + row);
+        const std::size_t end = row_ends_[first_row + row];
+        for (std::size_t i = begin; i < end; ++i)
+            if (has_value(cells_[i])) patch.set(row, i - begin, cells_[i]);
+    }
+    write_patch(patch, range);
+}
+
+void SheetWriter::write_patch(CellPatch& patch, const Range& range) {
     check_unlocked(*target_.sheet, range, options_);
-    const CellProvider provider{&supply,     supply_text,    supply_number,
-                                supply_date, supply_boolean, supply_nothing};
     tools_.log.forget();
-    target_.sheet->write(range, types.data(), provider, options_.keep_format);
+    patch.write(*target_.sheet, used_before_, options_.keep_format);
     check_log(options_, tools_);
 }
 
 void SheetWriter::empty_rest() {
     for (const Piece& piece : pieces_) {
         const int first_column = target_.room.first_column;
-        const Range rest{piece.first_row, first_column + piece.columns,
-                         piece.first_row + piece.rows - 1, first_column + columns_ - 1};
-        const Range affected = common_range(rest, used_before_);
-        if (!is_empty(affected)) empty_range(affected);
+        const Range& used = used_before_;
+        const Range rest{std::max(piece.first_row, used.first_row),
+                         std::max(first_column + piece.columns, used.first_column),
+                         std::min(piece.first_row + piece.rows - 1, used.last_row),
+                         std::min(first_column + columns_ - 1, used.last_column)};
+        if (rest.first_column <= rest.last_column) empty_range(rest);
     }
 }
 
 void SheetWriter::empty_range(const Range& range) {
-    check_unlocked(*target_.sheet, range, options_);
-    if (!options_.keep_format) return target_.sheet->clear(range);
     const int columns = range.last_column - range.first_column + 1;
     const int step = std::max(1, static_cast<int>(kCellsPerBlock) / columns);
     for (int row = range.first_row; row <= range.last_row; row += step) {
         const Range band{row, range.first_column, std::min(range.last_row, row + step - 1),
                          range.last_column};
-        const auto count = static_cast<std::size_t>(band.count());
-        Supply supply{std::vector<const CellValue*>(count), 0};
-        const std::vector<cell_type> types(count, cell_type::text);
-        const CellProvider provider{&supply,     supply_text,    supply_number,
-                                    supply_date, supply_boolean, supply_nothing};
-        target_.sheet->write(band, types.data(), provider, true);
+        CellPatch nothing(band);
+        write_patch(nothing, band);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "zxsheet/cell_patch.h"
 #include "zxsheet/cell_sink.h"
 #include "zxsheet/write_target.h"
 
@@ -45,8 +46,10 @@ class SheetWriter : public CellSink {
     int rows_of_piece(std::size_t first) const;
     void write_piece(std::size_t first, int rows);
     void write_range(const spreadsheet::Range& range, std::size_t first_row);
+    void write_patch(CellPatch& patch, const spreadsheet::Range& range);
     void empty_rest();
     void empty_range(const spreadsheet::Range& range);
+    std::size_t row_begin(std::size_t row) const;
     int columns_of(std::size_t row) const;
     void check_room(int rows, int columns) const;
     /// The number of the row that is not complete, from 1.
@@ -62,7 +65,7 @@ class SheetWriter : public CellSink {
     std::vector<CellValue> cells_; ///< row after row; those behind `count_` are spare
     std::size_t count_ = 0;
     std::vector<std::size_t> row_ends_; ///< in `cells_`
-    std::size_t row_begin_ = 0;         ///< of the row that is not complete
+    std::size_t open_row_begin_ = 0;    ///< of the row that is not complete
 
     std::vector<Piece> pieces_;
     int rows_ = 0; ///< written
