@@ -26,21 +26,23 @@ WantedSheet wanted_sheet(const Options& options, const DataPlace& place) {
     return {place.sheet.value_or(""), false};
 }
 
-/// Whether there is nothing at the path: the library and the system must agree, since a book that
-/// cannot be read must never be replaced.
-bool is_nothing(const std::string& path, const std::string& cause) {
+/// Whether there is no book to read: the library and the system must agree that there is nothing,
+/// since a book that cannot be read must never be replaced.
+bool is_missing(const Options& options, const Exception& error, const std::string& cause) {
     std::error_code failure;
-    return cause.starts_with("There is no such file") &&
-           !std::filesystem::exists(native_path(path), failure) && !failure;
+    if (std::filesystem::exists(native_path(options.book), failure) || failure) return false;
+    const bool is_untried = error.id() == error_id::book_not_created ||
+                            error.id() == error_id::format_unsupported; // refused unseen
+    return is_untried || cause.starts_with("There is no such file");
 }
 
 /// The sheets of the book; null when there is no such file.
 std::shared_ptr<IBook> list_if_there(const Options& options, ChangeTools& tools) {
     try {
         return open_sheet_list(options);
-    } catch (const Exception&) {
+    } catch (const Exception& e) {
         if (mode_of(options) != book::interactive::file ||
-            !is_nothing(options.book, tools.log.cause()))
+            !is_missing(options, e, tools.log.cause()))
             throw;
     }
     tools.log.forget();

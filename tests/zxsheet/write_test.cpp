@@ -54,7 +54,7 @@ TEST(WriteCommand, MakesABookOfEveryFormat) {
 
 TEST(WriteCommand, ReadsEveryKindOfInput) {
     const TemporaryPath csv("data.csv"), tsv("data.TSV"), json("data.json"), book("book.xlsx");
-    csv.fill("a;1,5\n");
+    csv.fill("a;b\n1,5;2\n");
     tsv.fill("b\t2\n");
     json.fill("{\"sheet\":\"J\",\"range\":\"B2\",\"types\":[[\"date\"]],\"values\":[[61]]}");
     const struct {
@@ -62,7 +62,7 @@ TEST(WriteCommand, ReadsEveryKindOfInput) {
         const char* input;
         const char* done;
     } cases[] = {
-        {{"-s", "C", csv.text()}, "", "Made the book, wrote 2 cells to 'C'!A1:B1"},
+        {{"-s", "C", csv.text()}, "", "Made the book, wrote 4 cells to 'C'!A1:B2"},
         {{"-s", "c", "-r", "A2", "-", "--from", "tsv"}, "x,y\t3", "Wrote 2 cells to 'C'!A2:B2"},
         {{"-s", "T", tsv.text()}, "", "Added sheet 'T', wrote 2 cells to 'T'!A1:B1"},
         {{"-s", "2", "-r", "c1:d2", "--text"}, "007,1\n", "Wrote 2 cells to 'T'!C1:D1"},
@@ -77,7 +77,7 @@ TEST(WriteCommand, ReadsEveryKindOfInput) {
         EXPECT_TRUE(mentions(done, c.done)) << done << c.done;
     }
     EXPECT_EQ(output({"sheets", book.text()}), "C\nT\nJ\nNothing\n");
-    EXPECT_EQ(output({"read", book.text()}), "a,\"1,5\",,\n\"x,y\",3,,\n,,,\n,,,1900-03-01\n");
+    EXPECT_EQ(output({"read", book.text()}), "a,b,,\n\"x,y\",3,,\n,,,\n,,,1900-03-01\n");
     EXPECT_EQ(output({"types", book.text(), "-s", "T"}), "text\tnumber\ttext\ttext\n");
     EXPECT_EQ(output({"read", book.text(), "-s", "J", "-r", "A1:B2"}), ",\n,1900-03-01\n");
 }
@@ -85,8 +85,11 @@ TEST(WriteCommand, ReadsEveryKindOfInput) {
 TEST(WriteCommand, TakesBackWhatReadPrints) {
     for (const char* sheet : {"Readings", "Summary"}) {
         const TemporaryPath copy("copy.xlsx");
-        const std::string json = output({"read", kWeather, "-s", sheet, "--to", "json"});
+        std::string json = output({"read", kWeather, "-s", sheet, "--to", "json"});
         sentence({"write", copy.text(), "--from", "json"}, json);
+        // Errors are what formulas have; there is no way to write them.
+        for (std::size_t at; (at = json.find("\"error\"")) != std::string::npos;)
+            json.replace(at, 7, "\"text\"");
         EXPECT_EQ(output({"read", copy.text(), "--to", "json"}), json);
         const TemporaryPath again("again.xlsx");
         const std::string csv = output({"read", kWeather, "-s", sheet});
@@ -100,15 +103,15 @@ TEST(WriteCommand, JoinsBlocks) {
     std::string csv;
     std::string expected;
     for (int row = 0; row < 70'000; ++row) {
-        const int columns = row % 7000 == 6999 ? 90 : row % 3 + 1;
+        const int columns = row % 7000 == 6999 ? 20 : row % 3 + 1;
         std::string line;
         for (int column = 0; column < columns; ++column)
             line += (column == 0 ? "" : ",") + std::to_string(row * 100 + column);
         csv += line + '\n';
-        expected += line + std::string(static_cast<std::size_t>(90 - columns), ',') + '\n';
+        expected += line + std::string(static_cast<std::size_t>(20 - columns), ',') + '\n';
     }
     const TemporaryPath book("ragged.xlsx");
-    EXPECT_TRUE(mentions(sentence({"write", book.text()}, csv), "'Sheet1'!A1:CL70000"));
+    EXPECT_TRUE(mentions(sentence({"write", book.text()}, csv), "'Sheet1'!A1:T70000"));
     EXPECT_TRUE(output({"read", book.text()}) == expected);
 }
 
