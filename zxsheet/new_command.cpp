@@ -17,7 +17,8 @@ std::string run_new(const Options& options, ChangeTools& tools) {
         throw Failure(ExitCode::NotWritten,
                       options.book + ": There is such a file already; --force replaces it.");
     const auto book = make_book(options, options.sheet_count);
-    return save_changes(book, options, tools, "Made with " + counted(options.sheet_count, "sheet"));
+    return save_changes(book, options, tools, "Made with " + counted(options.sheet_count, "sheet"),
+                        Origin::Made);
 }
 
 } // namespace zxsheet

@@ -28,7 +28,10 @@ bool can_be_made(book::format format) {
            format == book::format::XLTX || format == book::format::XLTM;
 }
 
-std::string parts_text(const SaveSummary& parts) {
+std::string parts_text(const SaveSummary& parts, Origin origin) {
+    // What a new book has of its own counts as kept.
+    if (origin == Origin::Made)
+        return counted(parts.parts_kept + parts.parts_written, "part") + " written";
     std::string text;
     if (parts.parts_kept > 0) text += counted(parts.parts_kept, "part") + " kept, ";
     text += (text.empty() ? counted(parts.parts_written, "part") : grouped(parts.parts_written)) +
@@ -81,12 +84,12 @@ void check_log(const Options& options, const ChangeTools& tools) {
 }
 
 std::string save_changes(const std::shared_ptr<IBook>& book, const Options& options,
-                         ChangeTools& tools, const std::string& done) {
+                         ChangeTools& tools, const std::string& done, Origin origin) {
     const std::string& target = target_of(options);
     tools.progress.set_text("Saving " + target);
     tools.log.forget();
     save_book(book, unicode::to_utf16(target));
-    return target + ": " + done + "; " + parts_text(last_save(book));
+    return target + ": " + done + "; " + parts_text(last_save(book), origin);
 }
 
 } // namespace zxsheet

@@ -33,8 +33,12 @@ void check_unlocked(spreadsheet::ISheet& sheet, const spreadsheet::Range& range,
 /// Throws `Failure` with the cause if the library has logged a failure since `tools.log.forget()`.
 void check_log(const Options& options, const ChangeTools& tools);
 
+/// Where a book comes from.
+enum class Origin { Loaded, Made };
+
 /// Saves the book and returns the sentence: target, what was `done`, what became of the parts.
 std::string save_changes(const std::shared_ptr<spreadsheet::IBook>& book, const Options& options,
-                         ChangeTools& tools, const std::string& done);
+                         ChangeTools& tools, const std::string& done,
+                         Origin origin = Origin::Loaded);
 
 } // namespace zxsheet

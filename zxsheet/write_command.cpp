@@ -89,7 +89,8 @@ std::string run_write(const Options& options, ChangeTools& tools) {
     tools.progress.set_text("Reading " + input.name());
     read_input(input, options, writer);
     writer.finish();
-    return save_changes(writer.target().book, options, tools, what_was_done(writer));
+    return save_changes(writer.target().book, options, tools, what_was_done(writer),
+                        writer.target().origin);
 }
 
 } // namespace zxsheet

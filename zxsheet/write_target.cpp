@@ -6,7 +6,6 @@
 #include "foundation/unicode.h"
 #include "zxsheet/book_access.h"
 #include "zxsheet/failure.h"
-#include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -62,6 +61,7 @@ WriteTarget make_target(const Options& options, const WantedSheet& wanted) {
     target.sheet = has_name ? add_sheet(target.book, 0, unicode::to_utf16(wanted.text), u"")
                             : target.book->sheet(std::size_t{0});
     target.sheet_name = target.sheet->name();
+    target.origin = Origin::Made;
     target.preparation = "Made the book, wrote ";
     return target;
 }
@@ -89,7 +89,7 @@ WriteTarget open_target(const Options& options, const WantedSheet& wanted, const
         existing.sheet = wanted.text; // names come before numbers
     existing.range.clear();
     const Selection selection = open_selection(existing, Extent::WholeSheet);
-    return {selection.book, selection.sheet, selection.sheet_name, {}, "Wrote "};
+    return {selection.book, selection.sheet, selection.sheet_name, {}, Origin::Loaded, "Wrote "};
 }
 
 /// From the cell on to the end of the sheet.

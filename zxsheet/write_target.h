@@ -10,6 +10,7 @@
 #include "spreadsheet/spreadsheet.h"
 #include "zxsheet/cell_sink.h"
 #include "zxsheet/commands.h"
+#include "zxsheet/save_book.h"
 
 namespace zxsheet {
 
@@ -18,6 +19,7 @@ struct WriteTarget {
     std::shared_ptr<spreadsheet::ISheet> sheet;
     std::u16string sheet_name;
     spreadsheet::Range room; ///< data starts in its first cell and must fit into it
+    Origin origin = Origin::Loaded;
     std::string preparation; ///< what was done already, such as "Made the book, "
 };
 

@@ -40,7 +40,7 @@ TEST(WriteCommand, MakesABookOfEveryFormat) {
         const TemporaryPath book(name);
         const std::string done = sentence({"write", book.text()}, csv);
         EXPECT_TRUE(mentions(done, "Made the book, wrote 13 cells to 'Sheet1'!A1:D5; ")) << done;
-        EXPECT_TRUE(mentions(done, " written.")) << done;
+        EXPECT_TRUE(mentions(done, " parts written.")) << done;
         EXPECT_EQ(output({"read", book.text()}), "name,count,when,good\n"
                                                  "\"two\nlines\",-2.5,2024-03-01,true\n"
                                                  "007,1000,2024-03-01T13:05:00,false\n"
