@@ -98,6 +98,14 @@ TEST(WriteCommand, TakesBackWhatReadPrints) {
     }
 }
 
+TEST(WriteCommand, SplitsNoTextOfASingleColumn) {
+    const TemporaryPath book("column.xlsx"), again("again.xlsx");
+    sentence({"write", book.text()}, "\"a;b\"\nc;d\n");
+    const std::string csv = output({"read", book.text()});
+    sentence({"write", again.text()}, csv);
+    EXPECT_EQ(output({"read", again.text(), "--to", "jsonl"}), "[\"a;b\"]\n[\"c;d\"]\n");
+}
+
 // More rows than are written at a time, of lengths that no rectangle fits.
 TEST(WriteCommand, JoinsBlocks) {
     std::string csv;
