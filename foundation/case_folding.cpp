@@ -2,6 +2,8 @@
 //
 // Comparison without regard to case, with the simple foldings (status C and S) of Unicode's
 // CaseFolding.txt.
+#include "foundation/case_folding.h"
+
 #include <utf8proc.h>
 
 #include "foundation/ascii_case.h"
@@ -28,6 +30,21 @@ char32_t fold(char32_t code_point) {
 }
 
 } // namespace
+
+std::u16string fold_case(std::u16string_view text) {
+    std::u16string folded;
+    folded.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        const char32_t code_point = fold(next_code_point(text, i));
+        if (code_point >= 0x10000) {
+            folded += static_cast<char16_t>(0xD800 + ((code_point - 0x10000) >> 10));
+            folded += static_cast<char16_t>(0xDC00 + ((code_point - 0x10000) & 0x3FF));
+        } else {
+            folded += static_cast<char16_t>(code_point);
+        }
+    }
+    return folded;
+}
 
 bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) {
     // A simple folding never leaves its plane, so equal texts have equal lengths.

@@ -15,7 +15,17 @@
 namespace foundation::files {
 
 /// Why a file could not be used.
-enum class FileProblem { NotFound, NotAFile, AccessDenied, InUse, PathTooLong, ReadFailed };
+enum class FileProblem {
+    NotFound,
+    NotAFile,
+    AccessDenied,
+    InUse,
+    PathTooLong,
+    ReadFailed,
+    ReadOnly, ///< the file or its drive is write-protected
+    DiskFull,
+    WriteFailed
+};
 
 /// A failed operation on a file; `what()` is one sentence in English without the path.
 class FileError : public std::runtime_error {

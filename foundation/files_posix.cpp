@@ -10,25 +10,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "foundation/descriptor.h"
 #include "foundation/files.h"
 
 namespace foundation::files {
 namespace {
-
-/// Owns a file descriptor.
-class Descriptor {
-  public:
-    explicit Descriptor(int value) : value_(value) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (value_ >= 0) ::close(value_);
-    }
-    int get() const { return value_; }
-
-  private:
-    int value_;
-};
 
 [[noreturn]] void throw_open_error(int code) {
     switch (code) {

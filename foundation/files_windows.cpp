@@ -1,40 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Opening and reading files on Windows.
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX // windows.h has macros of the names min and max
-
 #include <algorithm>
 #include <limits>
 #include <string>
 
-#include <windows.h>
-
 #include "foundation/files.h"
+#include "foundation/windows_files.h"
 
 namespace foundation::files {
 namespace {
-
-/// Owns a file handle.
-class Handle {
-  public:
-    explicit Handle(HANDLE value) : value_(value) {}
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    ~Handle() {
-        if (valid()) ::CloseHandle(value_);
-    }
-    bool valid() const { return value_ != INVALID_HANDLE_VALUE; }
-    HANDLE get() const { return value_; }
-
-  private:
-    HANDLE value_;
-};
-
-bool is_folder(const std::wstring& path) {
-    const DWORD attributes = ::GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
 
 [[noreturn]] void throw_open_error(DWORD code, const std::wstring& path) {
     // The system's answer for a folder is one of several, with a separator at its end another.
@@ -67,26 +42,6 @@ bool is_folder(const std::wstring& path) {
         throw FileError(FileProblem::ReadFailed,
                         "The system cannot open the file (error " + std::to_string(code) + ").");
     }
-}
-
-std::wstring full_path(const std::wstring& path) {
-    const DWORD needed = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-    std::wstring full(needed, L'\0');
-    const DWORD length = ::GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
-    full.resize(length < needed ? length : 0);
-    return full;
-}
-
-/// The absolute form with the prefix that lifts the limit of MAX_PATH characters; paths within it
-/// stay as they are, since the prefix switches '/', relative components and device names off.
-std::wstring system_path(const std::wstring& path) {
-    if (path.starts_with(L"\\\\?\\")) return path;
-    const std::wstring full = full_path(path);
-    if (full.empty() || std::max(path.size(), full.size()) < MAX_PATH) return path;
-    if (full.size() < MAX_PATH || full.starts_with(L"\\\\?\\")) return full;
-    if (full.starts_with(L"\\\\.\\")) return L"\\\\?\\" + full.substr(4);
-    if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC" + full.substr(1);
-    return L"\\\\?\\" + full;
 }
 
 /// The path may name a pipe, whose server must not act in the name of whoever opens it.

@@ -36,8 +36,8 @@ using OutputOpener = std::function<std::unique_ptr<OutputFile>(std::u16string_vi
 
 /// A file that will replace `path`: written beside it under a name of its own. A symbolic link is
 /// followed and stays; an existing target's permissions are taken over, and a target that may not
-/// be written to is refused. On Windows nobody may have the target open without sharing its
-/// deletion. Throws `FileError`.
+/// be written to is refused. Further hard links to the target keep the old content. On Windows
+/// nobody may have the target open without sharing its deletion. Throws `FileError`.
 std::unique_ptr<OutputFile> replace_file(std::u16string_view path);
 
 /// Collects into `bytes`, which must outlive it; `commit` does nothing.

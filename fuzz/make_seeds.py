@@ -8,13 +8,15 @@ import sys
 import zipfile
 
 KINDS = {
+    "fuzz_rewrite": lambda name: "sheets/" in name and name.endswith(".xml"),
     "fuzz_worksheet": lambda name: "sheets/" in name and name.endswith(".xml"),
     "fuzz_shared_strings": lambda name: name.endswith("sharedstrings.xml"),
     "fuzz_styles": lambda name: name.endswith("styles.xml"),
     "fuzz_workbook": lambda name: name.endswith("workbook.xml"),
     "fuzz_relationships": lambda name: name.endswith(".rels") or "content_types" in name,
 }
-FORMULAS = ["Sheet1!$A$1:$B$2", "'It''s'!A1", "Sheet1!$A:$C", "Sheet1!$1:$3", "#REF!", "[1]S!$A$1"]
+FORMULAS = ["Sheet1!$A$1:$B$2", "'It''s'!A1", "Sheet1!$A:$C", "Sheet1!$1:$3", "#REF!", "[1]S!$A$1",
+            "SUM(A:C!B2,'[B.xlsx]S'!$A1)", "T[[#This Row],['#]]:T[a]+{1,#N/A;\"x!\"}", "LOG10(A1#)"]
 
 
 def put(corpus, target, name, data):
@@ -49,6 +51,7 @@ def main(fixtures, corpus):
             put_parts(corpus, name, path)
     for i, formula in enumerate(FORMULAS):
         put(corpus, "fuzz_defined_name", f"formula_{i}", formula.encode())
+        put(corpus, "fuzz_formula", f"formula_{i}", formula.encode())
     return 0
 
 

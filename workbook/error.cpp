@@ -45,6 +45,10 @@ Error Error::missing(std::string_view what) {
     return {ErrorKind::Missing, std::string{what}};
 }
 
+Error Error::refused(std::string_view why) {
+    return {ErrorKind::Refused, std::string{why}};
+}
+
 Error Error::in_sheet(std::string_view sheet) const {
     return {kind_, joined("sheet \"", sheet, "\": ").append(what())};
 }

@@ -17,7 +17,8 @@ enum class ErrorKind {
     Encrypted,    ///< protected by a password
     Damaged,      ///< a container, part or record that breaks its format
     Limit,        ///< larger than the library's limits allow
-    Missing       ///< a part or sheet that does not exist
+    Missing,      ///< a part or sheet that does not exist
+    Refused       ///< an operation that would leave a book that no application accepts
 };
 
 class Error : public std::runtime_error {
@@ -32,6 +33,7 @@ class Error : public std::runtime_error {
     static Error damaged_at(std::string_view part, std::uint64_t position, std::string_view what);
     static Error limit(std::string_view part, std::string_view what);
     static Error missing(std::string_view what);
+    static Error refused(std::string_view why);
 
     /// This error, its text preceded by the sheet that it was met in.
     Error in_sheet(std::string_view sheet) const;

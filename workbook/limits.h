@@ -52,4 +52,9 @@ inline constexpr std::size_t kMaxTokenBytes = 16u << 20;
 /// Merged regions of one sheet.
 inline constexpr std::size_t kMaxMergedRegions = 2'000'000;
 
+/// Formulas of several cells that a changed sheet may have, and the bytes of those that a change
+/// takes apart.
+inline constexpr std::size_t kMaxFormulaGroups = 1'000'000;
+inline constexpr std::size_t kMaxFormulaGroupBytes = 64u << 20;
+
 } // namespace workbook

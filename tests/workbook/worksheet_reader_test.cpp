@@ -34,6 +34,7 @@ std::string describe(const WorksheetCells& cells) {
             out += "=" + std::to_string(cell.value.number);
             break;
         case StoredKind::String:
+        case StoredKind::AddedString:
             out += "=#" + std::to_string(cell.value.text);
             break;
         case StoredKind::OwnString:

@@ -56,9 +56,10 @@ void CellStore::begin_row(int row) {
 
 void CellStore::end_row() {
     if (!in_order_) open_end_ = open_begin_ + keep_last_of_equals(open_begin_, open_end_);
-    if (open_end_ != open_begin_)
-        rows_.push_back(
-            {open_row_, static_cast<std::uint32_t>(open_end_ - open_begin_), open_begin_});
+    if (open_end_ != open_begin_) {
+        const auto count = static_cast<std::uint32_t>(open_end_ - open_begin_);
+        rows_.push_back({open_row_, count, open_begin_});
+    }
     open_limit_ = open_end_;
 }
 
@@ -77,6 +78,9 @@ void CellStore::finish() {
     const auto not_ascending = [](const Row& a, const Row& b) { return a.index >= b.index; };
     if (std::adjacent_find(rows_.begin(), rows_.end(), not_ascending) != rows_.end())
         merge_equal_rows();
+    size_ = 0;
+    for (const Row& row : rows_)
+        size_ += row.count;
     compute_bounds();
 }
 
@@ -104,15 +108,14 @@ void CellStore::merge_equal_rows() {
     rows_ = std::move(merged);
 }
 
-void CellStore::compute_bounds() {
+void CellStore::compute_bounds() const {
     const auto is_filled = [](const StoredCell& c) { return c.stored_kind() != StoredKind::Blank; };
     BoundsCollector all, filled;
-    size_ = 0;
     for (const Row& row : rows_) {
+        if (row.count == 0) continue;
         const StoredCell* begin = row.cells;
         const StoredCell* end = begin + row.count;
         const int index = static_cast<int>(row.index);
-        size_ += row.count;
         all.add(index, static_cast<int>(begin->column), static_cast<int>(end[-1].column));
         const StoredCell* first = std::find_if(begin, end, is_filled);
         if (first == end) continue;
@@ -122,6 +125,7 @@ void CellStore::compute_bounds() {
     }
     bounds_ = all.bounds();
     filled_bounds_ = filled.bounds();
+    bounds_outdated_ = false;
 }
 
 } // namespace workbook

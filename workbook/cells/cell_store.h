@@ -2,7 +2,7 @@
 //
 // The cells of one sheet: 16 bytes each, row after row in chunks that never move; nothing is kept
 // for a cell that does not exist. A cell is found in constant time where rows and columns have no
-// gaps, by binary search otherwise.
+// gaps, by binary search otherwise. Filled once by a reader, changed cell by cell afterwards.
 #pragma once
 
 #include <cstddef>
@@ -15,14 +15,18 @@
 namespace workbook {
 
 enum class StoredKind : std::uint8_t {
-    Number,    ///< value.number
-    String,    ///< value.text: index into the book's shared strings
-    OwnString, ///< value.text: index into the sheet's own strings (inline text, formula results)
-    Boolean,   ///< value.number is 0 or 1
-    Blank,     ///< no value
-    Error,     ///< value.text: index of its text in the sheet's own strings
-    StrictDate ///< value.number is a serial day number
+    Number,     ///< value.number
+    String,     ///< value.text: index into the book's shared strings
+    OwnString,  ///< value.text: index into the sheet's own strings (inline text, formula results)
+    Boolean,    ///< value.number is 0 or 1
+    Blank,      ///< no value
+    Error,      ///< value.text: index of its text in the sheet's own strings
+    StrictDate, ///< value.number is a serial day number
+    AddedString ///< value.text: index into the strings that were added to the book
 };
+
+/// Set in `StoredCell::kind` beside the StoredKind of a cell that was written since the load.
+inline constexpr std::uint32_t kChangedMark = 0x80;
 
 struct StoredCell {
     union {
@@ -31,9 +35,10 @@ struct StoredCell {
     } value;
     std::uint32_t column;
     std::uint32_t format : 24; ///< index into the book's cell formats
-    std::uint32_t kind : 8;    ///< a StoredKind
+    std::uint32_t kind : 8;    ///< a StoredKind and perhaps `kChangedMark`
 
-    StoredKind stored_kind() const { return static_cast<StoredKind>(kind); }
+    StoredKind stored_kind() const { return static_cast<StoredKind>(kind & (kChangedMark - 1)); }
+    bool is_changed() const { return (kind & kChangedMark) != 0; }
 };
 static_assert(sizeof(StoredCell) == 16);
 
@@ -47,6 +52,11 @@ struct CellBounds {
 
 class CellStore {
   public:
+    CellStore() = default;
+    CellStore(const CellStore& other); ///< marks included
+    CellStore(CellStore&&) = default;
+    CellStore& operator=(CellStore&&) = default;
+
     /// Filling: `begin_row`, then per cell write `*next_cell()` and call `keep_cell`, then
     /// `end_row`; `finish` once at the end. Rows and columns may come in any order and more than
     /// once; the last cell written at a place wins.
@@ -64,11 +74,42 @@ class CellStore {
     /// The cell at a place, null when it does not exist.
     const StoredCell* find(int row, int column) const;
 
+    /// Changing, once finished. Puts a cell into `row` at `cell.column` in the place of what is
+    /// there, and marks cell and row as changed.
+    void put(int row, StoredCell cell);
+    /// Removes the cells of a rectangle; corners inclusive, within a sheet's limits.
+    void remove(int first_row, int last_row, int first_column, int last_column);
+    /// The cells of this rectangle come next: each of its rows gets room for them at once.
+    void expect(int first_row, int last_row, int first_column, int last_column);
+
     /// Number of cells.
     std::size_t size() const { return size_; }
     /// All cells, and those that are not blank.
-    const CellBounds& bounds() const { return bounds_; }
-    const CellBounds& filled_bounds() const { return filled_bounds_; }
+    const CellBounds& bounds() const {
+        if (bounds_outdated_) compute_bounds();
+        return bounds_;
+    }
+    const CellBounds& filled_bounds() const {
+        if (bounds_outdated_) compute_bounds();
+        return filled_bounds_;
+    }
+
+    /// The cells of one row in order; there may be none.
+    struct RowCells {
+        int row = 0;
+        const StoredCell* begin = nullptr;
+        const StoredCell* end = nullptr;
+        bool has_changes = false; ///< of the cells that are there; removals do not count
+    };
+    /// Rows in ascending order by a running number.
+    std::size_t row_count() const { return rows_.size(); }
+    RowCells row_at(std::size_t i) const {
+        const Row& row = rows_[i];
+        const bool has_changes = i < edits_.size() && edits_[i].has_changes;
+        return {static_cast<int>(row.index), row.cells, row.cells + row.count, has_changes};
+    }
+    /// Number of the first row at or behind `row`.
+    std::size_t row_from(int row) const;
 
     /// Calls `visit(row, cell)` for every cell, row after row.
     template <class Visit>
@@ -79,20 +120,42 @@ class CellStore {
     }
 
   private:
+    // `find` looks at the first cell even of a row without cells, which is beyond every column
+    // then.
     struct Row {
         std::uint32_t index;
         std::uint32_t count;
         StoredCell* cells;
     };
+    // What changes need to know of a row; apart, since reads are quicker over small rows.
+    struct RowEdit {
+        std::uint32_t capacity = 0;
+        bool has_changes = false;
+    };
+    struct Rectangle {
+        int first_row = 0, last_row = -1, first_column = 0, last_column = -1;
+    };
 
     static std::uint32_t keep_last_of_equals(StoredCell* begin, StoredCell* end);
     const Row* find_row(std::uint32_t row) const;
     void merge_equal_rows();
-    void compute_bounds();
+    void compute_bounds() const;
+    void widen_bounds(int row, const StoredCell& cell);
+
+    void begin_edits();
+    void merge_empty_rows(const std::vector<std::uint32_t>& added);
+    std::size_t row_for_writing(std::uint32_t row);
+    std::size_t insert_row(std::uint32_t row);
+    void put_within(std::size_t i, const StoredCell& cell);
+    void make_room(std::size_t i);
+    std::uint32_t wanted_capacity(const Row& row) const;
+    StoredCell* take_cells(std::size_t count);
+    static void remove_from(Row& row, std::uint32_t first_column, std::uint32_t last_column);
 
     std::vector<std::unique_ptr<StoredCell[]>> chunks_;
     StoredCell* chunk_end_ = nullptr;
-    std::vector<Row> rows_; ///< ascending by index once finished
+    std::vector<Row> rows_;      ///< ascending by index once finished
+    std::vector<RowEdit> edits_; ///< beside `rows_` from the first change on
 
     StoredCell* open_begin_ = nullptr;
     StoredCell* open_end_ = nullptr;
@@ -101,8 +164,10 @@ class CellStore {
     bool in_order_ = true;
 
     std::size_t size_ = 0;
-    CellBounds bounds_;
-    CellBounds filled_bounds_;
+    Rectangle expected_;
+    mutable bool bounds_outdated_ = false;
+    mutable CellBounds bounds_;
+    mutable CellBounds filled_bounds_;
 };
 
 inline const CellStore::Row* CellStore::find_row(std::uint32_t row) const {

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "workbook/limits.h"
+
 namespace workbook {
 
 class ClearedCells {
@@ -14,16 +16,19 @@ class ClearedCells {
     /// Zero-based, corners inclusive.
     void add(int first_row, int last_row, int first_column, int last_column);
     bool empty() const { return rectangles_.empty(); }
+    /// Whether a cell of this rectangle is among them.
+    bool intersects(int first_row, int last_row, int first_column, int last_column) const;
 
-    /// Answers for rows in ascending order, as a part is written.
+    /// Answers row by row; quick for rows in ascending order, as a part is written.
     class Walk {
       public:
         explicit Walk(const ClearedCells& cells);
-        /// Moves to `row`, which must not be before the last one; false when it has no cleared
-        /// cell.
+        /// Makes `row` the current row; false when it has no cleared cell.
         bool move_to(int row);
         /// Whether the cell of the current row is cleared.
         bool holds(int column) const;
+        /// The first row from the current one on that has a cleared cell; `kMaxRows` for none.
+        int next_row() const;
 
       private:
         struct Span {
@@ -33,6 +38,7 @@ class ClearedCells {
         std::vector<std::size_t> order_; ///< rectangles by first row
         std::size_t next_ = 0;
         std::vector<Span> active_;
+        int row_ = -1;
     };
 
   private:

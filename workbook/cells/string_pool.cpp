@@ -13,6 +13,12 @@ constexpr std::size_t kLargestChunk = 1u << 20;
 
 } // namespace
 
+StringPool::StringPool(const StringPool& other) {
+    entries_.reserve(other.size());
+    for (std::size_t i = 0; i < other.size(); ++i)
+        add(other[i]);
+}
+
 char* StringPool::make_room(std::size_t bytes) {
     const std::size_t doubled = kFirstChunk << std::min<std::size_t>(chunks_.size(), 8);
     const std::size_t chunk = std::max(std::min(doubled, kLargestChunk), bytes);

@@ -15,6 +15,11 @@ namespace workbook {
 
 class StringPool {
   public:
+    StringPool() = default;
+    StringPool(const StringPool& other);
+    StringPool(StringPool&&) = default;
+    StringPool& operator=(StringPool&&) = default;
+
     /// Appends a text and returns its index.
     std::uint32_t add(std::string_view text);
     std::size_t size() const { return entries_.size(); }

@@ -11,6 +11,8 @@
 #ifdef ZX_HAVE_ISAL
 #include <isa-l/crc.h>
 #include <isa-l/igzip_lib.h>
+
+#include "workbook/package/vector_work.h"
 #endif
 
 namespace workbook {
@@ -28,21 +30,6 @@ unsigned char* as_octets(char* bytes) {
 unsigned char* as_octets(const char* bytes) {
     return as_octets(const_cast<char*>(bytes));
 }
-
-#ifdef ZX_HAVE_ISAL
-// ISA-L's AVX-512 code leaves the upper halves of the vector registers in use, and then every plain
-// SSE instruction that follows, which is most of a reader's work, runs at a fraction of its speed.
-#if defined(__x86_64__) && defined(__GNUC__)
-__attribute__((target("avx"))) void clear_upper_vector_halves() {
-    __builtin_ia32_vzeroupper();
-}
-void end_vector_work() {
-    if (__builtin_cpu_supports("avx")) clear_upper_vector_halves();
-}
-#else
-void end_vector_work() {}
-#endif
-#endif
 
 class StoredUnpacker final : public Unpacker {
   public:

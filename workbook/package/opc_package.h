@@ -30,6 +30,16 @@ class OpcPackage {
 
     const ContentTypes& content_types() const { return content_types_; }
 
+    /// See the functions of `ZipArchive` of these names.
+    void verify_unchanged() { archive_.verify_unchanged(); }
+    void close_file() { archive_.close_file(); }
+    void reopen(std::unique_ptr<foundation::files::RandomAccessFile> file) {
+        archive_.reopen(std::move(file));
+    }
+
+    /// The container, for copying parts as they lie in it.
+    ZipArchive& archive() { return archive_; }
+
     /// The relationships of a part, of the package for ""; none when it has no relationships part.
     std::vector<Relationship> relationships(std::string_view part_name);
 

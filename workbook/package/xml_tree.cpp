@@ -35,17 +35,57 @@ std::string read_whole(ByteSource& part) {
     return text;
 }
 
-} // namespace
-
-pugi::xml_document read_tree(ByteSource& part) {
+pugi::xml_document parse_whole(ByteSource& part, unsigned options) {
     const std::string text = read_whole(part);
     pugi::xml_document tree;
-    const pugi::xml_parse_result result = tree.load_buffer(text.data(), text.size());
+    const pugi::xml_parse_result result = tree.load_buffer(text.data(), text.size(), options);
     if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
     if (!result)
         throw Error::damaged_at(part.part_name(), static_cast<std::uint64_t>(result.offset),
                                 result.description());
     return tree;
+}
+
+class StringWriter final : public pugi::xml_writer {
+  public:
+    explicit StringWriter(std::string& out) : out_(out) {}
+
+    /// A carriage return that survived parsing was a reference; the next parser would make a line
+    /// feed of it as it stands.
+    void write(const void* data, std::size_t size) override {
+        std::string_view rest(static_cast<const char*>(data), size);
+        for (;;) {
+            const std::size_t carriage_return = rest.find('\r');
+            out_.append(rest.substr(0, carriage_return));
+            if (carriage_return == std::string_view::npos) return;
+            out_.append("&#13;");
+            rest.remove_prefix(carriage_return + 1);
+        }
+    }
+
+  private:
+    std::string& out_;
+};
+
+} // namespace
+
+pugi::xml_document read_tree(ByteSource& part) {
+    return parse_whole(part, pugi::parse_default);
+}
+
+pugi::xml_document read_editable_tree(ByteSource& part) {
+    pugi::xml_document tree = parse_whole(part, pugi::parse_full | pugi::parse_ws_pcdata);
+    for (pugi::xml_node node : tree.children())
+        if (node.type() == pugi::node_declaration)
+            if (pugi::xml_attribute encoding = node.attribute("encoding")) encoding = "UTF-8";
+    return tree;
+}
+
+std::string tree_text(const pugi::xml_document& tree) {
+    std::string text;
+    StringWriter writer(text);
+    tree.save(writer, "", pugi::format_raw, pugi::encoding_utf8);
+    return text;
 }
 
 std::string_view local_name(const char* name) {

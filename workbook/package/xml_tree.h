@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include <pugixml.hpp>
@@ -17,6 +18,13 @@ namespace workbook {
 /// The whole part as a tree, in any encoding that its BOM or declaration tells. Throws `Error` for
 /// a part that is larger than `kMaxTreePartBytes` or not well-formed.
 pugi::xml_document read_tree(ByteSource& part);
+
+/// The same for a part that is going to be changed: white space, comments, instructions and the
+/// declaration, which becomes one of UTF-8, are nodes of the tree.
+pugi::xml_document read_editable_tree(ByteSource& part);
+
+/// The part's text in UTF-8, without white space that the tree does not have.
+std::string tree_text(const pugi::xml_document& tree);
 
 /// `name` without its prefix.
 std::string_view local_name(const char* name);

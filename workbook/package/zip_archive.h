@@ -13,6 +13,7 @@
 
 #include "foundation/files.h"
 #include "workbook/package/byte_source.h"
+#include "workbook/package/inflate.h"
 #include "workbook/package/zip_directory.h"
 
 namespace workbook {
@@ -30,8 +31,25 @@ class ZipArchive {
     /// The unpacked bytes of an entry; must not outlive the archive. Throws `Error`.
     std::unique_ptr<ByteSource> open(const ZipEntry& entry);
 
+    /// The packed bytes of an entry as they lie in the file; must not outlive the archive. Throws
+    /// `Error`.
+    PackedBytes open_packed(const ZipEntry& entry);
+
+    std::uint64_t file_size() const { return file_size_; }
+
+    /// For a file that stays open for long: throws `Error` when it is not what it was. Begins a new
+    /// count of the bytes that may be unpacked.
+    void verify_unchanged();
+    /// Lets go of the file; what was opened from it must be gone. Only `reopen` is left to call.
+    void close_file() { file_.reset(); }
+    /// Continues with the same file, opened again. Throws `Error` when it is not what it was.
+    void reopen(std::unique_ptr<foundation::files::RandomAccessFile> file);
+
   private:
-    std::unique_ptr<foundation::files::RandomAccessFile> file_;
+    std::uint64_t data_position(const ZipEntry& entry);
+
+    std::unique_ptr<foundation::files::RandomAccessFile> file_; ///< null while it is closed
+    std::uint64_t file_size_;
     std::vector<ZipEntry> entries_;
     std::unordered_map<std::string, std::size_t> by_name_;
     std::uint64_t unpacked_bytes_ = 0;

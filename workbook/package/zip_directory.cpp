@@ -177,11 +177,17 @@ std::optional<ZipEntry> read_entry(DirectoryWindow& window) {
     if (header == nullptr || load_u32(header) != kHeaderSignature) return {};
     ZipEntry entry;
     constexpr std::uint16_t kEncryptedFlags = 1 | 1 << 6 | 1 << 13;
-    entry.is_encrypted = (load_u16(header + 8) & kEncryptedFlags) != 0;
+    entry.made_by = load_u16(header + 4);
+    entry.version_needed = load_u16(header + 6);
+    entry.flags = load_u16(header + 8);
+    entry.is_encrypted = (entry.flags & kEncryptedFlags) != 0;
     entry.method = load_u16(header + 10);
+    entry.time = load_u16(header + 12);
+    entry.date = load_u16(header + 14);
     entry.crc32 = load_u32(header + 16);
     entry.packed_size = load_u32(header + 20);
     entry.size = load_u32(header + 24);
+    entry.attributes = load_u32(header + 38);
     entry.header_position = load_u32(header + 42);
     const std::size_t name_bytes = load_u16(header + 28);
     const std::size_t extra_bytes = load_u16(header + 30);

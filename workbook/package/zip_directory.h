@@ -20,6 +20,15 @@ struct ZipEntry {
     std::uint32_t crc32 = 0;
     std::uint16_t method = 0;
     bool is_encrypted = false;
+
+    // What a copy of the entry has to repeat.
+    std::uint16_t flags = 0;
+    std::uint16_t time = 0, date = 0; ///< in the form of MS-DOS
+    std::uint16_t made_by = 0;        ///< tells what the attributes mean
+    std::uint16_t version_needed = 0;
+    std::uint32_t attributes = 0; ///< of a file system
+
+    bool operator==(const ZipEntry&) const = default;
 };
 
 /// All entries in directory order. Throws `Error` for anything that is not a whole ZIP container.

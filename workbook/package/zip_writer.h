@@ -8,7 +8,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "foundation/output_file.h"
 #include "workbook/package/byte_sink.h"
@@ -29,21 +28,25 @@ class ZipWriter {
     ByteSink& begin_entry(std::string_view name, std::uint64_t expected_bytes = 0);
     void end_entry();
 
-    /// Copies an entry as it lies in `source`: packed bytes, method, CRC, times, name. Throws
-    /// `Error` when the source ends early.
+    /// Copies an entry as it lies in `source`: packed bytes, method, CRC, time, name, attributes.
+    /// Throws `Error` when the source ends early.
     void copy_entry(ZipArchive& source, const ZipEntry& entry);
 
     /// Writes the directory. Nothing may follow.
     void finish();
 
   private:
+    class FileSink;
     class EntrySink;
-    struct Written;
 
-    foundation::files::OutputFile& out_;
+    void add_to_directory(const ZipEntry& entry);
+    void finish_zip64(std::uint64_t directory_position);
+
+    std::unique_ptr<FileSink> out_;
     std::unique_ptr<Packer> packer_;
-    std::unique_ptr<EntrySink> entry_;
-    std::vector<Written> written_;
+    std::unique_ptr<EntrySink> entry_; ///< the one that was begun and not ended
+    std::string directory_;
+    std::uint64_t entries_ = 0;
 };
 
 } // namespace workbook

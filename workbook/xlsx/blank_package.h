@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <memory>
+#include <span>
 #include <string_view>
 
 #include "workbook/package/opc_package.h"
@@ -17,5 +18,11 @@ std::unique_ptr<OpcPackage> make_blank_package(std::chrono::system_clock::time_p
 
 /// The worksheet part of an empty sheet.
 std::string_view blank_worksheet_part();
+
+/// A part of the package whose text is always the same.
+struct BlankPart {
+    std::string_view name, text;
+};
+std::span<const BlankPart> blank_parts();
 
 } // namespace workbook

@@ -33,6 +33,7 @@ class XlsxFormat final : public Format {
         styles_.set_num_format(index_, static_cast<std::uint32_t>(identifier));
     }
     bool locked() const override { return styles_.format(index_).locked; }
+    std::size_t index() const { return index_; }
 
   private:
     Styles& styles_;

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/ascii_case.h"
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
@@ -106,8 +107,9 @@ class Saver {
             const XlsxSheet& changed = *sheet;
             parts.push_back({changed.entry().part,
                              [this, &changed](ByteSink& out) {
-                                 changed.write_part(*editor_.open_sheet(changed.entry()),
-                                                    strings_.index_of, out);
+                                 changed.write_part(
+                                     [&] { return editor_.open_sheet(changed.entry()); },
+                                     strings_.index_of, out);
                              },
                              changed.expected_bytes()});
         }

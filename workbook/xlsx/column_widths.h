@@ -4,6 +4,7 @@
 // setting some in it, and measuring how wide a cell's text is.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>

@@ -86,6 +86,7 @@ const char* SheetDataReader::take_plain_row_tag(const char* p) {
     const char* const close = find_byte(p, window_.end(), '>');
     if (close == window_.end() || (close[-1] != '"' && close[-1] != '/') || !ends_tag(p, close))
         return nullptr;
+    if (find_byte(p, close, 'F') != close) return nullptr; // customFormat
     open_row(static_cast<int>(number) - 1);
     if (stopped_) return nullptr;
     if (close[-1] == '/') {

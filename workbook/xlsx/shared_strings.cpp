@@ -38,11 +38,11 @@ const char* close_item(const PlainTag& tag, const char* p, const char* end) {
 // Takes items in their plainest form, <si><t>text</t></si>, off the window for as long as they
 // come, with no attribute but xml:space. Everything else, and an item that is not whole, is left to
 // the scanner. The zero bytes behind the window end every comparison.
-void take_plain_items(TextWindow& window, const PlainTag& tag, std::uint64_t wanted,
-                      StringPool& strings) {
+template <class Items>
+void take_plain_items(TextWindow& window, const PlainTag& tag, Items& items) {
     CellTextDecoder decoder;
     const char* p = window.cursor();
-    while (strings.size() < wanted) {
+    while (items.wants_more()) {
         const char* const text = open_item(tag, skip_spaces(p));
         if (text == nullptr) break;
         bool as_it_stands;
@@ -52,24 +52,23 @@ void take_plain_items(TextWindow& window, const PlainTag& tag, std::uint64_t wan
         std::string_view item(text, static_cast<std::size_t>(end - text));
         if (!as_it_stands) item = decoder.decode(item);
         if (item.data() == nullptr) break;
-        strings.add(item);
+        items.add(item, true);
         p = behind;
     }
     window.set_cursor(p);
 }
 
-} // namespace
-
-void read_shared_strings(ByteSource& part, std::uint64_t wanted, StringPool& strings) {
+template <class Items>
+void read_items(ByteSource& part, Items& items) {
     XmlScanner scanner(part);
     PlainTag tag("");
     std::string text;
-    while (strings.size() < wanted) {
+    while (items.wants_more()) {
         if (scanner.depth() == 1) {
             do
-                take_plain_items(scanner.window(), tag, wanted, strings);
-            while (strings.size() < wanted && scanner.window().refill_if_short());
-            if (strings.size() >= wanted) return;
+                take_plain_items(scanner.window(), tag, items);
+            while (items.wants_more() && scanner.window().refill_if_short());
+            if (!items.wants_more()) return;
         }
         const XmlScanner::Token token = scanner.next();
         if (token == XmlScanner::Token::Done) return;
@@ -78,10 +77,47 @@ void read_shared_strings(ByteSource& part, std::uint64_t wanted, StringPool& str
         } else if (token == XmlScanner::Token::Start && scanner.depth() == 2 &&
                    scanner.name() == "si") {
             text.clear();
-            append_item_text(scanner, text);
-            strings.add(text);
+            const bool is_plain = append_item_text(scanner, text);
+            items.add(text, is_plain);
         }
     }
+}
+
+/// Items that are kept.
+class PooledItems {
+  public:
+    PooledItems(StringPool& strings, std::uint64_t wanted) : strings_(strings), wanted_(wanted) {}
+    bool wants_more() const { return strings_.size() < wanted_; }
+    void add(std::string_view text, bool) { strings_.add(text); }
+
+  private:
+    StringPool& strings_;
+    std::uint64_t wanted_;
+};
+
+/// Items that are shown to a visitor.
+class VisitedItems {
+  public:
+    explicit VisitedItems(const std::function<void(std::string_view, bool)>& visit)
+        : visit_(visit) {}
+    static bool wants_more() { return true; }
+    void add(std::string_view text, bool is_plain) { visit_(text, is_plain); }
+
+  private:
+    const std::function<void(std::string_view, bool)>& visit_;
+};
+
+} // namespace
+
+void read_shared_strings(ByteSource& part, std::uint64_t wanted, StringPool& strings) {
+    PooledItems items(strings, wanted);
+    read_items(part, items);
+}
+
+void visit_shared_strings(ByteSource& part,
+                          const std::function<void(std::string_view, bool)>& visit) {
+    VisitedItems items(visit);
+    read_items(part, items);
 }
 
 } // namespace workbook

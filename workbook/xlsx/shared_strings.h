@@ -6,6 +6,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <string_view>
 
 #include "workbook/cells/string_pool.h"
 #include "workbook/package/byte_source.h"
@@ -15,5 +17,10 @@ namespace workbook {
 /// Appends items to `strings` until it holds `wanted` of them or the part ends. Claimed counts are
 /// not believed. Throws `Error`.
 void read_shared_strings(ByteSource& part, std::uint64_t wanted, StringPool& strings);
+
+/// Shows the text of every item to `visit` in turn, and whether the item is one plain text without
+/// runs. Throws `Error`.
+void visit_shared_strings(ByteSource& part,
+                          const std::function<void(std::string_view text, bool is_plain)>& visit);
 
 } // namespace workbook

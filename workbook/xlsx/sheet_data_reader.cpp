@@ -45,6 +45,10 @@ std::optional<double> parse_number(std::string_view text) {
     return error == std::errc() ? std::optional(value) : std::nullopt;
 }
 
+std::uint32_t stored_format(double number) {
+    return static_cast<std::uint32_t>(std::clamp(number, 0.0, double{kMaxStoredFormat}));
+}
+
 } // namespace
 
 bool SheetDataReader::read() {
@@ -102,6 +106,10 @@ void SheetDataReader::read_row_tag() {
     }
     if (row >= kMaxRows) scanner_.fail("the sheet has more rows than a sheet can have");
     open_row(row);
+    if (in_row_ && !skipping_ && is_true(scanner_.attribute("customFormat"))) {
+        const auto format = parse_number(trim(scanner_.attribute("s")));
+        out_.row_formats.push_back({row, stored_format(format.value_or(0.0))});
+    }
     if (!skipping_) return;
     scanner_.skip_element();
     close_row();
@@ -137,8 +145,7 @@ SheetDataReader::CellHead SheetDataReader::read_head() {
     if (next_column_ >= kMaxColumns)
         fail_at_cell("the row has more cells than a sheet has columns");
     if (const auto format = parse_number(trim(scanner_.attribute("s"))))
-        head.format =
-            static_cast<std::uint32_t>(std::clamp(*format, 0.0, double{kMaxStoredFormat}));
+        head.format = stored_format(*format);
     const std::string_view type = scanner_.attribute("t");
     if (type == "s")
         head.type = CellType::SharedString;

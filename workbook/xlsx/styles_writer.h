@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "workbook/package/byte_source.h"
 #include "workbook/xlsx/styles.h"

@@ -28,13 +28,15 @@ void append_element_text(XmlScanner& scanner, std::string& out) {
     }
 }
 
-void append_item_text(XmlScanner& scanner, std::string& out) {
+bool append_item_text(XmlScanner& scanner, std::string& out) {
     const int depth = scanner.depth();
+    bool is_plain = true;
     std::string text;
     for (;;) {
         const XmlScanner::Token token = scanner.next();
-        if (token == XmlScanner::Token::End && scanner.depth() < depth) return;
+        if (token == XmlScanner::Token::End && scanner.depth() < depth) return is_plain;
         if (token != XmlScanner::Token::Start) continue;
+        is_plain &= scanner.name() != "r" && scanner.name() != "rPh";
         if (scanner.name() == "rPh" || scanner.name() == "rPr") {
             scanner.skip_flat_element();
         } else if (scanner.name() == "t") {

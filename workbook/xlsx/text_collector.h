@@ -11,8 +11,9 @@
 namespace workbook {
 
 /// Reads the element of the scanner's last Start to its End and appends its text to `out`: every
-/// `t` but those of phonetic runs, one run after the other, escapes resolved.
-void append_item_text(XmlScanner& scanner, std::string& out);
+/// `t` but those of phonetic runs, one run after the other, escapes resolved. Whether the item is
+/// one plain text without any run.
+bool append_item_text(XmlScanner& scanner, std::string& out);
 
 /// The same for an element that holds the text itself (`t`, `v`): appends it as it stands.
 void append_element_text(XmlScanner& scanner, std::string& out);

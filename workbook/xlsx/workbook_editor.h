@@ -66,6 +66,7 @@ class WorkbookEditor {
 
   private:
     struct State;
+    class Gatherer;
     std::unique_ptr<State> state_;
 };
 

@@ -9,6 +9,8 @@
 #include "workbook/cells/cell_store.h"
 #include "workbook/cells/string_pool.h"
 #include "workbook/package/byte_source.h"
+#include "workbook/xlsx/column_widths.h"
+#include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
 
@@ -29,8 +31,22 @@ struct WorksheetTail {
     bool is_protected = false;
 };
 
+/// The format of the cells of a row that do not exist.
+struct RowFormat {
+    int row;
+    std::uint32_t format;
+};
+
+/// What stands before the cells.
+struct WorksheetColumns {
+    std::vector<ColumnSpan> spans;
+    double default_width = 9.140625; ///< eight characters and the padding that applications add
+};
+
 struct WorksheetCells {
     CellStore cells;
+    WorksheetColumns columns;
+    std::vector<RowFormat> row_formats; ///< ascending; one for a row at most
     StringPool own_strings;
     /// One past the greatest shared string index that a cell uses; 0 when none does.
     std::uint64_t shared_strings_end = 0;
@@ -41,6 +57,9 @@ struct WorksheetCells {
 /// date system, for ISO dates. Throws `Error`.
 bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, WorksheetCells& cells,
                     WorksheetTail& tail);
+
+/// Throws an `Error` unless the scanner's last Start, a root element, is that of a sheet.
+void require_sheet_root(const XmlScanner& scanner);
 
 /// Reads what follows the cells only.
 WorksheetTail read_worksheet_tail(ByteSource& part);

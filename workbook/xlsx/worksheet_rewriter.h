@@ -3,17 +3,18 @@
 // Writes a worksheet part from the part it was and the changes made since. All that was not changed
 // is copied as it stands: rows without a changed cell, cells beside changed ones, and every element
 // around the cells. New elements take the place that the schema gives them (ECMA-376 part 1, A.2,
-// CT_Worksheet).
+// CT_Worksheet). Applied to a part that it has written, the same changes give the same part.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "workbook/cells/cell_store.h"
 #include "workbook/cells/cleared_cells.h"
-#include "workbook/cells/string_pool.h"
 #include "workbook/package/byte_sink.h"
 #include "workbook/package/byte_source.h"
 #include "workbook/xlsx/worksheet_reader.h"
@@ -30,15 +31,15 @@ struct WorksheetChanges {
     bool any() const { return cells || merged_regions || is_protected || !column_widths.empty(); }
 };
 
-/// What the mark-up of a changed cell is made from.
-struct CellTexts {
-    const StringPool& own_strings;
-    const std::vector<std::uint32_t>& shared_index_of; ///< of added strings, by their index
-};
+/// Opens the part that is rewritten; called up to three times, since formulas that several cells
+/// share have to be known before the first cell is written.
+using PartOpener = std::function<std::unique_ptr<ByteSource>()>;
 
-/// `complete` tells that `cells` holds every cell of the part, not only those of some rows. Throws
-/// `Error`.
-void rewrite_worksheet(ByteSource& part, const CellStore& cells, const CellTexts& texts,
+/// `complete` tells that `cells` holds every cell of the part, not only those of some rows;
+/// `shared_index_of` where added strings stand in the saved file, by their index in the store.
+/// Throws `Error`.
+void rewrite_worksheet(const PartOpener& open_part, const CellStore& cells,
+                       const std::vector<std::uint32_t>& shared_index_of,
                        const WorksheetChanges& changes, bool complete, ByteSink& out);
 
 } // namespace workbook

@@ -3,6 +3,8 @@
 // Cell reads over the cell store. Callers come here several times for every cell.
 #include "workbook/xlsx/xlsx_sheet.h"
 
+#include <algorithm>
+
 #include "foundation/unicode.h"
 #include "workbook/error.h"
 #include "workbook/xml/cell_reference.h"
@@ -12,14 +14,17 @@ namespace workbook {
 namespace {
 
 /// By StoredKind.
-constexpr CellKind kCellKinds[] = {CellKind::Number,    CellKind::String, CellKind::String,
-                                   CellKind::Boolean,   CellKind::Blank,  CellKind::Error,
-                                   CellKind::StrictDate};
+constexpr CellKind kCellKinds[] = {CellKind::Number,     CellKind::String, CellKind::String,
+                                   CellKind::Boolean,    CellKind::Blank,  CellKind::Error,
+                                   CellKind::StrictDate, CellKind::String};
 
 } // namespace
 
 XlsxSheet::XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows)
-    : contents_(contents), entry_(entry) {
+    : contents_(contents),
+      entry_(entry),
+      is_new_(false),
+      is_whole_(rows.first <= 0 && rows.last >= kMaxRows - 1) {
     try {
         const std::unique_ptr<ByteSource> part = contents_.package->open_part(entry_.part);
         tail_read_ = read_worksheet(*part, rows, contents_.workbook.date_1904, cells_, tail_);
@@ -27,6 +32,20 @@ XlsxSheet::XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows)
         throw error.in_sheet(utf8_name());
     }
 }
+
+XlsxSheet::XlsxSheet(BookContents& contents, SheetEntry& entry)
+    : contents_(contents), entry_(entry), is_new_(true), is_whole_(true), tail_read_(true) {}
+
+XlsxSheet::XlsxSheet(const XlsxSheet& original, SheetEntry& entry)
+    : contents_(original.contents_),
+      entry_(entry),
+      is_new_(original.is_new_),
+      is_whole_(original.is_whole_),
+      cells_(original.cells_),
+      changes_(original.changes_),
+      uses_added_strings_(original.uses_added_strings_),
+      tail_(original.tail()),
+      tail_read_(true) {}
 
 void XlsxSheet::check_shared_strings() const {
     const std::size_t known = contents_.shared_strings.size();
@@ -43,7 +62,8 @@ void XlsxSheet::check_shared_strings() const {
 
 CellKind XlsxSheet::cell_type(int row, int column) const {
     const StoredCell* cell = cells_.cells.find(row, column);
-    return cell == nullptr ? CellKind::Empty : kCellKinds[cell->kind];
+    return cell == nullptr ? CellKind::Empty
+                           : kCellKinds[static_cast<std::size_t>(cell->stored_kind())];
 }
 
 bool XlsxSheet::is_date(int row, int column) const {
@@ -79,6 +99,10 @@ std::u16string_view XlsxSheet::read_str(int row, int column) const {
         foundation::unicode::assign_utf16(contents_.text,
                                           contents_.shared_strings[cell->value.text]);
         return contents_.text;
+    case StoredKind::AddedString:
+        foundation::unicode::assign_utf16(contents_.text,
+                                          contents_.added_strings[cell->value.text]);
+        return contents_.text;
     case StoredKind::OwnString:
     case StoredKind::Error:
         foundation::unicode::assign_utf16(contents_.text, cells_.own_strings[cell->value.text]);
@@ -90,13 +114,29 @@ std::u16string_view XlsxSheet::read_str(int row, int column) const {
 
 const Format* XlsxSheet::cell_format(int row, int column) const {
     const StoredCell* cell = cells_.cells.find(row, column);
-    if (cell == nullptr || cell->format >= contents_.formats.size()) return nullptr;
-    return &contents_.formats[cell->format];
+    if (cell != nullptr) return format_at(cell->format);
+    const std::vector<RowFormat>& rows = cells_.row_formats;
+    const auto of_row =
+        std::lower_bound(rows.begin(), rows.end(), row,
+                         [](const RowFormat& a, int wanted) { return a.row < wanted; });
+    if (of_row != rows.end() && of_row->row == row) return format_at(of_row->format);
+    for (const ColumnSpan& span : cells_.columns.spans)
+        if (span.has_format && column >= span.first && column <= span.last)
+            return format_at(span.format);
+    return nullptr;
+}
+
+const Format* XlsxSheet::format_at(std::uint32_t index) const {
+    return index < contents_.formats.size() ? &contents_.formats[index] : nullptr;
+}
+
+const std::vector<MergedRegion>& XlsxSheet::merged_regions() const {
+    return changes_.merged_regions ? *changes_.merged_regions : tail().merged_regions;
 }
 
 bool XlsxSheet::merge(int index, int& first_row, int& last_row, int& first_column,
                       int& last_column) const {
-    const std::vector<MergedRegion>& regions = tail().merged_regions;
+    const std::vector<MergedRegion>& regions = merged_regions();
     if (index < 0 || static_cast<std::size_t>(index) >= regions.size()) return false;
     const MergedRegion& region = regions[static_cast<std::size_t>(index)];
     first_row = region.first_row;

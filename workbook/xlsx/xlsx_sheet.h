@@ -7,6 +7,7 @@
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
 #include "workbook/xlsx/worksheet_reader.h"
+#include "workbook/xlsx/worksheet_rewriter.h"
 
 namespace workbook {
 
@@ -15,15 +16,33 @@ class XlsxSheet final : public Sheet {
     /// Reads the cells of `rows` of a sheet; both given must outlive this. Throws `Error`.
     XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows);
 
+    /// An empty sheet that no part stands for yet.
+    XlsxSheet(BookContents& contents, SheetEntry& entry);
+    /// A copy with all changes of `original`, of the same book. Its part is made from the
+    /// original's.
+    XlsxSheet(const XlsxSheet& original, SheetEntry& entry);
+
     /// Checks that the book has every shared string that a cell refers to. Throws `Error`.
     void check_shared_strings() const;
     std::uint64_t shared_strings_end() const { return cells_.shared_strings_end; }
-    /// False while the package is still needed.
-    bool is_complete() const { return tail_read_; }
+    const SheetEntry& entry() const { return entry_; }
+
+    /// Whether the sheet was made empty, not read.
+    bool is_new() const { return is_new_; }
+    bool is_changed() const { return changes_.any(); }
+    bool has_changed_cells() const { return changes_.cells; }
+    bool uses_added_strings() const { return uses_added_strings_; }
+    /// A guess of the size of the part that `write_part` makes.
+    std::uint64_t expected_bytes() const;
+    /// Writes the part with all changes since the load; see `rewrite_worksheet`. Throws `Error`.
+    void write_part(const PartOpener& open_part, const std::vector<std::uint32_t>& shared_index_of,
+                    ByteSink& out) const;
 
     std::u16string_view name() const override { return entry_.name; }
     SheetState hidden() const override { return entry_.state; }
-    bool protect() const override { return tail().is_protected; }
+    bool protect() const override {
+        return changes_.is_protected ? *changes_.is_protected : tail().is_protected;
+    }
 
     CellKind cell_type(int row, int column) const override;
     bool is_date(int row, int column) const override;
@@ -41,7 +60,7 @@ class XlsxSheet final : public Sheet {
     int first_filled_column() const override { return cells_.cells.filled_bounds().first_column; }
     int end_filled_column() const override { return cells_.cells.filled_bounds().end_column; }
 
-    int merge_size() const override { return static_cast<int>(tail().merged_regions.size()); }
+    int merge_size() const override { return static_cast<int>(merged_regions().size()); }
     bool merge(int index, int& first_row, int& last_row, int& first_column,
                int& last_column) const override;
     bool named_range(std::u16string_view name, int& first_row, int& last_row, int& first_column,
@@ -63,11 +82,24 @@ class XlsxSheet final : public Sheet {
 
   private:
     const WorksheetTail& tail() const;
+    const std::vector<MergedRegion>& merged_regions() const;
+    const Format* format_at(std::uint32_t index) const;
+    bool fail(const std::string& reason) const;
+    bool check_area(int first_row, int last_row, int first_column, int last_column) const;
+    bool find_format(const Format* format, std::uint32_t& index);
+    bool write(int row, int column, const Format* format, StoredKind kind, StoredCell cell);
+    double width_of(const StoredCell& cell) const;
     std::string utf8_name() const;
 
     BookContents& contents_;
     SheetEntry& entry_;
+    const bool is_new_;
+    const bool is_whole_; ///< all rows were loaded
     WorksheetCells cells_;
+    WorksheetChanges changes_;
+    bool uses_added_strings_ = false;
+    const Format* last_format_ = nullptr; ///< that a cell was written with
+    std::uint32_t last_format_index_ = 0;
     mutable WorksheetTail tail_;
     mutable bool tail_read_ = false;
 };

@@ -49,6 +49,7 @@ XmlScanner::Token XmlScanner::next() {
     if (pending_end_) {
         pending_end_ = false;
         --depth_;
+        raw_ = {};
         return Token::End;
     }
     for (;;) {
@@ -72,13 +73,20 @@ XmlScanner::Token XmlScanner::next() {
             skip_doctype();
         else
             return read_start_tag();
+        if (reports_everything_) return Token::Other;
     }
+}
+
+// Ends the token at the cursor.
+void XmlScanner::pass_to(const char* end) {
+    raw_ = {window_.cursor(), static_cast<std::size_t>(end - window_.cursor())};
+    window_.set_cursor(end);
 }
 
 void XmlScanner::skip_markup(std::size_t open, std::string_view close) {
     const char* at = find_in_window(close, open);
     if (at == nullptr) fail("mark-up is not closed");
-    window_.set_cursor(at + close.size());
+    pass_to(at + close.size());
 }
 
 void XmlScanner::skip_doctype() {
@@ -86,7 +94,7 @@ void XmlScanner::skip_doctype() {
     if (at == nullptr) fail("mark-up is not closed");
     if (std::find(window_.cursor(), at, '[') != at)
         fail("it declares entities of its own, which no workbook needs; it is not read");
-    window_.set_cursor(at + 1);
+    pass_to(at + 1);
 }
 
 XmlScanner::Token XmlScanner::read_cdata() {
@@ -94,7 +102,7 @@ XmlScanner::Token XmlScanner::read_cdata() {
     if (at == nullptr) fail("a CDATA section is not closed");
     const char* begin = window_.cursor() + 9;
     text_ = {begin, static_cast<std::size_t>(at - begin)};
-    window_.set_cursor(at + 3);
+    pass_to(at + 3);
     return Token::Text;
 }
 
@@ -103,7 +111,7 @@ XmlScanner::Token XmlScanner::read_text() {
     if (at == nullptr) at = window_.end();
     const std::string_view raw(window_.cursor(), static_cast<std::size_t>(at - window_.cursor()));
     text_ = decode(raw, text_scratch_);
-    window_.set_cursor(at);
+    pass_to(at);
     return Token::Text;
 }
 
@@ -116,7 +124,7 @@ XmlScanner::Token XmlScanner::read_end_tag() {
     const char* begin = window_.cursor() + 2;
     if (depth_ == 0) fail("an end tag has no start tag");
     name_ = local_name({begin, static_cast<std::size_t>(std::max(end, begin) - begin)});
-    window_.set_cursor(at + 1);
+    pass_to(at + 1);
     --depth_;
     return Token::End;
 }
@@ -156,7 +164,7 @@ XmlScanner::Token XmlScanner::read_start_tag() {
                                                     std::to_string(kMaxElementDepth) + " levels");
     saw_element_ = true;
     pending_end_ = empty;
-    window_.set_cursor(at + 1);
+    pass_to(at + 1);
     return Token::Start;
 }
 

@@ -15,9 +15,17 @@ namespace workbook {
 
 class XmlScanner {
   public:
-    enum class Token { Start, End, Text, Done };
+    enum class Token { Start, End, Text, Other, Done };
+
+    struct Attribute {
+        std::string_view name; ///< with its prefix
+        std::string_view raw;  ///< what stands between the quotes
+    };
 
     explicit XmlScanner(ByteSource& part) : window_(part) {}
+
+    /// From now on comments, instructions and DOCTYPE are tokens too, `Other`. For those who copy.
+    void report_everything() { reports_everything_ = true; }
 
     /// The next token. An empty element is a Start and an End. Views handed out before are invalid.
     /// Throws `Error` for text that breaks the syntax, and for a part that ends within an element.
@@ -32,6 +40,14 @@ class XmlScanner {
     /// The value of an attribute of the last Start, by its name without a prefix; a null view when
     /// it is absent. Valid until the next call.
     std::string_view attribute(std::string_view name);
+
+    /// All attributes of the last Start in their order. Valid until the next token.
+    const std::vector<Attribute>& attributes() const { return attributes_; }
+    /// The last token as it stands in the part; nothing for the End of an empty element. Valid
+    /// until the next token.
+    std::string_view raw() const { return raw_; }
+    /// Whether the last Start is that of an empty element: "<name/>".
+    bool is_empty_element() const { return pending_end_; }
 
     /// Number of open elements, the one of the last Start included.
     int depth() const { return depth_; }
@@ -55,10 +71,6 @@ class XmlScanner {
     [[noreturn]] void fail(std::string_view what) const;
 
   private:
-    struct Attribute {
-        std::string_view name, raw;
-    };
-
     void ensure(std::size_t bytes);
     const char* find_in_window(std::string_view wanted, std::size_t from);
     void skip_markup(std::size_t open, std::string_view close);
@@ -69,16 +81,18 @@ class XmlScanner {
     Token read_start_tag();
     const char* find_tag_end();
     void parse_attributes(std::string_view text);
+    void pass_to(const char* end);
     std::string_view decode(std::string_view raw, std::string& scratch);
 
     TextWindow window_;
     std::string_view name_, prefix_;
-    std::string_view text_;
+    std::string_view text_, raw_;
     std::string text_scratch_, attribute_scratch_;
     std::vector<Attribute> attributes_;
     int depth_ = 0;
     bool pending_end_ = false;
     bool saw_element_ = false;
+    bool reports_everything_ = false;
 };
 
 } // namespace workbook

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Keys for looking texts up without regard to case. Not for installation.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace foundation::unicode {
+
+/// Equal for two texts exactly when `equal_ignoring_case` is true for them.
+std::u16string fold_case(std::u16string_view text);
+
+} // namespace foundation::unicode
