@@ -129,14 +129,20 @@ std::string extractErrorMessage(std::string& body) {
 }
 
 foundation::json::Object executeRequestAndParseJsonResponse(http::HttpRequest&& request) {
+    return executeRequestAndReadJsonResponse(std::move(request), [](std::string_view text) {
+        return std::move(foundation::json::parse(text).as_object());
+    });
+}
+
+std::string executeRequestForJsonText(http::HttpRequest&& request) {
     std::string body = executeRequestWithToken(std::move(request));
     remove_line_feeds(body);
-    try {
-        return std::move(foundation::json::parse(body).as_object());
-    } catch (const std::exception& failure) {
-        log_line(severity::error, "JSON response Parsing failed:" + body);
-        log_line(severity::error, std::string("Exception caught: ") + failure.what());
-    }
+    return body;
+}
+
+void throwForUnreadableBody(const std::string& body, std::string_view reason) {
+    log_line(severity::error, "JSON response Parsing failed:" + body);
+    log_line(severity::error, "Exception caught: " + std::string(reason));
     const bool is_limit = body.find("RATE_LIMIT_EXCEEDED") != std::string::npos;
     throw Exception(is_limit ? error_id::google_too_many_requests : error_id::internal);
 }

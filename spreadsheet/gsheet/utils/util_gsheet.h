@@ -5,8 +5,10 @@
 // error text or exception holds a token or a key.
 #pragma once
 
+#include <exception>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "foundation/http/http_message.h"
 #include "foundation/json.h"
@@ -38,6 +40,25 @@ std::string executeRequestWithToken(foundation::http::HttpRequest&& request);
 /// none and holds "RATE_LIMIT_EXCEEDED", 18 for any other.
 foundation::json::Object
 executeRequestAndParseJsonResponse(foundation::http::HttpRequest&& request);
+
+/// The body of a reply without line feeds.
+std::string executeRequestForJsonText(foundation::http::HttpRequest&& request);
+
+/// Logs a body that could not be read and why; throws `Exception` 49 or 18.
+[[noreturn]] void throwForUnreadableBody(const std::string& body, std::string_view reason);
+
+/// `executeRequestAndParseJsonResponse` for a caller that reads the text itself:
+/// `read(std::string_view)` throws an exception of any kind for a body that is not what it should
+/// be.
+template <class Read>
+auto executeRequestAndReadJsonResponse(foundation::http::HttpRequest&& request, Read read) {
+    const std::string body = executeRequestForJsonText(std::move(request));
+    try {
+        return read(std::string_view(body));
+    } catch (const std::exception& failure) {
+        throwForUnreadableBody(body, failure.what());
+    }
+}
 
 /// The text of the first "message" of an error reply, found without parsing at the place where the
 /// service writes it; removes line feeds from `body`.
