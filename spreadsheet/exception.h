@@ -68,7 +68,8 @@ enum class error_id : std::uint8_t {
     google_only = 51,
     google_range_too_large = 52,
     google_range_invalid = 53,
-    google_cell_out_of_bounds = 54
+    google_cell_out_of_bounds = 54,
+    google_rows_too_many = 56
 };
 
 /// The English message of an identifier; the internal-error text for 18, 32 to 36 and any value
