@@ -13,6 +13,7 @@
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/gsheet/gsheet_book.h"
 #include "spreadsheet/gsheet/utils/shared_client.h"
 #include "spreadsheet/libxl/libxl_book.h"
 
@@ -37,8 +38,7 @@ std::shared_ptr<IBook> make_book(book::interactive mode) {
         log_unavailable("spreadsheet applications");
         break;
     case book::interactive::google:
-        log_unavailable("Google Sheets");
-        break;
+        return std::make_shared<GSheetWorkbook>();
     }
     return nullptr;
 }
@@ -185,6 +185,8 @@ std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std::size_
 }
 
 void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to) {
+    if (auto* const spreadsheet = dynamic_cast<GSheetWorkbook*>(book.get()))
+        return spreadsheet->reorder_sheet(from, to);
     auto* const workbook_file = dynamic_cast<LibXLBook*>(book.get());
     if (workbook_file == nullptr) throw Exception(error_id::sheet_not_copied);
     workbook_file->reorder_sheet(from, to);

@@ -66,7 +66,8 @@ ZX_API std::shared_ptr<IBook> load_book_from_file_with_sheet_name(const std::u16
                                                                   book::interactive mode,
                                                                   const std::u16string& name);
 
-/// Makes a new workbook of `sheet_count` sheets. Throws `Exception` 0 when it cannot be made.
+/// Makes a new workbook of `sheet_count` sheets. Throws `Exception` 0 when it cannot be made. A
+/// Google spreadsheet gets `name` as its title and one sheet.
 ZX_API std::shared_ptr<IBook> create_new_book(std::size_t sheet_count, book::format format,
                                               book::interactive mode, const std::u16string& name);
 
@@ -77,8 +78,8 @@ ZX_API std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std
                                          const std::u16string& name,
                                          const std::u16string& second_name);
 
-/// Moves the sheet at `from` of a workbook file so that it stands at `to`; both zero-based. What
-/// refers to the sheet keeps doing so, and all sheet objects stay valid. Throws `Exception` 6 for
+/// Moves the sheet at `from` of a workbook file or a Google spreadsheet so that it stands at `to`;
+/// both zero-based. What refers to the sheet keeps doing so, and all sheet objects stay valid. Throws `Exception` 6 for
 /// an index out of range, 7 when the sheet cannot be moved or the back-end moves none.
 ZX_API void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to);
 

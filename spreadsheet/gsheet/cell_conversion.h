@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What a cached cell gives when it is read as a type, its own or another.
+#pragma once
+
+#include <string>
+
+#include "spreadsheet/cell_exchange.h"
+#include "spreadsheet/gsheet/cell_cache.h"
+
+namespace gsheet {
+
+/// The number or the serial date of a cell, NaN for any other. The service knows no 29 February
+/// 1900, which the 1900 system has: serial dates up to 60 are lowered by one.
+double number_of(const CachedCell& cell);
+
+/// The serial date of a date cell, 0 for any other.
+double serial_of(const CachedCell& cell);
+
+/// The value of a boolean cell, false for any other.
+bool boolean_of(const CachedCell& cell);
+
+/// Replaces `out` by the text of a cell: texts as they are, numbers and serial dates as the
+/// shortest decimal that gives them back, TRUE and FALSE; empty for empty cells and errors.
+void assign_text(std::u16string& out, const CellCache& cells, const CachedCell& cell);
+
+/// Calls the member of `builder` that stands for `wanted`.
+void deliver(const spreadsheet::CellBuilder& builder, const CellCache& cells,
+             const CachedCell& cell, spreadsheet::cell_type wanted, std::u16string& buffer);
+void deliver(spreadsheet::output::CellOutputBuilder& builder, const CellCache& cells,
+             const CachedCell& cell, spreadsheet::cell_type wanted, bool dates_as_numbers,
+             std::u16string& buffer);
+
+} // namespace gsheet

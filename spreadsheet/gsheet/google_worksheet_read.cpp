@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The reading side of a sheet of the service: what is asked for, and the conversion of fetched
+// cells.
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "foundation/unicode.h"
+#include "spreadsheet/cell_iterator.h"
+#include "spreadsheet/exception.h"
+#include "spreadsheet/gsheet/cell_conversion.h"
+#include "spreadsheet/gsheet/cell_reply.h"
+#include "spreadsheet/gsheet/google_worksheet.h"
+#include "spreadsheet/gsheet/service_requests.h"
+#include "spreadsheet/gsheet/utils/service_log.h"
+
+namespace spreadsheet {
+
+namespace {
+
+using foundation::unicode::to_utf16;
+using foundation::unicode::to_utf8;
+using gsheet::Array;
+using gsheet::CachedCell;
+using gsheet::Object;
+
+/// The most rows that one reply is asked for, counted as last minus first.
+constexpr std::int64_t kMaxRowSpan = 500'000;
+/// No sheet has a cell there.
+constexpr int kEndIndex = 10'000'000;
+
+constexpr const char* kCellFields =
+    "sheets.data.rowData.values(userEnteredFormat/numberFormat,userEnteredValue,effectiveValue,"
+    "effectiveFormat/numberFormat)";
+
+void check_row_span(const Range& range) {
+    const std::int64_t span = std::int64_t{range.last_row} - range.first_row;
+    if (span <= kMaxRowSpan) return;
+    gsheet::log_line(foundation::log::error,
+                     "Read Request Row size exceeds : " + std::to_string(span));
+    throw Exception(error_id::google_rows_too_many);
+}
+
+bool is_empty(const Range& range) {
+    return range.last_row < range.first_row || range.last_column < range.first_column;
+}
+
+/// The smallest range with all cells of a walk.
+template <class Cells>
+Range bounds_of(const Cells& cells) {
+    Range bounds{kEndIndex, kEndIndex, -1, -1};
+    for (const CellIterator::Indices at : cells) {
+        bounds.first_row = std::min(bounds.first_row, at.row);
+        bounds.last_row = std::max(bounds.last_row, at.row);
+        bounds.first_column = std::min(bounds.first_column, at.column);
+        bounds.last_column = std::max(bounds.last_column, at.column);
+    }
+    return bounds;
+}
+
+Range bounds_of(const CellTypeIterator& cells) {
+    if (cells.size() == 0) return {0, 0, -1, -1};
+    const auto [first, last] =
+        std::minmax_element(cells.column_indices().begin(), cells.column_indices().end());
+    return {cells.row_blocks().front(), *first, cells.row_blocks().back(), *last};
+}
+
+/// The inclusive range of a named range; its open ends reach to the end of the grid.
+Range closed_range(const gsheet::GridRange& range, const gsheet::SheetProperties& sheet) {
+    constexpr std::int64_t kUnbounded = gsheet::GridRange::kUnbounded;
+    const auto end_of = [](std::int64_t end, std::int64_t count) {
+        return end == kUnbounded ? count : end;
+    };
+    const gsheet::GridRange closed{range.start_row, end_of(range.end_row, sheet.row_count),
+                                   range.start_column,
+                                   end_of(range.end_column, sheet.column_count)};
+    if (closed.is_empty()) throw Exception(error_id::named_range_not_found);
+    return {static_cast<int>(closed.start_row), static_cast<int>(closed.start_column),
+            static_cast<int>(closed.end_row - 1), static_cast<int>(closed.end_column - 1)};
+}
+
+const Object* find_named_range(const Object& reply, const std::u16string& name) {
+    const Array* const entries = gsheet::array_in(reply, "namedRanges");
+    if (entries == nullptr) return nullptr;
+    for (const auto& entry : *entries) {
+        const Object* const candidate = entry.if_object();
+        if (candidate != nullptr &&
+            foundation::unicode::equal_ignoring_case(gsheet::text_in(*candidate, "name"), name))
+            return gsheet::object_in(*candidate, "range");
+    }
+    return nullptr;
+}
+
+/// The service says so of a name that it does not know.
+bool is_unknown_range(const Exception& failure) {
+    return failure.id() == error_id::google_unavailable &&
+           std::string_view(failure.what()).find("Unable to parse range") != std::string_view::npos;
+}
+
+} // namespace
+
+GoogleSheetWorksheet::GoogleSheetWorksheet(std::u16string spreadsheet_id,
+                                           std::shared_ptr<gsheet::SheetProperties> properties)
+    : spreadsheet_id_(std::move(spreadsheet_id)), properties_(std::move(properties)) {}
+
+const gsheet::SheetProperties& GoogleSheetWorksheet::properties() const {
+    return sheet();
+}
+
+gsheet::SheetProperties& GoogleSheetWorksheet::sheet() const {
+    if (properties_->removed) throw Exception(error_id::sheet_not_found);
+    return *properties_;
+}
+
+// --- Fetching
+
+void GoogleSheetWorksheet::fetch(const Range& range) {
+    check_row_span(range);
+    gsheet::check_range(range);
+    if (range.last_row >= kEndIndex || range.last_column >= kEndIndex)
+        throw Exception(error_id::google_range_too_large);
+    const std::u16string where = gsheet::qualified_range(sheet().title, range);
+    cells_ = gsheet::executeRequestAndReadJsonResponse(
+        gsheet::spreadsheet_get(spreadsheet_id_,
+                                {{"ranges", to_utf8(where)}, {"fields", kCellFields}}),
+        [&](std::string_view body) { return gsheet::parse_cells(body, range); });
+}
+
+void GoogleSheetWorksheet::hold(const Range& range) {
+    sheet();
+    if (!cells_.holds(range)) fetch(range);
+}
+
+void GoogleSheetWorksheet::forget_cells() {
+    cells_ = {};
+}
+
+int GoogleSheetWorksheet::count_of(const char* major_dimension) const {
+    const std::u16string suffix = u"/values/" + to_utf16(gsheet::encoded_title(sheet().title));
+    const std::size_t count = gsheet::executeRequestAndReadJsonResponse(
+        gsheet::createAuthorizedRequest(
+            foundation::http::HttpMethod::Get, gsheet::spreadsheet_url(spreadsheet_id_, suffix),
+            {{"fields", "values"}, {"majorDimension", major_dimension}}),
+        gsheet::count_values);
+    return static_cast<int>(std::min<std::size_t>(count, kEndIndex));
+}
+
+Range GoogleSheetWorksheet::used_range() {
+    sheet();
+    if (used_range_known_) return used_range_;
+    const int columns = count_of("COLUMNS");
+    const int rows = count_of("ROWS");
+    const Range used{0, 0, rows - 1, columns - 1};
+    if (rows >= 1 && columns >= 1) {
+        used_range_ = used;
+        used_range_known_ = true;
+    }
+    return used;
+}
+
+Range GoogleSheetWorksheet::named_range(const std::u16string& name) const {
+    const gsheet::SheetProperties& self = sheet();
+    std::optional<Object> reply;
+    try {
+        reply = gsheet::get_spreadsheet(spreadsheet_id_,
+                                        {{"ranges", to_utf8(name)}, {"fields", "namedRanges"}});
+    } catch (const Exception& failure) {
+        if (is_unknown_range(failure)) throw Exception(error_id::named_range_not_found);
+        throw;
+    }
+    const Object* const range = find_named_range(*reply, name);
+    const bool is_here =
+        range != nullptr && gsheet::integer_in(*range, "sheetId").value_or(0) == self.sheet_id;
+    if (!is_here) throw Exception(error_id::named_range_not_found);
+    return closed_range(gsheet::parse_grid_range(*range), self);
+}
+
+// --- Types and typed reads
+
+void GoogleSheetWorksheet::fetch_types(const Range& range, cell_type* out) {
+    sheet();
+    if (is_empty(range)) return;
+    fetch(range);
+    if (out == nullptr) return;
+    for (int column = range.first_column; column <= range.last_column; ++column)
+        for (int row = range.first_row; row <= range.last_row; ++row)
+            *out++ = cells_.at(row, column).type();
+}
+
+void GoogleSheetWorksheet::cell_types(const CellIterator& cells, cell_type* out) {
+    const Range bounds = bounds_of(cells);
+    sheet();
+    if (is_empty(bounds)) return;
+    fetch(bounds);
+    for (const CellIterator::Indices at : cells)
+        *out++ = cells_.at(at.row, at.column).type();
+}
+
+GoogleSheetWorksheet::ReadFunction
+GoogleSheetWorksheet::allReadFunction(const ReadTarget& target) const {
+    const auto cell = [this](int row, int column) { return cells_.at(row, column); };
+    if (std::holds_alternative<double*>(target))
+        return [cell](ReadTarget& out, int row, int column) {
+            *std::get<double*>(out)++ = gsheet::number_of(cell(row, column));
+        };
+    if (std::holds_alternative<SerialDatenum*>(target))
+        return [cell](ReadTarget& out, int row, int column) {
+            (std::get<SerialDatenum*>(out)++)->value = gsheet::serial_of(cell(row, column));
+        };
+    if (std::holds_alternative<bool*>(target))
+        return [cell](ReadTarget& out, int row, int column) {
+            *std::get<bool*>(out)++ = gsheet::boolean_of(cell(row, column));
+        };
+    if (std::holds_alternative<unsigned char*>(target))
+        return [cell](ReadTarget& out, int row, int column) {
+            *std::get<unsigned char*>(out)++ = gsheet::boolean_of(cell(row, column)) ? 1 : 0;
+        };
+    return [this, text = std::u16string()](ReadTarget& out, int row, int column) mutable {
+        const StringBuilder& builder = std::get<StringBuilder>(out);
+        gsheet::assign_text(text, cells_, cells_.at(row, column));
+        builder.append(builder.context, text);
+    };
+}
+
+void GoogleSheetWorksheet::read(const Range& range, ReadTarget target) {
+    sheet();
+    if (is_empty(range)) return;
+    hold(range);
+    const ReadFunction append = allReadFunction(target);
+    for (int column = range.first_column; column <= range.last_column; ++column)
+        for (int row = range.first_row; row <= range.last_row; ++row)
+            append(target, row, column);
+}
+
+void GoogleSheetWorksheet::read(const Range& range, const cell_type* types,
+                                const CellBuilder& builder) {
+    sheet();
+    if (is_empty(range)) return;
+    hold(range);
+    std::u16string buffer;
+    for (int column = range.first_column; column <= range.last_column; ++column)
+        for (int row = range.first_row; row <= range.last_row; ++row)
+            gsheet::deliver(builder, cells_, cells_.at(row, column), *types++, buffer);
+}
+
+void GoogleSheetWorksheet::read_cell_array(CellTypeIterator& cells,
+                                           output::CellOutputBuilder& builder,
+                                           bool dates_as_numbers) {
+    sheet();
+    const Range bounds = bounds_of(cells);
+    if (!is_empty(bounds)) hold(bounds);
+    builder.begin(cells.rows(), cells.columns());
+    std::u16string buffer;
+    for (cells.rewind(); !cells.at_end(); ++cells)
+        gsheet::deliver(builder, cells_, cells_.at((*cells).row, (*cells).column), cells.type(),
+                        dates_as_numbers, buffer);
+}
+
+} // namespace spreadsheet

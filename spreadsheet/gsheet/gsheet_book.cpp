@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "spreadsheet/gsheet/gsheet_book.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "foundation/unicode.h"
+#include "spreadsheet/exception.h"
+#include "spreadsheet/gsheet/gsheet_chart_sheet.h"
+#include "spreadsheet/gsheet/gsheet_sheet.h"
+#include "spreadsheet/gsheet/trace.h"
+#include "spreadsheet/gsheet/utils/service_log.h"
+
+namespace spreadsheet {
+namespace {
+
+using gsheet::SheetKind;
+using gsheet::Trace;
+
+constexpr const char* kUnit = "gsheet/gsheet_book";
+
+[[noreturn]] void refuse(std::string_view reason, error_id id) {
+    gsheet::log_line(foundation::log::error, reason);
+    throw Exception(id);
+}
+
+} // namespace
+
+GSheetWorkbook::GSheetWorkbook(book::format format) : format_(format) {}
+
+GSheetWorkbook::~GSheetWorkbook() {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+}
+
+GoogleSheetWorkbook& GSheetWorkbook::implementation() const {
+    if (implementation_ == nullptr) throw Exception(error_id::book_not_loaded);
+    return *implementation_;
+}
+
+// --- What the book tells about itself
+
+bool GSheetWorkbook::is_interactive() const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return loaded_;
+}
+
+book::format GSheetWorkbook::format() const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return format_;
+}
+
+bool GSheetWorkbook::are_dates_1904() const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return false;
+}
+
+std::size_t GSheetWorkbook::num_sheets() const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return implementation().sheet_count(sheet_names_only_);
+}
+
+std::optional<std::u16string> GSheetWorkbook::get_sheet_name(const int index) const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return implementation().sheet_name(index, sheet_names_only_);
+}
+
+sheet::type GSheetWorkbook::sheet_type(std::size_t index) const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    switch (implementation().sheet_kind(index)) {
+    case SheetKind::grid:
+        return sheet::type::worksheet;
+    case SheetKind::object:
+        return sheet::type::chart;
+    default:
+        throw Exception(error_id::sheet_type_unknown);
+    }
+}
+
+const std::u16string GSheetWorkbook::get_file_name(bool) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return implementation_ != nullptr ? implementation_->id() : std::u16string();
+}
+
+bool GSheetWorkbook::is_loaded() const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return implementation_ != nullptr;
+}
+
+bool GSheetWorkbook::is_sheet_loaded() const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return false;
+}
+
+bool GSheetWorkbook::sheet_names_only_required() const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return sheet_names_only_;
+}
+
+std::vector<std::u16string> GSheetWorkbook::get_sheet_names() const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return implementation().sheet_names(sheet_names_only_);
+}
+
+// --- Sheets
+
+std::shared_ptr<ISheet> GSheetWorkbook::sheet(std::size_t index) const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    return index < sheets_.size() ? sheets_[index] : nullptr;
+}
+
+std::shared_ptr<ISheet> GSheetWorkbook::sheet(const std::u16string& name) const {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const std::size_t index = index_of(name);
+    return index < sheets_.size() ? sheets_[index] : nullptr;
+}
+
+/// The names come from the metadata: chart sheets do not tell theirs.
+std::size_t GSheetWorkbook::index_of(const std::u16string& name) const {
+    const std::vector<std::u16string> names = implementation().sheet_names(sheet_names_only_);
+    const auto found = std::find_if(names.begin(), names.end(), [&](const auto& candidate) {
+        return foundation::unicode::equal_ignoring_case(candidate, name);
+    });
+    return static_cast<std::size_t>(found - names.begin());
+}
+
+std::shared_ptr<ISheet>
+GSheetWorkbook::object_of(const std::shared_ptr<GoogleSheetWorksheet>& worksheet,
+                          SheetKind kind) const {
+    const auto known = std::find(worksheets_.begin(), worksheets_.end(), worksheet);
+    if (known != worksheets_.end())
+        return sheets_[static_cast<std::size_t>(known - worksheets_.begin())];
+    if (kind == SheetKind::object) return std::make_shared<GSheetChartSheet>(worksheet);
+    return std::make_shared<GSheetWorksheet>(worksheet);
+}
+
+void GSheetWorkbook::init_sheets() {
+    Sheets sheets;
+    Worksheets worksheets;
+    const std::size_t count = implementation().sheet_count(false);
+    for (std::size_t index = 0; index < count; ++index) {
+        auto worksheet = implementation().worksheet(index);
+        if (worksheet == nullptr) {
+            gsheet::log_line(foundation::log::error, "Unsupported sheet type.");
+            break;
+        }
+        sheets.push_back(object_of(worksheet, implementation().sheet_kind(index)));
+        worksheets.push_back(std::move(worksheet));
+    }
+    sheets_ = std::move(sheets);
+    worksheets_ = std::move(worksheets);
+}
+
+std::shared_ptr<ISheet> GSheetWorkbook::add_sheet(std::size_t index, const std::u16string& name,
+                                                  const std::u16string& second_name) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    std::size_t place = index;
+    if (second_name.empty()) {
+        place = implementation().add_sheet(index, name);
+    } else {
+        const std::size_t source = index_of(second_name);
+        place = implementation().copy_sheet(source, index, name);
+    }
+    init_sheets();
+    return sheet(place);
+}
+
+void GSheetWorkbook::remove_sheet(std::size_t index) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    implementation().remove_sheet(index);
+    init_sheets();
+}
+
+std::shared_ptr<ISheet> GSheetWorkbook::move_sheet(const std::shared_ptr<ISheet>& sheet,
+                                                   std::size_t index) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    if (index >= implementation().sheet_count(false))
+        throw Exception(error_id::iterator_out_of_bounds);
+    const auto found = std::find(sheets_.begin(), sheets_.end(), sheet);
+    if (found == sheets_.end()) throw Exception(error_id::sheet_not_found);
+    const auto current = static_cast<std::size_t>(found - sheets_.begin());
+    if (current == index) return sheet;
+    const std::shared_ptr<ISheet> moved =
+        sheet; // the caller may have passed an element of the list
+    implementation().move_sheet(current, index);
+    init_sheets();
+    return moved;
+}
+
+void GSheetWorkbook::reorder_sheet(std::size_t from, std::size_t to) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const std::size_t count = implementation().sheet_count(false);
+    if (from >= std::min(count, sheets_.size()) || to >= count)
+        throw Exception(error_id::sheet_not_found);
+    move_sheet(sheets_[from], to);
+}
+
+// --- Loading and saving
+
+void GSheetWorkbook::init_with(std::shared_ptr<GoogleSheetWorkbook> implementation) {
+    implementation->sheet_count(false); // what fails, fails before anything has changed
+    implementation_ = std::move(implementation);
+    sheet_names_only_ = false;
+    init_sheets();
+}
+
+void GSheetWorkbook::init_from_file(const std::u16string&, book::format) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    refuse("Loading the entire spreadsheet from Google Sheets is not supported.",
+           error_id::google_unsupported);
+}
+
+void GSheetWorkbook::init_from_file_with_sheet(const std::u16string& id, book::format,
+                                               std::size_t) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    init_with(std::make_shared<GoogleSheetWorkbook>(id));
+}
+
+void GSheetWorkbook::init_from_file_with_range(const std::u16string& id, book::format, std::size_t,
+                                               std::size_t, std::size_t) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    init_with(std::make_shared<GoogleSheetWorkbook>(id));
+}
+
+void GSheetWorkbook::init_from_file_only_sheetNames(const std::u16string& id, book::format) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    auto names = std::make_shared<GoogleSheetWorkbook>(id);
+    names->load_names();
+    implementation_ = std::move(names);
+    sheet_names_only_ = true;
+}
+
+void GSheetWorkbook::init_new(std::size_t, book::format, const std::u16string& title) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    init_with(GoogleSheetWorkbook::create(title));
+}
+
+void GSheetWorkbook::init_from_memory(const void*, std::size_t, book::format) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    refuse("Loading from memory is not supported with Google Sheets.",
+           error_id::load_from_memory_unsupported);
+}
+
+void GSheetWorkbook::save(const std::u16string&) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+}
+
+void GSheetWorkbook::save_to_memory(std::vector<unsigned char>&) {
+    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    refuse("Saving to memory is not a supported operation with Google Sheets.",
+           error_id::save_to_memory_unsupported);
+}
+
+} // namespace spreadsheet

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "spreadsheet/gsheet/sheet_properties.h"
+
+#include <algorithm>
+
+namespace gsheet {
+
+namespace {
+
+/// More cells than any sheet may have: counts beyond it are not counts.
+constexpr std::int64_t kMaxGridCount = 10'000'000;
+
+std::int64_t count_in(const Object& grid, std::string_view key) {
+    return std::clamp<std::int64_t>(integer_in(grid, key).value_or(0), 0, kMaxGridCount);
+}
+
+SheetKind kind_in(const Object& properties) {
+    const std::u16string type = text_in(properties, "sheetType");
+    if (type == u"GRID") return SheetKind::grid;
+    return type == u"OBJECT" ? SheetKind::object : SheetKind::other;
+}
+
+ProtectedRange parse_protected_range(const Object& entry) {
+    ProtectedRange parsed;
+    parsed.id = integer_in(entry, "protectedRangeId").value_or(0);
+    if (const Object* const range = object_in(entry, "range"))
+        parsed.range = parse_grid_range(*range);
+    // A range that belongs to a name or a table is not the sheet's, whatever it covers.
+    const bool is_own = !entry.contains("namedRangeId") && !entry.contains("tableId");
+    parsed.is_whole_sheet = is_own && parsed.range == GridRange{};
+    if (const Array* const parts = array_in(entry, "unprotectedRanges"))
+        for (const auto& part : *parts)
+            if (part.is_object()) parsed.unprotected.push_back(parse_grid_range(part.get_object()));
+    return parsed;
+}
+
+} // namespace
+
+SheetProperties parse_sheet_properties(const Object& properties) {
+    SheetProperties parsed;
+    parsed.title = text_in(properties, "title");
+    parsed.sheet_id = integer_in(properties, "sheetId").value_or(0);
+    parsed.kind = kind_in(properties);
+    parsed.hidden = flag_in(properties, "hidden");
+    if (const Object* const grid = object_in(properties, "gridProperties")) {
+        parsed.row_count = count_in(*grid, "rowCount");
+        parsed.column_count = count_in(*grid, "columnCount");
+    }
+    return parsed;
+}
+
+SheetProperties parse_sheet(const Object& sheet) {
+    const Object* const properties = object_in(sheet, "properties");
+    SheetProperties parsed =
+        properties != nullptr ? parse_sheet_properties(*properties) : SheetProperties{};
+    const std::vector<ProtectedRange> ranges = parse_protected_ranges(sheet);
+    parsed.is_protected = std::any_of(ranges.begin(), ranges.end(),
+                                      [](const auto& range) { return range.is_whole_sheet; });
+    return parsed;
+}
+
+std::vector<ProtectedRange> parse_protected_ranges(const Object& sheet) {
+    std::vector<ProtectedRange> parsed;
+    const Array* const entries = array_in(sheet, "protectedRanges");
+    if (entries == nullptr) return parsed;
+    for (const auto& entry : *entries)
+        if (entry.is_object()) parsed.push_back(parse_protected_range(entry.get_object()));
+    return parsed;
+}
+
+bool is_writeable(const spreadsheet::Range& target, const std::vector<ProtectedRange>& ranges) {
+    const GridRange cells = to_grid_range(target);
+    return std::all_of(ranges.begin(), ranges.end(), [&](const ProtectedRange& entry) {
+        const GridRange common = intersection(cells, entry.range);
+        return common.is_empty() || is_covered(common, entry.unprotected);
+    });
+}
+
+} // namespace gsheet
