@@ -79,8 +79,9 @@ ZX_API std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std
                                          const std::u16string& second_name);
 
 /// Moves the sheet at `from` of a workbook file or a Google spreadsheet so that it stands at `to`;
-/// both zero-based. What refers to the sheet keeps doing so, and all sheet objects stay valid. Throws `Exception` 6 for
-/// an index out of range, 7 when the sheet cannot be moved or the back-end moves none.
+/// both zero-based. What refers to the sheet keeps doing so, and all sheet objects stay valid.
+/// Throws `Exception` 6 for an index out of range, 7 when the sheet cannot be moved or the back-end
+/// moves none.
 ZX_API void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to);
 
 /// What saving a workbook file did to its parts.
