@@ -17,11 +17,14 @@
 #include "spreadsheet/gsheet/cell_reply.h"
 #include "spreadsheet/gsheet/google_worksheet.h"
 #include "spreadsheet/gsheet/service_requests.h"
+#include "spreadsheet/gsheet/trace.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 
 namespace spreadsheet {
 
 namespace {
+
+constexpr const char* kUnit = "gsheet/google_worksheet_read";
 
 using foundation::unicode::to_utf16;
 using foundation::unicode::to_utf8;
@@ -109,6 +112,7 @@ GoogleSheetWorksheet::GoogleSheetWorksheet(std::u16string spreadsheet_id,
     : spreadsheet_id_(std::move(spreadsheet_id)), properties_(std::move(properties)) {}
 
 const gsheet::SheetProperties& GoogleSheetWorksheet::properties() const {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     return sheet();
 }
 
@@ -151,6 +155,7 @@ int GoogleSheetWorksheet::count_of(const char* major_dimension) const {
 }
 
 Range GoogleSheetWorksheet::used_range() {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     sheet();
     if (used_range_known_) return used_range_;
     const int columns = count_of("COLUMNS");
@@ -164,6 +169,7 @@ Range GoogleSheetWorksheet::used_range() {
 }
 
 Range GoogleSheetWorksheet::named_range(const std::u16string& name) const {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     const gsheet::SheetProperties& self = sheet();
     std::optional<Object> reply;
     try {
@@ -183,6 +189,7 @@ Range GoogleSheetWorksheet::named_range(const std::u16string& name) const {
 // --- Types and typed reads
 
 void GoogleSheetWorksheet::fetch_types(const Range& range, cell_type* out) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     sheet();
     if (is_empty(range)) return;
     fetch(range);
@@ -193,6 +200,7 @@ void GoogleSheetWorksheet::fetch_types(const Range& range, cell_type* out) {
 }
 
 void GoogleSheetWorksheet::cell_types(const CellIterator& cells, cell_type* out) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     const Range bounds = bounds_of(cells);
     sheet();
     if (is_empty(bounds)) return;
@@ -203,6 +211,7 @@ void GoogleSheetWorksheet::cell_types(const CellIterator& cells, cell_type* out)
 
 GoogleSheetWorksheet::ReadFunction
 GoogleSheetWorksheet::allReadFunction(const ReadTarget& target) const {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     const auto cell = [this](int row, int column) { return cells_.at(row, column); };
     if (std::holds_alternative<double*>(target))
         return [cell](ReadTarget& out, int row, int column) {
@@ -228,6 +237,7 @@ GoogleSheetWorksheet::allReadFunction(const ReadTarget& target) const {
 }
 
 void GoogleSheetWorksheet::read(const Range& range, ReadTarget target) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     sheet();
     if (is_empty(range)) return;
     hold(range);
@@ -239,6 +249,7 @@ void GoogleSheetWorksheet::read(const Range& range, ReadTarget target) {
 
 void GoogleSheetWorksheet::read(const Range& range, const cell_type* types,
                                 const CellBuilder& builder) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     sheet();
     if (is_empty(range)) return;
     hold(range);
@@ -251,6 +262,7 @@ void GoogleSheetWorksheet::read(const Range& range, const cell_type* types,
 void GoogleSheetWorksheet::read_cell_array(CellTypeIterator& cells,
                                            output::CellOutputBuilder& builder,
                                            bool dates_as_numbers) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     sheet();
     const Range bounds = bounds_of(cells);
     if (!is_empty(bounds)) hold(bounds);

@@ -11,11 +11,14 @@
 #include "spreadsheet/gsheet/cells_to_write.h"
 #include "spreadsheet/gsheet/google_worksheet.h"
 #include "spreadsheet/gsheet/service_requests.h"
+#include "spreadsheet/gsheet/trace.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 
 namespace spreadsheet {
 
 namespace {
+
+constexpr const char* kUnit = "gsheet/google_worksheet_write";
 
 using foundation::json::to_text;
 using foundation::unicode::to_utf8;
@@ -54,6 +57,7 @@ void GoogleSheetWorksheet::send(std::string_view request_name, Object request) c
 
 void GoogleSheetWorksheet::write(const Range& range, const cell_type* types,
                                  const CellProvider& provider, bool preserve_format) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     fit_grid(range);
     const CellsToWrite cells(range, types, provider);
     forget_cells(); // a write that fails may have taken effect
@@ -97,6 +101,7 @@ void GoogleSheetWorksheet::write_preserve_format(const Range& range, const Cells
 }
 
 void GoogleSheetWorksheet::clear(const Range& range) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     gsheet::check_range(range);
     const std::u16string suffix =
         u"/values/" + gsheet::encoded_range(sheet().title, range) + u":clear";
@@ -147,6 +152,7 @@ void GoogleSheetWorksheet::grow_grid(const char* dimension, std::int64_t length,
 // --- The sheet
 
 void GoogleSheetWorksheet::rename(const std::u16string& title) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     Object properties;
     properties["sheetId"] = sheet().sheet_id;
     properties["title"] = gsheet::json_text(title);
@@ -167,12 +173,14 @@ GoogleSheetWorksheet::protected_ranges(const std::u16string& range) const {
 }
 
 bool GoogleSheetWorksheet::is_range_writeable(const Range& range) const {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     gsheet::check_range(range);
     return gsheet::is_writeable(range,
                                 protected_ranges(gsheet::qualified_range(sheet().title, range)));
 }
 
 void GoogleSheetWorksheet::set_protected(bool on) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     gsheet::SheetProperties& self = sheet();
     if (on) {
         Object range({{"sheetId", self.sheet_id}});
@@ -196,6 +204,7 @@ void GoogleSheetWorksheet::set_protected(bool on) {
 }
 
 void GoogleSheetWorksheet::unmerge(const Range& range) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     gsheet::check_range(range);
     Object request;
     request["range"] = grid_range_json(sheet().sheet_id, range);
@@ -204,6 +213,7 @@ void GoogleSheetWorksheet::unmerge(const Range& range) {
 }
 
 void GoogleSheetWorksheet::auto_fit_column_widths(const Range& range) {
+    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     gsheet::check_range(range);
     Object dimensions({{"sheetId", sheet().sheet_id},
                        {"dimension", "COLUMNS"},

@@ -228,6 +228,8 @@ void GSheetWorkbook::init_from_file_only_sheetNames(const std::u16string& id, bo
     names->load_names();
     implementation_ = std::move(names);
     sheet_names_only_ = true;
+    sheets_.clear();
+    worksheets_.clear();
 }
 
 void GSheetWorkbook::init_new(std::size_t, book::format, const std::u16string& title) {

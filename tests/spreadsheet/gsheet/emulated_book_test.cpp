@@ -3,6 +3,7 @@
 // Books and sheets beside the emulator of the service: what was asked for is there afterwards.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <tuple>
@@ -220,14 +221,14 @@ TEST_F(EmulatedBook, FitsTheGrid) {
     const auto sheet = open(kKinds)->sheet(std::size_t{0}); // 20 by 5
     const auto size = [&] {
         const Object grid = sheet_state(kKinds, 0).as_object();
-        return std::pair(grid.at("rows").as_int64(), grid.at("columns").as_int64());
+        return std::vector<std::int64_t>{grid.at("rows").as_int64(), grid.at("columns").as_int64()};
     };
     const cell_type number = cell_type::number;
     Cells cells{{u"1"}};
     sheet->write({29, 6, 29, 6}, &number, cells.provider(), true);
-    EXPECT_EQ(size(), std::pair(30L, 7L));
+    EXPECT_EQ(size(), (std::vector<std::int64_t>{30, 7}));
     sheet->write({29, 6, 29, 6}, &number, cells.provider(), false);
-    EXPECT_EQ(size(), std::pair(30L, 7L));
+    EXPECT_EQ(size(), (std::vector<std::int64_t>{30, 7}));
     EXPECT_EQ(texts_of(*sheet, {29, 6, 29, 6}), (std::vector<std::u16string>{u"1"}));
 
     service.control(
