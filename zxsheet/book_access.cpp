@@ -111,7 +111,7 @@ std::shared_ptr<IBook> open_book(const Options& options) {
 }
 
 std::shared_ptr<IBook> open_sheet_list(const Options& options) {
-    if (options.application) return open_book(options);
+    if (options.application || google_id(options.book)) return open_book(options);
     return load_book_from_file_with_sheetNames(location_of(options), format_of(options));
 }
 
@@ -143,7 +143,7 @@ std::size_t find_sheet(const IBook& book, const std::string& wanted) {
 Selection open_selection(const Options& options, Extent extent) {
     Selection selection;
     const bool is_online = google_id(options.book).has_value();
-    const auto list = is_online ? open_book(options) : open_sheet_list(options);
+    const auto list = open_sheet_list(options);
     const std::size_t index = find_sheet(*list, options.sheet);
     selection.sheet_name = sheet_name(*list, index);
     if (list->sheet_type(index) == sheet::type::chart)

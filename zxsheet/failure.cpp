@@ -63,7 +63,9 @@ std::string as_sentence(std::string text) {
 Failure describe(const spreadsheet::Exception& error, const Options& options,
                  const std::string& cause) {
     const std::string message = message_of(error);
-    const std::string cause_or_message = cause.empty() ? message : as_sentence(cause);
+    // The log of requests tells of attempts; the library's message has the cause.
+    const bool has_cause = !cause.empty() && !google_id(options.book);
+    const std::string cause_or_message = has_cause ? as_sentence(cause) : message;
     switch (error.id()) {
     case error_id::book_not_opened:
     case error_id::book_not_loaded:
@@ -91,6 +93,7 @@ Failure describe(const spreadsheet::Exception& error, const Options& options,
     case error_id::google_cell_out_of_bounds:
         return {ExitCode::NotFound, options.book + ": " + message};
     case error_id::sheet_name_invalid:
+    case error_id::google_sheet_name_invalid:
         return {ExitCode::Usage, options.book + ": " + message};
     case error_id::book_not_saved:
     case error_id::book_not_saved_as:
@@ -105,7 +108,12 @@ Failure describe(const spreadsheet::Exception& error, const Options& options,
     case error_id::hidden_state_not_set:
     case error_id::merge_not_removed:
     case error_id::write_failed:
+    case error_id::google_last_sheet:
         return {ExitCode::NotWritten, options.book + ": " + cause_or_message};
+    case error_id::google_rows_too_many:
+        return {ExitCode::Failed,
+                options.book + ": The range has more rows than one reply may have; read it in "
+                               "parts of at most 500,001 with --range."};
     case error_id::google_sheet_not_found:
         return {ExitCode::NotReadable, options.book + ": " + message};
     case error_id::google_identity_required:

@@ -15,10 +15,10 @@ namespace {
 using namespace spreadsheet;
 using foundation::unicode::to_utf8;
 
-/// What there is to tell about a sheet; a chart sheet has a name only.
+/// What there is to tell about a sheet; only a worksheet has more than a name.
 struct SheetInfo {
     std::string name;
-    bool is_chart = false;
+    std::string kind; ///< "worksheet", "chart" or "other"
     std::optional<std::string> visibility;
     std::optional<std::string> used_range; ///< empty when no cell is used
     std::optional<bool> is_protected;
@@ -29,11 +29,20 @@ std::string visibility_name(sheet::hidden state) {
     return state == sheet::hidden::hidden ? "hidden" : "very hidden";
 }
 
+std::string kind_of(const IBook& book, std::size_t index) {
+    try {
+        return book.sheet_type(index) == sheet::type::chart ? "chart" : "worksheet";
+    } catch (const Exception& e) {
+        if (e.id() != error_id::sheet_type_unknown) throw;
+        return "other"; // online: connected to a source of data
+    }
+}
+
 SheetInfo describe_sheet(const IBook& book, std::size_t index) {
     SheetInfo info;
     info.name = to_utf8(sheet_name(book, index));
-    info.is_chart = book.sheet_type(index) == sheet::type::chart;
-    if (info.is_chart) return info;
+    info.kind = kind_of(book, index);
+    if (info.kind != "worksheet") return info;
     const auto sheet = book.sheet(index);
     info.visibility = visibility_name(sheet->hidden());
     info.is_protected = sheet->is_protected();
@@ -65,7 +74,7 @@ void write_json_info(const IBook& book, const Options& options, OutputSink& out)
     for (const SheetInfo& info : describe_sheets(book)) {
         if (index++ != 0) out.write(',');
         out.write("{\"index\":" + std::to_string(index) + ",\"name\":" + json_string(info.name));
-        out.write(info.is_chart ? ",\"kind\":\"chart\"" : ",\"kind\":\"worksheet\"");
+        out.write(",\"kind\":" + json_string(info.kind));
         out.write(",\"visibility\":" + json_or_null(info.visibility));
         out.write(",\"used_range\":" + json_or_null(info.used_range));
         const bool is_protected = info.is_protected.value_or(false);
@@ -82,7 +91,8 @@ void write_plain_info(const IBook& book, const Options& options, OutputSink& out
     std::size_t index = 0;
     for (const SheetInfo& info : describe_sheets(book)) {
         out.write("sheet " + std::to_string(++index) + ":     " + info.name);
-        out.write(info.is_chart ? " (chart sheet)" : "  " + info.used_range.value_or("empty"));
+        out.write(info.kind == "worksheet" ? "  " + info.used_range.value_or("empty")
+                                           : " (" + info.kind + " sheet)");
         if (info.visibility.value_or("visible") != "visible") out.write("  " + *info.visibility);
         if (info.is_protected.value_or(false)) out.write("  protected");
         out.write('\n');

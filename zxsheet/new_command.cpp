@@ -11,6 +11,9 @@
 namespace zxsheet {
 
 std::string run_new(const Options& options, ChangeTools& tools) {
+    if (google_id(options.book))
+        throw Failure(ExitCode::Usage,
+                      options.book + ": 'zxsheet google create' makes spreadsheets online.");
     std::error_code ignored;
     if (mode_of(options) == spreadsheet::book::interactive::file && !options.force &&
         std::filesystem::exists(native_path(options.book), ignored))

@@ -16,6 +16,7 @@ namespace unicode = foundation::unicode;
 
 constexpr std::u16string_view kForbiddenInSheetNames = u":\\/?*[]";
 constexpr std::size_t kMaxSheetNameLength = 31;
+constexpr std::size_t kMaxOnlineSheetNameLength = 100;
 
 bool has_ending(const std::string& path, book::format format) {
     const std::u8string ending = native_path(path).extension().u8string();
@@ -58,13 +59,21 @@ std::shared_ptr<IBook> make_book(const Options& options, std::size_t sheet_count
 }
 
 void check_target(const Options& options) {
+    if (google_id(options.book) && !options.output.empty())
+        throw Failure(ExitCode::Usage, options.book + ": A spreadsheet online is changed where it "
+                                                      "is; leave --output out.");
     if (mode_of(options) == book::interactive::file &&
         !has_ending(target_of(options), format_of(options)))
         throw Exception(error_id::file_name_incompatible);
 }
 
-void check_sheet_name(const std::string& name) {
+void check_sheet_name(const std::string& name, const Options& options) {
     const std::u16string units = unicode::to_utf16(name);
+    if (google_id(options.book)) {
+        if (units.empty() || units.size() > kMaxOnlineSheetNameLength)
+            throw Exception(error_id::google_sheet_name_invalid);
+        return;
+    }
     if (units.empty() || units.size() > kMaxSheetNameLength ||
         units.find_first_of(kForbiddenInSheetNames) != std::u16string::npos)
         throw Exception(error_id::sheet_name_invalid);
@@ -78,6 +87,7 @@ void check_unlocked(ISheet& sheet, const Range& range, const Options& options) {
 }
 
 void check_log(const Options& options, const ChangeTools& tools) {
+    if (google_id(options.book)) return;
     const std::string cause = tools.log.cause();
     if (!cause.empty())
         throw Failure(ExitCode::NotWritten, options.book + ": " + as_sentence(cause));
@@ -85,6 +95,7 @@ void check_log(const Options& options, const ChangeTools& tools) {
 
 std::string save_changes(const std::shared_ptr<IBook>& book, const Options& options,
                          ChangeTools& tools, const std::string& done, Origin origin) {
+    if (google_id(options.book)) return options.book + ": " + done; // it is there already
     const std::string& target = target_of(options);
     tools.progress.set_text("Saving " + target);
     tools.log.forget();

@@ -20,17 +20,18 @@ const std::string& target_of(const Options& options);
 std::shared_ptr<spreadsheet::IBook> make_book(const Options& options, std::size_t sheet_count);
 
 /// Throws error 20 of the library when the target's ending is not that of the book's format, which
-/// the library would say only after all the work.
+/// the library would say only after all the work. A spreadsheet online has no other target.
 void check_target(const Options& options);
 
-/// Throws error 26 of the library for a text that cannot be a sheet's name.
-void check_sheet_name(const std::string& name);
+/// Throws error 26 of the library (41 online) for a text that cannot be a sheet's name.
+void check_sheet_name(const std::string& name, const Options& options);
 
 /// Throws `Failure` when the sheet's protection locks a cell of the range.
 void check_unlocked(spreadsheet::ISheet& sheet, const spreadsheet::Range& range,
                     const Options& options);
 
 /// Throws `Failure` with the cause if the library has logged a failure since `tools.log.forget()`.
+/// Online every failure is thrown, and the log tells of repeated requests.
 void check_log(const Options& options, const ChangeTools& tools);
 
 /// Where a book comes from.

@@ -48,6 +48,9 @@ std::string set_visibility(const Options& options, ChangeTools& tools, sheet::hi
                            const std::string& adjective) {
     const Selection selection = open_sheet(options);
     selection.sheet->hidden(state);
+    if (selection.sheet->hidden() != state)
+        throw Exception(google_id(options.book) ? error_id::google_unsupported
+                                                : error_id::hidden_state_not_set);
     return save_changes(selection.book, options, tools,
                         "Made sheet " + quoted_sheet(selection.sheet_name) + ' ' + adjective);
 }
@@ -69,7 +72,7 @@ std::string set_protection(const Options& options, ChangeTools& tools, bool on) 
 } // namespace
 
 std::string run_sheet_add(const Options& options, ChangeTools& tools) {
-    check_sheet_name(options.new_name);
+    check_sheet_name(options.new_name, options);
     std::shared_ptr<IBook> book;
     std::u16string source;
     if (options.copied_sheet.empty()) {
@@ -98,7 +101,7 @@ std::string run_sheet_remove(const Options& options, ChangeTools& tools) {
 }
 
 std::string run_sheet_rename(const Options& options, ChangeTools& tools) {
-    check_sheet_name(options.new_name);
+    check_sheet_name(options.new_name, options);
     const Selection selection = open_sheet(options);
     const std::u16string name = unicode::to_utf16(options.new_name);
     tools.log.forget();

@@ -55,7 +55,7 @@ WriteTarget make_target(const Options& options, const WantedSheet& wanted) {
                                               ": The new book has one sheet; there is no sheet '" +
                                               wanted.text + "'.");
     const bool has_name = !wanted.text.empty() && !is_number;
-    if (has_name) check_sheet_name(wanted.text);
+    if (has_name) check_sheet_name(wanted.text, options);
     WriteTarget target;
     target.book = make_book(options, has_name ? 0 : 1);
     target.sheet = has_name ? add_sheet(target.book, 0, unicode::to_utf16(wanted.text), u"")
@@ -67,7 +67,7 @@ WriteTarget make_target(const Options& options, const WantedSheet& wanted) {
 }
 
 WriteTarget add_target(const Options& options, const std::string& name, std::size_t count) {
-    check_sheet_name(name);
+    check_sheet_name(name, options);
     // A sheet that is loaded brings the date format with it.
     Options first = options;
     first.sheet.clear();
