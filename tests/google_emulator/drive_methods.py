@@ -92,21 +92,22 @@ def upload(drive, call):
 
 
 def _two_parts(content_type, body):
-    """(type, bytes) of both parts of a multipart/related body, read strictly as RFC 2046 has it."""
+    """(type, bytes) of both parts of a multipart/related body. Lines may end with a bare line feed, as some clients
+    of the service have it."""
     malformed = drive_error(400, "Malformed multipart body.", "badContent")
     match = re.fullmatch(r'multipart/related;\s*boundary=(?:"([^"]{1,70})"|([^\s;"]{1,70}))', content_type.strip(),
                          re.IGNORECASE)
     if not match:
         raise malformed
-    boundary = b"--" + (match.group(1) or match.group(2)).encode()
-    pieces = (b"\r\n" + body).split(b"\r\n" + boundary, MAX_PARTS)
+    boundary = b"--" + re.escape((match.group(1) or match.group(2)).encode())
+    pieces = re.split(rb"(?:^|\r?\n)" + boundary, body, MAX_PARTS)
     if len(pieces) != 4 or pieces[0].strip() or not re.fullmatch(rb"--\s*", pieces[3]):
         raise malformed
     parts = []
     for piece in pieces[1:3]:
-        head, gap, content = piece.partition(b"\r\n\r\n")
-        kind = re.search(rb"^content-type:[ \t]*([^\r\n]+?)[ \t]*$", head, re.IGNORECASE | re.MULTILINE)
-        if not gap or not head.startswith(b"\r\n") or not kind:
+        found = re.fullmatch(rb"\r?\n(.*?)\r?\n\r?\n(.*)", piece, re.DOTALL)
+        kind = re.search(rb"^content-type:[ \t]*([^\r\n]+)", found.group(1), re.I | re.M) if found else None
+        if not kind:
             raise malformed
-        parts.append((kind.group(1).decode("latin-1"), content))
+        parts.append((kind.group(1).strip().decode("latin-1"), found.group(2)))
     return parts

@@ -147,7 +147,7 @@ FAULTS = {
                                    else given["bytes"])),
     "length-too-large": FaultKind("Content-Length beyond the body, then the connection is closed", {"by": 100}, _wire(
         content_length=lambda given, true: len(true.body) + given["by"], send_bytes=lambda _, true: len(true.body))),
-    "length-too-small": FaultKind("Content-Length below the body", {"by": 10}, _wire(
+    "length-too-small": FaultKind("Content-Length below the body; the rest spoils the next reply", {"by": 10}, _wire(
         content_length=lambda given, true: max(0, len(true.body) - given["by"]))),
     "huge-reply": FaultKind("200 with an object of so many bytes", {"bytes": 64 << 20}, _huge, needs_reply=False),
     "taken-then-status": FaultKind("the request is done, the reply is an error", {"status": 503, "message": None},
@@ -175,7 +175,10 @@ class Order:
         self.name, self.kind = spec["fault"], kind
         common = COMMON_PARAMETERS | {name: spec[name] for name in COMMON_PARAMETERS if name in spec}
         self.method, self.nth, self.times = common["method"], common["nth"], common["times"]
-        self.path = re.compile(common["path"])
+        try:
+            self.path = re.compile(common["path"])
+        except re.error as error:
+            raise FaultError(f"path is a regular expression: {error}") from None
         self.parameters = kind.parameters | {name: spec[name] for name in kind.parameters if name in spec}
         self.seen = self.fired = 0
 

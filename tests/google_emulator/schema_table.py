@@ -85,7 +85,7 @@ SHEETS_MESSAGES = {
     "AddSheetResponse": "properties:SheetProperties",
     "DeleteSheetRequest": "sheetId:int32",
     "UpdateSheetPropertiesRequest": "properties:SheetProperties fields:mask",
-    "AppendDimensionRequest": "sheetId:int32 dimension:enum!Dimension length:int32 tableId:string",
+    "AppendDimensionRequest": "sheetId:int32 dimension:enum!Dimension length:int32",
     "DeleteDimensionRequest": "range:DimensionRange",
     "InsertDimensionRequest": "range:DimensionRange inheritFromBefore:bool",
     "UpdateCellsRequest": "rows:RowData[] fields:mask start:GridCoordinate range:GridRange",

@@ -151,7 +151,7 @@ class _Handler(BaseHTTPRequestHandler):
         for _ in range(wire.repeat):
             self._write(body if wire.send_bytes is None else body[:wire.send_bytes])
         self._write(wire.after)
-        if wire.send_bytes is not None or claimed != length:
+        if wire.send_bytes is not None:
             self._cut()
         return None
 
