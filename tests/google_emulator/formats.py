@@ -2,7 +2,7 @@
 """Numbers, dates and booleans as a cell shows them."""
 
 import re
-from decimal import ROUND_HALF_UP, Decimal
+from decimal import ROUND_HALF_UP, Context, Decimal
 
 from .entered import moment_of
 from .schema import plain_number
@@ -15,6 +15,7 @@ DEFAULT_PATTERNS = {
 DATE_TYPES = ("DATE", "TIME", "DATE_TIME")
 _MONTHS = ("January February March April May June July August September October November December").split()
 _DAYS = "Monday Tuesday Wednesday Thursday Friday Saturday Sunday".split()
+_ANY_DOUBLE = Context(prec=400)  # digits enough for the largest number
 _DATE_TOKEN = re.compile(r'"[^"]*"|\\.|y+|m+|d+|h+|s+|am/pm|a/p|\.0+|.', re.IGNORECASE | re.DOTALL)
 _NUMBER_PART = re.compile(r"[#0,?]*[0#](?:\.[0#]+)?(?:[eE]\+?0+)?")
 
@@ -77,7 +78,7 @@ def _digits(number, part):
         text = f"{number:.{len(fraction)}E}"
         base, _, exponent = text.partition("E")
         return f"{base}E{exponent[0]}{exponent[1:].zfill(exponent_digits.count('0'))}"
-    rounded = Decimal(repr(number)).quantize(Decimal(1).scaleb(-len(fraction)), rounding=ROUND_HALF_UP)
+    rounded = Decimal(repr(number)).quantize(Decimal(1).scaleb(-len(fraction)), ROUND_HALF_UP, _ANY_DOUBLE)
     text = f"{rounded:{',' if ',' in whole else ''}f}"
     optional = len(fraction) - len(fraction.rstrip("#"))
     for _ in range(optional):

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """A small table of formulas: arithmetic, comparisons, references and the functions at the end of this file."""
 
+import math
 import re
 
 from . import a1
@@ -177,6 +178,8 @@ class _Evaluation:
             return FUNCTIONS[name](self.calculation, arguments)
         except IndexError:
             raise FormulaError("N_A", f"Wrong number of arguments to {name}.") from None
+        except (OverflowError, ValueError):
+            raise FormulaError("NUM", f"An argument of {name} is out of its range.") from None
 
     def named(self, name):
         if name.upper() in ("TRUE", "FALSE"):
@@ -217,7 +220,11 @@ def _extended(value):
         return {"numberValue": 0}
     if isinstance(value, bool):
         return {"boolValue": value}
-    return {"stringValue": value} if isinstance(value, str) else {"numberValue": plain_number(value)}
+    if isinstance(value, str):
+        return {"stringValue": value}
+    if not math.isfinite(value):
+        raise FormulaError("NUM", "The result is not a number.")
+    return {"numberValue": plain_number(value)}
 
 
 def _scalar(value):

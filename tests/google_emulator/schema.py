@@ -2,6 +2,7 @@
 """Walks request bodies and query parameters against the schema table and words refusals as the service does."""
 
 import json
+import math
 import re
 from typing import NamedTuple
 
@@ -103,6 +104,14 @@ class _Walk:
             self.value(field.type, entry, f"{path}[{index}]", depth)
         return None
 
+    def cell_value(self, value, path):
+        """Lists and objects are JSON values, but no values of cells."""
+        if isinstance(value, (dict, list)):
+            kind = "struct_value" if isinstance(value, dict) else "list_value"
+            self.violations.append((path, f"Invalid {path}: {kind} {json.dumps(value, ensure_ascii=False)}"))
+        elif isinstance(value, (int, float)) and not isinstance(value, bool) and _number(value) is None:
+            self.wrong_value(path, "double", str(value))
+
     def value(self, kind, value, path, depth):
         if kind in MESSAGES:
             return self.message(kind, value, path, depth + 1)
@@ -110,11 +119,7 @@ class _Walk:
             self.wrong_value(path, kind, value)
         elif kind == "list":
             for index, entry in enumerate(value):
-                if isinstance(entry, (dict, list)):
-                    kept = "struct_value" if isinstance(entry, dict) else "list_value"
-                    # The parser takes these, the method refuses them.
-                    self.violations.append((f"{path}[{index}]", f"Invalid {path}[{index}]: {kept} "
-                                                                f"{json.dumps(entry, ensure_ascii=False)}"))
+                self.cell_value(entry, f"{path}[{index}]")
         return None
 
 
@@ -135,15 +140,17 @@ def _fits(kind, value):
 
 
 def _number(value):
-    """Numbers may also come as texts; booleans are none."""
-    if isinstance(value, bool):
+    """A finite number, which may also come as a text; None for everything else, booleans included."""
+    if isinstance(value, bool) or not isinstance(value, (int, float, str)):
+        return None
+    try:
+        if not math.isfinite(float(value)):
+            return None
+    except (ValueError, OverflowError):
         return None
     if isinstance(value, str):
-        try:
-            return int(value) if re.fullmatch(r"-?\d{1,19}", value) else float(value)
-        except ValueError:
-            return None
-    return value if isinstance(value, (int, float)) else None
+        return int(value) if re.fullmatch(r"-?\d{1,19}", value) else float(value)
+    return value
 
 
 def check_body(name, value, path=""):

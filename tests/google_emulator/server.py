@@ -120,7 +120,7 @@ class _Handler(BaseHTTPRequestHandler):
             wire = Wire(500, json_bytes(standard_error(500, "The emulator failed; see its standard error.").body))
         self._send(wire)
 
-    do_GET = do_POST = do_PUT = do_DELETE = do_PATCH = do_HEAD = do_OPTIONS = _serve
+    do_GET = do_POST = do_PUT = do_DELETE = do_PATCH = _serve
 
     def _request_body(self):
         length = self.headers.get("Content-Length", "0")

@@ -3,6 +3,7 @@
 
 import json
 import unittest
+import warnings
 
 from .support import RunningEmulator, shared_data
 
@@ -22,6 +23,7 @@ if not MISSING and not all(shared_data(*path) for path in PATHS.values()):
 @unittest.skipIf(MISSING, MISSING)
 class OtherClient(unittest.TestCase):
     def setUp(self):
+        warnings.simplefilter("ignore", ResourceWarning)  # this client leaves its sockets to the collector
         self.emulator = RunningEmulator()
         self.addCleanup(self.emulator.close)
         self.root = f"http://127.0.0.1:{self.emulator.emulator.port}/"

@@ -52,6 +52,8 @@ REFUSED = [
     ("PUT", f"{VALUES}?valueInputOption=RAW", {"values": "X", "majorDimension": None}, 400,
      "Invalid value at 'data.values' (type.googleapis.com/google.protobuf.ListValue), \"X\""),
     ("PUT", f"{VALUES}?valueInputOption=RAW", {"values": [[{"a": 1}]]}, 400, "data.values[0][0]"),
+    ("PUT", f"{VALUES}?valueInputOption=RAW", b'{"values": [[1e999]]}', 400, "(TYPE_DOUBLE), \"inf\""),
+    ("PUT", f"{VALUES}?valueInputOption=RAW", {"values": [[10**400]]}, 400, "(TYPE_DOUBLE)"),
     ("POST", BOOKS, {"properties": {"title": []}}, 400, "Invalid JSON payload received. Unknown name \"title\" at "
      "'spreadsheet.properties': Proto field is not repeating, cannot start list."),
     ("POST", BOOKS, {"sheets": [{"properties": {"title": "a"}}, {"properties": {"title": "A"}}]}, 400,

@@ -38,7 +38,9 @@ TYPED_IN = [
     ("=TRUE", "TRUE", True, "=TRUE", None),
     ('="a"&1+1', "a2", "a2", '="a"&1+1', None),
     ("=1/0", "#DIV/0!", "#DIV/0!", "=1/0", None),
+    ("=1e308*10", "#NUM!", "#NUM!", "=1e308*10", None),
     ("=", "=", "=", "=", None),
+    ("1e999", "1e999", "1e999", "1e999", None),
 ]
 
 FORMULAS = [
@@ -116,6 +118,12 @@ class Blocks(unittest.TestCase):
         asker.ask("PUT", f"/v4/spreadsheets/{BOOK}/values/A1:B2?valueInputOption=RAW",
                   {"range": "Sheet1!A1:B2", "majorDimension": "COLUMNS", "values": [[1, 2], [3]]})
         self.assertEqual(asker.values("A1:B2"), [["1", "3"], ["2"]])
+
+    def test_are_written_with_a_slash_behind_the_range(self):
+        asker = Asker()
+        status, body = asker.ask("PUT", f"/v4/spreadsheets/{BOOK}/values/A17:A17/?valueInputOption=USER_ENTERED",
+                                 {"majorDimension": "COLUMNS", "range": "A17:A17", "values": [[345]]})
+        self.assertEqual((status, body.get("updatedRange"), asker.values("A17")), (200, "Sheet1!A17", [["345"]]))
 
     def test_are_refused_where_they_do_not_fit(self):
         asker = Asker()
