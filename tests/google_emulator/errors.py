@@ -117,5 +117,5 @@ def standard_error(code, message=None):
 def not_found_page(path):
     """The page behind a path that belongs to no method."""
     return ("<!DOCTYPE html>\n<html lang=en>\n  <meta charset=utf-8>\n  <title>Error 404 (Not Found)!!1</title>\n"
-            f"  <p><b>404.</b> <ins>That\u2019s an error.</ins>\n  <p>The requested URL <code>{path}</code> was not found"
-            " on this server.  <ins>That\u2019s all we know.</ins>\n")
+            f"  <p><b>404.</b> <ins>That\u2019s an error.</ins>\n  <p>The requested URL <code>{path}</code> was not "
+            "found on this server.  <ins>That\u2019s all we know.</ins>\n")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Replies as the service spells them: two blanks a level, one after each colon, UTF-8 as it is, a line feed at the end."""
+"""Replies as the service spells them: two blanks a level, one behind colons, plain UTF-8, a line feed at the end."""
 
 import json
 

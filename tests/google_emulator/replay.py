@@ -101,9 +101,8 @@ def files_from_before(exchanges):
             number = found.group(1)
             if exchange["status"] == PRIVATE_STATUS:
                 files[number] = {"id": number, "access": "none"}
-            elif exchange["status"] == 200:
-                spec = _description(number, json.loads(exchange["body"]))
-                files[number] = spec | files.get(number, {}) if "sheets" in files.get(number, {}) else spec
+            elif exchange["status"] == 200 and "sheets" not in files.get(number, {}):
+                files[number] = files.get(number, {}) | _description(number, json.loads(exchange["body"]))
     return list(files.values())
 
 
@@ -150,12 +149,10 @@ class Replay:
         try:
             method, _ = find_method(exchange["method"], url.path)
         except NoSuchPath:
-            if exchange["method"] != "GET":
+            if exchange["method"] != "GET" and not url.path.endswith("/copy"):
                 changed_elsewhere.add(book)
             path = re.sub(r"[-_A-Za-z0-9]{40,}", "ID", url.path)
             kind = f"{exchange['method']} {path}"
-            if exchange["status"] == 200 and exchange["body"].startswith("{"):
-                changed_elsewhere.add(json.loads(exchange["body"]).get("id"))
             return Outcome(exchange, kind, "not served: " + kind)
         kinds = request_kinds(method, exchange["req_body"])
         kind = "+".join(kinds)
@@ -164,8 +161,8 @@ class Replay:
         if unserved:
             changed_elsewhere.add(book)
             return Outcome(exchange, kind, "not served: " + "+".join(unserved))
-        if book and book in changed_elsewhere and method.name != "drive.files.delete":
-            return Outcome(exchange, kind, "looks at a spreadsheet after a request that is not served")
+        if book and book in changed_elsewhere and not method.is_drive:
+            return Outcome(exchange, kind, "spreadsheet was changed before by a request that is not served")
         return self._compared(exchange, url, kind, identifiers)
 
     def _compared(self, exchange, url, kind, identifiers):

@@ -137,7 +137,7 @@ class Uploads(Wire):
 
 SPOILT = [
     # fault, status, what the body has to look like
-    ({"fault": "status", "status": 429}, 429, lambda body: b"Quota exceeded" in body and b"RATE_LIMIT_EXCEEDED" in body),
+    ({"fault": "status", "status": 429}, 429, lambda body: b"Quota exceeded" in body and b'"reason": "RATE_' in body),
     ({"fault": "status", "status": 503, "message": "Busy"}, 503, lambda body: b'"message": "Busy"' in body),
     ({"fault": "status", "status": 201}, 201, lambda body: b'"clearedRange"' in body),
     ({"fault": "status", "status": 204}, 204, lambda body: body == b""),
