@@ -19,6 +19,8 @@ def parse_arguments(arguments):
     parser = argparse.ArgumentParser(prog="google_emulator", description="Google Sheets and Drive on 127.0.0.1")
     parser.add_argument("--port", type=int, default=0, help="0, the default, takes a free one")
     parser.add_argument("--port-file", metavar="FILE", help="write the port there as well")
+    parser.add_argument("--certificate", metavar="FILE", help="serve HTTPS with this chain (PEM)")
+    parser.add_argument("--key", metavar="FILE", help="its private key, where the chain's file does not have it")
     parser.add_argument("--state", choices=STATES, default="empty", help="files to start with")
     parser.add_argument("--exit-with-stdin", action="store_true", help="end when standard input is closed")
     parser.add_argument("--hint", action="store_true", help="print how to try it out, on standard error")
@@ -39,8 +41,8 @@ def stop_when_closed(stream, emulator):
     emulator.stop()
 
 
-def print_hint(emulator):
-    root = f"http://127.0.0.1:{emulator.port}"
+def print_hint(emulator, scheme):
+    root = f"{scheme}://127.0.0.1:{emulator.port}"
     print(f"The service is at {root} until you press Ctrl-C. It takes the access token demo.", file=sys.stderr)
     for entry in emulator.service.drive.files.values():
         print(f"  {entry.name}: {entry.file_id}\n"
@@ -50,14 +52,14 @@ def print_hint(emulator):
 
 def main():
     options = parse_arguments(sys.argv[1:])
-    emulator = Emulator(options.port)
+    emulator = Emulator(options.port, options.certificate, options.key)
     for spec in STATES[options.state]():
         add_file(emulator.service.drive, spec)
     if options.port_file:
         write_port_file(options.port_file, emulator.port)
     print(f"PORT {emulator.port}", flush=True)
     if options.hint:
-        print_hint(emulator)
+        print_hint(emulator, "https" if options.certificate else "http")
     if options.exit_with_stdin:
         threading.Thread(target=stop_when_closed, args=(sys.stdin.buffer, emulator), daemon=True).start()
     try:

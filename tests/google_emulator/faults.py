@@ -28,6 +28,7 @@ class Wire:
     content_length: Optional[int] = None  # what is claimed
     send_bytes: Optional[int] = None  # cut the connection after so much of the body
     no_reply: bool = False  # cut it before anything is sent
+    close_after: bool = False  # close it after the reply, unannounced
     repeat: int = 1  # the body is sent so many times in a row,
     before: bytes = b""  # between these two
     after: bytes = b""
@@ -145,6 +146,8 @@ FAULTS = {
     "cut-in-body": FaultKind("the connection is closed in the middle of the body (or after some bytes)", _HALF,
                              _wire(send_bytes=lambda given, true: len(true.body) // 2 if given["bytes"] is None
                                    else given["bytes"])),
+    "close-after-reply": FaultKind("the true reply, then the kept connection is closed unannounced", {},
+                                   _wire(close_after=True), True),
     "length-too-large": FaultKind("Content-Length beyond the body, then the connection is closed", {"by": 100}, _wire(
         content_length=lambda given, true: len(true.body) + given["by"], send_bytes=lambda _, true: len(true.body))),
     "length-too-small": FaultKind("Content-Length below the body; the rest spoils the next reply", {"by": 10}, _wire(

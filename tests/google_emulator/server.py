@@ -4,6 +4,7 @@
 import copy
 import itertools
 import socket
+import ssl
 import threading
 import traceback
 import zlib
@@ -23,7 +24,7 @@ DEFAULT_SETTINGS = {"gzip": True}
 class Emulator:
     """Everything behind one port. The lock is held while state is looked at, never while something is sent."""
 
-    def __init__(self, port=0):
+    def __init__(self, port=0, certificate=None, key=None):
         self.service, self.plan, self.log = Service(), FaultPlan(), RequestLog()
         self.settings = dict(DEFAULT_SETTINGS)
         self.control = Control(self)
@@ -31,6 +32,9 @@ class Emulator:
         self.connections = itertools.count(1)
         self.server = _Server(("127.0.0.1", port), _Handler)
         self.server.emulator = self
+        if certificate:
+            self.server.socket = _tls(certificate, key).wrap_socket(self.server.socket, server_side=True,
+                                                                    do_handshake_on_connect=False)
 
     @property
     def port(self):
@@ -78,6 +82,14 @@ class Emulator:
         if not isinstance(wire.body, bytes):
             wire.body = b"".join(wire.body)
         return wire
+
+
+def _tls(certificate, key):
+    """HTTPS with that chain; the handshake happens in the connection's thread, with its first read."""
+    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+    context.load_cert_chain(certificate, key)
+    context.set_alpn_protocols(["http/1.1"])
+    return context
 
 
 def _wire_of(reply):
@@ -151,7 +163,7 @@ class _Handler(BaseHTTPRequestHandler):
         for _ in range(wire.repeat):
             self._write(body if wire.send_bytes is None else body[:wire.send_bytes])
         self._write(wire.after)
-        if wire.send_bytes is not None:
+        if wire.send_bytes is not None or wire.close_after:
             self._cut()
         return None
 

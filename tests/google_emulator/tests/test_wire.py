@@ -5,7 +5,9 @@ import gzip
 import http.client
 import json
 import os
+import shutil
 import socket
+import ssl
 import subprocess
 import sys
 import tempfile
@@ -14,6 +16,7 @@ import unittest
 
 from ..generated import number_at
 from ..samples import DEMO_ID
+from ..server import Emulator
 from .support import RunningEmulator
 
 BOOK = f"/v4/spreadsheets/{DEMO_ID}"
@@ -196,6 +199,13 @@ class Faults(Wire):
         self.assertIn(whole + b"HTTP/1.1 200 OK", received)
         self.assertIn(b"Content-Length: %d\r\n" % (len(whole) - 7), received)
 
+    def test_close_kept_connections(self):
+        self.order(fault="close-after-reply")
+        self.assertEqual(self.read()[0], 200)
+        with self.assertRaises((OSError, http.client.HTTPException)):
+            self.read()
+        self.assertEqual(self.read()[0], 200)
+
     def test_may_strike_after_the_request_was_done(self):
         self.order(fault="taken-then-status")
         self.assertEqual(self.emulator.exchange("POST", CLEAR, b"{}")[0], 503)
@@ -240,6 +250,32 @@ class Faults(Wire):
 
 
 class Program(unittest.TestCase):
+    @unittest.skipUnless(shutil.which("openssl"), "openssl is not installed")
+    def test_speaks_https(self):
+        with tempfile.TemporaryDirectory() as folder:
+            certificate, key = os.path.join(folder, "certificate.pem"), os.path.join(folder, "key.pem")
+            subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
+                            "/CN=emulator", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out",
+                            certificate], check=True, capture_output=True)
+            with open(certificate, encoding="ascii") as file:
+                certificate_text = file.read()
+            emulator = Emulator(0, certificate, key)
+        thread = threading.Thread(target=emulator.run, daemon=True)
+        thread.start()
+        for context, trusted in ((ssl.create_default_context(cadata=certificate_text), True),
+                                 (ssl.create_default_context(), False)):
+            connection = http.client.HTTPSConnection("127.0.0.1", emulator.port, timeout=20, context=context)
+            if trusted:
+                connection.request("GET", "/__emulator/help")
+                self.assertEqual(connection.getresponse().status, 200)
+            else:
+                with self.assertRaises(ssl.SSLCertVerificationError):
+                    connection.request("GET", "/__emulator/help")
+            connection.close()
+        emulator.stop()
+        thread.join()
+        emulator.server.server_close()
+
     def test_tells_its_port_and_ends_with_standard_input(self):
         with tempfile.TemporaryDirectory() as folder:
             port_file = os.path.join(folder, "port")
