@@ -5,9 +5,9 @@ from .a1 import Rect
 from .batch_sheets import required_mask
 from .book_ranges import batch_range, batch_sheet
 from .cell_formats import stored_styles
-from .errors import BatchRefusal
+from .errors import BatchRefusal, too_long_for_a_cell
 from .masks import replace_masked
-from .model import Cell
+from .model import MAX_CELL_CHARACTERS, Cell
 
 _PARTS_THAT_CAN_BE_SET = ("userEnteredValue", "userEnteredFormat", "note", "*")
 
@@ -28,6 +28,8 @@ def changed_cell(cell, data, mask):
 def _stored_value(value):
     if not value or value == {"stringValue": ""}:
         return None
+    if len(value.get("stringValue") or value.get("formulaValue", "")) > MAX_CELL_CHARACTERS:
+        raise BatchRefusal(too_long_for_a_cell(MAX_CELL_CHARACTERS))
     if not value.get("formulaValue", "=").startswith("="):
         raise BatchRefusal("Formula must start with '='.")
     return value

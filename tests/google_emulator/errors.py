@@ -81,6 +81,10 @@ def beyond_grid(text, row_count, column_count):
     return f"Range ({text}) exceeds grid limits. Max rows: {row_count}, max columns: {column_count}"
 
 
+def too_long_for_a_cell(limit):
+    return f"Your input contains more than the maximum of {limit} characters in a single cell."
+
+
 def not_a_spreadsheet():
     return ServiceError(400, "This operation is not supported for this document", status="FAILED_PRECONDITION")
 

@@ -6,8 +6,9 @@ from .batch_cells import refuse_generated
 from .book_ranges import find_for_reading, find_for_writing, find_range
 from .dimensions import append_dimension
 from .entered import entered_by_user, entered_raw
-from .errors import BatchRefusal, bad_request
+from .errors import BatchRefusal, bad_request, too_long_for_a_cell
 from .methods import Reply
+from .model import MAX_CELL_CHARACTERS
 from .rendering import value_rows
 from .spreadsheet_methods import book_of
 
@@ -108,6 +109,8 @@ class _Writing:
             cell = a1.range_text(self.sheet.title, a1.Rect(row, column, row + 1, column + 1))
             raise bad_request(f"Range ({cell}) exceeds grid limits. Max rows: {self.sheet.row_count}, max columns: "
                               f"{self.sheet.column_count}")
+        if isinstance(value, str) and len(value) > MAX_CELL_CHARACTERS:
+            raise bad_request(too_long_for_a_cell(MAX_CELL_CHARACTERS))
         self.rows_given = max(self.rows_given, row + 1 - self.rect.top)
         self.columns_given = max(self.columns_given, column + 1 - self.rect.left)
         if value is not None:

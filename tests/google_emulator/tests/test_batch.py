@@ -59,6 +59,8 @@ REFUSED = [
     ({"updateCells": {"rows": cells([None]), "fields": "*"}}, "Exactly one of start or range must be set."),
     ({"updateCells": {"range": block(0, 1, 0, 1), "rows": cells([{"formulaValue": "1+1"}]), "fields": "*"}},
      "Formula must start with '='."),
+    ({"updateCells": {"range": block(0, 1, 0, 1), "rows": cells([{"stringValue": "x" * 50_001}]), "fields": "*"}},
+     "more than the maximum of 50000 characters"),
     ({"repeatCell": {"range": block(0, 1, 0, 1), "cell": {}, "fields": "effectiveValue"}},
      "Invalid field: effectiveValue"),
     ({"mergeCells": {"range": block(3, 5, 2, 4)}}, "You must select all cells in a merged range"),

@@ -135,6 +135,8 @@ class Blocks(unittest.TestCase):
              "Requested writing within range [Sheet1!A1:B2], but tried writing to row [3]"),
             ("?valueInputOption=RAW", {"range": "A1:B3", "values": [[1]]},
              "Request range[A1:B2] does not match value's range[A1:B3]"),
+            ("?valueInputOption=RAW", {"values": [["x" * 50_001]]},
+             "Your input contains more than the maximum of 50000 characters in a single cell."),
             ("", {"values": [[1]]}, "'valueInputOption' is required but not specified"),
             ("?valueInputOption=TYPED", {"values": [[1]]}, "Invalid value at 'value_input_option' (type.googleapis.com"
              "/google.apps.sheets.v4.ValueInputOption), \"TYPED\""),
