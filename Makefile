@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 # Short names for the usual work. Each installs the Debian packages that it misses; CMake presets do the rest.
-.PHONY: help deps demo test asan format format-check install-test windows docs bench fuzz clean
+.PHONY: help deps demo google-demo test asan format format-check install-test windows docs bench fuzz clean
 .DEFAULT_GOAL := help
 
 PRESET ?= dev
 FUZZ_SECONDS ?= 60
+GOOGLE_PORT ?= 8420
 BOOK := examples/weather.xlsx
 CONFIGURE = cmake --preset $(1) --log-level=WARNING
 BUILD = cmake --build --preset $(1)
@@ -21,6 +22,9 @@ demo: deps  ## build the program and read a workbook with it
 	build/release/bin/zxsheet info $(BOOK)
 	build/release/bin/zxsheet read $(BOOK) --to table
 	build/release/bin/zxsheet read $(BOOK) -s Summary --to json
+
+google-demo:  ## serve a sample spreadsheet like Google Sheets does, without an account (GOOGLE_PORT=8420)
+	@python3 tests/google_emulator --port $(GOOGLE_PORT) --state demo --hint
 
 test: deps  ## build and run all tests (PRESET=dev or release)
 	$(call CONFIGURE,$(PRESET))
