@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include <boost/json.hpp>
+#include "foundation/boost_json.h"
 
 namespace foundation::json {
 

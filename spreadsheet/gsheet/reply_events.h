@@ -13,8 +13,7 @@
 #include <system_error>
 #include <utility>
 
-#include <boost/json/basic_parser_impl.hpp>
-
+#include "foundation/boost_json_parser.h"
 #include "foundation/json.h"
 
 namespace gsheet {

@@ -125,6 +125,7 @@ TEST_F(Changes, RefuseWhatCannotBeAndLeaveTheBookAlone) {
     single.fill(make_book({{"Only", "", "<sheetData/>"}}));
     const std::string book = book_.text();
     const std::string folder = testing::TempDir();
+    const std::string nowhere = "--google-root=http://127.0.0.1:1";
     const struct {
         std::vector<std::string> arguments;
         int code;
@@ -168,9 +169,9 @@ TEST_F(Changes, RefuseWhatCannotBeAndLeaveTheBookAlone) {
          "xxx"},
         {{"new", folder + "/nowhere/x.xlsx"}, 6, "x.xlsx"},
         {{"new", "x.ods"}, 6, ".xlsm"},
-        {{"new", "gsheet:abc"}, 7, "Google Sheets is not available"},
-        {{"sheet", "remove", "gsheet:abc", "1"}, 7, "Google Sheets is not available"},
-        {{"autofit", "gsheet:abc"}, 7, "Google Sheets is not available"},
+        {{"new", "gsheet:abc"}, 2, "google create"},
+        {{nowhere, "sheet", "remove", "gsheet:abc", "1"}, 7, "gsheet:abc: The request failed"},
+        {{nowhere, "autofit", "gsheet:abc"}, 7, "gsheet:abc: The request failed"},
         {{"new", "no such.xlsx", "--app"}, 8, "application is not available"},
         {{"sheet", "show", book, "Two", "--app"}, 8, "application is not available"},
     };

@@ -193,7 +193,7 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         {{missing.text() + "/below.xlsx"}, "1", 6, "below.xlsx"},
         {{book.text()}, "1\n\"2", 1, "Line 2"},
         {{book.text(), "--from", "json"}, "{\"values\":[[1],[2]", 1, "column 18"},
-        {{"gsheet:abc"}, "1", 7, "Google Sheets is not available"},
+        {{"gsheet:abc", "-o", "other.xlsx"}, "1", 7, "gsheet:abc: The request failed"},
         {{book.text(), "--app"}, "1", 8, "application is not available"},
         {{missing.text(), "--app"}, "1", 8, "application is not available"},
     };
