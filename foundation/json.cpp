@@ -32,7 +32,8 @@ bool is_finite(const Value& value) {
     if (value.is_array())
         return all(value.get_array(), [](const Value& item) -> const Value& { return item; });
     if (value.is_object())
-        return all(value.get_object(), [](const auto& item) -> const Value& { return item.value(); });
+        return all(value.get_object(),
+                   [](const auto& item) -> const Value& { return item.value(); });
     return true;
 }
 

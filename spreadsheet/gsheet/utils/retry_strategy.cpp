@@ -89,8 +89,7 @@ bool ExponentialBackOffRateLimitingStrategy::operator()(
         clock.sleep_until(foundation::Clock::later(clock.now(), delay));
     }
     const auto count = static_cast<std::uint32_t>(std::max(consecutiveAttempts, 0));
-    const bool is_limited =
-        request.method() != HttpMethod::Get && isServerError(response.status);
+    const bool is_limited = request.method() != HttpMethod::Get && isServerError(response.status);
     if (count <= max_consecutive_attempts_ && (!is_limited || count <= max_server_error_attempts_))
         return again;
     log_line(foundation::log::error, "GSheet::BackOffDuration max retry attempts exhausted ");
