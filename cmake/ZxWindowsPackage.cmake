@@ -15,7 +15,7 @@ foreach(dll IN LISTS runtime_dlls)
 endforeach()
 
 set(licence_folder ${CMAKE_INSTALL_DOCDIR}/licences)
-foreach(library boost1.81 cli11 libisal pugixml utf8proc)
+foreach(library boost1.81 cli11 libisal nlohmann-json3 pugixml utf8proc)
   install(FILES ${ZX_DEPS}/licences/${library}.txt DESTINATION ${licence_folder})
 endforeach()
 install(FILES /usr/share/doc/libz-mingw-w64-dev/copyright DESTINATION ${licence_folder} RENAME zlib.txt)

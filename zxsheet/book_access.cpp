@@ -17,38 +17,15 @@ using namespace spreadsheet;
 
 constexpr std::string_view kGooglePrefix = "gsheet:";
 
-book::interactive mode_of(const Options& options) {
-    if (google_id(options.book)) return book::interactive::google;
-    return options.application ? book::interactive::application : book::interactive::file;
-}
-
 /// What the library takes as the path.
 std::u16string location_of(const Options& options) {
     return unicode::to_utf16(google_id(options.book).value_or(options.book));
-}
-
-std::optional<std::size_t> one_based_index(const std::string& text) {
-    std::size_t number = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (failure != std::errc() || end != text.data() + text.size() || number == 0) return {};
-    return number - 1;
 }
 
 std::size_t first_worksheet(const IBook& book) {
     for (std::size_t i = 0; i < book.num_sheets(); ++i)
         if (book.sheet_type(i) == sheet::type::worksheet) return i;
     throw Exception(error_id::sheet_not_found, "The book has no worksheet.");
-}
-
-/// The index of the wanted sheet: a name first, then a number.
-std::size_t find_sheet(const IBook& book, const std::string& wanted) {
-    if (wanted.empty()) return first_worksheet(book);
-    const std::u16string name = unicode::to_utf16(wanted);
-    for (std::size_t i = 0; i < book.num_sheets(); ++i)
-        if (unicode::equal_ignoring_case(sheet_name(book, i), name)) return i;
-    const auto index = one_based_index(wanted);
-    if (index && *index < book.num_sheets()) return *index;
-    throw Exception(error_id::sheet_not_found, "There is no sheet '" + wanted + "'.");
 }
 
 /// The rows of a range that can be told without the sheet: one or two corners.
@@ -76,15 +53,25 @@ Range find_range(const Selection& selection, const Options& options, book::forma
     }
 }
 
+struct Rows {
+    int first, last;
+};
+
 std::shared_ptr<IBook> load_sheet(const Options& options, std::size_t index,
-                                  const std::optional<Range>& corners) {
+                                  const std::optional<Rows>& rows) {
     const std::u16string path = location_of(options);
     const book::format format = format_of(options);
-    if (!corners)
-        return load_book_from_file_with_sheet_index(path, format, mode_of(options), index);
+    if (!rows) return load_book_from_file_with_sheet_index(path, format, mode_of(options), index);
     return load_book_from_file_with_range(path, format, mode_of(options), index,
-                                          static_cast<std::size_t>(corners->first_row),
-                                          static_cast<std::size_t>(corners->last_row));
+                                          static_cast<std::size_t>(rows->first),
+                                          static_cast<std::size_t>(rows->last));
+}
+
+/// The rows to load; all of them when there is none. Rows cannot be left out altogether.
+std::optional<Rows> rows_to_load(Extent extent, const std::optional<Range>& corners) {
+    if (extent == Extent::NoCells) return Rows{0, 0};
+    if (extent == Extent::WholeSheet || !corners) return {};
+    return Rows{corners->first_row, corners->last_row};
 }
 
 } // namespace
@@ -96,6 +83,11 @@ std::optional<std::string> google_id(const std::string& book) {
 
 std::filesystem::path native_path(const std::string& path) {
     return std::filesystem::path(std::u8string(path.begin(), path.end()));
+}
+
+book::interactive mode_of(const Options& options) {
+    if (google_id(options.book)) return book::interactive::google;
+    return options.application ? book::interactive::application : book::interactive::file;
 }
 
 book::format format_of(const Options& options) {
@@ -125,7 +117,28 @@ std::u16string sheet_name(const IBook& book, std::size_t index) {
     return book.get_sheet_name(static_cast<int>(index)).value_or(u"");
 }
 
-Selection open_selection(const Options& options) {
+std::optional<std::size_t> find_sheet_name(const IBook& book, const std::u16string& name) {
+    for (std::size_t i = 0; i < book.num_sheets(); ++i)
+        if (unicode::equal_ignoring_case(sheet_name(book, i), name)) return i;
+    return {};
+}
+
+std::optional<std::size_t> sheet_number(const std::string& text) {
+    std::size_t number = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (failure != std::errc() || end != text.data() + text.size() || number == 0) return {};
+    return number;
+}
+
+std::size_t find_sheet(const IBook& book, const std::string& wanted) {
+    if (wanted.empty()) return first_worksheet(book);
+    if (const auto index = find_sheet_name(book, unicode::to_utf16(wanted))) return *index;
+    const auto number = sheet_number(wanted);
+    if (number && *number <= book.num_sheets()) return *number - 1;
+    throw Exception(error_id::sheet_not_found, "There is no sheet '" + wanted + "'.");
+}
+
+Selection open_selection(const Options& options, Extent extent) {
     Selection selection;
     const auto list = open_sheet_list(options);
     const std::size_t index = find_sheet(*list, options.sheet);
@@ -135,9 +148,10 @@ Selection open_selection(const Options& options) {
                         "The sheet '" + unicode::to_utf8(selection.sheet_name) +
                             "' is a chart sheet, which has no cells.");
     const auto corners = corners_of(unicode::to_utf16(options.range), format_of(options));
-    selection.book = load_sheet(options, index, corners);
+    selection.book = load_sheet(options, index, rows_to_load(extent, corners));
     selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : index);
     if (!selection.sheet) throw Exception(error_id::sheet_not_opened);
+    if (extent == Extent::NoCells) return selection;
     selection.range = corners ? *corners : find_range(selection, options, format_of(options));
     return selection;
 }

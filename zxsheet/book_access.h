@@ -21,6 +21,9 @@ std::optional<std::string> google_id(const std::string& book);
 /// A UTF-8 path in the platform's own form.
 std::filesystem::path native_path(const std::string& path);
 
+/// What serves the book.
+spreadsheet::book::interactive mode_of(const Options& options);
+
 /// The format that the extension names; XLSX for an unknown one, since the content decides anyway.
 spreadsheet::book::format format_of(const Options& options);
 
@@ -33,6 +36,17 @@ std::shared_ptr<spreadsheet::IBook> open_sheet_list(const Options& options);
 /// The name of the sheet at an index.
 std::u16string sheet_name(const spreadsheet::IBook& book, std::size_t index);
 
+/// The index of the sheet of that name, in whatever case.
+std::optional<std::size_t> find_sheet_name(const spreadsheet::IBook& book,
+                                           const std::u16string& name);
+
+/// The number from 1 that a text is.
+std::optional<std::size_t> sheet_number(const std::string& text);
+
+/// The index of the wanted sheet: of that name, else of that number; the first worksheet for an
+/// empty text. Error 6 of the library when there is none.
+std::size_t find_sheet(const spreadsheet::IBook& book, const std::string& wanted);
+
 /// A sheet and the cells of it that are wanted.
 struct Selection {
     std::shared_ptr<spreadsheet::IBook> book;
@@ -41,8 +55,12 @@ struct Selection {
     spreadsheet::Range range; ///< of no cells when the sheet is empty
 };
 
-/// Loads the wanted sheet, or only its wanted rows, and works the range out. Throws `Failure` for a
-/// sheet or range that does not exist.
-Selection open_selection(const Options& options);
+/// How much of the wanted sheet to load; what is not loaded is kept all the same when the book is
+/// saved.
+enum class Extent { WantedRows, WholeSheet, NoCells };
+
+/// Loads the wanted sheet and works the range out, except with `NoCells`. Throws what the library
+/// throws for a sheet or range that does not exist and for a chart sheet.
+Selection open_selection(const Options& options, Extent extent = Extent::WantedRows);
 
 } // namespace zxsheet

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "zxsheet/book_access.h"
+#include "zxsheet/save_book.h"
 
 namespace zxsheet {
 namespace {
@@ -21,17 +22,6 @@ std::string message_of(const spreadsheet::Exception& error) {
     const std::size_t tag_end = text.find("]: ");
     const bool tagged = !text.empty() && text.front() == '[' && tag_end != text.npos;
     return std::string(tagged ? text.substr(tag_end + 3) : text);
-}
-
-/// The engine's causes begin in lower case; a first word that is a name of something stays as it
-/// is.
-std::string as_sentence(std::string text) {
-    const std::size_t word_end = std::min(text.find(' '), text.size());
-    const bool is_word =
-        std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(word_end),
-                    [](char c) { return c >= 'a' && c <= 'z'; });
-    if (is_word && word_end > 0) text.front() = static_cast<char>(text.front() - 'a' + 'A');
-    return text;
 }
 
 bool can_be_opened(const std::string& book) {
@@ -63,9 +53,20 @@ Failure not_loaded(const Options& options, const std::string& cause, const std::
 
 } // namespace
 
+std::string as_sentence(std::string text) {
+    // A first word that is a name of something stays as it is.
+    const std::size_t word_end = std::min(text.find(' '), text.size());
+    const bool is_word =
+        std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(word_end),
+                    [](char c) { return c >= 'a' && c <= 'z'; });
+    if (is_word && word_end > 0) text.front() = static_cast<char>(text.front() - 'a' + 'A');
+    return text;
+}
+
 Failure describe(const spreadsheet::Exception& error, const Options& options,
                  const std::string& cause) {
     const std::string message = message_of(error);
+    const std::string cause_or_message = cause.empty() ? message : as_sentence(cause);
     switch (error.id()) {
     case error_id::book_not_opened:
     case error_id::book_not_loaded:
@@ -89,6 +90,22 @@ Failure describe(const spreadsheet::Exception& error, const Options& options,
     case error_id::cell_out_of_bounds:
     case error_id::chart_sheet_unsupported:
         return {ExitCode::NotFound, options.book + ": " + message};
+    case error_id::sheet_name_invalid:
+        return {ExitCode::Usage, options.book + ": " + message};
+    case error_id::book_not_saved:
+    case error_id::book_not_saved_as:
+        return {ExitCode::NotWritten, target_of(options) + ": " + cause_or_message};
+    case error_id::file_name_incompatible: // nothing has been tried
+        return {ExitCode::NotWritten, target_of(options) + ": " + message};
+    case error_id::sheet_not_created:
+    case error_id::sheet_not_copied:
+    case error_id::old_sheet_not_deleted:
+    case error_id::range_not_cleared:
+    case error_id::sheet_not_deleted:
+    case error_id::hidden_state_not_set:
+    case error_id::merge_not_removed:
+    case error_id::write_failed:
+        return {ExitCode::NotWritten, options.book + ": " + cause_or_message};
     case error_id::google_sheet_not_found:
         return {ExitCode::NotReadable, options.book + ": " + message};
     case error_id::google_identity_required:

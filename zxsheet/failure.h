@@ -33,8 +33,11 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
-/// The failure that the library's exception stands for. `cause` is what the library logged about a
-/// book that it could not load, empty when it logged nothing.
+/// A cause from the library's log as a sentence: in capitals at its beginning.
+std::string as_sentence(std::string text);
+
+/// The failure that the library's exception stands for. `cause` is what the library logged about
+/// the operation that failed, empty when it logged nothing.
 Failure describe(const spreadsheet::Exception& error, const Options& options,
                  const std::string& cause);
 

@@ -13,7 +13,7 @@ namespace {
 
 int run_on_standard_streams(const std::vector<std::string>& arguments) {
     std::cerr.tie(nullptr);
-    return zxsheet::run(arguments, std::cout, std::cerr, foundation::error_is_terminal());
+    return zxsheet::run(arguments, std::cin, std::cout, std::cerr, foundation::error_is_terminal());
 }
 
 } // namespace
@@ -47,7 +47,8 @@ class Utf8Console {
 
 int wmain(int argc, wchar_t** argv) {
     const Utf8Console console;
-    // The same bytes as with --output and as on every other platform.
+    // The same bytes as in files and as on every other platform.
+    ::_setmode(::_fileno(stdin), _O_BINARY);
     ::_setmode(::_fileno(stdout), _O_BINARY);
     std::vector<std::string> arguments;
     for (int i = 1; i < argc; ++i) {

@@ -10,8 +10,9 @@
 namespace zxsheet {
 namespace {
 
-std::string quoted(const std::string& field, char separator) {
-    const char special[] = {separator, '"', '\n', '\r', '\0'};
+/// `also` needs quotes, too.
+std::string quoted(const std::string& field, char separator, char also) {
+    const char special[] = {separator, '"', '\n', '\r', also, '\0'};
     if (field.find_first_of(special) == std::string::npos) return field;
     std::string text = "\"";
     for (const char character : field) {
@@ -55,9 +56,11 @@ void write_separated(const Selection& selection, const Options& options, char se
                      OutputSink& out) {
     for_each_row(selection, options, Content::Values,
                  [&](const std::vector<const CellValue*>& row) {
+                     // A line without a comma but with semicolons is taken to be separated by them.
+                     const char also = row.size() == 1 && separator == ',' ? ';' : separator;
                      for (std::size_t i = 0; i < row.size(); ++i) {
                          if (i != 0) out.write(separator);
-                         out.write(quoted(plain_text(*row[i], options.dates), separator));
+                         out.write(quoted(plain_text(*row[i], options.dates), separator, also));
                      }
                      out.write('\n');
                  });

@@ -10,9 +10,10 @@
 namespace zxsheet {
 
 /// Runs the program with UTF-8 arguments (the program's name not included) and returns its exit
-/// code. Data goes to `out`, one sentence per failure to `err`, and if that is a terminal a line
-/// while work takes long. The line has a thread of its own: `err` must not be tied to `out`.
-int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
-        bool err_is_terminal = false);
+/// code. Data comes from `in` and goes to `out`, one sentence per failure or change to `err`, and
+/// if that is a terminal a line while work takes long. The line has a thread of its own: `err` must
+/// not be tied to `out`.
+int run(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
+        std::ostream& err, bool err_is_terminal = false);
 
 } // namespace zxsheet

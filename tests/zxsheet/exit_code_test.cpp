@@ -85,10 +85,11 @@ TEST(ExitCode, NamesTheCauseOfAFailedLoad) {
 }
 
 TEST(ExitCode, IsSixWhenTheStreamTakesNothing) {
+    std::istringstream in;
     std::ostringstream out;
     std::ostringstream err;
     out.setstate(std::ios::badbit);
-    EXPECT_EQ(run({"read", kWeather}, out, err), 6);
+    EXPECT_EQ(run({"read", kWeather}, in, out, err), 6);
 }
 
 TEST(Help, IsNoFailure) {

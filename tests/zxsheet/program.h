@@ -23,10 +23,12 @@ struct Outcome {
     std::string err;
 };
 
-inline Outcome run_program(const std::vector<std::string>& arguments) {
+inline Outcome run_program(const std::vector<std::string>& arguments,
+                           const std::string& input = {}) {
+    std::istringstream in(input);
     std::ostringstream out;
     std::ostringstream err;
-    const int code = run(arguments, out, err);
+    const int code = run(arguments, in, out, err);
     return {code, out.str(), err.str()};
 }
 
@@ -43,6 +45,12 @@ class TemporaryPath {
 
     std::string text() const { return path_.generic_string(); }
     void fill(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
+    bool exists() const { return std::filesystem::exists(path_); }
+    std::string bytes() const {
+        std::ostringstream content;
+        content << std::ifstream(path_, std::ios::binary).rdbuf();
+        return content.str();
+    }
 
   private:
     std::filesystem::path path_;

@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// `zxsheet write`: what it puts into books, seen through `zxsheet read`.
+#include <algorithm>
+
+#include "tests/zxsheet/program.h"
+
+namespace zxsheet::test {
+namespace {
+
+const std::string kWeather = ZX_EXAMPLES "/weather.xlsx";
+
+/// Standard output of a command that must succeed.
+std::string output(const std::vector<std::string>& arguments) {
+    const Outcome outcome = run_program(arguments);
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    return outcome.out;
+}
+
+/// The sentence of a command that must succeed.
+std::string sentence(const std::vector<std::string>& arguments, const std::string& input = {}) {
+    const Outcome outcome = run_program(arguments, input);
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    return outcome.err;
+}
+
+bool mentions(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+TEST(WriteCommand, MakesABookOfEveryFormat) {
+    const std::string csv = "name,count,when,good\n"
+                            "\"two\nlines\",-2.5,2024-03-01,true\n"
+                            "007,1e3,2024-03-01 13:05:00,FALSE\n"
+                            ",,,\n"
+                            "\xF0\x9F\x98\x80\n";
+    for (const char* name : {"new.xlsx", "new.XLSM", "new.xltx", "new.xltm"}) {
+        const TemporaryPath book(name);
+        const std::string done = sentence({"write", book.text()}, csv);
+        EXPECT_TRUE(mentions(done, "Made the book, wrote 13 cells to 'Sheet1'!A1:D5; ")) << done;
+        EXPECT_TRUE(mentions(done, " parts written.")) << done;
+        EXPECT_EQ(output({"read", book.text()}), "name,count,when,good\n"
+                                                 "\"two\nlines\",-2.5,2024-03-01,true\n"
+                                                 "007,1000,2024-03-01T13:05:00,false\n"
+                                                 ",,,\n"
+                                                 "\xF0\x9F\x98\x80,,,\n");
+        EXPECT_EQ(output({"types", book.text(), "-r", "A2:D4"}), "text\tnumber\tdate\tboolean\n"
+                                                                 "text\tnumber\tdate\tboolean\n"
+                                                                 "empty\tempty\tempty\tempty\n");
+    }
+}
+
+TEST(WriteCommand, ReadsEveryKindOfInput) {
+    const TemporaryPath csv("data.csv"), tsv("data.TSV"), json("data.json"), book("book.xlsx");
+    csv.fill("a;b\n1,5;2\n");
+    tsv.fill("b\t2\n");
+    json.fill("{\"sheet\":\"J\",\"range\":\"B2\",\"types\":[[\"date\"]],\"values\":[[61]]}");
+    const struct {
+        std::vector<std::string> options;
+        const char* input;
+        const char* done;
+    } cases[] = {
+        {{"-s", "C", csv.text()}, "", "Made the book, wrote 4 cells to 'C'!A1:B2"},
+        {{"-s", "c", "-r", "A2", "-", "--from", "tsv"}, "x,y\t3", "Wrote 2 cells to 'C'!A2:B2"},
+        {{"-s", "T", tsv.text()}, "", "Added sheet 'T', wrote 2 cells to 'T'!A1:B1"},
+        {{"-s", "2", "-r", "c1:d2", "--text"}, "007,1\n", "Wrote 2 cells to 'T'!C1:D1"},
+        {{json.text()}, "", "Added sheet 'J', wrote 1 cell to 'J'!B2"},
+        {{json.text(), "-s", "C", "-r", "D4"}, "", "Wrote 1 cell to 'C'!D4"},
+        {{"-s", "Nothing"}, "", "Added sheet 'Nothing', wrote nothing to 'Nothing'"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> arguments{"write", book.text()};
+        arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+        const std::string done = sentence(arguments, c.input);
+        EXPECT_TRUE(mentions(done, c.done)) << done << c.done;
+    }
+    EXPECT_EQ(output({"sheets", book.text()}), "C\nT\nJ\nNothing\n");
+    EXPECT_EQ(output({"read", book.text()}), "a,b,,\n\"x,y\",3,,\n,,,\n,,,1900-03-01\n");
+    EXPECT_EQ(output({"types", book.text(), "-s", "T"}), "text\tnumber\ttext\ttext\n");
+    EXPECT_EQ(output({"read", book.text(), "-s", "J", "-r", "A1:B2"}), ",\n,1900-03-01\n");
+}
+
+TEST(WriteCommand, TakesBackWhatReadPrints) {
+    for (const char* sheet : {"Readings", "Summary"}) {
+        const TemporaryPath copy("copy.xlsx");
+        std::string json = output({"read", kWeather, "-s", sheet, "--to", "json"});
+        sentence({"write", copy.text(), "--from", "json"}, json);
+        // Errors are what formulas have; there is no way to write them.
+        for (std::size_t at; (at = json.find("\"error\"")) != std::string::npos;)
+            json.replace(at, 7, "\"text\"");
+        EXPECT_EQ(output({"read", copy.text(), "--to", "json"}), json);
+        const TemporaryPath again("again.xlsx");
+        const std::string csv = output({"read", kWeather, "-s", sheet});
+        sentence({"write", again.text()}, csv);
+        EXPECT_EQ(output({"read", again.text()}), csv);
+    }
+}
+
+TEST(WriteCommand, SplitsNoTextOfASingleColumn) {
+    const TemporaryPath book("column.xlsx"), again("again.xlsx");
+    sentence({"write", book.text()}, "\"a;b\"\nc;d\n");
+    const std::string csv = output({"read", book.text()});
+    sentence({"write", again.text()}, csv);
+    EXPECT_EQ(output({"read", again.text(), "--to", "jsonl"}), "[\"a;b\"]\n[\"c;d\"]\n");
+}
+
+// More rows than are written at a time, of lengths that no rectangle fits.
+TEST(WriteCommand, JoinsBlocks) {
+    std::string csv;
+    std::string expected;
+    for (int row = 0; row < 70'000; ++row) {
+        const int columns = row % 7000 == 6999 ? 20 : row % 3 + 1;
+        std::string line;
+        for (int column = 0; column < columns; ++column)
+            line += (column == 0 ? "" : ",") + std::to_string(row * 100 + column);
+        csv += line + '\n';
+        expected += line + std::string(static_cast<std::size_t>(20 - columns), ',') + '\n';
+    }
+    const TemporaryPath book("ragged.xlsx");
+    EXPECT_TRUE(mentions(sentence({"write", book.text()}, csv), "'Sheet1'!A1:T70000"));
+    EXPECT_TRUE(output({"read", book.text()}) == expected);
+}
+
+TEST(WriteCommand, ReplacesTheWholeRectangle) {
+    for (const bool keeps_format : {false, true}) {
+        const TemporaryPath book("old.xlsx");
+        book.fill(make_book({{"Old", "",
+                              "<sheetData><row r='1'><c r='A1' s='1'><v>1</v></c>"
+                              "<c r='B1' s='1'><v>2</v></c><c r='C1'><v>3</v></c></row>"
+                              "<row r='2'><c r='A2'><v>4</v></c><c r='B2' s='1'><v>5</v></c>"
+                              "<c r='C2'><v>6</v></c></row></sheetData>"}}));
+        std::vector<std::string> arguments{"write", book.text()};
+        if (keeps_format) arguments.push_back("--keep-format");
+        sentence(arguments, "61\n7,8\n");
+        EXPECT_EQ(output({"read", book.text()}),
+                  keeps_format ? "1900-03-01,,3\n7,1900-01-08,6\n" : "61,,3\n7,8,6\n");
+        EXPECT_EQ(output({"types", book.text(), "-r", "B1"}), keeps_format ? "other\n" : "empty\n");
+    }
+}
+
+TEST(WriteCommand, SavesIntoAnotherFile) {
+    const TemporaryPath other("other.xlsx");
+    const std::string before = output({"read", kWeather});
+    const std::string done = sentence({"write", kWeather, "-r", "A1", "-o", other.text()}, "1\n");
+    EXPECT_TRUE(done.starts_with("zxsheet: " + other.text() + ": Wrote 1 cell")) << done;
+    EXPECT_TRUE(mentions(done, " kept, ")) << done;
+    EXPECT_EQ(output({"read", kWeather}), before);
+    EXPECT_EQ(output({"read", other.text(), "-r", "A1"}), "1\n");
+    EXPECT_EQ(output({"read", other.text(), "-s", "Summary"}),
+              output({"read", kWeather, "-s", "Summary"}));
+}
+
+TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
+    const TemporaryPath book("kept.xlsx"), damaged("damaged.xlsx"), missing("missing.xlsx");
+    book.fill(
+        make_book({{"Data", "", "<sheetData><row r='1'><c r='A1'><v>1</v></c></row></sheetData>"},
+                   {"Locked", "", "<sheetProtection sheet='1'/><sheetData/>"},
+                   {"Chart", "", "", true}}));
+    damaged.fill("PK is no workbook");
+    const std::string wide = std::string(16'384, ',') + '\n';
+    const struct {
+        std::vector<std::string> arguments;
+        std::string input;
+        int code;
+        const char* mentioned;
+    } cases[] = {
+        {{book.text(), "--from", "xml"}, "1", 2, "csv, tsv, json"},
+        {{book.text(), "--from", "jsonl"}, "1", 2, "'jsonl'"},
+        {{book.text(), "a.csv", "b.csv"}, "", 2, "b.csv"},
+        {{book.text(), "-s", "a/b"}, "1", 2, "Invalid sheet name"},
+        {{book.text(), "-s", std::string(32, 'x')}, "1", 2, "1-31 characters"},
+        {{missing.text(), "-s", "[x]"}, "1", 2, "Invalid sheet name"},
+        {{book.text(), "no such.csv"}, "", 3, "no such.csv: There is no such file"},
+        {{book.text(), testing::TempDir()}, "", 3, "folder"},
+        {{damaged.text()}, "1", 4, "damaged.xlsx"},
+        {{testing::TempDir()}, "1", 3, "folder"},
+        {{book.text(), "-s", "7"}, "1", 5, "'7'"},
+        {{missing.text(), "-s", "2"}, "1", 5, "'2'"},
+        {{book.text(), "-s", "Chart"}, "1", 5, "chart sheet"},
+        {{book.text(), "-r", "A1:"}, "1", 5, "'A1:'"},
+        {{book.text(), "-r", "XFE1"}, "1", 5, "'XFE1'"},
+        {{book.text(), "-r", "XFD1"}, "1,2", 6, "room for 1 column "},
+        {{book.text(), "-r", "A1048576"}, "1\n2\n", 6, "room for 1 row "},
+        {{book.text(), "-r", "A1:B2"}, "1\n2\n3\n", 6, "room for 2 rows in 'Data'!A1:B2"},
+        {{book.text()}, wide, 6, "Row 1 of the data has more columns"},
+        {{book.text()}, "1\n" + std::string(32'768, 'x'), 6, "Row 2 of the data has a text"},
+        {{book.text(), "-s", "Locked"}, "1", 6, "'Locked'!A1 is protected"},
+        {{book.text(), "-o", "other.xlsm"}, "1", 6, "incompatible"},
+        {{missing.text() + ".txt"}, "1", 6, ".xltm"},
+        {{missing.text() + ".xls"}, "1", 6, ".xltm"},
+        {{missing.text() + "/below.xlsx"}, "1", 6, "below.xlsx"},
+        {{book.text()}, "1\n\"2", 1, "Line 2"},
+        {{book.text(), "--from", "json"}, "{\"values\":[[1],[2]", 1, "column 18"},
+        {{"gsheet:abc"}, "1", 7, "Google Sheets is not available"},
+        {{book.text(), "--app"}, "1", 8, "application is not available"},
+        {{missing.text(), "--app"}, "1", 8, "application is not available"},
+    };
+    const std::string bytes = book.bytes();
+    for (const auto& c : cases) {
+        std::vector<std::string> arguments{"write"};
+        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+        SCOPED_TRACE(testing::PrintToString(c.arguments));
+        const Outcome outcome = run_program(arguments, c.input);
+        EXPECT_EQ(outcome.code, c.code) << outcome.err;
+        EXPECT_TRUE(mentions(outcome.err, c.mentioned)) << outcome.err;
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_TRUE(outcome.err.ends_with(".\n")) << outcome.err;
+    }
+    EXPECT_TRUE(book.bytes() == bytes);
+    EXPECT_EQ(damaged.bytes(), "PK is no workbook");
+    EXPECT_FALSE(missing.exists());
+}
+
+} // namespace
+} // namespace zxsheet::test

@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Numbers, dates and booleans in text.
+#include "zxsheet/cell_guess.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace zxsheet {
+namespace {
+
+using spreadsheet::cell_type;
+
+/// As many decimal digits as every number keeps.
+constexpr std::size_t kSafeDigits = 15;
+
+constexpr double kPhantomDay = 60;   ///< the 29th of February 1900
+constexpr double kFirstSafeDay = 61; ///< from here on all applications agree about dates
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool take(std::string_view& rest, char wanted) {
+    if (rest.empty() || rest.front() != wanted) return false;
+    rest.remove_prefix(1);
+    return true;
+}
+
+/// Takes all digits that come next.
+std::string_view take_digits(std::string_view& rest) {
+    const auto end = std::find_if_not(rest.begin(), rest.end(), is_digit);
+    const std::string_view digits = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
+    rest.remove_prefix(digits.size());
+    return digits;
+}
+
+// --- Numbers
+
+struct NumberText {
+    std::string_view whole, fraction;
+    bool is_integer = true; ///< neither a point nor an exponent
+
+    /// The digits from the first that is not zero to the last.
+    std::string significant_digits() const {
+        const std::string digits = std::string(whole) + std::string(fraction);
+        return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
+    }
+};
+
+/// The parts of the text when it is written as numbers are, without leading zeros.
+std::optional<NumberText> split_number(std::string_view text) {
+    NumberText number;
+    take(text, '-');
+    number.whole = take_digits(text);
+    if (take(text, '.')) {
+        number.fraction = take_digits(text);
+        number.is_integer = false;
+        if (number.fraction.empty()) return {};
+    }
+    if (number.whole.empty() && number.fraction.empty()) return {};
+    if (number.whole.size() > 1 && number.whole.front() == '0') return {};
+    if (take(text, 'e') || take(text, 'E')) {
+        if (!take(text, '-')) take(text, '+');
+        number.is_integer = false;
+        if (take_digits(text).empty()) return {};
+    }
+    if (!text.empty()) return {};
+    return number;
+}
+
+std::string without_trailing_zeros(std::string digits) {
+    digits.erase(digits.find_last_not_of('0') + 1);
+    return digits;
+}
+
+/// The digits of the shortest text that reads back as the same number.
+std::string shortest_digits(double value) {
+    std::array<char, 64> text;
+    const auto [end, failure] =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific);
+    std::string digits;
+    for (const char* c = text.data(); c != end && *c != 'e'; ++c)
+        if (is_digit(*c)) digits.push_back(*c);
+    return without_trailing_zeros(digits);
+}
+
+/// Long whole numbers identify something; other long numbers are numbers when nothing is lost.
+bool keeps_its_digits(const NumberText& text, double value) {
+    const std::string digits = text.significant_digits();
+    if (digits.size() <= kSafeDigits) return true;
+    return !text.is_integer && without_trailing_zeros(digits) == shortest_digits(value);
+}
+
+std::optional<double> number_in(std::string_view field) {
+    const auto text = split_number(field);
+    if (!text) return {};
+    double value = 0.0;
+    const char* const field_end = field.data() + field.size();
+    const auto [end, failure] = std::from_chars(field.data(), field_end, value);
+    if (failure != std::errc() || end != field_end || !keeps_its_digits(*text, value)) return {};
+    return value;
+}
+
+// --- Dates
+
+/// Takes exactly `count` digits; more may follow.
+std::optional<int> take_number(std::string_view& rest, std::size_t count) {
+    int value = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i >= rest.size() || !is_digit(rest[i])) return {};
+        value = value * 10 + (rest[i] - '0');
+    }
+    rest.remove_prefix(count);
+    return value;
+}
+
+std::optional<double> take_day(std::string_view& rest) {
+    using namespace std::chrono;
+    const auto y = take_number(rest, 4);
+    if (!y || !take(rest, '-')) return {};
+    const auto m = take_number(rest, 2);
+    if (!m || !take(rest, '-')) return {};
+    const auto d = take_number(rest, 2);
+    if (!d) return {};
+    if (*y == 1900 && *m == 2 && *d == 29) return kPhantomDay;
+    const year_month_day date{year{*y}, month{static_cast<unsigned>(*m)},
+                              day{static_cast<unsigned>(*d)}};
+    if (!date.ok() || *y == 0) return {};
+    const auto serial = (sys_days{date} - sys_days{year{1899} / December / 30}).count();
+    return static_cast<double>(static_cast<double>(serial) < kFirstSafeDay ? serial - 1 : serial);
+}
+
+/// Seconds behind the point: one to six digits.
+std::optional<double> take_fraction(std::string_view& rest) {
+    const std::string_view digits = take_digits(rest);
+    if (digits.empty() || digits.size() > 6) return {};
+    double value = 0.0;
+    double unit = 1.0;
+    for (const char digit : digits) {
+        value = value * 10 + (digit - '0');
+        unit *= 10;
+    }
+    return value / unit;
+}
+
+/// The time of day as a fraction of a day; all of the text must belong to it.
+std::optional<double> time_in(std::string_view rest) {
+    const auto hours = take_number(rest, 2);
+    if (!hours || !take(rest, ':')) return {};
+    const auto minutes = take_number(rest, 2);
+    if (!minutes) return {};
+    double seconds = 0.0;
+    if (take(rest, ':')) {
+        const auto whole = take_number(rest, 2);
+        if (!whole || *whole > 59) return {};
+        seconds = *whole;
+        if (take(rest, '.')) {
+            const auto fraction = take_fraction(rest);
+            if (!fraction) return {};
+            seconds += *fraction;
+        }
+    }
+    if (!rest.empty() || *hours > 23 || *minutes > 59) return {};
+    return (*hours * 3600 + *minutes * 60 + seconds) / 86400;
+}
+
+bool equals_ignoring_case(std::string_view text, std::string_view lower) {
+    return text.size() == lower.size() &&
+           std::equal(text.begin(), text.end(), lower.begin(),
+                      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
+}
+
+} // namespace
+
+std::optional<double> date_serial(std::string_view text) {
+    const auto day = take_day(text);
+    if (!day || text.empty()) return day;
+    if (!take(text, 'T') && !take(text, ' ')) return {};
+    const auto time = time_in(text);
+    if (!time) return {};
+    return *day + *time;
+}
+
+void guess_cell(CellValue& cell) {
+    const std::string_view field = cell.text;
+    const auto set = [&cell](cell_type type, double value) {
+        cell.type = type;
+        cell.number = value;
+    };
+    if (field.empty()) return set(cell_type::empty, 0.0);
+    if (const auto number = number_in(field)) return set(cell_type::number, *number);
+    if (equals_ignoring_case(field, "true")) return set(cell_type::boolean, 1.0);
+    if (equals_ignoring_case(field, "false")) return set(cell_type::boolean, 0.0);
+    const auto date = date_serial(field);
+    if (date && *date >= kFirstSafeDay) return set(cell_type::date, *date);
+    set(cell_type::text, 0.0);
+}
+
+} // namespace zxsheet

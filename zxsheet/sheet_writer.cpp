@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A block is written in pieces of rows that are about equally long: a rectangle around a short and
+// a very long row would be nearly all empty.
+#include "zxsheet/sheet_writer.h"
+
+#include <algorithm>
+
+#include "foundation/unicode.h"
+#include "zxsheet/book_access.h"
+#include "zxsheet/failure.h"
+#include "zxsheet/save_book.h"
+#include "zxsheet/wording.h"
+
+namespace zxsheet {
+namespace {
+
+using namespace spreadsheet;
+
+constexpr std::size_t kCellsPerBlock = 1 << 16;
+constexpr std::size_t kMaxTextUnits = 32'767;
+
+/// Rows of a block are one piece as long as at most half of its rectangle lacks a cell.
+constexpr std::int64_t kMaxWaste = 2;
+constexpr std::int64_t kFreeWaste = 256;
+
+bool has_value(const CellValue& cell) {
+    return written_type(cell) != cell_type::text || !cell.text.empty();
+}
+
+bool is_too_long(const std::string& text) {
+    return text.size() > kMaxTextUnits &&
+           foundation::unicode::to_utf16(text).size() > kMaxTextUnits;
+}
+
+} // namespace
+
+SheetWriter::SheetWriter(const Options& options, ChangeTools& tools)
+    : options_(options), tools_(tools) {}
+
+void SheetWriter::add(const CellValue& cell) {
+    const std::size_t column = count_ - open_row_begin_;
+    if (column > static_cast<std::size_t>(book::get_col_limit(format_of(options_))))
+        fail(next_row(), "has more columns than a sheet");
+    if (is_too_long(cell.text))
+        fail(next_row(), "has a text of more than the " + grouped(kMaxTextUnits) +
+                             " characters that a cell holds");
+    if (count_ == cells_.size()) cells_.emplace_back();
+    CellValue& added = cells_[count_++];
+    added = cell;
+    // Of a cell without a value no text may remain.
+    if (cell.type == cell_type::empty || cell.type == cell_type::other) added.text.clear();
+    if (has_value(added)) ++values_;
+}
+
+void SheetWriter::end_row() {
+    row_ends_.push_back(count_);
+    open_row_begin_ = count_;
+    if (std::max(count_, row_ends_.size()) >= kCellsPerBlock) flush();
+}
+
+void SheetWriter::finish() {
+    flush();
+    empty_rest();
+}
+
+Range SheetWriter::written() const {
+    const Range& room = target_.room;
+    return {room.first_row, room.first_column, room.first_row + rows_ - 1,
+            room.first_column + columns_ - 1};
+}
+
+void SheetWriter::open() {
+    if (target_.book) return;
+    tools_.progress.set_text("Opening " + options_.book);
+    target_ = open_write_target(options_, place_, tools_);
+    used_before_ = target_.sheet->used_range();
+    tools_.progress.set_text("Writing " + options_.book);
+}
+
+void SheetWriter::flush() {
+    open();
+    for (std::size_t row = 0; row < row_ends_.size();) {
+        const int rows = rows_of_piece(row);
+        write_piece(row, rows);
+        row += static_cast<std::size_t>(rows);
+    }
+    count_ = 0;
+    open_row_begin_ = 0;
+    row_ends_.clear();
+    tools_.progress.set_text("Writing " + options_.book + ", " +
+                             counted(static_cast<std::uint64_t>(rows_), "row"));
+}
+
+std::size_t SheetWriter::row_begin(std::size_t row) const {
+    return row == 0 ? 0 : row_ends_[row - 1];
+}
+
+int SheetWriter::columns_of(std::size_t row) const {
+    return static_cast<int>(row_ends_[row] - row_begin(row));
+}
+
+int SheetWriter::rows_of_piece(std::size_t first) const {
+    std::int64_t cells = 0;
+    std::int64_t rows = 0;
+    std::int64_t columns = 0;
+    for (std::size_t row = first; row < row_ends_.size(); ++row, ++rows) {
+        cells += columns_of(row);
+        columns = std::max<std::int64_t>(columns, columns_of(row));
+        if (rows > 0 && (rows + 1) * columns > kMaxWaste * cells + kFreeWaste) break;
+    }
+    return static_cast<int>(rows);
+}
+
+void SheetWriter::write_piece(std::size_t first, int rows) {
+    int columns = 0;
+    for (int i = 0; i < rows; ++i)
+        columns = std::max(columns, columns_of(first + static_cast<std::size_t>(i)));
+    check_room(rows, columns);
+    const Range& room = target_.room;
+    const int row = room.first_row + rows_;
+    if (columns > 0)
+        write_range({row, room.first_column, row + rows - 1, room.first_column + columns - 1},
+                    first);
+    if (pieces_.empty() || pieces_.back().columns != columns)
+        pieces_.push_back({row, rows, columns});
+    else
+        pieces_.back().rows += rows;
+    rows_ += rows;
+    columns_ = std::max(columns_, columns);
+}
+
+void SheetWriter::check_room(int rows, int columns) const {
+    const Range& room = target_.room;
+    const int most_rows = room.last_row - room.first_row + 1;
+    const int most_columns = room.last_column - room.first_column + 1;
+    if (rows <= most_rows - rows_ && columns <= most_columns) return;
+    const bool are_rows = rows > most_rows - rows_;
+    throw Failure(ExitCode::NotWritten,
+                  options_.book + ": The data does not fit: there is room for " +
+                      (are_rows ? counted(static_cast<std::uint64_t>(most_rows), "row")
+                                : counted(static_cast<std::uint64_t>(most_columns), "column")) +
+                      " in " + place_text(target_.sheet_name, room) + '.');
+}
+
+void SheetWriter::write_range(const Range& range, std::size_t first_row) {
+    CellPatch patch(range);
+    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row + 1);
+    for (std::size_t row = 0; row < rows; ++row) {
+        const std::size_t begin = row_begin(first_row + row);
+        const std::size_t end = row_ends_[first_row + row];
+        for (std::size_t i = begin; i < end; ++i)
+            if (has_value(cells_[i])) patch.set(row, i - begin, cells_[i]);
+    }
+    write_patch(patch, range);
+}
+
+void SheetWriter::write_patch(CellPatch& patch, const Range& range) {
+    check_unlocked(*target_.sheet, range, options_);
+    tools_.log.forget();
+    patch.write(*target_.sheet, used_before_, options_.keep_format);
+    check_log(options_, tools_);
+}
+
+void SheetWriter::empty_rest() {
+    for (const Piece& piece : pieces_) {
+        const int first_column = target_.room.first_column;
+        const Range& used = used_before_;
+        const Range rest{std::max(piece.first_row, used.first_row),
+                         std::max(first_column + piece.columns, used.first_column),
+                         std::min(piece.first_row + piece.rows - 1, used.last_row),
+                         std::min(first_column + columns_ - 1, used.last_column)};
+        if (rest.first_column <= rest.last_column) empty_range(rest);
+    }
+}
+
+void SheetWriter::empty_range(const Range& range) {
+    const int columns = range.last_column - range.first_column + 1;
+    const int step = std::max(1, static_cast<int>(kCellsPerBlock) / columns);
+    for (int row = range.first_row; row <= range.last_row; row += step) {
+        const Range band{row, range.first_column, std::min(range.last_row, row + step - 1),
+                         range.last_column};
+        CellPatch nothing(band);
+        write_patch(nothing, band);
+    }
+}
+
+std::size_t SheetWriter::next_row() const {
+    return static_cast<std::size_t>(rows_) + row_ends_.size() + 1;
+}
+
+void SheetWriter::fail(std::size_t row_number, const std::string& what) const {
+    throw Failure(ExitCode::NotWritten,
+                  options_.book + ": Row " + grouped(row_number) + " of the data " + what + '.');
+}
+
+} // namespace zxsheet

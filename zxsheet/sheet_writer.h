@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Takes rows of cells and writes them to a sheet block by block, so that what waits stays small.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "zxsheet/cell_patch.h"
+#include "zxsheet/cell_sink.h"
+#include "zxsheet/write_target.h"
+
+namespace zxsheet {
+
+/// The rows end up as one rectangle as wide as the widest of them; cells that shorter rows lack are
+/// empty in it.
+class SheetWriter : public CellSink {
+  public:
+    SheetWriter(const Options& options, ChangeTools& tools);
+
+    /// Opens the target; the first block of cells does so, too.
+    void open();
+    void set_place(const DataPlace& place) override { place_ = place; }
+    void add(const CellValue& cell) override;
+    void end_row() override;
+
+    /// Writes what waits, and empties what rows lack that are shorter than others.
+    void finish();
+
+    const WriteTarget& target() const { return target_; }
+    /// The rectangle; of no cells when there were no rows.
+    spreadsheet::Range written() const;
+    /// Cells of it that have a value.
+    std::uint64_t values() const { return values_; }
+
+  private:
+    /// Rows that were written as one rectangle.
+    struct Piece {
+        int first_row;
+        int rows;
+        int columns;
+    };
+
+    void flush();
+    int rows_of_piece(std::size_t first) const;
+    void write_piece(std::size_t first, int rows);
+    void write_range(const spreadsheet::Range& range, std::size_t first_row);
+    void write_patch(CellPatch& patch, const spreadsheet::Range& range);
+    void empty_rest();
+    void empty_range(const spreadsheet::Range& range);
+    std::size_t row_begin(std::size_t row) const;
+    int columns_of(std::size_t row) const;
+    void check_room(int rows, int columns) const;
+    /// The number of the row that is not complete, from 1.
+    std::size_t next_row() const;
+    [[noreturn]] void fail(std::size_t row_number, const std::string& what) const;
+
+    const Options& options_;
+    ChangeTools& tools_;
+    DataPlace place_;
+    WriteTarget target_; ///< without a book until the first block is written
+    spreadsheet::Range used_before_{0, 0, -1, -1};
+
+    std::vector<CellValue> cells_; ///< row after row; those behind `count_` are spare
+    std::size_t count_ = 0;
+    std::vector<std::size_t> row_ends_; ///< in `cells_`
+    std::size_t open_row_begin_ = 0;    ///< of the row that is not complete
+
+    std::vector<Piece> pieces_;
+    int rows_ = 0; ///< written
+    int columns_ = 0;
+    std::uint64_t values_ = 0;
+};
+
+} // namespace zxsheet
