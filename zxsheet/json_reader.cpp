@@ -24,20 +24,30 @@ using spreadsheet::cell_type;
 /// Of members that are passed over.
 constexpr int kMaxDepth = 1000;
 
+/// The longest text of a cell is a fifth of it when every character is escaped.
+constexpr std::size_t kMaxTokenBytes = 1 << 20;
+
 /// How far the parser has come.
 struct Position {
     TextInput& input;
     std::size_t line = 1;
     std::size_t column = 0;
+    std::size_t token_bytes = 0; ///< since the parser's last event
 
     void advance() {
         const int byte = input.next();
+        if (++token_bytes > kMaxTokenBytes) fail("A value is too long.");
         if (byte == '\n') {
             ++line;
             column = 0;
         } else if ((byte & 0xC0) != 0x80) {
             ++column;
         }
+    }
+
+    [[noreturn]] void fail(const std::string& what) const {
+        throw Failure(ExitCode::Failed, input.name() + ": Line " + std::to_string(line) +
+                                            ", column " + std::to_string(column) + ": " + what);
     }
 };
 
@@ -115,19 +125,23 @@ class CellEvents : public nlohmann::json_sax<nlohmann::json> {
     bool binary(binary_t&) override { return false; } // not in JSON text
 
     bool start_object(std::size_t) override {
+        position_.token_bytes = 0;
         if (depth_ > 0 && member_ != Member::Other) wrong("An object does not belong here.");
         go_deeper();
         return true;
     }
     bool key(string_t& name) override {
+        position_.token_bytes = 0;
         if (depth_ == 1) start_member(name);
         return true;
     }
     bool end_object() override {
+        position_.token_bytes = 0;
         if (--depth_ == 0 && !has_values_) wrong("The object has no \"values\".");
         return true;
     }
     bool start_array(std::size_t) override {
+        position_.token_bytes = 0;
         if (depth_ == 0) wrong("The data must be an object with \"values\".");
         if (member_ != Member::Other && (!is_matrix() || depth_ > 2))
             wrong("An array does not belong here.");
@@ -136,6 +150,7 @@ class CellEvents : public nlohmann::json_sax<nlohmann::json> {
         return true;
     }
     bool end_array() override {
+        position_.token_bytes = 0;
         --depth_;
         if (is_matrix() && depth_ == 2) end_row();
         if (member_ == Member::Values && depth_ == 1) end_values();
@@ -157,11 +172,7 @@ class CellEvents : public nlohmann::json_sax<nlohmann::json> {
 
     bool is_matrix() const { return member_ == Member::Types || member_ == Member::Values; }
 
-    [[noreturn]] void wrong(const std::string& what) const {
-        throw Failure(ExitCode::Failed, position_.input.name() + ": Line " +
-                                            std::to_string(position_.line) + ", column " +
-                                            std::to_string(position_.column) + ": " + what);
-    }
+    [[noreturn]] void wrong(const std::string& what) const { position_.fail(what); }
 
     void go_deeper() {
         if (++depth_ > kMaxDepth) wrong("The data is nested too deeply.");
@@ -205,6 +216,7 @@ class CellEvents : public nlohmann::json_sax<nlohmann::json> {
     /// Any value without parts: `take` puts it where the member wants it.
     template <class Take>
     bool scalar(const char* kind, Take take) {
+        position_.token_bytes = 0;
         if (depth_ == 0) wrong("The data must be an object with \"values\".");
         if (member_ == Member::Other) return true;
         if (is_matrix() && depth_ != 3)

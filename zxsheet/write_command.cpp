@@ -61,10 +61,10 @@ std::ifstream open_input(const std::string& name) {
     std::ifstream file(path, std::ios::binary);
     std::error_code ignored;
     if (file && !std::filesystem::is_directory(path, ignored)) return file;
-    const char* const reason = file ? "It is a folder, not a file."
-                               : std::filesystem::exists(path, ignored)
-                                   ? "The file cannot be read; check the permissions."
-                                   : "There is no such file.";
+    const char* const reason =
+        std::filesystem::is_directory(path, ignored) ? "It is a folder, not a file."
+        : std::filesystem::exists(path, ignored) ? "The file cannot be read; check the permissions."
+                                                 : "There is no such file.";
     throw Failure(ExitCode::NotReadable, name + ": " + reason);
 }
 

@@ -107,6 +107,12 @@ TEST(ReadJson, NamesLineAndColumnOfWhatIsWrong) {
     }
     const std::string deep = "{\"x\":" + std::string(100'000, '[');
     EXPECT_THROW(noted(deep), Failure);
+    for (const char* beginning : {"{\"values\":[[\"", "{\"x\":1", "{\"values\":[[1", "{\"1"})
+        EXPECT_THROW(noted(beginning + std::string(2'000'000, '1')), Failure) << beginning;
+    std::string many = "{\"values\":[[1";
+    for (int i = 0; i < 1'000'000; ++i)
+        many += ",1";
+    EXPECT_NO_THROW(noted(many + "]]}")) << "only single values are limited";
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "workbook/error.h"
 #include "workbook/package/link_fragment.h"
+#include "workbook/package/part_name.h"
 
 namespace workbook {
 
@@ -42,7 +43,7 @@ std::string NewPartNames::fresh(std::string_view model) {
 }
 
 std::string absolute_target(std::string_view part) {
-    return "/" + percent_escaped(part, "/-_.~!$&'()*+,;=:@");
+    return "/" + percent_escaped(new_part_spelling(part), "/-_.~!$&'()*+,;=:@");
 }
 
 } // namespace workbook

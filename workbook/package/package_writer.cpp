@@ -25,7 +25,7 @@ class PackageCopy {
         for (const ZipEntry& entry : source_.entries())
             take_over(entry);
         for (const PartChange& change : changes_.written)
-            if (pending_.contains(change.part)) write_part(change, change.part);
+            if (pending_.contains(change.part)) write_part(change, new_part_spelling(change.part));
         zip_.finish();
         return counts_;
     }

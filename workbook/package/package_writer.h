@@ -18,7 +18,7 @@ namespace workbook {
 
 /// A part with content of its own, in place of the source's of that name or new.
 struct PartChange {
-    std::string part; ///< canonical name; a new part gets it as its entry's name as it stands here
+    std::string part; ///< canonical name; of a new part, see `new_part_spelling`
     std::function<void(ByteSink&)> write; ///< called once
     std::uint64_t expected_bytes = 0;     ///< a guess of its size, see `ZipWriter`
 };

@@ -86,4 +86,13 @@ std::string relationships_part_name(std::string_view part) {
     return name.append("_rels/").append(part.substr(name_begin)).append(".rels");
 }
 
+std::string new_part_spelling(std::string_view part) {
+    constexpr std::string_view kUsual = "sharedStrings.xml";
+    const std::size_t slash = part.rfind('/');
+    const std::size_t begin = slash == std::string_view::npos ? 0 : slash + 1;
+    std::string spelled(part);
+    if (part.substr(begin) == ascii_lower(kUsual)) spelled.replace(begin, spelled.npos, kUsual);
+    return spelled;
+}
+
 } // namespace workbook

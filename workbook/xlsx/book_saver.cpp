@@ -47,7 +47,11 @@ class Saver {
     PackageChanges gather(std::u16string_view path) {
         if (book_.workbook.sheets.empty())
             throw Error::missing("a workbook needs at least one sheet");
-        if (const auto type = type_of_name(path)) editor_.set_document_type(*type);
+        // Under the ending that it had, a file goes on claiming what it claimed.
+        const auto type = type_of_name(path);
+        const bool is_same_type =
+            !book_.source_path.empty() && type_of_name(book_.source_path) == type;
+        editor_.set_document_type(is_same_type ? std::nullopt : type);
         prepare_for_changed_cells();
         std::vector<PartChange> parts;
         gather_strings(parts);

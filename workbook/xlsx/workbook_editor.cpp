@@ -133,7 +133,7 @@ void WorkbookEditor::drop_calculation_chain() {
     state_->drops_calculation_chain = true;
 }
 
-void WorkbookEditor::set_document_type(DocumentType type) {
+void WorkbookEditor::set_document_type(std::optional<DocumentType> type) {
     state_->document_type = type;
 }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -46,7 +47,8 @@ class WorkbookEditor {
     /// Drops the calculation chain, which names cells with formulas and is made anew by
     /// applications.
     void drop_calculation_chain();
-    void set_document_type(DocumentType type);
+    /// Nothing: the type that the package has.
+    void set_document_type(std::optional<DocumentType> type);
     /// Names of these parts; when the book has none they are entered into relationships and content
     /// types, and the caller has to write them.
     std::string need_shared_strings_part();

@@ -153,7 +153,7 @@ class WorkbookEditor::Gatherer {
             slash == std::string::npos ? std::string{} : state_.part.substr(0, slash + 1);
         const std::string absolute = absolute_target(part);
         return part.starts_with(folder) && absolute.size() == part.size() + 1
-                   ? part.substr(folder.size())
+                   ? new_part_spelling(part.substr(folder.size()))
                    : absolute;
     }
 

@@ -37,10 +37,35 @@ XlsxBook::~XlsxBook() = default;
 template <class ReadCells>
 bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
     contents_.reset();
+    load_failed_ = true;
     try {
         auto opened = std::make_unique<BookContents>(open_package(path), path, error_message_);
         read_cells(*opened);
         contents_ = std::move(opened);
+        load_failed_ = false;
+        return true;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        error_message_ = error.what();
+        return false;
+    }
+}
+
+BookContents& XlsxBook::contents() {
+    if (load_failed_) throw Error::refused("no workbook is loaded, since the last load failed");
+    if (contents_ == nullptr) {
+        contents_ = std::make_unique<BookContents>(
+            make_blank_package(std::chrono::system_clock::now()), u"", error_message_);
+        contents_->load_sheets();
+    }
+    return *contents_;
+}
+
+template <class Change>
+bool XlsxBook::try_change(const Change& change) {
+    try {
+        change(contents());
         return true;
     } catch (const std::bad_alloc&) {
         throw;
@@ -123,12 +148,14 @@ Format* XlsxBook::format(int index) {
 }
 
 Format* XlsxBook::add_format() {
-    if (contents().styles.size() >= kMaxCellFormats) {
-        error_message_ = "the workbook can hold no more cell formats";
-        return nullptr;
-    }
-    const std::size_t index = contents_->styles.add_format();
-    return &contents_->formats.emplace_back(contents_->styles, index);
+    Format* added = nullptr;
+    try_change([&added](BookContents& contents) {
+        if (contents.styles.size() >= kMaxCellFormats)
+            throw Error::refused("the workbook can hold no more cell formats");
+        const std::size_t index = contents.styles.add_format();
+        added = &contents.formats.emplace_back(contents.styles, index);
+    });
+    return added;
 }
 
 bool XlsxBook::is_date_1904() const {
@@ -136,28 +163,6 @@ bool XlsxBook::is_date_1904() const {
 }
 
 // --- Changes
-
-BookContents& XlsxBook::contents() {
-    if (contents_ == nullptr) {
-        contents_ = std::make_unique<BookContents>(
-            make_blank_package(std::chrono::system_clock::now()), u"", error_message_);
-        contents_->load_sheets();
-    }
-    return *contents_;
-}
-
-template <class Change>
-bool XlsxBook::try_change(const Change& change) {
-    try {
-        change(contents());
-        return true;
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception& error) {
-        error_message_ = error.what();
-        return false;
-    }
-}
 
 bool XlsxBook::set_date_1904(bool on) {
     return try_change([on](BookContents& contents) { contents.set_date_1904(on); });

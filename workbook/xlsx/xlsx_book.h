@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A book of the Open XML formats. A load that fails leaves it empty and ready for another load; an
-// empty book becomes a new one with its first change.
+// A book of the Open XML formats. A load that fails leaves nothing but the chance of another load;
+// before any load, a book becomes a new one with its first change.
 #pragma once
 
 #include <memory>
@@ -55,7 +55,7 @@ class XlsxBook final : public Book {
     /// Runs `change(contents)`; an `Error` becomes the error message and the answer false.
     template <class Change>
     bool try_change(const Change& change);
-    /// The loaded book, or a new one.
+    /// The loaded book, or a new one. Throws `Error` when the last load failed.
     BookContents& contents();
     const SheetEntry* entry(int index) const;
 
@@ -63,6 +63,7 @@ class XlsxBook final : public Book {
     SaveCounts last_save_;
     mutable std::string error_message_ = "ok";
     std::unique_ptr<BookContents> contents_;
+    bool load_failed_ = false;
 };
 
 } // namespace workbook
