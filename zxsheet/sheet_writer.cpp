@@ -8,6 +8,7 @@
 
 #include "foundation/unicode.h"
 #include "zxsheet/book_access.h"
+#include "zxsheet/cell_text.h"
 #include "zxsheet/failure.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
@@ -19,6 +20,9 @@ using namespace spreadsheet;
 
 constexpr std::size_t kCellsPerBlock = 1 << 16;
 constexpr std::size_t kMaxTextUnits = 32'767;
+
+/// Serial number of the first day that a book can show whose dates count from 1904.
+constexpr double kFirstDay1904 = 1462;
 
 /// Rows of a block are one piece as long as at most half of its rectangle lacks a cell.
 constexpr std::int64_t kMaxWaste = 2;
@@ -38,6 +42,11 @@ bool is_too_long(const std::string& text) {
 SheetWriter::SheetWriter(const Options& options, ChangeTools& tools)
     : options_(options), tools_(tools) {}
 
+void SheetWriter::set_place(const DataPlace& place) {
+    place_ = place;
+    open();
+}
+
 void SheetWriter::add(const CellValue& cell) {
     const std::size_t column = count_ - open_row_begin_;
     if (column > static_cast<std::size_t>(book::get_col_limit(format_of(options_))))
@@ -50,6 +59,10 @@ void SheetWriter::add(const CellValue& cell) {
     added = cell;
     // Of a cell without a value no text may remain.
     if (cell.type == cell_type::empty || cell.type == cell_type::other) added.text.clear();
+    if (cell.type == cell_type::date && dates_1904_ && cell.number < kFirstDay1904) {
+        added.type = cell_type::text;
+        if (added.text.empty()) added.text = date_text(cell.number);
+    }
     if (has_value(added)) ++values_;
 }
 
@@ -75,6 +88,7 @@ void SheetWriter::open() {
     tools_.progress.set_text("Opening " + options_.book);
     target_ = open_write_target(options_, place_, tools_);
     used_before_ = target_.sheet->used_range();
+    dates_1904_ = target_.book->are_dates_1904();
     tools_.progress.set_text("Writing " + options_.book);
 }
 

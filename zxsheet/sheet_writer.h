@@ -21,7 +21,7 @@ class SheetWriter : public CellSink {
 
     /// Opens the target; the first block of cells does so, too.
     void open();
-    void set_place(const DataPlace& place) override { place_ = place; }
+    void set_place(const DataPlace& place) override;
     void add(const CellValue& cell) override;
     void end_row() override;
 
@@ -61,6 +61,7 @@ class SheetWriter : public CellSink {
     DataPlace place_;
     WriteTarget target_; ///< without a book until the first block is written
     spreadsheet::Range used_before_{0, 0, -1, -1};
+    bool dates_1904_ = false;
 
     std::vector<CellValue> cells_; ///< row after row; those behind `count_` are spare
     std::size_t count_ = 0;

@@ -98,6 +98,17 @@ TEST(WriteCommand, TakesBackWhatReadPrints) {
     }
 }
 
+TEST(WriteCommand, KeepsDatesThatABookCannotShowAsText) {
+    const TemporaryPath book("1904.xlsx");
+    book.fill(make_book({{"Data", "", "<sheetData/>"}}, "<workbookPr date1904='1'/>"));
+    sentence({"write", book.text()}, "2024-03-01T06:00:00,1904-01-02,1903-12-31\n");
+    sentence({"write", book.text(), "--from", "json", "-r", "A2"},
+             "{\"types\":[[\"date\",\"date\"]],\"values\":[[1463,1461]]}");
+    EXPECT_EQ(output({"read", book.text()}),
+              "2024-03-01T06:00:00,1904-01-02,1903-12-31\n1904-01-02,1903-12-31,\n");
+    EXPECT_EQ(output({"types", book.text()}), "date\tdate\ttext\ndate\ttext\tempty\n");
+}
+
 TEST(WriteCommand, SplitsNoTextOfASingleColumn) {
     const TemporaryPath book("column.xlsx"), again("again.xlsx");
     sentence({"write", book.text()}, "\"a;b\"\nc;d\n");
