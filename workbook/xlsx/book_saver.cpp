@@ -168,6 +168,8 @@ SaveCounts save_book(BookContents& book, std::u16string_view path,
         const std::unique_ptr<foundation::files::OutputFile> out = open_output(path);
         const PackageCounts counts = write_package(*book.package, changes, *out);
         commit(book, *out, path);
+        if (book.source_path.empty()) // what a new book begins as is new in the file
+            return {0, counts.copied + counts.written, 0};
         return {counts.copied, counts.written, counts.dropped};
     } catch (const FileError& error) {
         throw Error::file(error.what());
