@@ -23,14 +23,14 @@ BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_vi
 BookContents::~BookContents() = default;
 
 void BookContents::load_sheets() {
-    read_styles();
+    need_styles();
     for (std::size_t i = 0; i < sheets.size(); ++i)
         read_sheet(i, {});
     read_strings();
 }
 
 void BookContents::load_rows(int sheet_index, RowSpan rows) {
-    read_styles();
+    need_styles();
     read_sheet(wanted_sheet(sheet_index), rows);
     read_strings();
 }
@@ -39,6 +39,11 @@ int BookContents::index_of(const SheetEntry& sheet) const {
     const auto found = std::find_if(workbook.sheets.begin(), workbook.sheets.end(),
                                     [&sheet](const auto& entry) { return entry.get() == &sheet; });
     return static_cast<int>(found - workbook.sheets.begin());
+}
+
+void BookContents::need_styles() {
+    if (!has_styles_) read_styles();
+    has_styles_ = true;
 }
 
 void BookContents::read_styles() {
@@ -97,6 +102,7 @@ XlsxSheet& BookContents::insert_sheet(int index, std::u16string_view name, const
     });
     if (source != nullptr && original == sheets.end())
         throw Error::missing("the sheet to copy is not one of this workbook");
+    need_styles();
     std::unique_ptr<XlsxSheet> inserted;
     if (source == nullptr)
         inserted = std::make_unique<XlsxSheet>(*this, editor().insert_sheet(at, name));

@@ -54,6 +54,8 @@ struct BookContents {
     /// Reads the cells of one sheet's rows; see `Book::load_sheet` for `sheet_index`. Throws
     /// `Error`.
     void load_rows(int sheet_index, RowSpan rows);
+    /// Reads the formats of a book of which no cell was loaded. Throws `Error`.
+    void need_styles();
     /// Where a sheet of this book stands.
     int index_of(const SheetEntry& sheet) const;
 
@@ -90,6 +92,7 @@ struct BookContents {
     std::size_t wanted_sheet(int index) const;
     std::size_t checked_index(int index, std::size_t end) const;
 
+    bool has_styles_ = false;
     std::unique_ptr<WorkbookEditor> editor_;
 };
 

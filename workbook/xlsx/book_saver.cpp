@@ -52,6 +52,7 @@ class Saver {
         const bool is_same_type =
             !book_.source_path.empty() && type_of_name(book_.source_path) == type;
         editor_.set_document_type(is_same_type ? std::nullopt : type);
+        editor_.need_no_parts();
         prepare_for_changed_cells();
         std::vector<PartChange> parts;
         gather_strings(parts);

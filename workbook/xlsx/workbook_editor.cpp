@@ -137,6 +137,11 @@ void WorkbookEditor::set_document_type(std::optional<DocumentType> type) {
     state_->document_type = type;
 }
 
+void WorkbookEditor::need_no_parts() {
+    for (State::AddedPart& added : state_->added)
+        added.is_needed = false;
+}
+
 std::string WorkbookEditor::need_shared_strings_part() {
     return state_->need_part(state_->workbook.shared_strings_part, "sharedstrings.xml",
                              "sharedStrings", kSharedStringsType);

@@ -50,7 +50,9 @@ class WorkbookEditor {
     /// Nothing: the type that the package has.
     void set_document_type(std::optional<DocumentType> type);
     /// Names of these parts; when the book has none they are entered into relationships and content
-    /// types, and the caller has to write them.
+    /// types, and the caller has to write them. `need_no_parts` takes that back: cells that needed
+    /// them at one save may be gone at the next.
+    void need_no_parts();
     std::string need_shared_strings_part();
     std::string need_styles_part();
 

@@ -120,8 +120,9 @@ class WorkbookEditor::Gatherer {
                              target_from_workbook(record.part));
         }
         for (const State::AddedPart& added : state_.added)
-            add_relationship(part, added.relationship_id, added.type,
-                             target_from_workbook(added.part));
+            if (added.is_needed)
+                add_relationship(part, added.relationship_id, added.type,
+                                 target_from_workbook(added.part));
         part.deliver(changes_);
     }
 
@@ -277,7 +278,7 @@ class WorkbookEditor::Gatherer {
                 types.set_like(copied.part, copied.source);
         }
         for (const State::AddedPart& added : state_.added)
-            types.set(added.part, added.content_type);
+            if (added.is_needed) types.set(added.part, added.content_type);
         types.drop(changes_.dropped);
         types.deliver(changes_);
     }

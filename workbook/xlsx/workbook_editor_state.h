@@ -25,6 +25,7 @@ struct WorkbookEditor::State {
     /// A part that the workbook leads to and did not before; sheets are not among them.
     struct AddedPart {
         std::string part, relationship_id, type, content_type;
+        bool is_needed = true; ///< by what is saved next
     };
 
     std::unique_ptr<SheetEntry> make_entry(std::u16string_view name) const;

@@ -136,7 +136,13 @@ SheetKind XlsxBook::sheet_type(int index) const {
 }
 
 int XlsxBook::format_size() const {
-    return contents_ == nullptr ? 0 : static_cast<int>(contents_->formats.size());
+    if (contents_ == nullptr) return 0;
+    try {
+        contents_->need_styles();
+    } catch (const Error& error) {
+        error_message_ = error.what();
+    }
+    return static_cast<int>(contents_->formats.size());
 }
 
 Format* XlsxBook::format(int index) {
@@ -150,6 +156,7 @@ Format* XlsxBook::format(int index) {
 Format* XlsxBook::add_format() {
     Format* added = nullptr;
     try_change([&added](BookContents& contents) {
+        contents.need_styles();
         if (contents.styles.size() >= kMaxCellFormats)
             throw Error::refused("the workbook can hold no more cell formats");
         const std::size_t index = contents.styles.add_format();
