@@ -52,7 +52,8 @@ class Saver {
         const bool is_same_type =
             !book_.source_path.empty() && type_of_name(book_.source_path) == type;
         editor_.set_document_type(is_same_type ? std::nullopt : type);
-        editor_.need_no_parts();
+        editor_.begin_save();
+        name_columns();
         prepare_for_changed_cells();
         std::vector<PartChange> parts;
         gather_strings(parts);
@@ -65,6 +66,14 @@ class Saver {
     }
 
   private:
+    void name_columns() {
+        for (const auto& sheet : book_.sheets) {
+            if (sheet == nullptr || !sheet->has_changed_cells()) continue;
+            for (const TableHeader& table : editor_.table_headers(sheet->entry()))
+                editor_.name_columns(table, sheet->header_names(table));
+        }
+    }
+
     void prepare_for_changed_cells() {
         bool any = false, over_old_cells = false;
         for (const auto& sheet : book_.sheets) {

@@ -10,9 +10,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "workbook/package/opc_package.h"
 #include "workbook/package/package_writer.h"
+#include "workbook/xlsx/table_columns.h"
 #include "workbook/xlsx/workbook_part.h"
 
 namespace workbook {
@@ -42,6 +44,13 @@ class WorkbookEditor {
     void set_state(SheetEntry& sheet, SheetState state);
     void set_date_1904(bool on);
 
+    /// Forgets the parts and columns of the save before: the cells that asked for them may be gone.
+    void begin_save();
+    /// The headers of a sheet's tables as the saved file has them, but for what was written.
+    std::vector<TableHeader> table_headers(const SheetEntry& sheet);
+    /// The columns' names in the saved file; see `RenamedColumns`.
+    void name_columns(const TableHeader& table, const std::vector<std::string>& names);
+
     /// Has applications compute all formulas when they open the book.
     void recalculate_on_load();
     /// Drops the calculation chain, which names cells with formulas and is made anew by
@@ -50,9 +59,7 @@ class WorkbookEditor {
     /// Nothing: the type that the package has.
     void set_document_type(std::optional<DocumentType> type);
     /// Names of these parts; when the book has none they are entered into relationships and content
-    /// types, and the caller has to write them. `need_no_parts` takes that back: cells that needed
-    /// them at one save may be gone at the next.
-    void need_no_parts();
+    /// types, and the caller has to write them.
     std::string need_shared_strings_part();
     std::string need_styles_part();
 

@@ -141,7 +141,7 @@ std::string WorkbookEditor::State::type_address(std::string_view type) const {
 }
 
 std::shared_ptr<const SheetNames> WorkbookEditor::State::names_now() {
-    if (names_now_ == nullptr) names_now_ = std::make_shared<SheetNames>(sheets);
+    if (names_now_ == nullptr) names_now_ = std::make_shared<SheetNames>(sheets, columns);
     return names_now_;
 }
 

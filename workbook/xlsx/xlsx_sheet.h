@@ -6,6 +6,7 @@
 
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
+#include "workbook/xlsx/table_columns.h"
 #include "workbook/xlsx/worksheet_reader.h"
 #include "workbook/xlsx/worksheet_rewriter.h"
 
@@ -32,6 +33,9 @@ class XlsxSheet final : public Sheet {
     bool is_changed() const { return changes_.any(); }
     bool has_changed_cells() const { return changes_.cells; }
     bool uses_added_strings() const { return uses_added_strings_; }
+    /// What the columns of a table on this sheet are called. Cells of its header that were written
+    /// get a text of their own where they have none: applications accept nothing else there.
+    std::vector<std::string> header_names(const TableHeader& table);
     /// A guess of the size of the part that `write_part` makes.
     std::uint64_t expected_bytes() const;
     /// Writes the part with all changes since the load; see `rewrite_worksheet`. Throws `Error`.
@@ -89,6 +93,8 @@ class XlsxSheet final : public Sheet {
     bool find_format(const Format* format, std::uint32_t& index);
     bool write(int row, int column, const Format* format, StoredKind kind, StoredCell cell);
     double width_of(const StoredCell& cell) const;
+    bool is_changed_at(int row, int column) const;
+    std::string header_text(int row, int column, std::size_t position) const;
     std::string utf8_name() const;
 
     BookContents& contents_;
