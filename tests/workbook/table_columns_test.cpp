@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/files.h"
+#include "foundation/unicode.h"
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/scratch_folder.h"
 #include "tests/workbook/structured_book.h"
@@ -113,6 +114,31 @@ TEST_F(TableHeaders, OfACopyNameItsColumnsOnly) {
     EXPECT_THAT(part("xl/worksheets/sheet1.xml"), HasSubstr("SUM(Sales[Amount])+Data!A1"));
     ASSERT_TRUE(book_->delete_sheet(0));
     EXPECT_THAT(part("xl/tables/table1.xml"), HasSubstr("name=\"Amount\""));
+}
+
+TEST_F(TableHeaders, AreTextsThatDiffer) {
+    const std::string two = "<tableColumn id=\"1\" name=\"Amount\"";
+    std::vector<ZipItem> items = structured_book();
+    for (ZipItem& item : items)
+        if (const auto at = item.content.find(two); at != std::string::npos)
+            item.content.insert(at, "<tableColumn id=\"7\" name=\"Kept\"/>");
+    std::ofstream(folder_.path() / "b.xlsx", std::ios::binary) << build_zip(items);
+    struct Case {
+        std::u16string written, header;
+    } const cases[] = {
+        {u"kept", u"kept2"},
+        {u"KEPT2", u"KEPT2"},
+        {u"", u"Column2"},
+    };
+    for (const Case& c : cases) {
+        ASSERT_TRUE(book_->load(folder_.file("b.xlsx")));
+        ASSERT_TRUE(book_->get_sheet(0)->write_str(0, 1, c.written, nullptr));
+        const std::string table = part("xl/tables/table1.xml");
+        EXPECT_EQ(book_->get_sheet(0)->read_str(0, 1), c.header);
+        EXPECT_THAT(table, HasSubstr("<tableColumn id=\"7\" name=\"Kept\"/><tableColumn id=\"1\" "
+                                     "name=\"" +
+                                     foundation::unicode::to_utf8(c.header) + "\">"));
+    }
 }
 
 } // namespace

@@ -93,7 +93,6 @@ class XlsxSheet final : public Sheet {
     bool find_format(const Format* format, std::uint32_t& index);
     bool write(int row, int column, const Format* format, StoredKind kind, StoredCell cell);
     double width_of(const StoredCell& cell) const;
-    bool is_changed_at(int row, int column) const;
     std::string header_text(int row, int column, std::size_t position) const;
     std::string utf8_name() const;
 

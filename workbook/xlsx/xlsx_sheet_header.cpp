@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Header cells of tables: each is a text, and no two of a table are equal.
+#include <algorithm>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "foundation/case_folding.h"
 #include "foundation/unicode.h"
 #include "workbook/xlsx/cell_markup.h"
+#include "workbook/xlsx/formula_groups.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
@@ -18,12 +21,6 @@ std::u16string folded(std::string_view name) {
 }
 
 } // namespace
-
-bool XlsxSheet::is_changed_at(int row, int column) const {
-    const StoredCell* cell = cells_.cells.find(row, column);
-    return (cell != nullptr && cell->is_changed()) ||
-           changes_.cleared.intersects(row, row, column, column);
-}
 
 /// As applications name a column by what is written into its header.
 std::string XlsxSheet::header_text(int row, int column, std::size_t position) const {
@@ -45,16 +42,19 @@ std::vector<std::string> XlsxSheet::header_names(const TableHeader& table) {
     std::vector<std::string> names = table.columns;
     const int row = table.first.row;
     const auto column_of = [&](std::size_t i) { return table.first.column + static_cast<int>(i); };
+    ChangedPlaces changed(cells_.cells, changes_.cleared);
     std::unordered_set<std::u16string> taken;
+    std::unordered_map<std::string, unsigned> last_numbers; // by text
     for (std::size_t i = 0; i < names.size(); ++i)
-        if (!is_changed_at(row, column_of(i))) taken.insert(folded(names[i]));
+        if (!changed.holds(row, column_of(i))) taken.insert(folded(names[i]));
     for (std::size_t i = 0; i < names.size(); ++i) {
         const int column = column_of(i);
-        if (!is_changed_at(row, column)) continue;
+        if (!changed.holds(row, column)) continue;
         const std::string text = header_text(row, column, i);
         names[i] = text;
-        for (unsigned number = 2; !taken.insert(folded(names[i])).second; ++number)
-            names[i] = text + std::to_string(number);
+        unsigned& number = last_numbers[text];
+        while (!taken.insert(folded(names[i])).second)
+            names[i] = text + std::to_string(std::max(++number, 2u));
         const bool is_there =
             cell_type(row, column) == CellKind::String &&
             foundation::unicode::to_generalized_utf8(read_str(row, column)) == names[i];
