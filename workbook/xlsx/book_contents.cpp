@@ -84,7 +84,25 @@ std::size_t BookContents::wanted_sheet(int index) const {
 
 // --- Changes
 
+void BookContents::open_package() {
+    if (package->is_open()) return;
+    try {
+        package->reopen(foundation::files::open_for_reading(source_path));
+    } catch (const foundation::files::FileError& error) {
+        throw Error::file(std::string("the file that was loaded cannot be opened again: ") +
+                          error.what());
+    }
+}
+
+void BookContents::close_package() {
+    const bool is_complete = std::all_of(sheets.begin(), sheets.end(), [](const auto& sheet) {
+        return sheet == nullptr || sheet->is_complete();
+    });
+    if (is_complete && !source_path.empty()) package->close_file();
+}
+
 WorkbookEditor& BookContents::editor() {
+    open_package();
     if (editor_ == nullptr) editor_ = std::make_unique<WorkbookEditor>(*package, workbook);
     return *editor_;
 }

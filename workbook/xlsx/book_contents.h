@@ -67,8 +67,13 @@ struct BookContents {
     void rename_sheet(SheetEntry& sheet, std::u16string_view name);
     void set_sheet_state(SheetEntry& sheet, SheetState state);
     void set_date_1904(bool on);
-    /// Made when the first change asks for it.
+    /// Made when the first change asks for it; opens the package.
     WorkbookEditor& editor();
+    /// Opens the package again if it was closed. Throws `Error` when its file has gone or is no
+    /// longer the one that was loaded.
+    void open_package();
+    /// Closes the package unless a sheet comes back to it: nobody is kept from replacing the file.
+    void close_package();
     /// After a save over the file that the book was read from: `saved` is that file.
     void continue_with(std::unique_ptr<OpcPackage> saved);
 

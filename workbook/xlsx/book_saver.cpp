@@ -158,12 +158,7 @@ void commit(BookContents& book, foundation::files::OutputFile& out, std::u16stri
     }
     // Some systems do not let a file take the place of one that is open.
     book.package->close_file();
-    try {
-        out.commit();
-    } catch (const FileError&) {
-        book.package->reopen(foundation::files::open_for_reading(book.source_path));
-        throw;
-    }
+    out.commit();
     book.continue_with(std::make_unique<OpcPackage>(foundation::files::open_for_reading(path)));
 }
 
@@ -171,6 +166,7 @@ void commit(BookContents& book, foundation::files::OutputFile& out, std::u16stri
 
 SaveCounts save_book(BookContents& book, std::u16string_view path,
                      const foundation::files::OutputOpener& open_output) {
+    book.open_package();
     book.package->verify_unchanged();
     Saver saver(book);
     const PackageChanges changes = saver.gather(path);
@@ -178,6 +174,7 @@ SaveCounts save_book(BookContents& book, std::u16string_view path,
         const std::unique_ptr<foundation::files::OutputFile> out = open_output(path);
         const PackageCounts counts = write_package(*book.package, changes, *out);
         commit(book, *out, path);
+        book.close_package();
         if (book.source_path.empty()) // what a new book begins as is new in the file
             return {0, counts.copied + counts.written, 0};
         return {counts.copied, counts.written, counts.dropped};

@@ -41,6 +41,7 @@ bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
     try {
         auto opened = std::make_unique<BookContents>(open_package(path), path, error_message_);
         read_cells(*opened);
+        opened->close_package();
         contents_ = std::move(opened);
         load_failed_ = false;
         return true;

@@ -27,6 +27,8 @@ class XlsxSheet final : public Sheet {
     void check_shared_strings() const;
     std::uint64_t shared_strings_end() const { return cells_.shared_strings_end; }
     const SheetEntry& entry() const { return entry_; }
+    /// False while something of the package may still be read for this sheet.
+    bool is_complete() const { return tail_read_; }
 
     /// Whether the sheet was made empty, not read.
     bool is_new() const { return is_new_; }
