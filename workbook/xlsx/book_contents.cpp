@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "workbook/error.h"
+#include "workbook/limits.h"
 #include "workbook/xlsx/shared_strings.h"
 #include "workbook/xlsx/workbook_editor.h"
 #include "workbook/xlsx/xlsx_sheet.h"
@@ -44,6 +45,25 @@ int BookContents::index_of(const SheetEntry& sheet) const {
 void BookContents::need_styles() {
     if (!has_styles_) read_styles();
     has_styles_ = true;
+}
+
+// Damaged files have cells with formats that they do not define. A format that is added must not
+// become theirs, so their indexes go to formats that change nothing.
+XlsxFormat& BookContents::add_format() {
+    need_styles();
+    if (claimed_formats_.empty()) {
+        claimed_formats_.resize(kMaxCellFormats);
+        for (const auto& sheet : sheets)
+            if (sheet != nullptr) sheet->mark_formats(claimed_formats_);
+    }
+    for (bool is_claimed = true; is_claimed;) {
+        if (styles.size() >= kMaxCellFormats)
+            throw Error::refused("the workbook can hold no more cell formats");
+        is_claimed = claimed_formats_[styles.size()];
+        const std::size_t index = styles.add_format();
+        formats.emplace_back(styles, index);
+    }
+    return formats.back();
 }
 
 void BookContents::read_styles() {

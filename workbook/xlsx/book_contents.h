@@ -56,6 +56,8 @@ struct BookContents {
     void load_rows(int sheet_index, RowSpan rows);
     /// Reads the formats of a book of which no cell was loaded. Throws `Error`.
     void need_styles();
+    /// With number format 0. No cell that was loaded has it. Throws `Error`.
+    XlsxFormat& add_format();
     /// Where a sheet of this book stands.
     int index_of(const SheetEntry& sheet) const;
 
@@ -98,6 +100,7 @@ struct BookContents {
     std::size_t checked_index(int index, std::size_t end) const;
 
     bool has_styles_ = false;
+    std::vector<bool> claimed_formats_; ///< by index; known once a format is added
     std::unique_ptr<WorkbookEditor> editor_;
 };
 

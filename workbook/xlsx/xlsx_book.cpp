@@ -156,13 +156,7 @@ Format* XlsxBook::format(int index) {
 
 Format* XlsxBook::add_format() {
     Format* added = nullptr;
-    try_change([&added](BookContents& contents) {
-        contents.need_styles();
-        if (contents.styles.size() >= kMaxCellFormats)
-            throw Error::refused("the workbook can hold no more cell formats");
-        const std::size_t index = contents.styles.add_format();
-        added = &contents.formats.emplace_back(contents.styles, index);
-    });
+    try_change([&added](BookContents& contents) { added = &contents.add_format(); });
     return added;
 }
 
