@@ -43,7 +43,9 @@ int BookContents::index_of(const SheetEntry& sheet) const {
 }
 
 void BookContents::need_styles() {
-    if (!has_styles_) read_styles();
+    if (has_styles_) return;
+    open_package();
+    read_styles();
     has_styles_ = true;
 }
 
@@ -54,7 +56,7 @@ XlsxFormat& BookContents::add_format() {
     if (claimed_formats_.empty()) {
         claimed_formats_.resize(kMaxCellFormats);
         for (const auto& sheet : sheets)
-            if (sheet != nullptr) sheet->mark_formats(claimed_formats_);
+            if (sheet != nullptr) sheet->mark_formats(styles.size(), claimed_formats_);
     }
     for (bool is_claimed = true; is_claimed;) {
         if (styles.size() >= kMaxCellFormats)

@@ -25,8 +25,9 @@ class XlsxSheet final : public Sheet {
 
     /// Checks that the book has every shared string that a cell refers to. Throws `Error`.
     void check_shared_strings() const;
-    /// Sets what stands at the index of every format that a cell, row or column has.
-    void mark_formats(std::vector<bool>& formats) const;
+    /// Sets what stands at the index of every format from `known` on that a cell, row or column
+    /// has; may set others.
+    void mark_formats(std::size_t known, std::vector<bool>& formats) const;
     std::uint64_t shared_strings_end() const { return cells_.shared_strings_end; }
     const SheetEntry& entry() const { return entry_; }
     /// False while something of the package may still be read for this sheet.
