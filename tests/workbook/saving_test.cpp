@@ -18,6 +18,7 @@
 #include "foundation/files.h"
 #include "foundation/output_file.h"
 #include "foundation/unicode.h"
+#include "tests/failing_output.h"
 #include "tests/workbook/scratch_folder.h"
 #include "workbook/library.h"
 #include "workbook/package/opc_package.h"
@@ -264,35 +265,6 @@ TEST(SavedBook, HasTheFormatsOfASheetAddedToNames) {
     expect_cells(*book, 1, {{{0, 0}, {CellKind::Number, 45'000.0, u"", 22}}}, "added");
 }
 
-/// Fails at one operation, counted from 0, like a disk that is full or a share that is gone.
-class FailingOutput final : public files::OutputFile {
-  public:
-    FailingOutput(std::unique_ptr<files::OutputFile> target, int& operations_left)
-        : target_(std::move(target)), left_(operations_left) {}
-
-    void append(const char* bytes, std::size_t count) override {
-        count_down();
-        target_->append(bytes, count);
-    }
-    void overwrite(std::uint64_t position, const char* bytes, std::size_t count) override {
-        count_down();
-        target_->overwrite(position, bytes, count);
-    }
-    std::uint64_t size() const override { return target_->size(); }
-    void commit() override {
-        count_down();
-        target_->commit();
-    }
-
-  private:
-    void count_down() {
-        if (left_-- == 0)
-            throw files::FileError(files::FileProblem::ReadFailed, "The disk is full.");
-    }
-    std::unique_ptr<files::OutputFile> target_;
-    int& left_;
-};
-
 TEST(FailedSave, LeavesTheOldFileWholeAndNothingElse) {
     const ScratchFolder folder;
     const std::u16string path = folder.file("b.xlsx");
@@ -304,7 +276,8 @@ TEST(FailedSave, LeavesTheOldFileWholeAndNothingElse) {
     const std::string before = bytes_of(path);
     int operations_left = 0;
     XlsxBook book([&](std::u16string_view target) {
-        return std::make_unique<FailingOutput>(files::replace_file(target), operations_left);
+        return std::make_unique<files::test::FailingOutput>(files::replace_file(target),
+                                                            operations_left);
     });
     ASSERT_TRUE(book.load(path));
     ASSERT_TRUE(book.get_sheet(0)->write_str(1, 0, u"new", nullptr));
