@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <iterator>
+#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -16,8 +17,8 @@ class ScratchFolder {
     ScratchFolder() {
         const auto* test = testing::UnitTest::GetInstance()->current_test_info();
         path_ = std::filesystem::path(testing::TempDir()) /
-                (std::string("zx_") + test->test_suite_name() + "_" + test->name());
-        std::filesystem::remove_all(path_);
+                (std::string("zx_") + test->test_suite_name() + "_" + test->name() + "_" +
+                 std::to_string(std::random_device{}())); // another checkout may test as well
         std::filesystem::create_directories(path_);
     }
     ~ScratchFolder() {
