@@ -18,6 +18,13 @@ KINDS = {
 FORMULAS = ["Sheet1!$A$1:$B$2", "'It''s'!A1", "Sheet1!$A:$C", "Sheet1!$1:$3", "#REF!", "[1]S!$A$1",
             "SUM(A:C!B2,'[B.xlsx]S'!$A1)", "T[[#This Row],['#]]:T[a]+{1,#N/A;\"x!\"}", "LOG10(A1#)"]
 
+GOOGLE_CELL = ('{"userEnteredValue": {"%s": %s}, "effectiveValue": {"%s": %s}, "userEnteredFormat": {"numberFormat": '
+               '{"type": "DATE"}}}')
+GOOGLE_REPLIES = ['{"values": [["a", 1], [], [true, null]]}', '{"sheets": [{"data": [{}]}]}',
+                  '{"sheets": [{"data": [{"rowData": [{}, {"values": [{}, %s, %s]}]}]}]}' % (
+                      GOOGLE_CELL % ("numberValue", "1.5e3", "errorValue", "{}"),
+                      GOOGLE_CELL % ("formulaValue", '"=A1"', "stringValue", '"\\u00fc\\n"'))]
+
 
 def put(corpus, target, name, data):
     os.makedirs(os.path.join(corpus, target), exist_ok=True)
@@ -52,6 +59,8 @@ def main(fixtures, corpus):
     for i, formula in enumerate(FORMULAS):
         put(corpus, "fuzz_defined_name", f"formula_{i}", formula.encode())
         put(corpus, "fuzz_formula", f"formula_{i}", formula.encode())
+    for i, reply in enumerate(GOOGLE_REPLIES):
+        put(corpus, "fuzz_google_reply", f"reply_{i}", reply.encode())
     return 0
 
 

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What a sheet of the service tells of itself: the used range, named ranges, what the metadata
+// hold.
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/spreadsheet/gsheet/scripted_service.h"
+#include "tests/spreadsheet/thrown_id.h"
+
+namespace spreadsheet {
+namespace {
+
+using test::refusal;
+using test::Sent;
+
+using GSheetRanges = test::ScriptedService;
+
+TEST_F(GSheetRanges, AsksForTheUsedRangeOnce) {
+    const auto sheet = open_sheet();
+    const std::vector<Sent> both{
+        {"GET", "/book/values/'Data'?fields=values&majorDimension=COLUMNS"},
+        {"GET", "/book/values/'Data'?fields=values&majorDimension=ROWS"}};
+    answer({{"{}"}, {"{}"}});
+    EXPECT_EQ(sheet->used_range(), (Range{0, 0, -1, -1}));
+    EXPECT_EQ(requests(), both);
+    answer({{R"({"values": [["a", "b"], [], ["c"]]})"}, {"{}"}});
+    EXPECT_EQ(sheet->used_range(), (Range{0, 0, -1, 2}));
+    EXPECT_EQ(requests(), both);
+    answer({{R"({"values": [["a", "b"], [], ["c"]]})"},
+            {R"({"range": "x", "values": [["a", null, "c"], ["b"]]})"}});
+    EXPECT_EQ(sheet->used_range(), (Range{0, 0, 1, 2}));
+    EXPECT_EQ(requests(), both);
+    EXPECT_EQ(sheet->used_range(), (Range{0, 0, 1, 2}));
+    EXPECT_EQ(
+        sheet->get_data_span({5, 5, 5, 5}, MergedCellColumnRule::omit, MergedCellRowRule::omit),
+        (Range{0, 0, 1, 2}));
+    EXPECT_TRUE(requests().empty());
+}
+
+TEST_F(GSheetRanges, FindsNamedRanges) {
+    const std::string corner =
+        R"("startRowIndex": 1, "endRowIndex": 4, "startColumnIndex": 1, "endColumnIndex": 4)";
+    const auto entry = [](const std::string& name, const std::string& range) {
+        return R"({"namedRangeId": "5", "name": ")" + name + R"(", "range": {)" + range + "}}";
+    };
+    const struct {
+        const char* about;
+        std::vector<std::string> entries;
+        int id;
+        Range range;
+    } cases[] = {
+        {"a block", {entry("Sales", R"("sheetId": 7, )" + corner)}, -1, {1, 1, 3, 3}},
+        {"among others, in other letters",
+         {entry("Other", R"("sheetId": 7)"), entry("sALES", R"("sheetId": 7, )" + corner)},
+         -1,
+         {1, 1, 3, 3}},
+        {"whole columns",
+         {entry("Sales", R"("sheetId": 7, "startColumnIndex": 2, "endColumnIndex": 3)")},
+         -1,
+         {0, 2, 999, 2}},
+        {"the whole sheet", {entry("Sales", R"("sheetId": 7)")}, -1, {0, 0, 999, 25}},
+        {"absent", {entry("Other", R"("sheetId": 7, )" + corner)}, 23, {}},
+        {"none at all", {}, 23, {}},
+        {"on another sheet", {entry("Sales", R"("sheetId": 8, )" + corner)}, 23, {}},
+        {"on the sheet with the identifier 0", {entry("Sales", corner)}, 23, {}},
+        {"upside down",
+         {entry("Sales", R"("sheetId": 7, "startRowIndex": 5, "endRowIndex": 5)")},
+         23,
+         {}},
+        {"out of all bounds",
+         {entry(
+             "Sales",
+             R"("sheetId": 7, "startRowIndex": -9999999999, "endRowIndex": 9999999999, "endColumnIndex": 1)")},
+         -1,
+         {0, 0, 999, 0}},
+    };
+    const auto sheet = open_sheet();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.about);
+        std::string list;
+        for (const std::string& text : c.entries)
+            list += (list.empty() ? "" : ",") + text;
+        answer(c.entries.empty() ? "{}" : R"({"namedRanges": [)" + list + "]}");
+        Range range;
+        EXPECT_EQ(thrown_id([&] { range = sheet->named_range(u"Sales"); }), c.id);
+        EXPECT_EQ(range, c.range);
+        EXPECT_EQ(requests(),
+                  (std::vector<Sent>{{"GET", "/book?ranges=Sales&fields=namedRanges"}}));
+    }
+    answer({refusal(400, "Unable to parse range: Sales"), refusal(400, "Something else"),
+            refusal(404, "Unable to parse range: Sales")});
+    for (const int id : {23, 47, 42})
+        EXPECT_EQ(thrown_id([&] { sheet->named_range(u"Sales"); }), id);
+    requests();
+}
+
+TEST_F(GSheetRanges, TellsOfTheSheetWithoutARequest) {
+    const auto book = open(test::metadata(
+        {R"({"properties": {"title": "Shown", "sheetId": 0, "sheetType": "GRID"}})",
+         R"({"properties": {"title": "Hidden", "sheetId": 1, "sheetType": "GRID", "hidden": true},
+             "protectedRanges": [{"protectedRangeId": 1, "range": {"sheetId": 1, "startRowIndex": 1}}]})",
+         R"({"properties": {"title": "Protected", "sheetId": 2, "sheetType": "GRID"},
+             "protectedRanges": [{"protectedRangeId": 2, "range": {"sheetId": 2}}]})",
+         R"({"properties": {"title": "Named", "sheetId": 3, "sheetType": "GRID"},
+             "protectedRanges": [{"protectedRangeId": 3, "namedRangeId": "n"}]})"}));
+    const sheet::hidden hidden[] = {sheet::hidden::visible, sheet::hidden::hidden,
+                                    sheet::hidden::visible, sheet::hidden::visible};
+    const bool is_protected[] = {false, false, true, false};
+    for (std::size_t index = 0; index < 4; ++index) {
+        EXPECT_EQ(book->sheet(index)->hidden(), hidden[index]) << index;
+        EXPECT_EQ(book->sheet(index)->is_protected(), is_protected[index]) << index;
+    }
+    EXPECT_TRUE(requests().empty());
+}
+
+} // namespace
+} // namespace spreadsheet
