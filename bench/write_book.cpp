@@ -5,6 +5,7 @@
 //
 //   write_book OUT.xlsx numbers [ROWS]     20 columns of doubles
 //   write_book OUT.xlsx mixed [ROWS]       12 columns: texts, numbers, dates, booleans
+//   write_book OUT.xlsx sheets [ROWS]      20 sheets of 20 columns of doubles, ROWS rows each
 //   write_book BOOK.xlsx edit              loads the first sheet, writes one cell, saves over it
 #include <algorithm>
 #include <cstdint>
@@ -145,11 +146,13 @@ int run(const std::u16string& path, std::string_view what, int rows) {
         save_book(book, path);
         return 0;
     }
-    const auto book = create_new_book(1, book::format::XLSX, book::interactive::file, u"");
-    if (what == "numbers")
-        fill_numbers(*book->sheet(0), rows);
-    else
-        fill_mixed(*book->sheet(0), rows);
+    const std::size_t sheets = what == "sheets" ? 20 : 1;
+    const auto book = create_new_book(sheets, book::format::XLSX, book::interactive::file, u"");
+    for (std::size_t i = 0; i < sheets; ++i)
+        if (what == "mixed")
+            fill_mixed(*book->sheet(i), rows);
+        else
+            fill_numbers(*book->sheet(i), rows);
     save_book(book, path);
     return 0;
 }
@@ -158,7 +161,7 @@ int run(const std::u16string& path, std::string_view what, int rows) {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: write_book OUT.xlsx numbers|mixed|edit [ROWS]\n");
+        std::fprintf(stderr, "usage: write_book OUT.xlsx numbers|mixed|sheets|edit [ROWS]\n");
         return 2;
     }
     initialize();

@@ -192,7 +192,9 @@ class Book {
     /// Writes the book to a file, in whose place it steps when it is complete; until then, and when
     /// it fails, the old file stays as it is. The ending of the name (.xlsx, .xlsm, .xltx, .xltm in
     /// any case) decides which of its formats the file claims to be. The book stays loaded and can
-    /// be changed and saved again. Whatever was not changed, loaded or not, is kept.
+    /// be changed and saved again. Whatever was not changed, loaded or not, is kept. Cells in the
+    /// header of a table that were written or cleared become different texts, if they are none:
+    /// applications accept nothing else.
     virtual bool save(std::u16string_view path) = 0;
     /// What the last save that succeeded did; all 0 before.
     virtual SaveCounts last_save() const = 0;

@@ -70,6 +70,7 @@ std::shared_ptr<ISheet> LibXLBook::add_sheet(std::size_t index, const std::u16st
         if (!found) throw Exception(error_id::sheet_not_found);
         source = handle_of(*found);
     }
+    if (!date_format_) find_date_format(format_); // none is looked for when only names are loaded
     const workbook::Sheet* inserted = insert_sheet(index, name, source);
     init_sheets();
     return cached(inserted);

@@ -292,5 +292,16 @@ TEST(LibXLBook, NeedsADateFormat) {
     }
 }
 
+TEST(LibXLBook, NeedsADateFormatForASheetThatIsAddedToNames) {
+    fake::FakeWorkbook script = three_sheets();
+    script.formats.clear();
+    LibXLBook book(fake::creators(script));
+    book.init_from_file_only_sheetNames(u"f", kXlsx);
+    EXPECT_TRUE(script.formats.empty());
+    book.add_sheet(0, u"New", u"");
+    ASSERT_EQ(script.formats.size(), 1u);
+    EXPECT_EQ(script.formats[0].num_format(), 22);
+}
+
 } // namespace
 } // namespace spreadsheet

@@ -15,10 +15,12 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/files.h"
 #include "foundation/output_file.h"
 #include "foundation/unicode.h"
 #include "tests/workbook/scratch_folder.h"
 #include "workbook/library.h"
+#include "workbook/package/opc_package.h"
 #include "workbook/xlsx/xlsx_book.h"
 
 namespace workbook {
@@ -127,6 +129,11 @@ void expect_cells(Book& book, int index, const Model& model, const char* where) 
             << where << ", cell " << place.first << ", " << place.second;
 }
 
+std::string bytes_of(const std::u16string& path) {
+    std::ifstream file(files::native_path(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 TEST(SavedBook, GivesBackWhatWasWritten) {
     const ScratchFolder folder;
     for (unsigned seed = 1; seed <= 20; ++seed) {
@@ -216,6 +223,47 @@ TEST(SavedBook, GoesOnAfterASaveOverItsOwnFile) {
     }
 }
 
+TEST(SavedBook, HasNoPartThatOnlyAnEarlierSaveNeeded) {
+    const ScratchFolder folder;
+    const std::unique_ptr<Book> book = xlCreateXMLBookW();
+    ASSERT_NE(book->insert_sheet(0, u"Stays", nullptr), nullptr);
+    Sheet* goes = book->insert_sheet(1, u"Goes", nullptr);
+    ASSERT_TRUE(goes->write_str(0, 0, u"shared", nullptr));
+    ASSERT_TRUE(book->save(folder.file("full.xlsx")));
+    ASSERT_TRUE(book->delete_sheet(1));
+    ASSERT_TRUE(book->save(folder.file("again.xlsx")));
+    OpcPackage package(files::open_for_reading(folder.file("again.xlsx")));
+    for (const Relationship& relationship : package.relationships("xl/workbook.xml"))
+        EXPECT_TRUE(package.has_part(relationship.target)) << relationship.target;
+    EXPECT_EQ(package.content_types().find_part(
+                  [](std::string_view type) { return type.find("sharedstrings") != type.npos; }),
+              "");
+}
+
+TEST(SavedBook, HasTheFormatsOfASheetAddedToNames) {
+    const ScratchFolder folder;
+    const std::u16string path = folder.file("b.xlsx");
+    std::unique_ptr<Book> book = xlCreateXMLBookW();
+    Sheet* sheet = book->insert_sheet(0, u"One", nullptr);
+    for (const int identifier : {14, 9}) {
+        Format* format = book->add_format();
+        format->set_num_format(identifier);
+        ASSERT_TRUE(sheet->write_num(0, 0, 1.0, format));
+    }
+    ASSERT_TRUE(book->save(path));
+    ASSERT_TRUE(book->load_info(path));
+    EXPECT_EQ(book->format_size(), 3);
+    Sheet* added = book->insert_sheet(1, u"Two", nullptr);
+    ASSERT_NE(added, nullptr) << book->error_message();
+    Format* date = book->add_format();
+    date->set_num_format(22);
+    ASSERT_TRUE(added->write_num(0, 0, 45'000.0, date));
+    ASSERT_TRUE(book->save(path)) << book->error_message();
+    ASSERT_TRUE(book->load(path));
+    expect_cells(*book, 0, {{{0, 0}, {CellKind::Number, 1.0, u"", 9}}}, "as it was");
+    expect_cells(*book, 1, {{{0, 0}, {CellKind::Number, 45'000.0, u"", 22}}}, "added");
+}
+
 /// Fails at one operation, counted from 0, like a disk that is full or a share that is gone.
 class FailingOutput final : public files::OutputFile {
   public:
@@ -244,11 +292,6 @@ class FailingOutput final : public files::OutputFile {
     std::unique_ptr<files::OutputFile> target_;
     int& left_;
 };
-
-std::string bytes_of(const std::u16string& path) {
-    std::ifstream file(files::native_path(path), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 TEST(FailedSave, LeavesTheOldFileWholeAndNothingElse) {
     const ScratchFolder folder;

@@ -83,6 +83,26 @@ class SheetChanges : public testing::Test {
     std::unique_ptr<Book> book_;
 };
 
+// Damaged files have cells of formats that they do not define.
+TEST_F(SheetChanges, GiveNewFormatsToWrittenCellsOnly) {
+    Sheet* sheet =
+        &open("<cols><col min=\"9\" max=\"9\" style=\"6\"/></cols><sheetData><row r=\"1\">"
+              "<c r=\"A1\" s=\"5\"><v>7</v></c><c r=\"B1\" s=\"4\"><v>7</v></c></row>"
+              "</sheetData>");
+    Format* date = book_->add_format();
+    ASSERT_NE(date, nullptr);
+    date->set_num_format(22);
+    ASSERT_TRUE(sheet->write_num(1, 0, 45'000.0, date));
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_FALSE(sheet->is_date(0, 0));
+        EXPECT_FALSE(sheet->is_date(0, 1));
+        EXPECT_EQ(format_at(*sheet, 0, 0), 0);
+        EXPECT_EQ(format_at(*sheet, 5, 8), 0);
+        EXPECT_EQ(format_at(*sheet, 1, 0), 22);
+        sheet = &save_and_reload();
+    }
+}
+
 TEST_F(SheetChanges, AreRefusedWithAReason) {
     Sheet& sheet = open("<sheetData/>");
     const auto other = xlCreateXMLBookW();

@@ -103,6 +103,74 @@ class SheetRenamer {
     bool changed_ = false;
 };
 
+/// The structured references of one table in brackets, "[Col]" or "[[#Data],[A]:[B]]".
+class ColumnRenamer {
+  public:
+    ColumnRenamer(std::string_view table, const ColumnNameMap& map) : table_(table), map_(map) {}
+
+    /// Returns whether a column was replaced.
+    bool append(std::string& out, std::string_view brackets) {
+        const std::string_view within = brackets.substr(1, brackets.size() - 2);
+        if (within.find('[') == std::string_view::npos || !has_items(within)) {
+            append_item(out, brackets);
+            return changed_;
+        }
+        out += '[';
+        for (std::size_t i = 0; i < within.size();) {
+            const std::size_t length = within[i] == '[' ? item_length(within.substr(i)) : 1;
+            if (length > 1)
+                append_item(out, within.substr(i, length));
+            else
+                out += within[i];
+            i += length;
+        }
+        out += ']';
+        return changed_;
+    }
+
+  private:
+    static bool has_items(std::string_view within) {
+        const std::size_t first = within.find_first_not_of(" @");
+        return first != std::string_view::npos && within[first] == '[';
+    }
+
+    /// An apostrophe stands before a character that is meant as it is.
+    static std::size_t item_length(std::string_view text) {
+        for (std::size_t i = 1; i < text.size(); ++i) {
+            if (text[i] == '\'')
+                ++i;
+            else if (text[i] == ']')
+                return i + 1;
+        }
+        return text.size();
+    }
+
+    void append_item(std::string& out, std::string_view item) {
+        std::string column;
+        for (std::size_t i = 1; i + 1 < item.size(); ++i) {
+            if (item[i] == '\'' && i + 2 < item.size()) ++i;
+            column += item[i];
+        }
+        const bool is_part = item.substr(1).starts_with('#');
+        const std::optional<std::string> name = is_part ? std::nullopt : map_(table_, column);
+        if (!name) {
+            out += item;
+            return;
+        }
+        changed_ = true;
+        out += '[';
+        for (const char c : *name) {
+            if (std::string_view("[]#'@").find(c) != std::string_view::npos) out += '\'';
+            out += c;
+        }
+        out += ']';
+    }
+
+    std::string_view table_;
+    const ColumnNameMap& map_;
+    bool changed_ = false;
+};
+
 } // namespace
 
 std::string translate_formula(std::string_view formula, int rows, int columns) {
@@ -138,6 +206,26 @@ std::optional<std::string> rename_tables(std::string_view formula, const TableNa
                 changed = true;
             }
         out += token.text;
+        is_behind_prefix = token.kind == Kind::SheetPrefix || token.kind == Kind::OtherPrefix;
+    }
+    if (!changed || tokens.is_broken()) return {};
+    return out;
+}
+
+std::optional<std::string> rename_columns(std::string_view formula, const ColumnNameMap& map) {
+    if (formula.find('[') == std::string_view::npos) return {};
+    std::string out;
+    bool changed = false, is_behind_prefix = false;
+    FormulaTokenizer tokens(formula);
+    for (FormulaToken token = tokens.next(); !token.text.empty(); token = tokens.next()) {
+        const std::size_t end = std::min(token.text.find('['), token.text.size());
+        if (token.kind == Kind::Name && end > 0 && end < token.text.size() && !is_behind_prefix) {
+            const std::string_view table = token.text.substr(0, end);
+            out += table;
+            changed |= ColumnRenamer(table, map).append(out, token.text.substr(end));
+        } else {
+            out += token.text;
+        }
         is_behind_prefix = token.kind == Kind::SheetPrefix || token.kind == Kind::OtherPrefix;
     }
     if (!changed || tokens.is_broken()) return {};

@@ -39,4 +39,13 @@ using TableNameMap = std::function<std::optional<std::string>(std::string_view n
 /// does not change.
 std::optional<std::string> rename_tables(std::string_view formula, const TableNameMap& map);
 
+/// What a column of a table is called otherwise; nullopt for one that keeps its name.
+using ColumnNameMap =
+    std::function<std::optional<std::string>(std::string_view table, std::string_view column)>;
+
+/// The formula with the columns in structured references ("Table1[Col]",
+/// "Table1[[#This Row],[Col]]", 18.5.1.2) replaced; those without a table's name stay. Returns
+/// nothing when it does not change.
+std::optional<std::string> rename_columns(std::string_view formula, const ColumnNameMap& map);
+
 } // namespace workbook

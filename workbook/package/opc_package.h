@@ -33,6 +33,7 @@ class OpcPackage {
     /// See the functions of `ZipArchive` of these names.
     void verify_unchanged() { archive_.verify_unchanged(); }
     void close_file() { archive_.close_file(); }
+    bool is_open() const { return archive_.is_open(); }
     void reopen(std::unique_ptr<foundation::files::RandomAccessFile> file) {
         archive_.reopen(std::move(file));
     }

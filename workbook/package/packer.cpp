@@ -7,7 +7,13 @@
 #include <new>
 
 #include <zlib.h>
-#ifdef ZX_HAVE_ISAL
+// ISA-L's routines for packing do not keep all registers that belong to their callers on Windows;
+// those for unpacking do.
+#if defined(ZX_HAVE_ISAL) && !defined(_WIN32)
+#define ZX_PACK_WITH_ISAL
+#endif
+
+#ifdef ZX_PACK_WITH_ISAL
 #include <isa-l/igzip_lib.h>
 
 #include "workbook/package/vector_work.h"
@@ -26,7 +32,7 @@ unsigned char* as_octets(const char* bytes) {
     return reinterpret_cast<unsigned char*>(const_cast<char*>(bytes));
 }
 
-#ifdef ZX_HAVE_ISAL
+#ifdef ZX_PACK_WITH_ISAL
 /// Level 3 would save 2 percent and take almost twice as long.
 constexpr std::uint32_t kIsalLevel = 1;
 constexpr std::size_t kIsalLevelBytes = ISAL_DEF_LVL1_DEFAULT;
@@ -134,7 +140,7 @@ class ZlibPacker final : public Packer {
 } // namespace
 
 std::unique_ptr<Packer> make_packer([[maybe_unused]] InflateEngine engine) {
-#ifdef ZX_HAVE_ISAL
+#ifdef ZX_PACK_WITH_ISAL
     if (engine == InflateEngine::Isal)
         return std::unique_ptr<Packer>(new IsalPacker); // make_unique would clear 80 KB first
 #endif

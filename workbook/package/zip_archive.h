@@ -42,6 +42,7 @@ class ZipArchive {
     void verify_unchanged();
     /// Lets go of the file; what was opened from it must be gone. Only `reopen` is left to call.
     void close_file() { file_.reset(); }
+    bool is_open() const { return file_ != nullptr; }
     /// Continues with the same file, opened again. Throws `Error` when it is not what it was.
     void reopen(std::unique_ptr<foundation::files::RandomAccessFile> file);
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "workbook/error.h"
+#include "workbook/limits.h"
 #include "workbook/xlsx/shared_strings.h"
 #include "workbook/xlsx/workbook_editor.h"
 #include "workbook/xlsx/xlsx_sheet.h"
@@ -23,14 +24,14 @@ BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_vi
 BookContents::~BookContents() = default;
 
 void BookContents::load_sheets() {
-    read_styles();
+    need_styles();
     for (std::size_t i = 0; i < sheets.size(); ++i)
         read_sheet(i, {});
     read_strings();
 }
 
 void BookContents::load_rows(int sheet_index, RowSpan rows) {
-    read_styles();
+    need_styles();
     read_sheet(wanted_sheet(sheet_index), rows);
     read_strings();
 }
@@ -39,6 +40,32 @@ int BookContents::index_of(const SheetEntry& sheet) const {
     const auto found = std::find_if(workbook.sheets.begin(), workbook.sheets.end(),
                                     [&sheet](const auto& entry) { return entry.get() == &sheet; });
     return static_cast<int>(found - workbook.sheets.begin());
+}
+
+void BookContents::need_styles() {
+    if (has_styles_) return;
+    open_package();
+    read_styles();
+    has_styles_ = true;
+}
+
+// Damaged files have cells with formats that they do not define. A format that is added must not
+// become theirs, so their indexes go to formats that change nothing.
+XlsxFormat& BookContents::add_format() {
+    need_styles();
+    if (claimed_formats_.empty()) {
+        claimed_formats_.resize(kMaxCellFormats);
+        for (const auto& sheet : sheets)
+            if (sheet != nullptr) sheet->mark_formats(styles.size(), claimed_formats_);
+    }
+    for (bool is_claimed = true; is_claimed;) {
+        if (styles.size() >= kMaxCellFormats)
+            throw Error::refused("the workbook can hold no more cell formats");
+        is_claimed = claimed_formats_[styles.size()];
+        const std::size_t index = styles.add_format();
+        formats.emplace_back(styles, index);
+    }
+    return formats.back();
 }
 
 void BookContents::read_styles() {
@@ -79,7 +106,25 @@ std::size_t BookContents::wanted_sheet(int index) const {
 
 // --- Changes
 
+void BookContents::open_package() {
+    if (package->is_open()) return;
+    try {
+        package->reopen(foundation::files::open_for_reading(source_path));
+    } catch (const foundation::files::FileError& error) {
+        throw Error::file(std::string("the file that was loaded cannot be opened again: ") +
+                          error.what());
+    }
+}
+
+void BookContents::close_package() {
+    const bool is_complete = std::all_of(sheets.begin(), sheets.end(), [](const auto& sheet) {
+        return sheet == nullptr || sheet->is_complete();
+    });
+    if (is_complete && !source_path.empty()) package->close_file();
+}
+
 WorkbookEditor& BookContents::editor() {
+    open_package();
     if (editor_ == nullptr) editor_ = std::make_unique<WorkbookEditor>(*package, workbook);
     return *editor_;
 }
@@ -97,6 +142,7 @@ XlsxSheet& BookContents::insert_sheet(int index, std::u16string_view name, const
     });
     if (source != nullptr && original == sheets.end())
         throw Error::missing("the sheet to copy is not one of this workbook");
+    need_styles();
     std::unique_ptr<XlsxSheet> inserted;
     if (source == nullptr)
         inserted = std::make_unique<XlsxSheet>(*this, editor().insert_sheet(at, name));

@@ -54,6 +54,10 @@ struct BookContents {
     /// Reads the cells of one sheet's rows; see `Book::load_sheet` for `sheet_index`. Throws
     /// `Error`.
     void load_rows(int sheet_index, RowSpan rows);
+    /// Reads the formats of a book of which no cell was loaded. Throws `Error`.
+    void need_styles();
+    /// With number format 0. No cell that was loaded has it. Throws `Error`.
+    XlsxFormat& add_format();
     /// Where a sheet of this book stands.
     int index_of(const SheetEntry& sheet) const;
 
@@ -65,8 +69,13 @@ struct BookContents {
     void rename_sheet(SheetEntry& sheet, std::u16string_view name);
     void set_sheet_state(SheetEntry& sheet, SheetState state);
     void set_date_1904(bool on);
-    /// Made when the first change asks for it.
+    /// Made when the first change asks for it; opens the package.
     WorkbookEditor& editor();
+    /// Opens the package again if it was closed. Throws `Error` when its file has gone or is no
+    /// longer the one that was loaded.
+    void open_package();
+    /// Closes the package unless a sheet comes back to it: nobody is kept from replacing the file.
+    void close_package();
     /// After a save over the file that the book was read from: `saved` is that file.
     void continue_with(std::unique_ptr<OpcPackage> saved);
 
@@ -90,6 +99,8 @@ struct BookContents {
     std::size_t wanted_sheet(int index) const;
     std::size_t checked_index(int index, std::size_t end) const;
 
+    bool has_styles_ = false;
+    std::vector<bool> claimed_formats_; ///< by index; known once a format is added
     std::unique_ptr<WorkbookEditor> editor_;
 };
 

@@ -52,6 +52,8 @@ class Saver {
         const bool is_same_type =
             !book_.source_path.empty() && type_of_name(book_.source_path) == type;
         editor_.set_document_type(is_same_type ? std::nullopt : type);
+        editor_.begin_save();
+        name_columns();
         prepare_for_changed_cells();
         std::vector<PartChange> parts;
         gather_strings(parts);
@@ -64,6 +66,14 @@ class Saver {
     }
 
   private:
+    void name_columns() {
+        for (const auto& sheet : book_.sheets) {
+            if (sheet == nullptr || !sheet->has_changed_cells()) continue;
+            for (const TableHeader& table : editor_.table_headers(sheet->entry()))
+                editor_.name_columns(table, sheet->header_names(table));
+        }
+    }
+
     void prepare_for_changed_cells() {
         bool any = false, over_old_cells = false;
         for (const auto& sheet : book_.sheets) {
@@ -148,12 +158,7 @@ void commit(BookContents& book, foundation::files::OutputFile& out, std::u16stri
     }
     // Some systems do not let a file take the place of one that is open.
     book.package->close_file();
-    try {
-        out.commit();
-    } catch (const FileError&) {
-        book.package->reopen(foundation::files::open_for_reading(book.source_path));
-        throw;
-    }
+    out.commit();
     book.continue_with(std::make_unique<OpcPackage>(foundation::files::open_for_reading(path)));
 }
 
@@ -161,6 +166,7 @@ void commit(BookContents& book, foundation::files::OutputFile& out, std::u16stri
 
 SaveCounts save_book(BookContents& book, std::u16string_view path,
                      const foundation::files::OutputOpener& open_output) {
+    book.open_package();
     book.package->verify_unchanged();
     Saver saver(book);
     const PackageChanges changes = saver.gather(path);
@@ -168,6 +174,9 @@ SaveCounts save_book(BookContents& book, std::u16string_view path,
         const std::unique_ptr<foundation::files::OutputFile> out = open_output(path);
         const PackageCounts counts = write_package(*book.package, changes, *out);
         commit(book, *out, path);
+        book.close_package();
+        if (book.source_path.empty()) // what a new book begins as is new in the file
+            return {0, counts.copied + counts.written, 0};
         return {counts.copied, counts.written, counts.dropped};
     } catch (const FileError& error) {
         throw Error::file(error.what());

@@ -135,6 +135,7 @@ const char* SheetDataReader::take_plain_head(const char* p, std::uint32_t& colum
         } else if (name == 's') {
             p = take_digits(p, head.format);
             head.format = std::min(head.format, kMaxStoredFormat);
+            out_.formats_end = std::max(out_.formats_end, head.format + 1);
         } else if (name != 't') {
             return nullptr;
         } else if (p[1] == '"' && *p != 'd') {

@@ -12,6 +12,7 @@
 #include "workbook/package/part_name.h"
 #include "workbook/package/text_source.h"
 #include "workbook/package/xml_tree.h"
+#include "workbook/xlsx/workbook_elements.h"
 
 namespace workbook {
 
@@ -95,11 +96,13 @@ void deliver_relationships(OpcPackage& package, const SheetCopyPlan& plan, const
 
 /// The text of a part that changes as a tree; nothing for any other.
 std::optional<std::string> edited_text(OpcPackage& package, const SheetCopyPlan& plan,
-                                       const CopiedPart& part) {
+                                       const CopiedPart& part, const RenamedColumns& columns) {
     const auto table = plan.tables.find(part.source);
     if (table != plan.tables.end()) {
         EditedPart tree(package, part.source, {});
         edit_table(tree.root(), table->second);
+        const auto names = columns.by_part().find(part.part);
+        if (names != columns.by_part().end()) write_column_names(tree.root(), names->second);
         return tree.text();
     }
     if (part.type == "drawing" && plan.drops_slicers) {
@@ -111,8 +114,9 @@ std::optional<std::string> edited_text(OpcPackage& package, const SheetCopyPlan&
 }
 
 void deliver_part(OpcPackage& package, const SheetCopyPlan& plan, const CopiedPart& part,
-                  const std::shared_ptr<const PartEdits>& edits, PackageChanges& changes) {
-    if (std::optional<std::string> text = edited_text(package, plan, part)) {
+                  const RenamedColumns& columns, const std::shared_ptr<const PartEdits>& edits,
+                  PackageChanges& changes) {
+    if (std::optional<std::string> text = edited_text(package, plan, part, columns)) {
         const std::uint64_t bytes = text->size();
         changes.written.push_back(
             {part.part,
@@ -142,9 +146,11 @@ void copy_bytes(ByteSource& source, ByteSink& out) {
 }
 
 void deliver_copied_parts(OpcPackage& package, const SheetCopyPlan& plan,
+                          const RenamedColumns& columns,
                           const std::shared_ptr<const PartEdits>& edits, PackageChanges& changes) {
     for (const CopiedPart& part : plan.parts) {
-        if (&part != &plan.parts.front()) deliver_part(package, plan, part, edits, changes);
+        if (&part != &plan.parts.front())
+            deliver_part(package, plan, part, columns, edits, changes);
         deliver_relationships(package, plan, part, *edits, changes);
     }
 }

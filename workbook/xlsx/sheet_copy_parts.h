@@ -9,6 +9,7 @@
 #include "workbook/package/package_writer.h"
 #include "workbook/xlsx/reference_rewriter.h"
 #include "workbook/xlsx/sheet_copy.h"
+#include "workbook/xlsx/table_columns.h"
 
 namespace workbook {
 
@@ -18,6 +19,7 @@ void copy_bytes(ByteSource& source, ByteSink& out);
 /// Enters all parts of a copy but the sheet's own, and the relationships of all. `package` and
 /// `plan` must live until `changes` is written. Throws `Error`.
 void deliver_copied_parts(OpcPackage& package, const SheetCopyPlan& plan,
+                          const RenamedColumns& columns,
                           const std::shared_ptr<const PartEdits>& edits, PackageChanges& changes);
 
 } // namespace workbook

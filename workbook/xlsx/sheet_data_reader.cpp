@@ -109,6 +109,7 @@ void SheetDataReader::read_row_tag() {
     if (in_row_ && !skipping_ && is_true(scanner_.attribute("customFormat"))) {
         const auto format = parse_number(trim(scanner_.attribute("s")));
         out_.row_formats.push_back({row, stored_format(format.value_or(0.0))});
+        out_.formats_end = std::max(out_.formats_end, out_.row_formats.back().format + 1);
     }
     if (!skipping_) return;
     scanner_.skip_element();
@@ -146,6 +147,7 @@ SheetDataReader::CellHead SheetDataReader::read_head() {
         fail_at_cell("the row has more cells than a sheet has columns");
     if (const auto format = parse_number(trim(scanner_.attribute("s"))))
         head.format = stored_format(*format);
+    out_.formats_end = std::max(out_.formats_end, head.format + 1);
     const std::string_view type = scanner_.attribute("t");
     if (type == "s")
         head.type = CellType::SharedString;

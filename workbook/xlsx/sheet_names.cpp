@@ -31,7 +31,8 @@ std::string text_of(const SheetRecord& record, std::string_view as_written) {
 
 } // namespace
 
-SheetNames::SheetNames(const SheetList& sheets) {
+SheetNames::SheetNames(const SheetList& sheets, const RenamedColumns& columns)
+    : columns_(columns), are_unchanged_(columns.empty()) {
     for (const std::unique_ptr<SheetRecord>& record : sheets.records()) {
         if (!record->is_in_package) continue;
         by_package_name_.emplace(foundation::unicode::fold_case(record->package_name),
@@ -94,10 +95,14 @@ std::shared_ptr<PartEdits> edits_for(std::shared_ptr<const SheetNames> names,
         const auto name = [&](std::string_view sheet) { return names->name(sheet, copy); };
         const auto span = [&](const SheetPrefixNames& ends) { return names->span(ends); };
         std::optional<std::string> edited = rename_sheets(formula, name, span);
-        if (copy == nullptr || copy->copy.tables.empty()) return edited;
+        const auto then = [&](std::optional<std::string> next) {
+            if (next) edited = std::move(next);
+        };
         const auto table = [&](std::string_view text) { return copy->copy.table_name(text); };
-        std::optional<std::string> both = rename_tables(edited ? *edited : formula, table);
-        return both ? both : edited;
+        if (copy != nullptr && !copy->copy.tables.empty())
+            then(rename_tables(edited ? *edited : formula, table));
+        then(names->columns().edited(edited ? *edited : formula));
+        return edited;
     };
     edits->is_sheet_copy = edits->clears_tab_selected = copy != nullptr;
     return edits;

@@ -137,6 +137,31 @@ void WorkbookEditor::set_document_type(std::optional<DocumentType> type) {
     state_->document_type = type;
 }
 
+void WorkbookEditor::begin_save() {
+    for (State::AddedPart& added : state_->added)
+        added.is_needed = false;
+    state_->columns = {};
+    state_->sheets_changed();
+}
+
+std::vector<TableHeader> WorkbookEditor::table_headers(const SheetEntry& sheet) {
+    const SheetRecord& record = state_->sheets.record(sheet);
+    if (record.package_part.empty()) return {};
+    std::vector<TableHeader> headers = read_table_headers(state_->package, record.package_part);
+    for (TableHeader& header : headers) {
+        const auto copy = record.copy.tables.find(header.part);
+        if (copy == record.copy.tables.end()) continue;
+        header.table = copy->second.name;
+        header.part = record.copy.copy_of.at(header.part);
+    }
+    return headers;
+}
+
+void WorkbookEditor::name_columns(const TableHeader& table, const std::vector<std::string>& names) {
+    state_->columns.add(table, names);
+    state_->sheets_changed();
+}
+
 std::string WorkbookEditor::need_shared_strings_part() {
     return state_->need_part(state_->workbook.shared_strings_part, "sharedstrings.xml",
                              "sharedStrings", kSharedStringsType);

@@ -10,9 +10,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "workbook/package/opc_package.h"
 #include "workbook/package/package_writer.h"
+#include "workbook/xlsx/table_columns.h"
 #include "workbook/xlsx/workbook_part.h"
 
 namespace workbook {
@@ -41,6 +43,13 @@ class WorkbookEditor {
     void rename_sheet(SheetEntry& sheet, std::u16string_view name);
     void set_state(SheetEntry& sheet, SheetState state);
     void set_date_1904(bool on);
+
+    /// Forgets the parts and columns of the save before: the cells that asked for them may be gone.
+    void begin_save();
+    /// The headers of a sheet's tables as the saved file has them, but for what was written.
+    std::vector<TableHeader> table_headers(const SheetEntry& sheet);
+    /// The columns' names in the saved file; see `RenamedColumns`.
+    void name_columns(const TableHeader& table, const std::vector<std::string>& names);
 
     /// Has applications compute all formulas when they open the book.
     void recalculate_on_load();

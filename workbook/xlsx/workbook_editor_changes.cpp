@@ -10,6 +10,7 @@
 #include "workbook/package/new_part_names.h"
 #include "workbook/package/part_name.h"
 #include "workbook/package/part_reachability.h"
+#include "workbook/package/text_source.h"
 #include "workbook/package/xml_tree.h"
 #include "workbook/xlsx/sheet_copy_parts.h"
 #include "workbook/xlsx/workbook_editor_state.h"
@@ -21,6 +22,9 @@ namespace {
 
 constexpr std::string_view kWorksheetType =
     "application/vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml";
+
+constexpr std::string_view kRelationshipsType =
+    "application/vnd.openxmlformats-package.relationships+xml";
 
 /// ECMA-376 part 1, 12.3.23; MS-OFFMACRO2 for those with macros.
 std::string_view content_type_of(DocumentType type) {
@@ -70,6 +74,7 @@ class WorkbookEditor::Gatherer {
         gather_workbook();
         gather_relationships();
         gather_dropped();
+        gather_tables();
         gather_references();
         gather_filter_caches();
         gather_new_sheets();
@@ -96,6 +101,7 @@ class WorkbookEditor::Gatherer {
         write_views(root, state_.sheets);
         write_sheets(root, state_.sheets);
         state_.names.write(root);
+        write_columns_in_names(root, state_.columns);
         write_date_system(root, state_.workbook.date_1904);
         if (state_.recalculates) write_recalculation(root);
         part.deliver(changes_);
@@ -120,8 +126,9 @@ class WorkbookEditor::Gatherer {
                              target_from_workbook(record.part));
         }
         for (const State::AddedPart& added : state_.added)
-            add_relationship(part, added.relationship_id, added.type,
-                             target_from_workbook(added.part));
+            if (added.is_needed)
+                add_relationship(part, added.relationship_id, added.type,
+                                 target_from_workbook(added.part));
         part.deliver(changes_);
     }
 
@@ -184,9 +191,26 @@ class WorkbookEditor::Gatherer {
         return shared;
     }
 
+    /// Tables of the package with columns that are called otherwise.
+    void gather_tables() {
+        for (const auto& [part, names] : state_.columns.by_part()) {
+            if (!state_.package.has_part(part)) continue; // a copy's
+            EditedPart table(state_.package, part, {});
+            write_column_names(table.root(), names);
+            changes_.written.push_back(
+                {part, [part = part, text = table.text(),
+                        edits = edits_for(state_.names_now(), nullptr)](ByteSink& out) {
+                     ReferenceRewriter rewriter(std::make_unique<TextSource>(part, text), edits);
+                     copy_bytes(rewriter, out);
+                 }});
+        }
+    }
+
     void gather_references() {
         const bool names_changed = !state_.names_now()->are_unchanged();
         std::unordered_set<std::string> seen{state_.part};
+        for (const auto& [part, names] : state_.columns.by_part())
+            seen.insert(part); // see above
         for (const std::unique_ptr<SheetEntry>& entry : state_.sheets.entries()) {
             const SheetRecord& record = state_.sheets.record(*entry);
             if (!record.is_in_package || record.part.empty()) continue;
@@ -261,8 +285,8 @@ class WorkbookEditor::Gatherer {
                                             copy_bytes(*state->open(record), out);
                                         }});
             if (!record.package_part.empty())
-                deliver_copied_parts(state_.package, record.copy, state_.edits_of(record),
-                                     changes_);
+                deliver_copied_parts(state_.package, record.copy, state_.columns,
+                                     state_.edits_of(record), changes_);
         }
     }
 
@@ -277,7 +301,10 @@ class WorkbookEditor::Gatherer {
                 types.set_like(copied.part, copied.source);
         }
         for (const State::AddedPart& added : state_.added)
-            types.set(added.part, added.content_type);
+            if (added.is_needed) types.set(added.part, added.content_type);
+        // A package may state the type of each of its relationship parts for itself.
+        for (const PartChange& change : changes_.written)
+            if (change.part.ends_with(".rels")) types.set(change.part, kRelationshipsType);
         types.drop(changes_.dropped);
         types.deliver(changes_);
     }

@@ -120,6 +120,8 @@ TableNames& WorkbookEditor::State::table_names() {
 
 std::string WorkbookEditor::State::need_part(std::string& known, std::string_view file_name,
                                              const char* type, const char* content_type) {
+    for (AddedPart& other : added)
+        other.is_needed = other.is_needed || other.part == known;
     if (!known.empty()) return known;
     std::string name = folder_of(part).append(file_name);
     if (package.has_part(name)) {
@@ -139,7 +141,7 @@ std::string WorkbookEditor::State::type_address(std::string_view type) const {
 }
 
 std::shared_ptr<const SheetNames> WorkbookEditor::State::names_now() {
-    if (names_now_ == nullptr) names_now_ = std::make_shared<SheetNames>(sheets);
+    if (names_now_ == nullptr) names_now_ = std::make_shared<SheetNames>(sheets, columns);
     return names_now_;
 }
 

@@ -25,6 +25,7 @@ struct WorkbookEditor::State {
     /// A part that the workbook leads to and did not before; sheets are not among them.
     struct AddedPart {
         std::string part, relationship_id, type, content_type;
+        bool is_needed = true; ///< by what is saved next
     };
 
     std::unique_ptr<SheetEntry> make_entry(std::u16string_view name) const;
@@ -38,7 +39,7 @@ struct WorkbookEditor::State {
     /// The whole address of a relationship type of the office document's base.
     std::string type_address(std::string_view type) const;
 
-    /// To be called by every change of the sheets.
+    /// To be called by every change of the sheets and of columns.
     void sheets_changed() { names_now_ = nullptr; }
     std::shared_ptr<const SheetNames> names_now();
     /// What a sheet's part is read with; null when it is read as it stands.
@@ -53,6 +54,7 @@ struct WorkbookEditor::State {
     DefinedNameEdits names;
     NewPartNames new_parts;
     std::vector<AddedPart> added;
+    RenamedColumns columns;
     bool recalculates = false;
     bool drops_calculation_chain = false;
     std::optional<DocumentType> document_type;

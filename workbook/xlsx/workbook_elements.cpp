@@ -234,6 +234,23 @@ void write_views(pugi::xml_node root, const SheetList& sheets) {
     write_custom_views(root, sheets, map);
 }
 
+void write_columns_in_names(pugi::xml_node root, const RenamedColumns& columns) {
+    each_child(child_element(root, "definedNames"), "definedName", [&](pugi::xml_node element) {
+        const auto formula = columns.edited(element.text().get());
+        if (!formula) return;
+        element.remove_children();
+        element.append_child(pugi::node_pcdata).set_value(formula->c_str());
+    });
+}
+
+void write_column_names(pugi::xml_node table, const std::map<std::size_t, std::string>& names) {
+    std::size_t position = 0;
+    each_child(child_element(table, "tableColumns"), "tableColumn", [&](pugi::xml_node column) {
+        const auto found = names.find(position++);
+        if (found != names.end()) set_attribute(column, "name", column_attribute(found->second));
+    });
+}
+
 void write_date_system(pugi::xml_node root, bool is_1904) {
     const pugi::xml_node known = child_element(root, "workbookPr");
     if (attribute_is_true(known, "date1904", false) == is_1904) return;

@@ -4,11 +4,15 @@
 // sources include this header: it brings pugixml.
 #pragma once
 
+#include <cstddef>
+#include <map>
+#include <string>
 #include <string_view>
 
 #include <pugixml.hpp>
 
 #include "workbook/xlsx/sheet_list.h"
+#include "workbook/xlsx/table_columns.h"
 
 namespace workbook {
 
@@ -24,6 +28,12 @@ void write_sheets(pugi::xml_node workbook_element, const SheetList& sheets);
 /// The views stay at the sheets that they showed, or go to a visible one beside. Before
 /// `write_sheets`.
 void write_views(pugi::xml_node workbook_element, const SheetList& sheets);
+
+/// Structured references in defined names.
+void write_columns_in_names(pugi::xml_node workbook_element, const RenamedColumns& columns);
+
+/// Names of columns, by their positions, in the root of a table's part.
+void write_column_names(pugi::xml_node table, const std::map<std::size_t, std::string>& names);
 
 void write_date_system(pugi::xml_node workbook_element, bool is_1904);
 void write_recalculation(pugi::xml_node workbook_element);

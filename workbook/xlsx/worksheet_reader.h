@@ -50,6 +50,8 @@ struct WorksheetCells {
     StringPool own_strings;
     /// One past the greatest shared string index that a cell uses; 0 when none does.
     std::uint64_t shared_strings_end = 0;
+    /// One past the greatest index of a format that a cell or row has, 0 when none has one.
+    std::uint32_t formats_end = 0;
 };
 
 /// Reads the cells of `rows` and stops behind the last wanted row, in which case `tail` is left

@@ -41,6 +41,7 @@ bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
     try {
         auto opened = std::make_unique<BookContents>(open_package(path), path, error_message_);
         read_cells(*opened);
+        opened->close_package();
         contents_ = std::move(opened);
         load_failed_ = false;
         return true;
@@ -136,7 +137,13 @@ SheetKind XlsxBook::sheet_type(int index) const {
 }
 
 int XlsxBook::format_size() const {
-    return contents_ == nullptr ? 0 : static_cast<int>(contents_->formats.size());
+    if (contents_ == nullptr) return 0;
+    try {
+        contents_->need_styles();
+    } catch (const Error& error) {
+        error_message_ = error.what();
+    }
+    return static_cast<int>(contents_->formats.size());
 }
 
 Format* XlsxBook::format(int index) {
@@ -149,12 +156,7 @@ Format* XlsxBook::format(int index) {
 
 Format* XlsxBook::add_format() {
     Format* added = nullptr;
-    try_change([&added](BookContents& contents) {
-        if (contents.styles.size() >= kMaxCellFormats)
-            throw Error::refused("the workbook can hold no more cell formats");
-        const std::size_t index = contents.styles.add_format();
-        added = &contents.formats.emplace_back(contents.styles, index);
-    });
+    try_change([&added](BookContents& contents) { added = &contents.add_format(); });
     return added;
 }
 

@@ -60,6 +60,20 @@ void XlsxSheet::check_shared_strings() const {
     });
 }
 
+void XlsxSheet::mark_formats(std::size_t known, std::vector<bool>& formats) const {
+    for (const ColumnSpan& span : cells_.columns.spans)
+        if (span.has_format && span.format < formats.size()) formats[span.format] = true;
+    if (cells_.formats_end <= known) return;
+    std::uint32_t last = kMaxStoredFormat + 1; // neighbours are mostly alike
+    const auto mark = [&](std::uint32_t format) {
+        if (format != last && format < formats.size()) formats[format] = true;
+        last = format;
+    };
+    cells_.cells.for_each([&](int, const StoredCell& cell) { mark(cell.format); });
+    for (const RowFormat& row : cells_.row_formats)
+        mark(row.format);
+}
+
 CellKind XlsxSheet::cell_type(int row, int column) const {
     const StoredCell* cell = cells_.cells.find(row, column);
     return cell == nullptr ? CellKind::Empty

@@ -6,6 +6,7 @@
 
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
+#include "workbook/xlsx/table_columns.h"
 #include "workbook/xlsx/worksheet_reader.h"
 #include "workbook/xlsx/worksheet_rewriter.h"
 
@@ -24,14 +25,22 @@ class XlsxSheet final : public Sheet {
 
     /// Checks that the book has every shared string that a cell refers to. Throws `Error`.
     void check_shared_strings() const;
+    /// Sets what stands at the index of every format from `known` on that a cell, row or column
+    /// has; may set others.
+    void mark_formats(std::size_t known, std::vector<bool>& formats) const;
     std::uint64_t shared_strings_end() const { return cells_.shared_strings_end; }
     const SheetEntry& entry() const { return entry_; }
+    /// False while something of the package may still be read for this sheet.
+    bool is_complete() const { return tail_read_; }
 
     /// Whether the sheet was made empty, not read.
     bool is_new() const { return is_new_; }
     bool is_changed() const { return changes_.any(); }
     bool has_changed_cells() const { return changes_.cells; }
     bool uses_added_strings() const { return uses_added_strings_; }
+    /// What the columns of a table on this sheet are called. Cells of its header that were written
+    /// get a text of their own where they have none: applications accept nothing else there.
+    std::vector<std::string> header_names(const TableHeader& table);
     /// A guess of the size of the part that `write_part` makes.
     std::uint64_t expected_bytes() const;
     /// Writes the part with all changes since the load; see `rewrite_worksheet`. Throws `Error`.
@@ -89,6 +98,7 @@ class XlsxSheet final : public Sheet {
     bool find_format(const Format* format, std::uint32_t& index);
     bool write(int row, int column, const Format* format, StoredKind kind, StoredCell cell);
     double width_of(const StoredCell& cell) const;
+    std::string header_text(int row, int column, std::size_t position) const;
     std::string utf8_name() const;
 
     BookContents& contents_;

@@ -41,7 +41,8 @@ bool XlsxSheet::set_name(std::u16string_view name) {
         contents_.rename_sheet(entry_, name);
         return true;
     } catch (const Error& error) {
-        return fail(error.what());
+        contents_.error_message = error.what(); // it names the sheet
+        return false;
     }
 }
 
@@ -50,7 +51,8 @@ bool XlsxSheet::set_hidden(SheetState state) {
         contents_.set_sheet_state(entry_, state);
         return true;
     } catch (const Error& error) {
-        return fail(error.what());
+        contents_.error_message = error.what(); // it names the sheet
+        return false;
     }
 }
 
