@@ -6,11 +6,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <string_view>
 #include <utility>
 
 #include "foundation/ascii_case.h"
 #include "foundation/files.h"
+#include "foundation/never_destroyed.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
 #include "spreadsheet/gsheet/gsheet_book.h"
@@ -21,6 +23,13 @@ namespace spreadsheet {
 namespace {
 
 std::atomic<int> initialize_count{0};
+
+/// Held while the library starts or stops, so that whoever comes second finds it ready, and a stop
+/// does not take away what another thread has just started.
+std::mutex& start_and_stop() {
+    static foundation::NeverDestroyed<std::mutex> instance;
+    return instance.get();
+}
 
 void log_unavailable(const char* back_end) {
     auto& logger = getLogger();
@@ -206,11 +215,14 @@ void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
 }
 
 void initialize() {
-    if (initialize_count.fetch_add(1) == 0) gsheet::start_service();
+    const std::scoped_lock lock(start_and_stop());
+    if (initialize_count == 0) gsheet::start_service();
+    ++initialize_count; // not when the start has failed
 }
 
 void release() {
-    if (initialize_count.fetch_sub(1) == 1) gsheet::stop_service();
+    const std::scoped_lock lock(start_and_stop());
+    if (--initialize_count == 0) gsheet::stop_service();
 }
 
 foundation::log::basic_diagnostic_logger<char>& getLogger() {

@@ -41,16 +41,26 @@ std::optional<Range> corners_of(const std::u16string& text, book::format format)
     return {};
 }
 
+/// Whether the text of a range is what is wrong, and not the way to the sheet.
+bool is_about_range(error_id id) {
+    switch (id) {
+    case error_id::trailing_characters:
+    case error_id::range_not_parsed:
+    case error_id::named_range_not_found:
+    case error_id::range_too_large:
+    case error_id::cell_out_of_bounds:
+    case error_id::google_range_too_large:
+    case error_id::google_range_invalid:
+    case error_id::google_cell_out_of_bounds:
+        return true;
+    default:
+        return false;
+    }
+}
+
 Range find_range(const Selection& selection, const Options& options, book::format format) {
     if (options.range.empty()) return selection.sheet->used_range();
-    const std::u16string text = unicode::to_utf16(options.range);
-    try {
-        return sheet_range(text.data(), text.size(), selection.sheet, format, false, nullptr,
-                           nullptr);
-    } catch (const Exception& e) {
-        throw Exception(e.id(), "There is no range or name '" + options.range + "' on sheet '" +
-                                    unicode::to_utf8(selection.sheet_name) + "'.");
-    }
+    return range_on_sheet(options.range, selection.sheet, selection.sheet_name, format);
 }
 
 struct Rows {
@@ -138,6 +148,18 @@ std::size_t find_sheet(const IBook& book, const std::string& wanted) {
     const auto number = sheet_number(wanted);
     if (number && *number <= book.num_sheets()) return *number - 1;
     throw Exception(error_id::sheet_not_found, "There is no sheet '" + wanted + "'.");
+}
+
+Range range_on_sheet(const std::string& text, const std::shared_ptr<ISheet>& sheet,
+                     const std::u16string& name_of_sheet, book::format format) {
+    const std::u16string units = unicode::to_utf16(text);
+    try {
+        return sheet_range(units.data(), units.size(), sheet, format, false, nullptr, nullptr);
+    } catch (const Exception& e) {
+        if (!is_about_range(e.id())) throw;
+        throw Exception(e.id(), "There is no range or name '" + text + "' on sheet '" +
+                                    unicode::to_utf8(name_of_sheet) + "'.");
+    }
 }
 
 Selection open_selection(const Options& options, Extent extent) {

@@ -47,6 +47,13 @@ std::optional<std::size_t> sheet_number(const std::string& text);
 /// empty text. Error 6 of the library when there is none.
 std::size_t find_sheet(const spreadsheet::IBook& book, const std::string& wanted);
 
+/// The range that a text stands for, A1 or a name. What is wrong with the text is told with the
+/// sheet's name; other failures pass as they are.
+spreadsheet::Range range_on_sheet(const std::string& text,
+                                  const std::shared_ptr<spreadsheet::ISheet>& sheet,
+                                  const std::u16string& name_of_sheet,
+                                  spreadsheet::book::format format);
+
 /// A sheet and the cells of it that are wanted.
 struct Selection {
     std::shared_ptr<spreadsheet::IBook> book;

@@ -114,6 +114,11 @@ Failure describe(const spreadsheet::Exception& error, const Options& options,
         return {ExitCode::Failed,
                 options.book + ": The range has more rows than one reply may have; read it in "
                                "parts of at most 500,001 with --range."};
+    case error_id::internal:
+        if (!google_id(options.book) && options.google.empty())
+            return {ExitCode::Failed, options.book + ": " + message};
+        return {ExitCode::Service,
+                options.book + ": The service's reply cannot be understood; try again later."};
     case error_id::google_sheet_not_found:
         return {ExitCode::NotReadable, options.book + ": " + message};
     case error_id::google_identity_required:

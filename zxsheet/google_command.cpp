@@ -55,6 +55,9 @@ constexpr struct {
                                                   error.argument() + ".");
     for (const auto& known : kKnownErrors)
         if (error.identifier() == known.identifier) throw Exception(known.id);
+    // These have no identifier of their own, but their texts are passed on as they are.
+    for (const error_id id : {error_id::google_sheet_not_found, error_id::internal})
+        if (error.argument() == Exception(id).what()) throw Exception(id);
     throw Exception(error_id::google_unavailable, error.argument());
 }
 

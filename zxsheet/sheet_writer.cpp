@@ -20,6 +20,7 @@ using namespace spreadsheet;
 
 constexpr std::size_t kCellsPerBlock = 1 << 16;
 constexpr std::size_t kMaxTextUnits = 32'767;
+constexpr std::size_t kMaxOnlineTextUnits = 50'000;
 
 /// Serial number of the first day that a book can show whose dates count from 1904.
 constexpr double kFirstDay1904 = 1462;
@@ -32,9 +33,8 @@ bool has_value(const CellValue& cell) {
     return written_type(cell) != cell_type::text || !cell.text.empty();
 }
 
-bool is_too_long(const std::string& text) {
-    return text.size() > kMaxTextUnits &&
-           foundation::unicode::to_utf16(text).size() > kMaxTextUnits;
+bool is_too_long(const std::string& text, std::size_t max_units) {
+    return text.size() > max_units && foundation::unicode::to_utf16(text).size() > max_units;
 }
 
 } // namespace
@@ -51,9 +51,10 @@ void SheetWriter::add(const CellValue& cell) {
     const std::size_t column = count_ - open_row_begin_;
     if (column > static_cast<std::size_t>(book::get_col_limit(format_of(options_))))
         fail(next_row(), "has more columns than a sheet");
-    if (is_too_long(cell.text))
-        fail(next_row(), "has a text of more than the " + grouped(kMaxTextUnits) +
-                             " characters that a cell holds");
+    const std::size_t max_units = google_id(options_.book) ? kMaxOnlineTextUnits : kMaxTextUnits;
+    if (is_too_long(cell.text, max_units))
+        fail(next_row(),
+             "has a text of more than the " + grouped(max_units) + " characters that a cell holds");
     if (count_ == cells_.size()) cells_.emplace_back();
     CellValue& added = cells_[count_++];
     added = cell;

@@ -102,15 +102,7 @@ Range find_room(const Options& options, const DataPlace& place, const WriteTarge
     const book::format format = target.book->format();
     const bool from_data = options.range.empty();
     const std::string range_text = from_data ? place.range.value_or("A1") : options.range;
-    const std::u16string text = unicode::to_utf16(range_text);
-    Range range;
-    try {
-        range =
-            sheet_range(text.data(), text.size(), target.sheet, format, false, nullptr, nullptr);
-    } catch (const Exception& e) {
-        throw Exception(e.id(), "There is no range or name '" + range_text + "' on sheet '" +
-                                    unicode::to_utf8(target.sheet_name) + "'.");
-    }
+    const Range range = range_on_sheet(range_text, target.sheet, target.sheet_name, format);
     return from_data || range.count() == 1 ? room_from(range, format) : range;
 }
 

@@ -153,9 +153,10 @@ class CellReader : public ReplyEvents<CellReader> {
             } else if (key_ == Key::formula_value) {
                 value->kind = Value::Kind::formula;
             }
-        } else if (key_ == Key::type) {
-            if (place_ == Place::entered_number_format) draft_.entered_format.append(part);
-            if (place_ == Place::effective_number_format) draft_.effective_format.append(part);
+        } else if (place_ == Place::entered_number_format) {
+            if (key_ == Key::type) draft_.entered_format.append(part);
+        } else if (place_ == Place::effective_number_format) {
+            if (key_ == Key::type) draft_.effective_format.append(part);
         } else if (is_last) {
             note_stray();
         }

@@ -136,10 +136,16 @@ std::vector<Range> CellsToWrite::date_runs() const {
     return runs;
 }
 
+/// An empty text is none to the service, which leaves it out at the end of its values.
+bool CellsToWrite::has_value(const Cell& cell) const {
+    if (cell.type == cell_type::text) return !texts_[cell.text].empty();
+    return cell.type != cell_type::empty;
+}
+
 std::optional<Range> CellsToWrite::filled() const {
     std::optional<Range> filled;
     for (std::size_t index = 0; index < cells_.size(); ++index) {
-        if (cells_[index].type == cell_type::empty) continue;
+        if (!has_value(cells_[index])) continue;
         const int row = range_.first_row + static_cast<int>(index % rows_);
         const int column = range_.first_column + static_cast<int>(index / rows_);
         if (!filled) filled = Range{row, column, row, column};

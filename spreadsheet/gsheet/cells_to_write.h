@@ -42,6 +42,7 @@ class CellsToWrite {
     const Cell& at(std::size_t row, std::size_t column) const {
         return cells_[column * rows_ + row];
     }
+    bool has_value(const Cell& cell) const;
     void append_object(std::string& json, const Cell& cell) const;
     void append_value(std::string& json, const Cell& cell) const;
 

@@ -96,6 +96,7 @@ void GoogleSheetWorkbook::take_over(std::vector<SheetProperties> sheets, Known l
         if (gone.properties != nullptr) gone.properties->removed = true;
     sheets_ = std::move(entries);
     known_ = level;
+    ++revision_;
 }
 
 GoogleSheetWorkbook::Entry GoogleSheetWorkbook::make_entry(SheetProperties properties) const {
@@ -181,7 +182,8 @@ std::size_t GoogleSheetWorkbook::add_sheet(std::size_t index, const std::u16stri
     const Object* const added = gsheet::first_reply(reply, "addSheet");
     const Object* const told = added != nullptr ? gsheet::object_in(*added, "properties") : nullptr;
     if (told == nullptr) {
-        load_metadata(); // the sheet is there, whatever the reply left out
+        known_ = Known::nothing; // the sheet is there, whatever the reply left out
+        need(Known::everything);
         return std::min(index, sheets_.size() - 1);
     }
     const std::int64_t end = static_cast<std::int64_t>(sheets_.size());

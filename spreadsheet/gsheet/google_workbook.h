@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,6 +42,9 @@ class GoogleSheetWorkbook {
     /// The object of a sheet, the same one at every call; null for a kind of sheet that has none.
     std::shared_ptr<GoogleSheetWorksheet> worksheet(std::size_t index);
 
+    /// Counts the metadata that came; the sheets may be others than before whenever it differs.
+    std::uint64_t revision() const { return revision_; }
+
     /// Inserts a sheet, an empty one or a copy of the sheet at `source`, and returns the index that
     /// it came to.
     std::size_t add_sheet(std::size_t index, const std::u16string& name);
@@ -71,6 +75,7 @@ class GoogleSheetWorkbook {
     std::u16string title_;
     std::vector<Entry> sheets_; ///< in the order of the spreadsheet
     Known known_ = Known::nothing;
+    std::uint64_t revision_ = 0;
 };
 
 } // namespace spreadsheet

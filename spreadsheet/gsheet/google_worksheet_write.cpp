@@ -136,8 +136,9 @@ void GoogleSheetWorksheet::shrink_grid(const gsheet::GridPlan& plan) {
     forget_cells();
     send("deleteDimension", std::move(request));
     count = left;
-    if (is_by_rows && used_range_known_)
-        used_range_.last_row = std::min(used_range_.last_row, static_cast<int>(left) - 1);
+    if (!used_range_known_) return;
+    int& last = is_by_rows ? used_range_.last_row : used_range_.last_column;
+    last = std::min(last, static_cast<int>(left) - 1);
 }
 
 void GoogleSheetWorksheet::grow_grid(const char* dimension, std::int64_t length,

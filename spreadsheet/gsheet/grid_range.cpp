@@ -12,30 +12,15 @@ std::int64_t index_in(const Object& range, std::string_view key, std::int64_t ab
     return std::clamp<std::int64_t>(index, 0, GridRange::kUnbounded);
 }
 
-void append_unless_empty(std::vector<GridRange>& ranges, const GridRange& range) {
-    if (!range.is_empty()) ranges.push_back(range);
-}
-
-/// What is left of `whole` without `part`: at most four rectangles, above, below, left, right.
-void append_difference(std::vector<GridRange>& rest, const GridRange& whole,
-                       const GridRange& part) {
-    const GridRange common = intersection(whole, part);
-    if (common.is_empty()) {
-        rest.push_back(whole);
-        return;
+/// Whether the parts leave no gap in one row of `range`; they are ordered by their first columns.
+bool is_row_covered(std::int64_t row, const GridRange& range, const std::vector<GridRange>& parts) {
+    std::int64_t end = range.start_column; // of what is covered from the left without a gap
+    for (const GridRange& part : parts) {
+        if (row < part.start_row || row >= part.end_row) continue;
+        if (part.start_column > end) return false;
+        end = std::max(end, part.end_column);
     }
-    GridRange above = whole;
-    above.end_row = common.start_row;
-    GridRange below = whole;
-    below.start_row = common.end_row;
-    GridRange left = common;
-    left.start_column = whole.start_column;
-    left.end_column = common.start_column;
-    GridRange right = common;
-    right.start_column = common.end_column;
-    right.end_column = whole.end_column;
-    for (const GridRange& piece : {above, below, left, right})
-        append_unless_empty(rest, piece);
+    return end >= range.end_column;
 }
 
 } // namespace
@@ -67,15 +52,22 @@ GridRange intersection(const GridRange& a, const GridRange& b) {
 }
 
 bool is_covered(const GridRange& range, const std::vector<GridRange>& parts) {
-    std::vector<GridRange> rest{range};
+    std::vector<GridRange> inside;
+    std::vector<std::int64_t> rows{range.start_row}; // those before which the parts change
     for (const GridRange& part : parts) {
-        std::vector<GridRange> smaller;
-        for (const GridRange& piece : rest)
-            append_difference(smaller, piece, part);
-        rest = std::move(smaller);
-        if (rest.empty()) return true;
+        const GridRange common = intersection(range, part);
+        if (common.is_empty()) continue;
+        inside.push_back(common);
+        rows.push_back(common.start_row);
+        if (common.end_row < range.end_row) rows.push_back(common.end_row);
     }
-    return false;
+    std::sort(inside.begin(), inside.end(), [](const GridRange& a, const GridRange& b) {
+        return a.start_column < b.start_column;
+    });
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    return std::all_of(rows.begin(), rows.end(),
+                       [&](std::int64_t row) { return is_row_covered(row, range, inside); });
 }
 
 } // namespace gsheet

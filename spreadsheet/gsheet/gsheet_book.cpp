@@ -106,13 +106,15 @@ std::vector<std::u16string> GSheetWorkbook::get_sheet_names() const {
 
 std::shared_ptr<ISheet> GSheetWorkbook::sheet(std::size_t index) const {
     const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
-    return index < sheets_.size() ? sheets_[index] : nullptr;
+    const Sheets& sheets = listed_sheets();
+    return index < sheets.size() ? sheets[index] : nullptr;
 }
 
 std::shared_ptr<ISheet> GSheetWorkbook::sheet(const std::u16string& name) const {
     const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     const std::size_t index = index_of(name);
-    return index < sheets_.size() ? sheets_[index] : nullptr;
+    const Sheets& sheets = listed_sheets();
+    return index < sheets.size() ? sheets[index] : nullptr;
 }
 
 /// The names come from the metadata: chart sheets do not tell theirs.
@@ -134,7 +136,7 @@ GSheetWorkbook::object_of(const std::shared_ptr<GoogleSheetWorksheet>& worksheet
     return std::make_shared<GSheetWorksheet>(worksheet);
 }
 
-void GSheetWorkbook::init_sheets() {
+void GSheetWorkbook::init_sheets() const {
     Sheets sheets;
     Worksheets worksheets;
     const std::size_t count = implementation().sheet_count(false);
@@ -149,6 +151,14 @@ void GSheetWorkbook::init_sheets() {
     }
     sheets_ = std::move(sheets);
     worksheets_ = std::move(worksheets);
+    listed_revision_ = implementation().revision();
+}
+
+const GSheetWorkbook::Sheets& GSheetWorkbook::listed_sheets() const {
+    if (sheets_.empty()) return sheets_; // only names were asked for, or there is no book
+    implementation().sheet_count(false);
+    if (listed_revision_ != implementation().revision()) init_sheets();
+    return sheets_;
 }
 
 std::shared_ptr<ISheet> GSheetWorkbook::add_sheet(std::size_t index, const std::u16string& name,
@@ -176,9 +186,10 @@ std::shared_ptr<ISheet> GSheetWorkbook::move_sheet(const std::shared_ptr<ISheet>
     const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     if (index >= implementation().sheet_count(false))
         throw Exception(error_id::iterator_out_of_bounds);
-    const auto found = std::find(sheets_.begin(), sheets_.end(), sheet);
-    if (found == sheets_.end()) throw Exception(error_id::sheet_not_found);
-    const auto current = static_cast<std::size_t>(found - sheets_.begin());
+    const Sheets& sheets = listed_sheets();
+    const auto found = std::find(sheets.begin(), sheets.end(), sheet);
+    if (found == sheets.end()) throw Exception(error_id::sheet_not_found);
+    const auto current = static_cast<std::size_t>(found - sheets.begin());
     if (current == index) return sheet;
     const std::shared_ptr<ISheet> moved =
         sheet; // the caller may have passed an element of the list
@@ -190,9 +201,10 @@ std::shared_ptr<ISheet> GSheetWorkbook::move_sheet(const std::shared_ptr<ISheet>
 void GSheetWorkbook::reorder_sheet(std::size_t from, std::size_t to) {
     const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
     const std::size_t count = implementation().sheet_count(false);
-    if (from >= std::min(count, sheets_.size()) || to >= count)
+    const Sheets& sheets = listed_sheets();
+    if (from >= std::min(count, sheets.size()) || to >= count)
         throw Exception(error_id::sheet_not_found);
-    move_sheet(sheets_[from], to);
+    move_sheet(sheets[from], to);
 }
 
 // --- Loading and saving

@@ -5,6 +5,7 @@
 // the `init_` operations.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -68,7 +69,10 @@ class GSheetWorkbook : public IBook {
     using Worksheets = std::vector<std::shared_ptr<GoogleSheetWorksheet>>;
 
     /// Rebuilds the list; sheets that were in it keep their objects.
-    void init_sheets();
+    void init_sheets() const;
+    /// The list, rebuilt when the metadata had to be fetched anew after a change that failed half
+    /// way.
+    const std::vector<std::shared_ptr<ISheet>>& listed_sheets() const;
     void init_with(std::shared_ptr<GoogleSheetWorkbook> implementation);
     /// `Exception` 9 before an `init_` operation.
     GoogleSheetWorkbook& implementation() const;
@@ -77,8 +81,9 @@ class GSheetWorkbook : public IBook {
     std::size_t index_of(const std::u16string& name) const;
 
     std::shared_ptr<GoogleSheetWorkbook> implementation_; ///< null before an `init_` operation
-    Sheets sheets_;
-    Worksheets worksheets_; ///< what stands behind the sheets
+    mutable Sheets sheets_;
+    mutable Worksheets worksheets_;             ///< what stands behind the sheets
+    mutable std::uint64_t listed_revision_ = 0; ///< of the metadata that the list was made from
     bool loaded_ = false;
     bool sheet_names_only_ = false;
     const book::format format_;

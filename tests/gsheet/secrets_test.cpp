@@ -122,6 +122,8 @@ TEST_F(SecretsTest, AreReplacedWhereverTheyStand) {
     const Credentials set("a+b", "key");
     EXPECT_EQ(without_secrets("a+b, key=key; a%2Bb; AIza-MARKED-stored"), "***, ***=***; ***; ***");
     EXPECT_EQ(without_secrets("nothing here"), "nothing here");
+    const Credentials nested("AIza-MARKED-sto", "AIza");
+    EXPECT_EQ(without_secrets("AIza-MARKED-stored"), "***") << "no end of it is left over";
     EXPECT_EQ(without_secrets(""), "");
 }
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "spreadsheet/gsheet/utils/service_log.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "foundation/http/http_message.h"
 #include "foundation/oauth.h"
 #include "foundation/unicode.h"
@@ -28,11 +31,15 @@ void hide(std::string& text, const std::string& secret) {
 } // namespace
 
 std::string without_secrets(std::string_view text) {
-    std::string cleaned(text);
+    std::vector<std::string> secrets = foundation::oauth::stored_keys();
     for (const char* kind : {"accesstoken", "apikey"})
-        hide(cleaned, foundation::unicode::to_utf8(getCredential(kind)));
-    for (const std::string& key : foundation::oauth::stored_keys())
-        hide(cleaned, key);
+        secrets.push_back(foundation::unicode::to_utf8(getCredential(kind)));
+    // A secret may be the beginning of another, whose rest would be left over.
+    std::sort(secrets.begin(), secrets.end(),
+              [](const auto& a, const auto& b) { return a.size() > b.size(); });
+    std::string cleaned(text);
+    for (const std::string& secret : secrets)
+        hide(cleaned, secret);
     return cleaned;
 }
 

@@ -40,6 +40,12 @@ TEST(CellReply, KeepsCellsInTheirPlaces) {
         {"null for a cell and a row", in_rows(R"(null, {"values": [null, )" + one + "]}"), "0001"},
         {"other things for a cell and a row",
          in_rows(R"("row", {"values": [[)" + one + "], " + one + "]}"), "0001"},
+        {"a text for a row behind a format",
+         in_rows(
+             R"({"values": [{"userEnteredFormat": {"numberFormat": {"type": "DATE"}}}]}, "row",
+                {"values": [)" +
+             one + "]}"),
+         "0000"},
         {"a second sheet and a second block",
          R"({"sheets": [{"data": [{"rowData": []}, {"rowData": [{"values": [)" + one +
              R"(]}]}]}, {"data": [{"rowData": [{"values": [)" + one + "]}]}]}]}",

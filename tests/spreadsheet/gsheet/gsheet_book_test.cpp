@@ -260,6 +260,35 @@ TEST_F(GSheetBook, TakesACopyAwayThatCannotBePlaced) {
     EXPECT_EQ(names_of_objects(*book), u"A B ");
 }
 
+TEST_F(GSheetBook, FindsItsSheetsAfterAnAdditionWithoutMetadata) {
+    const struct {
+        const char* about;
+        const char16_t* source;
+        std::vector<test::Reply> replies;
+        int id;
+    } cases[] = {
+        {"a copy", u"B", {{R"({"sheetId": 77})"}, {"{}"}, refusal(500, "x")}, 47},
+        {"a copy that stays where it was put",
+         u"B",
+         {{R"({"sheetId": 77})"}, refusal(500, "x"), refusal(503, "x")},
+         47},
+        {"an empty sheet", u"", {{"{}"}, refusal(503, "x")}, 48},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.about);
+        const auto book = open_letters(2);
+        const auto second = book->sheet(std::size_t{1});
+        answer(c.replies);
+        EXPECT_EQ(thrown_id([&] { add_sheet(book, 0, u"New", c.source); }), c.id);
+        requests();
+        answer(metadata({sheet_json("New", 77), sheet_json("A", 0), sheet_json("B", 1)}));
+        EXPECT_EQ(book->sheet(u"b"), second);
+        EXPECT_EQ(names_of_objects(*book), u"New A B ");
+        EXPECT_EQ(names(*book), u"New A B ");
+        EXPECT_EQ(requests(), (std::vector<Sent>{{"GET", kAllFields}}));
+    }
+}
+
 TEST_F(GSheetBook, RemovesASheet) {
     const auto book = open_letters(3);
     const auto gone = book->sheet(std::size_t{1});

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "spreadsheet/gsheet/grid_range.h"
 #include "tests/spreadsheet/gsheet/scripted_service.h"
 #include "tests/spreadsheet/thrown_id.h"
 
@@ -95,6 +96,25 @@ TEST_F(GSheetRanges, FindsNamedRanges) {
     for (const int id : {23, 47, 42})
         EXPECT_EQ(thrown_id([&] { sheet->named_range(u"Sales"); }), id);
     requests();
+}
+
+TEST(GridRange, IsCoveredByManyPartsInReasonableTime) {
+    // Every second column and every second row: what is left are a million single cells.
+    constexpr std::int64_t kCount = 2000;
+    const gsheet::GridRange whole{0, kCount, 0, kCount};
+    std::vector<gsheet::GridRange> parts;
+    for (std::int64_t at = 0; at < kCount; at += 2) {
+        parts.push_back({0, kCount, at, at + 1});
+        parts.push_back({at, at + 1, 0, kCount});
+    }
+    EXPECT_FALSE(gsheet::is_covered(whole, parts));
+    EXPECT_TRUE(gsheet::is_covered({4, 5, 0, kCount}, parts));
+    EXPECT_FALSE(gsheet::is_covered({4, 6, 6, 8}, parts));
+    for (std::int64_t at = 1; at < kCount; at += 2)
+        parts.push_back({at, at + 1, 0, kCount});
+    EXPECT_TRUE(gsheet::is_covered(whole, parts));
+    parts.pop_back();
+    EXPECT_FALSE(gsheet::is_covered(whole, parts)) << "the last row";
 }
 
 TEST_F(GSheetRanges, TellsOfTheSheetWithoutARequest) {

@@ -261,6 +261,24 @@ TEST_F(GSheetWriting, CutsColumnsBehindTheUsedOnes) {
                                 "endIndex": 10000}})"));
     EXPECT_EQ(sent[3], append_request("ROWS", 4000));
     EXPECT_EQ(sheet->used_range(), (Range{0, 0, 4999, 0})) << "what was written counts as used";
+    Cells empty{{{cell_type::text, 0, u""}}};
+    answer("{}");
+    sheet->write({4999, 9, 4999, 9}, empty.all_types(), empty.provider(), false);
+    EXPECT_EQ(sheet->used_range(), (Range{0, 0, 4999, 0})) << "an empty text does not";
+    requests();
+}
+
+TEST_F(GSheetWriting, KnowsNoUsedColumnBehindTheGrid) {
+    const auto sheet = open_sheet(1000, 10'000);
+    std::string columns = "[1]";
+    for (int column = 1; column <= 2000; ++column)
+        columns += ",[1]";
+    answer({{R"({"values": [)" + columns + "]}"}, {R"({"values": [[1]]})"}});
+    EXPECT_EQ(sheet->used_range(), (Range{0, 0, 0, 2000}));
+    answer({{"{}"}, {"{}"}, {"{}"}});
+    write_numbers(*sheet, {0, 0, 4999, 0});
+    EXPECT_EQ(sheet->used_range(), (Range{0, 0, 4999, 1999}));
+    requests();
 }
 
 TEST_F(GSheetWriting, RefusesBeforeAnyRequest) {
