@@ -9,11 +9,11 @@
 #include <benchmark/benchmark.h>
 
 #include "foundation/unicode.h"
-#include "workbook/package/byte_source.h"
-#include "workbook/xlsx/plain_number.h"
-#include "workbook/xlsx/shared_strings.h"
-#include "workbook/xlsx/worksheet_reader.h"
-#include "workbook/xml/cell_reference.h"
+#include "workbook/cells/cell_reference.h"
+#include "workbook/io/byte_source.h"
+#include "workbook/xlsx/reading/decimal_number.h"
+#include "workbook/xlsx/reading/shared_strings.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <benchmark/benchmark.h>
 
 #include "tests/workbook/memory_source.h"
-#include "workbook/xlsx/worksheet_rewriter.h"
+#include "workbook/xlsx/writing/worksheet_rewriter.h"
 
 namespace workbook {
 namespace {

@@ -2,7 +2,7 @@
 //
 // ZIP containers: the directory and every entry of it.
 #include "fuzz/parse.h"
-#include "workbook/package/zip_archive.h"
+#include "workbook/zip/zip_archive.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return workbook::fuzz::run(data, size, [](const std::string& text) {

@@ -2,7 +2,7 @@
 //
 // Formulas of defined names.
 #include "fuzz/parse.h"
-#include "workbook/xlsx/defined_names.h"
+#include "workbook/xlsx/reading/defined_names.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return workbook::fuzz::run(data, size,

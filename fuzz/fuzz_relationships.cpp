@@ -2,8 +2,8 @@
 //
 // Relationships parts and content types.
 #include "fuzz/parse.h"
-#include "workbook/package/content_types.h"
-#include "workbook/package/relationships.h"
+#include "workbook/opc/content_types.h"
+#include "workbook/opc/relationships.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return workbook::fuzz::run(data, size, [](const std::string& text) {

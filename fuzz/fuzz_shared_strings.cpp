@@ -2,7 +2,7 @@
 //
 // Shared strings parts, read in small pieces.
 #include "fuzz/parse.h"
-#include "workbook/xlsx/shared_strings.h"
+#include "workbook/xlsx/reading/shared_strings.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return workbook::fuzz::run(data, size, [](const std::string& text) {

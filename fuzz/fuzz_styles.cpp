@@ -3,7 +3,7 @@
 // Styles parts, and the input as a number format code.
 #include "fuzz/parse.h"
 #include "workbook/number_format/date_format.h"
-#include "workbook/xlsx/styles.h"
+#include "workbook/xlsx/reading/styles.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return workbook::fuzz::run(data, size, [](const std::string& text) {

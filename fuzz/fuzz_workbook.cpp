@@ -3,7 +3,7 @@
 // The workbook part of an otherwise sound package.
 #include "fuzz/parse.h"
 #include "tests/workbook/zip_builder.h"
-#include "workbook/xlsx/workbook_part.h"
+#include "workbook/xlsx/reading/workbook_part.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return workbook::fuzz::run(data, size, [](const std::string& text) {

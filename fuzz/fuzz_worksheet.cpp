@@ -2,7 +2,7 @@
 //
 // Worksheet parts: whole, some rows, and what stands behind the cells.
 #include "fuzz/parse.h"
-#include "workbook/xlsx/worksheet_reader.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return workbook::fuzz::run(data, size, [](const std::string& text) {

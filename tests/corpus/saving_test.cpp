@@ -17,8 +17,8 @@
 #include "tests/corpus/oracle.h"
 #include "workbook/library.h"
 #include "workbook/limits.h"
-#include "workbook/package/opc_package.h"
-#include "workbook/package/part_name.h"
+#include "workbook/opc/opc_package.h"
+#include "workbook/opc/part_name.h"
 
 namespace corpus {
 namespace {

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/workbook/memory_source.h"
-#include "workbook/package/xml_tree.h"
-#include "workbook/xlsx/blank_package.h"
-#include "workbook/xlsx/styles.h"
-#include "workbook/xlsx/workbook_locator.h"
-#include "workbook/xlsx/workbook_part.h"
-#include "workbook/xlsx/worksheet_reader.h"
+#include "workbook/xlsx/reading/styles.h"
+#include "workbook/xlsx/reading/workbook_locator.h"
+#include "workbook/xlsx/reading/workbook_part.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
+#include "workbook/xlsx/writing/blank_package.h"
+#include "workbook/xml/xml_tree.h"
 
 namespace workbook {
 namespace {

@@ -11,10 +11,10 @@
 
 #include "tests/workbook/memory_source.h"
 #include "workbook/cells/cell_store.h"
-#include "workbook/xlsx/escaped_text.h"
-#include "workbook/xlsx/iso_date.h"
-#include "workbook/xlsx/plain_number.h"
-#include "workbook/xlsx/shared_strings.h"
+#include "workbook/xlsx/reading/decimal_number.h"
+#include "workbook/xlsx/reading/escaped_text.h"
+#include "workbook/xlsx/reading/iso_date.h"
+#include "workbook/xlsx/reading/shared_strings.h"
 
 namespace workbook::test {
 namespace {

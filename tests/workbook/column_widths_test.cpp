@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "workbook/xlsx/column_widths.h"
+#include "workbook/xlsx/reading/column_widths.h"
 
 namespace workbook {
 namespace {

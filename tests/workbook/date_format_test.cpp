@@ -5,7 +5,7 @@
 
 #include "tests/workbook/memory_source.h"
 #include "workbook/number_format/date_format.h"
-#include "workbook/xlsx/styles.h"
+#include "workbook/xlsx/reading/styles.h"
 
 namespace workbook {
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/unicode.h"
-#include "workbook/xlsx/defined_names.h"
+#include "workbook/xlsx/reading/defined_names.h"
 
 namespace workbook {
 namespace {

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "workbook/xml/cell_reference.h"
+#include "workbook/cells/cell_reference.h"
 
 namespace workbook::test {
 

@@ -8,8 +8,8 @@
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/zip_builder.h"
 #include "workbook/error.h"
-#include "workbook/package/entry_source.h"
-#include "workbook/package/inflate.h"
+#include "workbook/zip/entry_source.h"
+#include "workbook/zip/inflate.h"
 
 namespace workbook {
 namespace {

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <string>
 
-#include "workbook/package/byte_source.h"
+#include "workbook/io/byte_source.h"
 
 namespace workbook::test {
 

@@ -7,7 +7,7 @@
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/zip_builder.h"
 #include "workbook/error.h"
-#include "workbook/package/package_writer.h"
+#include "workbook/opc/package_writer.h"
 
 namespace workbook {
 namespace {

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/workbook/string_sink.h"
-#include "workbook/package/packer.h"
+#include "workbook/zip/packer.h"
 
 namespace workbook {
 namespace {

@@ -5,9 +5,9 @@
 
 #include "tests/workbook/memory_source.h"
 #include "workbook/error.h"
-#include "workbook/package/content_types.h"
-#include "workbook/package/part_name.h"
-#include "workbook/package/relationships.h"
+#include "workbook/opc/content_types.h"
+#include "workbook/opc/part_name.h"
+#include "workbook/opc/relationships.h"
 
 namespace workbook {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "tests/workbook/memory_source.h"
 #include "workbook/formula/formula_text.h"
-#include "workbook/xlsx/reference_rewriter.h"
+#include "workbook/xlsx/structure/reference_rewriter.h"
 
 namespace workbook {
 namespace {

@@ -10,8 +10,8 @@
 
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/string_sink.h"
-#include "workbook/xlsx/worksheet_rewriter.h"
-#include "workbook/xml/cell_reference.h"
+#include "workbook/cells/cell_reference.h"
+#include "workbook/xlsx/writing/worksheet_rewriter.h"
 
 namespace workbook::test {
 

@@ -21,7 +21,7 @@
 #include "tests/failing_output.h"
 #include "tests/workbook/scratch_folder.h"
 #include "workbook/library.h"
-#include "workbook/package/opc_package.h"
+#include "workbook/opc/opc_package.h"
 #include "workbook/xlsx/xlsx_book.h"
 
 namespace workbook {

@@ -13,9 +13,9 @@
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/string_sink.h"
 #include "workbook/error.h"
-#include "workbook/package/xml_tree.h"
-#include "workbook/xlsx/shared_strings.h"
-#include "workbook/xlsx/shared_strings_writer.h"
+#include "workbook/xlsx/reading/shared_strings.h"
+#include "workbook/xlsx/writing/shared_strings_writer.h"
+#include "workbook/xml/xml_tree.h"
 
 namespace workbook {
 namespace {

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/workbook/structured_book.h"
-#include "workbook/package/content_types.h"
-#include "workbook/package/part_name.h"
-#include "workbook/package/text_source.h"
+#include "workbook/io/text_source.h"
+#include "workbook/opc/content_types.h"
+#include "workbook/opc/part_name.h"
 
 namespace workbook {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "workbook/package/byte_sink.h"
+#include "workbook/io/byte_sink.h"
 
 namespace workbook::test {
 

@@ -6,7 +6,7 @@
 
 #include "foundation/unicode.h"
 #include "tests/workbook/memory_source.h"
-#include "workbook/package/part_name.h"
+#include "workbook/opc/part_name.h"
 
 namespace workbook::test {
 

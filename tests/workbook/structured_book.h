@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "tests/workbook/zip_builder.h"
-#include "workbook/xlsx/workbook_editor.h"
+#include "workbook/xlsx/structure/workbook_editor.h"
 
 namespace workbook::test {
 

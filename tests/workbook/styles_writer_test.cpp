@@ -6,7 +6,7 @@
 
 #include "tests/workbook/memory_source.h"
 #include "workbook/error.h"
-#include "workbook/xlsx/styles_writer.h"
+#include "workbook/xlsx/writing/styles_writer.h"
 
 namespace workbook {
 namespace {

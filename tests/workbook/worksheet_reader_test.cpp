@@ -7,9 +7,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/workbook/memory_source.h"
+#include "workbook/cells/cell_reference.h"
 #include "workbook/error.h"
-#include "workbook/xlsx/worksheet_reader.h"
-#include "workbook/xml/cell_reference.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 
 namespace workbook::test {
 namespace {

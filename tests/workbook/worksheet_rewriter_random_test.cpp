@@ -11,7 +11,7 @@
 #include <pugixml.hpp>
 
 #include "tests/workbook/rewrite.h"
-#include "workbook/xlsx/cell_markup.h"
+#include "workbook/xlsx/writing/cell_markup.h"
 
 namespace workbook::test {
 namespace {

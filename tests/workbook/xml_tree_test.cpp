@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/workbook/memory_source.h"
-#include "workbook/package/xml_tree.h"
+#include "workbook/xml/xml_tree.h"
 
 namespace workbook {
 namespace {

@@ -7,8 +7,8 @@
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/zip_builder.h"
 #include "workbook/error.h"
-#include "workbook/package/opc_package.h"
-#include "workbook/package/zip_archive.h"
+#include "workbook/opc/opc_package.h"
+#include "workbook/zip/zip_archive.h"
 
 namespace workbook {
 namespace {

@@ -13,8 +13,8 @@
 #include "tests/workbook/sparse_file.h"
 #include "tests/workbook/zip_builder.h"
 #include "workbook/error.h"
-#include "workbook/package/little_endian.h"
-#include "workbook/package/zip_writer.h"
+#include "workbook/io/little_endian.h"
+#include "workbook/zip/zip_writer.h"
 
 namespace workbook {
 namespace {

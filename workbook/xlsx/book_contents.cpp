@@ -7,8 +7,8 @@
 
 #include "workbook/error.h"
 #include "workbook/limits.h"
-#include "workbook/xlsx/shared_strings.h"
-#include "workbook/xlsx/workbook_editor.h"
+#include "workbook/xlsx/reading/shared_strings.h"
+#include "workbook/xlsx/structure/workbook_editor.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {

@@ -13,10 +13,10 @@
 #include "workbook/cells/string_pool.h"
 #include "workbook/cells/string_set.h"
 #include "workbook/library.h"
-#include "workbook/package/opc_package.h"
-#include "workbook/xlsx/styles.h"
-#include "workbook/xlsx/workbook_part.h"
-#include "workbook/xlsx/worksheet_reader.h"
+#include "workbook/opc/opc_package.h"
+#include "workbook/xlsx/reading/styles.h"
+#include "workbook/xlsx/reading/workbook_part.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 
 namespace workbook {
 

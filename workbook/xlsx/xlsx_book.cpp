@@ -12,8 +12,8 @@
 #include "foundation/unicode.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
-#include "workbook/xlsx/blank_package.h"
-#include "workbook/xlsx/book_saver.h"
+#include "workbook/xlsx/writing/blank_package.h"
+#include "workbook/xlsx/writing/book_saver.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
@@ -34,16 +34,10 @@ XlsxBook::XlsxBook(foundation::files::OutputOpener open_output)
     : open_output_(std::move(open_output)) {}
 XlsxBook::~XlsxBook() = default;
 
-template <class ReadCells>
-bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
-    contents_.reset();
-    load_failed_ = true;
+template <class Action>
+bool XlsxBook::attempt(const Action& action) {
     try {
-        auto opened = std::make_unique<BookContents>(open_package(path), path, error_message_);
-        read_cells(*opened);
-        opened->close_package();
-        contents_ = std::move(opened);
-        load_failed_ = false;
+        action();
         return true;
     } catch (const std::bad_alloc&) {
         throw;
@@ -51,6 +45,19 @@ bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
         error_message_ = error.what();
         return false;
     }
+}
+
+template <class ReadCells>
+bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
+    contents_.reset();
+    load_failed_ = true;
+    return attempt([&] {
+        auto opened = std::make_unique<BookContents>(open_package(path), path, error_message_);
+        read_cells(*opened);
+        opened->close_package();
+        contents_ = std::move(opened);
+        load_failed_ = false;
+    });
 }
 
 BookContents& XlsxBook::contents() {
@@ -65,15 +72,7 @@ BookContents& XlsxBook::contents() {
 
 template <class Change>
 bool XlsxBook::try_change(const Change& change) {
-    try {
-        change(contents());
-        return true;
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception& error) {
-        error_message_ = error.what();
-        return false;
-    }
+    return attempt([&] { change(contents()); });
 }
 
 bool XlsxBook::load(std::u16string_view path) {

@@ -10,7 +10,7 @@
 #include "foundation/output_file.h"
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
-#include "workbook/xlsx/worksheet_reader.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 
 namespace workbook {
 
@@ -48,11 +48,15 @@ class XlsxBook final : public Book {
     const char* error_message() const override { return error_message_.c_str(); }
 
   private:
-    /// Opens the book and lets `read_cells` fill it; every failure ends in `error_message_`.
+    /// Runs `action()`; what it throws, memory that runs out excepted, becomes the error message
+    /// and the answer false.
+    template <class Action>
+    bool attempt(const Action& action);
+    /// Opens the book and lets `read_cells` fill it.
     template <class ReadCells>
     bool open(std::u16string_view path, const ReadCells& read_cells);
     bool load_rows(std::u16string_view path, int sheet_index, RowSpan rows);
-    /// Runs `change(contents)`; an `Error` becomes the error message and the answer false.
+    /// Attempts `change(contents)`.
     template <class Change>
     bool try_change(const Change& change);
     /// The loaded book, or a new one. Throws `Error` when the last load failed.

@@ -6,8 +6,8 @@
 #include <algorithm>
 
 #include "foundation/unicode.h"
+#include "workbook/cells/cell_reference.h"
 #include "workbook/error.h"
-#include "workbook/xml/cell_reference.h"
 
 namespace workbook {
 

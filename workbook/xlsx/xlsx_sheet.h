@@ -6,9 +6,9 @@
 
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
-#include "workbook/xlsx/table_columns.h"
-#include "workbook/xlsx/worksheet_reader.h"
-#include "workbook/xlsx/worksheet_rewriter.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
+#include "workbook/xlsx/structure/table_columns.h"
+#include "workbook/xlsx/writing/worksheet_rewriter.h"
 
 namespace workbook {
 

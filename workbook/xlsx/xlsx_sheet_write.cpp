@@ -6,9 +6,9 @@
 #include <map>
 
 #include "foundation/unicode.h"
+#include "workbook/cells/cell_reference.h"
 #include "workbook/error.h"
 #include "workbook/xlsx/xlsx_sheet.h"
-#include "workbook/xml/cell_reference.h"
 
 namespace workbook {
 

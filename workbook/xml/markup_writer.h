@@ -9,7 +9,7 @@
 #include <memory>
 #include <string_view>
 
-#include "workbook/package/byte_sink.h"
+#include "workbook/io/byte_sink.h"
 
 namespace workbook {
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-#include "workbook/package/byte_source.h"
+#include "workbook/io/byte_source.h"
 #include "workbook/xml/find_byte.h"
 
 namespace workbook {
