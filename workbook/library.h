@@ -2,14 +2,19 @@
 //
 // The workbook library: abstract books, sheets and formats, exactly the operations that the file
 // back-end uses. Rows and columns are zero-based, `end_` bounds are one past the last. An operation
-// that fails answers false or null, changes nothing and leaves its reason in `Book::error_message`;
-// none throws, except std::bad_alloc. One thread at a time per book.
+// that fails returns false or null, changes nothing and leaves its reason in `Book::error_kind` and
+// `Book::error_message`. None throws, except std::bad_alloc, which is the reason then as well
+// (`ErrorKind::Memory`). One thread at a time per book.
 #pragma once
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "foundation/files.h"
+#include "workbook/error_kind.h"
 
 namespace workbook {
 
@@ -199,7 +204,11 @@ class Book {
     /// What the last save that succeeded did; all 0 before.
     virtual SaveCounts last_save() const = 0;
 
-    /// The reason of the last failure in UTF-8, "ok" when there was none.
+    /// The kind of the last failure, `None` when there was none.
+    virtual ErrorKind error_kind() const = 0;
+    /// The platform's problem where the kind is `File` and the platform had one; else nullopt.
+    virtual std::optional<foundation::files::FileProblem> file_problem() const = 0;
+    /// The reason of the last failure in UTF-8, "ok" when there was none. Lives until the next.
     virtual const char* error_message() const = 0;
 };
 

@@ -13,6 +13,7 @@
 #include "foundation/unicode.h"
 #include "spreadsheet/cell_iterator.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/failure.h"
 #include "spreadsheet/gsheet/cell_conversion.h"
 #include "spreadsheet/gsheet/cell_reply.h"
 #include "spreadsheet/gsheet/google_worksheet.h"
@@ -99,10 +100,12 @@ const Object* find_named_range(const Object& reply, const std::u16string& name) 
     return nullptr;
 }
 
-/// The service says so of a name that it does not know.
+/// Whether the service refused the name that was the request's only argument. Refusals for another
+/// cause, such as an API key that is not valid, give a reason.
 bool is_unknown_range(const Exception& failure) {
-    return failure.id() == error_id::google_unavailable &&
-           std::string_view(failure.what()).find("Unable to parse range") != std::string_view::npos;
+    const ServiceReason service = failure_of(failure).service;
+    return service.http_status == 400 && service.status == "INVALID_ARGUMENT" &&
+           service.reason.empty();
 }
 
 } // namespace

@@ -14,12 +14,12 @@
 namespace workbook {
 
 BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_view path,
-                           std::string& error_text)
+                           LastError& last_error)
     : package(std::move(opened)),
       source_path(path),
       workbook(read_workbook_part(*package)),
       sheets(workbook.sheets.size()),
-      error_message(error_text) {}
+      error(last_error) {}
 
 BookContents::~BookContents() = default;
 
@@ -60,7 +60,8 @@ XlsxFormat& BookContents::add_format() {
     }
     for (bool is_claimed = true; is_claimed;) {
         if (styles.size() >= kMaxCellFormats)
-            throw Error::refused("the workbook can hold no more cell formats");
+            throw Error::limit("the workbook",
+                               "more than " + std::to_string(kMaxCellFormats) + " cell formats");
         is_claimed = claimed_formats_[styles.size()];
         const std::size_t index = styles.add_format();
         formats.emplace_back(styles, index);
@@ -110,9 +111,8 @@ void BookContents::open_package() {
     if (package->is_open()) return;
     try {
         package->reopen(foundation::files::open_for_reading(source_path));
-    } catch (const foundation::files::FileError& error) {
-        throw Error::file(std::string("the file that was loaded cannot be opened again: ") +
-                          error.what());
+    } catch (const foundation::files::FileError& problem) {
+        throw Error::file(problem, "the file that was loaded cannot be opened again");
     }
 }
 

@@ -12,6 +12,7 @@
 
 #include "workbook/cells/string_pool.h"
 #include "workbook/cells/string_set.h"
+#include "workbook/last_error.h"
 #include "workbook/library.h"
 #include "workbook/opc/opc_package.h"
 #include "workbook/xlsx/reading/styles.h"
@@ -41,10 +42,10 @@ class XlsxFormat final : public Format {
 };
 
 struct BookContents {
-    /// `error_text` is where the book keeps the reason of its last failure; `path` is where the
+    /// `last_error` is where the book keeps its last failure; `path` is where the
     /// package was opened, empty for one in memory.
     BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_view path,
-                 std::string& error_text);
+                 LastError& last_error);
     ~BookContents();
     BookContents(const BookContents&) = delete;
     BookContents& operator=(const BookContents&) = delete;
@@ -89,7 +90,7 @@ struct BookContents {
     StringPool shared_strings;
     StringSet added_strings;                        ///< written to cells, in any sheet
     std::vector<std::unique_ptr<XlsxSheet>> sheets; ///< by index; null where no cells were loaded
-    std::string& error_message;
+    LastError& error;
     std::u16string text; ///< the text last handed out
 
   private:

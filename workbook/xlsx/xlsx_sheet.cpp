@@ -180,9 +180,9 @@ const WorksheetTail& XlsxSheet::tail() const {
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const Error& error) {
-        contents_.error_message = error.in_sheet(utf8_name()).what();
+        contents_.error.set(error.in_sheet(utf8_name()));
     } catch (const std::exception& error) {
-        contents_.error_message = error.what();
+        contents_.error.set(error);
     }
     return tail_;
 }

@@ -23,7 +23,7 @@ std::string place_name(int row, int column) {
 } // namespace
 
 bool XlsxSheet::fail(const std::string& reason) const {
-    contents_.error_message = "sheet \"" + utf8_name() + "\": " + reason;
+    contents_.error.set(ErrorKind::Refused, "sheet \"" + utf8_name() + "\": " + reason);
     return false;
 }
 
@@ -41,7 +41,7 @@ bool XlsxSheet::set_name(std::u16string_view name) {
         contents_.rename_sheet(entry_, name);
         return true;
     } catch (const Error& error) {
-        contents_.error_message = error.what(); // it names the sheet
+        contents_.error.set(error); // it names the sheet
         return false;
     }
 }
@@ -51,7 +51,7 @@ bool XlsxSheet::set_hidden(SheetState state) {
         contents_.set_sheet_state(entry_, state);
         return true;
     } catch (const Error& error) {
-        contents_.error_message = error.what(); // it names the sheet
+        contents_.error.set(error); // it names the sheet
         return false;
     }
 }

@@ -32,7 +32,9 @@ void read_merged_regions(XmlScanner& scanner, std::vector<MergedRegion>& regions
             scanner.fail("merged region \"" + std::string(reference.substr(0, 40)) +
                          "\" is not a range of a sheet");
         if (regions.size() == kMaxMergedRegions)
-            throw Error::limit(scanner.window().part_name(), "it has too many merged regions");
+            throw Error::limit(scanner.window().part_name(), "more than " +
+                                                                 std::to_string(kMaxMergedRegions) +
+                                                                 " merged regions");
         regions.push_back({area->first_row, area->last_row, area->first_column, area->last_column});
     }
 }
@@ -60,7 +62,9 @@ void read_columns(XmlScanner& scanner, WorksheetColumns& columns) {
     while (scanner.depth() >= depth) {
         scanner.next();
         if (markup.size() + scanner.raw().size() > kMaxTokenBytes)
-            throw Error::limit(scanner.window().part_name(), "it has too many columns");
+            throw Error::limit(scanner.window().part_name(),
+                               "more than " + std::to_string(kMaxTokenBytes >> 20) +
+                                   " MiB of column elements");
         markup += scanner.raw();
     }
     const std::vector<ColumnSpan> spans = read_column_spans(markup);

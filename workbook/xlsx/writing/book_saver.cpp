@@ -179,7 +179,7 @@ SaveCounts save_book(BookContents& book, std::u16string_view path,
             return {0, counts.copied + counts.written, 0};
         return {counts.copied, counts.written, counts.dropped};
     } catch (const FileError& error) {
-        throw Error::file(error.what());
+        throw Error::file(error);
     }
 }
 

@@ -152,7 +152,8 @@ void FormulaGroups::note_shared(const SourceFormula& formula, const CellReferenc
     group.first_row = std::min(group.first_row, place.row);
     group.last_row = std::max(group.last_row, place.row);
     if (shared_.size() > kMaxFormulaGroups)
-        throw Error::limit(part_name_, "it has too many shared formulas");
+        throw Error::limit(part_name_,
+                           "more than " + std::to_string(kMaxFormulaGroups) + " shared formulas");
     if (formula.text.empty()) return;
     const bool is_lost = changed.holds(place.row, place.column);
     group.masters.push_back({place, is_lost, is_lost ? formula.text : std::string()});
@@ -176,7 +177,10 @@ void FormulaGroups::note_block(const SourceCell& cell, const CellReference& plac
 void FormulaGroups::count_text(std::size_t bytes) {
     text_bytes_ += bytes;
     if (++masters_ > kMaxFormulaGroups || text_bytes_ > kMaxFormulaGroupBytes)
-        throw Error::limit(part_name_, "it has too many formulas of several cells");
+        throw Error::limit(part_name_, "more than " + std::to_string(kMaxFormulaGroups) +
+                                           " formulas of several cells, or " +
+                                           std::to_string(kMaxFormulaGroupBytes >> 20) +
+                                           " MiB of their text");
 }
 
 void FormulaGroups::include_rows(int first, int last) {

@@ -213,7 +213,9 @@ class Rewriter {
         while (scanner_.depth() >= depth) {
             scanner_.next();
             if (markup.size() > kMaxTokenBytes)
-                throw Error::limit(scanner_.window().part_name(), "its columns are too many");
+                throw Error::limit(scanner_.window().part_name(),
+                                   "more than " + std::to_string(kMaxTokenBytes >> 20) +
+                                       " MiB of column elements");
             markup += scanner_.raw();
         }
         const bool is_first = std::exchange(new_elements_[0].is_wanted, false);
