@@ -14,6 +14,8 @@
 #include "foundation/files.h"
 #include "foundation/never_destroyed.h"
 #include "foundation/unicode.h"
+#include "spreadsheet/com/application_registry.h"
+#include "spreadsheet/com/com_book.h"
 #include "spreadsheet/exception.h"
 #include "spreadsheet/gsheet/gsheet_book.h"
 #include "spreadsheet/gsheet/utils/shared_client.h"
@@ -31,21 +33,13 @@ std::mutex& start_and_stop() {
     return instance.get();
 }
 
-void log_unavailable(const char* back_end) {
-    auto& logger = getLogger();
-    if (!logger.enabled(foundation::log::error)) return;
-    logger.write(foundation::log::error,
-                 std::string("[BOOK FACTORY MSG]: this version does not serve ") + back_end);
-}
-
 /// An empty book of the back-end; null when there is none.
 std::shared_ptr<IBook> make_book(book::interactive mode) {
     switch (mode) {
     case book::interactive::file:
         return std::make_shared<LibXLBook>();
     case book::interactive::application:
-        log_unavailable("spreadsheet applications");
-        break;
+        return std::make_shared<COMBook>();
     case book::interactive::google:
         return std::make_shared<GSheetWorkbook>();
     }
@@ -216,13 +210,18 @@ void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
 
 void initialize() {
     const std::scoped_lock lock(start_and_stop());
-    if (initialize_count == 0) gsheet::start_service();
+    if (initialize_count == 0) {
+        gsheet::start_service();
+        start_applications();
+    }
     ++initialize_count; // not when the start has failed
 }
 
 void release() {
     const std::scoped_lock lock(start_and_stop());
-    if (--initialize_count == 0) gsheet::stop_service();
+    if (--initialize_count > 0) return;
+    stop_applications();
+    gsheet::stop_service();
 }
 
 foundation::log::basic_diagnostic_logger<char>& getLogger() {

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The one place where a failed automation call becomes a log line and an `Exception` with its
+// cause.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "foundation/automation/automation.h"
+#include "spreadsheet/exception.h"
+#include "spreadsheet/failure.h"
+
+namespace spreadsheet::com {
+
+/// Logs a line of severity `error`: `tag` (with its colon), a blank, `text`.
+void log_line(std::string_view tag, std::string_view text);
+
+/// Logs `tag` (with its colon), a blank and the cause at severity `error`, then throws `Exception`
+/// `id`, which carries the cause.
+[[noreturn]] void fail(std::string_view tag, error_id id, Failure failure);
+
+/// Logs and throws for a call that ended in `result`. An `S_OK` stands for a result of an
+/// unexpected type.
+[[noreturn]] void fail_call(std::string_view tag, error_id id, const OLECHAR* member,
+                            HRESULT result);
+
+/// Logs why no application could be started, then throws `Exception` 18 of kind `NoApplication`.
+[[noreturn]] void fail_start(HRESULT result);
+
+/// One sentence for a call that failed: the member, the result's number and, where it is known,
+/// what it means.
+std::string describe_call(const OLECHAR* member, HRESULT result);
+
+} // namespace spreadsheet::com

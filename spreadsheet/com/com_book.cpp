@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What an open workbook says about itself, its sheets, saving and closing. Opening is in
+// com_book_open.cpp.
+#include "spreadsheet/com/com_book.h"
+
+#include <exception>
+#include <utility>
+
+#include "foundation/ascii_case.h"
+#include "spreadsheet/com/com_sheet.h"
+#include "spreadsheet/com/late_bound_call.h"
+#include "spreadsheet/com/workbook_path.h"
+
+namespace spreadsheet {
+namespace {
+
+using foundation::automation::integer_in;
+using foundation::automation::is_true;
+using foundation::automation::Variant;
+
+constexpr std::string_view kTag = "[COM BOOK MSG]:";
+
+/// The application's numbers of the kinds of sheets.
+constexpr LONG kWorksheet = -4167;
+constexpr LONG kChart = -4109;
+
+/// The application's number of a file format.
+LONG file_format_number(book::format format) {
+    switch (format) {
+    case book::format::XLS:
+        return -4143;
+    case book::format::XLSM:
+        return 52;
+    case book::format::XLSB:
+        return 50;
+    case book::format::XLTX:
+        return 54;
+    case book::format::XLTM:
+        return 53;
+    case book::format::ODS:
+        return 60;
+    case book::format::CSV:
+        return 6;
+    default:
+        return 51;
+    }
+}
+
+} // namespace
+
+COMBook::COMBook() = default;
+
+COMBook::~COMBook() {
+    try {
+        close_workbook();
+    } catch (const std::exception&) {
+        // Out of memory for a call: what is held goes without it.
+    }
+}
+
+void COMBook::close_workbook() {
+    if (workbook_) {
+        sheets_.clear();
+        // One owner is the instance's entry; a workbook on the screen is the user's.
+        if (workbook_.use_count() == 2 && !application_->visible()) {
+            com::put(workbook_.get(), OLESTR("Saved"), Variant::integer(1));
+            com::call(workbook_.get(), OLESTR("Close"));
+        }
+    }
+    workbook_.reset();
+    if (restore_alerts_) show_alerts(true);
+    if (application_) application_->release_unused_refs();
+    worksheets_.reset();
+    application_.reset();
+}
+
+void COMBook::show_alerts(bool on) {
+    com::put(application_->application(), OLESTR("DisplayAlerts"), Variant::boolean(on));
+}
+
+// --- What the book says about itself
+
+bool COMBook::is_interactive() const {
+    return true;
+}
+
+book::format COMBook::format() const {
+    return format_;
+}
+
+bool COMBook::are_dates_1904() const {
+    const com::CallResult result = com::get(workbook_.get(), OLESTR("Date1904"));
+    return result && is_true(result.value.get());
+}
+
+std::size_t COMBook::num_sheets() const {
+    return sheets_.size();
+}
+
+std::optional<std::u16string> COMBook::get_sheet_name(const int) const {
+    return std::nullopt;
+}
+
+bool COMBook::is_loaded() const {
+    return workbook_ && worksheets_;
+}
+
+bool COMBook::is_sheet_loaded() const {
+    return false;
+}
+
+bool COMBook::sheet_names_only_required() const {
+    return false;
+}
+
+std::vector<std::u16string> COMBook::get_sheet_names() const {
+    return {};
+}
+
+// --- Sheets
+
+std::shared_ptr<ISheet> COMBook::sheet(const std::u16string& name) const {
+    for (const std::shared_ptr<COMSheet>& candidate : sheets_)
+        if (foundation::unicode::equal_ignoring_ascii_case(candidate->name(), name))
+            return candidate;
+    return nullptr;
+}
+
+std::shared_ptr<ISheet> COMBook::sheet(std::size_t index) const {
+    return index < sheets_.size() ? sheets_[index] : nullptr;
+}
+
+sheet::type COMBook::sheet_type(std::size_t index) const {
+    constexpr error_id kUnknown = error_id::sheet_type_unknown;
+    IDispatch* const object = index < sheets_.size() ? sheets_[index]->object() : nullptr;
+    const Variant type = com::get(object, OLESTR("Type")).or_fail(kTag, kUnknown);
+    switch (integer_in(type.get()).value_or(0)) {
+    case kWorksheet:
+        return sheet::type::worksheet;
+    case kChart:
+        return sheet::type::chart;
+    default:
+        com::fail_call(kTag, kUnknown, OLESTR("Type"), S_OK);
+    }
+}
+
+std::shared_ptr<COMSheet> COMBook::make_sheet(std::shared_ptr<IDispatch> sheet) const {
+    return std::make_shared<COMSheet>(application_, std::move(sheet), format_);
+}
+
+std::shared_ptr<ISheet> COMBook::add_sheet(std::size_t index, const std::u16string& name,
+                                           const std::u16string& second_name) {
+    constexpr error_id kNotAdded = error_id::sheet_not_created;
+    if (!second_name.empty())
+        com::fail(kTag, kNotAdded,
+                  {FailureKind::Unsupported,
+                   "Sheets cannot be copied in interactive mode; add an empty one."});
+    if (index > sheets_.size() || sheets_.empty())
+        com::fail(kTag, kNotAdded,
+                  {FailureKind::Missing, "The workbook has no sheet beside that place."});
+    com::CallResult active = com::get(workbook_.get(), OLESTR("ActiveSheet"));
+    const auto active_sheet = excel_application::get_temp_ref(active.value.release_object());
+    const auto activate = [&] {
+        if (active_sheet) com::call(active_sheet.get(), OLESTR("Activate"));
+    };
+    try {
+        std::shared_ptr<COMSheet> added = insert_sheet(index, name);
+        activate();
+        return added;
+    } catch (const Exception&) {
+        activate();
+        throw;
+    }
+}
+
+std::shared_ptr<COMSheet> COMBook::insert_sheet(std::size_t index, const std::u16string& name) {
+    const Variant neighbour = Variant::object(sheets_[index == 0 ? 0 : index - 1]->object());
+    const Variant missing = Variant::null();
+    const Variant& before = index == 0 ? neighbour : missing;
+    const Variant& after = index == 0 ? missing : neighbour;
+    constexpr error_id kNotAdded = error_id::sheet_not_created;
+    com::CallResult result =
+        com::call(worksheets_.get(), OLESTR("Add"), {after.get(), before.get()});
+    if (!result) com::fail_call(kTag, kNotAdded, result.member, result.status);
+    const auto object = application_->adopt(result.value.release_object());
+    if (!object) com::fail_call(kTag, kNotAdded, result.member, S_OK);
+    std::shared_ptr<COMSheet> added = make_sheet(object);
+    const auto place = sheets_.insert(sheets_.begin() + static_cast<std::ptrdiff_t>(index), added);
+    try {
+        added->name(name);
+    } catch (const Exception&) {
+        // A sheet that did not get its name is not left behind.
+        sheets_.erase(place);
+        com::call(object.get(), OLESTR("Delete"));
+        throw;
+    }
+    return added;
+}
+
+void COMBook::remove_sheet(std::size_t index) {
+    IDispatch* const object = index < sheets_.size() ? sheets_[index]->object() : nullptr;
+    com::call(object, OLESTR("Delete")).or_fail(kTag, error_id::sheet_not_deleted);
+    sheets_.erase(sheets_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+// --- Saving
+
+void COMBook::save(const std::u16string& path) {
+    const Variant file_name = Variant::text(com::absolute_path(path));
+    const Variant file_format = Variant::integer(file_format_number(format_));
+    if (!application_ || application_->application() == nullptr)
+        com::fail(kTag, error_id::internal,
+                  {FailureKind::NoApplication, "The workbook is not open in an application."});
+    show_alerts(false); // an existing file is replaced without a question
+    const com::CallResult saved =
+        com::call(workbook_.get(), OLESTR("SaveAs"), {file_format.get(), file_name.get()});
+    if (saved) return;
+    com::fail(kTag, error_id::book_not_saved,
+              {FailureKind::FileNotWritten, com::describe_call(saved.member, saved.status), path});
+}
+
+void COMBook::save_to_memory(std::vector<unsigned char>&) {
+    throw Exception(error_id::save_to_memory_unsupported);
+}
+
+} // namespace spreadsheet

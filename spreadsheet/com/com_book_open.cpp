@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Opening a file and making a workbook in the application.
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "foundation/clock.h"
+#include "foundation/files.h"
+#include "spreadsheet/com/com_book.h"
+#include "spreadsheet/com/com_sheet.h"
+#include "spreadsheet/com/late_bound_call.h"
+#include "spreadsheet/com/workbook_path.h"
+
+namespace spreadsheet {
+namespace {
+
+using foundation::automation::integer_in;
+using foundation::automation::is_true;
+using foundation::automation::Variant;
+using std::chrono_literals::operator""ms;
+
+constexpr std::string_view kTag = "[COM BOOK OPEN MSG]:";
+
+/// How long a workbook that is still being loaded is waited for.
+constexpr auto kPause = 50ms;
+constexpr auto kLongestWait = 5000ms;
+
+constexpr LONG kPlainText = -4158;
+constexpr LONG kOpenXmlWorkbook = 51;
+
+/// Why the application has not opened a file.
+Failure explain_open(const std::u16string& path, std::string call) {
+    Failure failure{FailureKind::NotAWorkbook, std::move(call), path};
+    try {
+        foundation::files::open_for_reading(path);
+    } catch (const foundation::files::FileError& problem) {
+        failure.kind = problem.problem() == foundation::files::FileProblem::NotFound
+                           ? FailureKind::FileNotFound
+                           : FailureKind::FileNotReadable;
+        failure.cause = problem.what();
+    }
+    return failure;
+}
+
+} // namespace
+
+// --- Both ways
+
+void COMBook::open_workbook(book::format format, const std::u16string* path) {
+    format_ = format;
+    application_ = excel_application::acquire(path == nullptr ? nullptr : path->c_str());
+    IDispatch* const application = application_->application();
+    if (application == nullptr) com::fail_start(RPC_E_DISCONNECTED);
+    if (application_->workbooks() != nullptr) {
+        const com::CallResult alerts = com::get(application, OLESTR("DisplayAlerts"));
+        restore_alerts_ = alerts && is_true(alerts.value.get());
+        show_alerts(false);
+    }
+    workbook_ = path == nullptr ? make_workbook() : open_file(*path);
+    show_alerts(false);
+    check_file_format(path != nullptr);
+    com::CallResult worksheets = com::get(workbook_.get(), OLESTR("Worksheets"));
+    if (!worksheets) com::fail_call(kTag, error_id::internal, worksheets.member, worksheets.status);
+    worksheets_ = application_->adopt(worksheets.value.release_object());
+    if (!worksheets_) com::fail_call(kTag, error_id::internal, worksheets.member, S_OK);
+}
+
+void COMBook::check_file_format(bool from_file) {
+    auto wait = 0ms;
+    com::CallResult result = com::get(workbook_.get(), OLESTR("FileFormat"));
+    for (; !result && wait < kLongestWait; wait += kPause) {
+        foundation::Clock& clock = foundation::clock();
+        clock.sleep_until(clock.now() + kPause);
+        result = com::get(workbook_.get(), OLESTR("FileFormat"));
+    }
+    const Variant number = std::move(result).or_fail(kTag, error_id::book_not_loaded);
+    if (from_file && integer_in(number.get()) == kPlainText)
+        com::fail(kTag, error_id::book_not_loaded,
+                  {FailureKind::NotAWorkbook,
+                   "The application has read the file as plain text, not as a workbook."});
+}
+
+void COMBook::read_date_formats() {
+    try {
+        application_->date_formats();
+    } catch (const Exception&) {
+        // Logged; the first question for the types of cells asks again and fails.
+    }
+}
+
+std::size_t COMBook::count_worksheets() const {
+    const Variant count =
+        com::get(worksheets_.get(), OLESTR("Count")).or_fail(kTag, error_id::internal);
+    const std::optional<LONG> number = integer_in(count.get());
+    if (!number || *number < 0) com::fail_call(kTag, error_id::internal, OLESTR("Count"), S_OK);
+    return static_cast<std::size_t>(*number);
+}
+
+std::shared_ptr<IDispatch> COMBook::worksheet(std::size_t number) {
+    com::CallResult item = com::get(worksheets_.get(), OLESTR("Item"),
+                                    {Variant::integer(static_cast<LONG>(number)).get()});
+    if (!item) com::fail_call(kTag, error_id::internal, item.member, item.status);
+    std::shared_ptr<IDispatch> object = application_->adopt(item.value.release_object());
+    if (!object) com::fail_call(kTag, error_id::internal, item.member, S_OK);
+    return object;
+}
+
+// --- From a file
+
+std::shared_ptr<IDispatch> COMBook::open_file(const std::u16string& path) {
+    const Variant file_name = Variant::text(path);
+    com::CallResult opened =
+        com::call(application_->workbooks(), OLESTR("Open"), {file_name.get()});
+    IDispatch* const workbook = opened ? opened.value.release_object() : nullptr;
+    if (workbook == nullptr)
+        com::fail(kTag, error_id::book_not_loaded,
+                  explain_open(path, com::describe_call(opened.member, opened.status)));
+    return application_->adopt(workbook);
+}
+
+void COMBook::init_from_file(const std::u16string& path, book::format format) {
+    const std::u16string absolute = com::absolute_path(path);
+    open_workbook(format, &absolute);
+    const std::size_t count = count_worksheets();
+    for (std::size_t number = 1; number <= count; ++number)
+        sheets_.push_back(make_sheet(worksheet(number)));
+    read_date_formats();
+}
+
+void COMBook::init_from_file_with_sheet(const std::u16string&, book::format, std::size_t) {}
+
+void COMBook::init_from_file_with_range(const std::u16string&, book::format, std::size_t,
+                                        std::size_t, std::size_t) {}
+
+void COMBook::init_from_file_only_sheetNames(const std::u16string&, book::format) {}
+
+void COMBook::init_from_memory(const void*, std::size_t, book::format) {
+    throw Exception(error_id::load_from_memory_unsupported);
+}
+
+// --- A new workbook
+
+std::shared_ptr<IDispatch> COMBook::make_workbook() {
+    constexpr error_id kNotMade = error_id::book_not_created;
+    constexpr const OLECHAR* kDefaultFormat = OLESTR("DefaultSaveFormat");
+    IDispatch* const application = application_->application();
+    const bool sets_format = book::larger_than_xls(format_);
+    Variant kept;
+    if (sets_format) {
+        kept = com::get(application, kDefaultFormat).or_fail(kTag, kNotMade);
+        com::put(application, kDefaultFormat, Variant::integer(kOpenXmlWorkbook))
+            .or_fail(kTag, kNotMade);
+    }
+    com::CallResult added = com::call(application_->workbooks(), OLESTR("Add"));
+    if (added ? sets_format : format_ == book::format::XLSX)
+        com::put(application, kDefaultFormat, kept);
+    IDispatch* const workbook = added ? added.value.release_object() : nullptr;
+    if (workbook == nullptr) com::fail_call(kTag, kNotMade, added.member, added.status);
+    return application_->adopt(workbook);
+}
+
+void COMBook::init_new(std::size_t sheet_count, book::format format, const std::u16string&) {
+    open_workbook(format, nullptr);
+    std::size_t count = count_worksheets();
+    // A new sheet may come before one that is counted already, so all are made before any is taken.
+    for (; count < sheet_count; ++count) {
+        com::CallResult added = com::call(worksheets_.get(), OLESTR("Add"));
+        std::move(added).object_or_fail(kTag, error_id::internal);
+    }
+    for (std::size_t number = 1; number <= sheet_count; ++number)
+        sheets_.push_back(make_sheet(worksheet(number)));
+    for (; count > sheet_count; --count) {
+        const auto surplus = com::get(worksheets_.get(), OLESTR("Item"),
+                                      {Variant::integer(static_cast<LONG>(sheet_count + 1)).get()})
+                                 .object_or_fail(kTag, error_id::internal);
+        com::call(surplus.get(), OLESTR("Delete")).or_fail(kTag, error_id::sheet_not_deleted);
+    }
+    read_date_formats();
+}
+
+} // namespace spreadsheet
