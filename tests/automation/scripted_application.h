@@ -6,6 +6,7 @@
 // a violation. Any call can be made to fail.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -62,6 +63,7 @@ struct WorkbookModel {
     bool date_1904 = false;
     bool saved = false;
     bool closed = false;
+    std::function<void()> on_open;
     std::vector<std::shared_ptr<SheetModel>> sheets;
     std::shared_ptr<SheetModel> active;
     std::map<std::u16string, std::pair<std::u16string, std::u16string>> names; ///< sheet, address
@@ -101,6 +103,10 @@ class Script {
     std::map<std::string, HRESULT> refused;
     /// The call of this number ends the application.
     int die_at = -1;
+    /// Called with the name of each call before it is answered.
+    std::function<void(const std::string& call)> before_call;
+    /// Calls come from another process, which asks for details of failures by itself.
+    bool is_remote = false;
 
     // --- What they were asked
     std::vector<std::shared_ptr<ApplicationModel>> applications;
@@ -127,13 +133,14 @@ class Script {
         objects_.push_back(std::move(made));
         return object;
     }
-    /// The object of a node of the model, which stays the same.
-    IDispatch* known(const void* node) const;
-    void know(const void* node, IDispatch* object) { known_[node] = object; }
+    /// The object that an application has for a node of the model; it stays the same.
+    IDispatch*& known(const ApplicationModel& application, const void* node) {
+        return known_[{&application, node}];
+    }
 
   private:
     std::vector<std::unique_ptr<Object>> objects_;
-    std::map<const void*, IDispatch*> known_;
+    std::map<std::pair<const void*, const void*>, IDispatch*> known_;
 };
 
 /// Counts the references of the client.

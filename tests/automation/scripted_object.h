@@ -69,7 +69,9 @@ class ScriptedObject : public foundation::automation::DispatchObject<Made>, publ
         expect(flags == kPut ? parameters->cNamedArgs == 1 : parameters->cNamedArgs == 0,
                "has named arguments that it should not: " + name);
         expect(result != nullptr && result->vt == VT_EMPTY, "has no place for a result: " + name);
-        expect(exception == nullptr && bad_argument == nullptr, "is asked for details: " + name);
+        expect(script_.is_remote || (exception == nullptr && bad_argument == nullptr),
+               "is asked for details: " + name);
+        if (script_.before_call) script_.before_call(script_.calls.back());
         if (number == script_.die_at) application_->dead = true;
         if (application_->dead) return RPC_E_DISCONNECTED;
         if (const auto refusal = script_.refused.find(name); refusal != script_.refused.end())
@@ -93,11 +95,8 @@ class ScriptedObject : public foundation::automation::DispatchObject<Made>, publ
     /// Ends a call with the object of a node, which is made once.
     template <class Other, class Node>
     HRESULT give_known(const DispatchCall& call, const std::shared_ptr<Node>& node) {
-        IDispatch* object = script_.known(node.get());
-        if (object == nullptr) {
-            object = script_.keep<Other>(script_, application_, node);
-            script_.know(node.get(), object);
-        }
+        IDispatch*& object = script_.known(*application_, node.get());
+        if (object == nullptr) object = script_.keep<Other>(script_, application_, node);
         return call.give(object);
     }
     /// Ends a call with an object of its own.

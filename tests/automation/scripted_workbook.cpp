@@ -105,6 +105,7 @@ HRESULT ScriptedWorkbooks::open(const DispatchCall& call) {
     if (file == script_.files.end()) return DISP_E_EXCEPTION;
     application_->workbooks.push_back(file->second);
     file->second->closed = false;
+    if (file->second->on_open) file->second->on_open();
     return give_known<ScriptedWorkbook>(call, file->second);
 }
 
@@ -166,11 +167,8 @@ HRESULT ScriptedWorkbook::date_1904(const DispatchCall& call) {
 
 HRESULT ScriptedWorkbook::worksheets(const DispatchCall& call) {
     // A collection is an object beside the workbook: its node is the list.
-    IDispatch* object = script_.known(&node_->sheets);
-    if (object == nullptr) {
-        object = script_.keep<ScriptedWorksheets>(script_, application_, node_);
-        script_.know(&node_->sheets, object);
-    }
+    IDispatch*& object = script_.known(*application_, &node_->sheets);
+    if (object == nullptr) object = script_.keep<ScriptedWorksheets>(script_, application_, node_);
     return call.give(object);
 }
 
@@ -409,11 +407,6 @@ std::shared_ptr<WorkbookModel> Script::add_file(const std::u16string& path,
     if (path.ends_with(u".txt")) workbook->file_format = kPlainText;
     files[path] = workbook;
     return workbook;
-}
-
-IDispatch* Script::known(const void* node) const {
-    const auto found = known_.find(node);
-    return found == known_.end() ? nullptr : found->second;
 }
 
 IDispatch* Script::start_application() {
