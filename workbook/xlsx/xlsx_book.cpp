@@ -11,9 +11,9 @@
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
-#include "workbook/limits.h"
 #include "workbook/xlsx/writing/blank_package.h"
 #include "workbook/xlsx/writing/book_saver.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
