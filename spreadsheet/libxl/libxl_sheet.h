@@ -112,6 +112,11 @@ class LibXLSheet : public ISheet {
     const workbook::Sheet& library_sheet() const;
     /// The same for an operation that changes it, which makes spans found before invalid.
     workbook::Sheet& changeable_sheet();
+    /// The library's sheet, with rows `first_row` to `last_row` (inclusive) or what follows the
+    /// cells (merged regions, protection) read if a load of other rows left them out. `Exception` 9
+    /// when they cannot be read.
+    const workbook::Sheet& sheet_with_rows(int first_row, int last_row) const;
+    const workbook::Sheet& sheet_with_tail() const;
     /// Writes the values of `next_value()`, one per cell, column after column, without formats.
     template <class NextValue>
     void write_all(const Range& range, NextValue next_value);

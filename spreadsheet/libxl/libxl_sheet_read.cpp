@@ -14,6 +14,11 @@
 #include "spreadsheet/typed_cells.h"
 
 namespace spreadsheet {
+namespace {
+
+constexpr std::string_view kLoadTag = "[LIBXL SHEET LOAD MSG]:";
+
+} // namespace
 
 LibXLSheet::LibXLSheet(workbook::Sheet& sheet, const Common& common)
     : sheet_(&sheet),
@@ -26,6 +31,18 @@ const workbook::Sheet& LibXLSheet::library_sheet() const {
     if (removed_) throw Exception(error_id::sheet_not_found);
     if (!sheet_) throw Exception(error_id::chart_sheet_unsupported);
     return *sheet_;
+}
+
+const workbook::Sheet& LibXLSheet::sheet_with_rows(int first_row, int last_row) const {
+    const workbook::Sheet& sheet = library_sheet();
+    if (!sheet.need_rows(first_row, last_row)) fail(kLoadTag, error_id::book_not_loaded);
+    return sheet;
+}
+
+const workbook::Sheet& LibXLSheet::sheet_with_tail() const {
+    const workbook::Sheet& sheet = library_sheet();
+    if (!sheet.need_tail()) fail(kLoadTag, error_id::book_not_loaded);
+    return sheet;
 }
 
 void LibXLSheet::detach() {
@@ -67,7 +84,7 @@ cell_type LibXLSheet::typeCheck(int row, int column) {
 }
 
 void LibXLSheet::cell_types(Range range, cell_type* out) const {
-    const workbook::Sheet& sheet = library_sheet();
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
     for_each_cell_by_row(range, [&](std::size_t index, int row, int column) {
         out[index] = classify(sheet, row, column);
     });
@@ -82,11 +99,9 @@ void LibXLSheet::cell_types(const CellIterator& cells, cell_type* out) const {
 // --- Typed reads
 
 void LibXLSheet::read_all(const Range& range, const Destination& destination) const {
-    std::visit(
-        [&](const auto& out) {
-            read_range(make_reader(library_sheet(), out, date_offset_), range);
-        },
-        destination);
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
+    std::visit([&](const auto& out) { read_range(make_reader(sheet, out, date_offset_), range); },
+               destination);
 }
 
 void LibXLSheet::read(Range range, unsigned char* out) const {
@@ -114,7 +129,7 @@ void LibXLSheet::read(Range range, const StringBuilder& builder) const {
 }
 
 void LibXLSheet::read(Range range, const cell_type* types, const CellBuilder& builder) const {
-    LibraryCell cell(library_sheet(), date_offset_);
+    LibraryCell cell(sheet_with_rows(range.first_row, range.last_row), date_offset_);
     for_each_cell(
         range, [&](int row, int column) { deliver(builder, *types++, cell.select(row, column)); });
 }

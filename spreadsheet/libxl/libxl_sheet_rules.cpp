@@ -25,7 +25,7 @@ bool cell_has_value(const workbook::Sheet& sheet, const MergeSource& source) {
 
 MergedCells& LibXLSheet::merged_cells_of_sheet() {
     if (!merge_map_) {
-        const workbook::Sheet& sheet = library_sheet();
+        const workbook::Sheet& sheet = sheet_with_tail();
         std::vector<Range> regions;
         for (int index = 0; index < sheet.merge_size(); ++index) {
             Range region;
@@ -69,7 +69,7 @@ void LibXLSheet::keep(MergeRecord record) {
 
 bool LibXLSheet::cell_types(Range range, cell_type* out, const MergedCellColumnRule& column_rule,
                             const MergedCellRowRule& row_rule) {
-    const workbook::Sheet& sheet = library_sheet();
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
     return walk_with_rules(range, {column_rule, row_rule}, [&](const MergeSource& source) {
         *out++ = source.has_value() ? classify(sheet, source.row, source.column) : cell_type::empty;
     });
@@ -77,9 +77,10 @@ bool LibXLSheet::cell_types(Range range, cell_type* out, const MergedCellColumnR
 
 bool LibXLSheet::read_with_rules(const Range& range, const Destination& destination,
                                  const MergeRules& rules) {
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
     return std::visit(
         [&](const auto& out) {
-            auto reader = make_reader(library_sheet(), out, date_offset_);
+            auto reader = make_reader(sheet, out, date_offset_);
             std::size_t index = 0;
             return walk_with_rules(range, rules, [&](const MergeSource& source) {
                 if (source.has_value())

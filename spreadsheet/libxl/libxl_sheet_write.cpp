@@ -115,7 +115,8 @@ void LibXLSheet::write(Range range, const StringProvider& provider) {
 
 void LibXLSheet::write(Range range, const cell_type* types, const CellProvider& provider,
                        bool preserve_format) {
-    const workbook::Sheet& sheet = library_sheet();
+    const workbook::Sheet& sheet =
+        preserve_format ? sheet_with_rows(range.first_row, range.last_row) : library_sheet();
     write_cells(range, [&](CellWriter& writer, int row, int column) {
         const workbook::Format* format = preserve_format ? sheet.cell_format(row, column) : nullptr;
         take_cell(provider, *types++, [&](auto value) {
@@ -170,7 +171,7 @@ sheet::hidden LibXLSheet::hidden() const {
 }
 
 bool LibXLSheet::is_protected() const {
-    return library_sheet().protect();
+    return sheet_with_tail().protect();
 }
 
 void LibXLSheet::set_protected(bool on) {
@@ -178,6 +179,7 @@ void LibXLSheet::set_protected(bool on) {
 }
 
 void LibXLSheet::unmerge(Range range) {
+    sheet_with_tail();
     workbook::Sheet& sheet = changeable_sheet();
     merge_map_.reset();
     for (int index = sheet.merge_size() - 1; index >= 0; --index) {
@@ -194,8 +196,8 @@ void LibXLSheet::unmerge(Range range) {
 }
 
 bool LibXLSheet::is_range_writeable(Range range) {
-    const workbook::Sheet& sheet = library_sheet();
-    if (!sheet.protect()) return true;
+    if (!sheet_with_tail().protect()) return true;
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
     for (std::int64_t row = range.first_row; row <= range.last_row; ++row)
         for (std::int64_t column = range.first_column; column <= range.last_column; ++column) {
             const workbook::Format* format =
