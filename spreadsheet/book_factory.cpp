@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Chooses the back-end of a book, runs its `init_` operation, checks what callers pass. The only
-// source that knows every back-end.
+// Has a back-end make a book, runs its `init_` operation, checks what callers pass.
 #include "spreadsheet/book_factory.h"
 
 #include <algorithm>
@@ -14,12 +13,11 @@
 #include "foundation/files.h"
 #include "foundation/never_destroyed.h"
 #include "foundation/unicode.h"
-#include "spreadsheet/com/application_registry.h"
-#include "spreadsheet/com/com_book.h"
+#include "spreadsheet/back_ends.h"
+#include "spreadsheet/book_extras.h"
 #include "spreadsheet/exception.h"
-#include "spreadsheet/gsheet/gsheet_book.h"
-#include "spreadsheet/gsheet/utils/shared_client.h"
-#include "spreadsheet/libxl/libxl_book.h"
+#include "spreadsheet/limits.h"
+#include "spreadsheet/with_failure.h"
 
 namespace spreadsheet {
 namespace {
@@ -31,19 +29,6 @@ std::atomic<int> initialize_count{0};
 std::mutex& start_and_stop() {
     static foundation::NeverDestroyed<std::mutex> instance;
     return instance.get();
-}
-
-/// An empty book of the back-end; null when there is none.
-std::shared_ptr<IBook> make_book(book::interactive mode) {
-    switch (mode) {
-    case book::interactive::file:
-        return std::make_shared<LibXLBook>();
-    case book::interactive::application:
-        return std::make_shared<COMBook>();
-    case book::interactive::google:
-        return std::make_shared<GSheetWorkbook>();
-    }
-    return nullptr;
 }
 
 /// Makes a book and runs `init` on it; `Exception` `failure` when there is no loaded book in the
@@ -76,22 +61,21 @@ std::size_t find_sheet(const std::u16string& path, book::format format, book::in
         const auto candidate = names->get_sheet_name(static_cast<int>(index));
         if (candidate && foundation::unicode::equal_ignoring_case(*candidate, name)) return index;
     }
-    throw Exception(error_id::sheet_not_opened);
+    throw with_failure(
+        Exception(error_id::sheet_not_opened),
+        {FailureKind::Missing,
+         "The workbook has no sheet named \"" + foundation::unicode::to_utf8(name) + "\".", path});
 }
 
-constexpr std::size_t kMaxSheetNameLength = 31;
-constexpr std::size_t kMaxGoogleSheetNameLength = 100;
-constexpr std::u16string_view kForbiddenInSheetNames = u":\\/?*[]";
-
 void check_google_sheet_names(const std::u16string& name, const std::u16string& second_name) {
-    if (name.empty() || name.size() > kMaxGoogleSheetNameLength ||
-        second_name.size() > kMaxGoogleSheetNameLength)
+    if (name.empty() || name.size() > kMaxGoogleSheetNameUnits ||
+        second_name.size() > kMaxGoogleSheetNameUnits)
         throw Exception(error_id::google_sheet_name_invalid);
 }
 
 void check_sheet_names(const std::u16string& name, const std::u16string& second_name) {
     const auto is_valid = [](const std::u16string& text) {
-        return text.size() <= kMaxSheetNameLength &&
+        return text.size() <= kMaxSheetNameUnits &&
                text.find_first_of(kForbiddenInSheetNames) == std::u16string::npos;
     };
     if (name.empty() || !is_valid(name) || !is_valid(second_name))
@@ -188,18 +172,19 @@ std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std::size_
 }
 
 void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to) {
-    if (auto* const spreadsheet = dynamic_cast<GSheetWorkbook*>(book.get()))
-        return spreadsheet->reorder_sheet(from, to);
-    auto* const workbook_file = dynamic_cast<LibXLBook*>(book.get());
-    if (workbook_file == nullptr) throw Exception(error_id::sheet_not_copied);
-    workbook_file->reorder_sheet(from, to);
+    auto* const extras = dynamic_cast<IBookExtras*>(book.get());
+    if (extras == nullptr) throw Exception(error_id::sheet_not_copied);
+    extras->reorder_sheet(from, to);
 }
 
 SaveSummary last_save(const std::shared_ptr<IBook>& book) {
-    const auto* const workbook_file = dynamic_cast<const LibXLBook*>(book.get());
-    if (workbook_file == nullptr) return {};
-    const workbook::SaveCounts counts = workbook_file->last_save();
-    return {counts.kept, counts.written, counts.dropped};
+    const auto* const extras = dynamic_cast<const IBookExtras*>(book.get());
+    return extras != nullptr ? extras->last_save() : SaveSummary{};
+}
+
+std::optional<Failure> take_unreported_failure(const std::shared_ptr<IBook>& book) {
+    auto* const extras = dynamic_cast<IBookExtras*>(book.get());
+    return extras != nullptr ? extras->take_unreported_failure() : std::nullopt;
 }
 
 void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
@@ -210,18 +195,13 @@ void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
 
 void initialize() {
     const std::scoped_lock lock(start_and_stop());
-    if (initialize_count == 0) {
-        gsheet::start_service();
-        start_applications();
-    }
+    if (initialize_count == 0) start_back_ends();
     ++initialize_count; // not when the start has failed
 }
 
 void release() {
     const std::scoped_lock lock(start_and_stop());
-    if (--initialize_count > 0) return;
-    stop_applications();
-    gsheet::stop_service();
+    if (--initialize_count == 0) stop_back_ends();
 }
 
 foundation::log::basic_diagnostic_logger<char>& getLogger() {

@@ -10,6 +10,7 @@
 #include "spreadsheet/cell_iterator.h"
 #include "spreadsheet/exception.h"
 #include "spreadsheet/failure.h"
+#include "spreadsheet/limits.h"
 #include "spreadsheet/range.h"
 #include "spreadsheet/sheet.h"
 #include "spreadsheet/version.h"

@@ -109,10 +109,14 @@ class COMSheet : public ISheet {
         std::shared_ptr<IDispatch> object;
     };
 
+    /// `Exception` 22 for a range that is not within the limits of the format.
+    void check_limits(const Range& range) const;
     /// The application's object of a range; `Exception` 22 when it cannot be formed.
     std::shared_ptr<IDispatch> range_object(const Range& range) const;
     /// The values of a range, one for each cell; `Exception` 18 when they cannot be read.
     RangeValues values_of(const Range& range, const OLECHAR* member) const;
+    template <class Use>
+    void read_cells(const Range& range, const OLECHAR* member, Use use) const;
     /// The area of a range object in this sheet; nothing when it is not a rectangle.
     std::optional<Range> area_of(IDispatch* range_object) const;
     /// The object of a defined name's cells; null when there is none.
@@ -120,6 +124,8 @@ class COMSheet : public ISheet {
     /// Days between the workbook's date system and that of 1900.
     double date_offset_days() const;
 
+    template <class Next>
+    void write_cells(const Range& range, Next next);
     /// Writes a block of values of the range's shape; `Exception` 28 when it is refused.
     void put_values(const Range& range, const com::Variant& block);
 

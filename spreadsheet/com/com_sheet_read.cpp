@@ -10,6 +10,9 @@
 #include "spreadsheet/com/excel_application.h"
 #include "spreadsheet/com/range_values.h"
 #include "spreadsheet/com/selected_blocks.h"
+#include "spreadsheet/limits.h"
+#include "spreadsheet/range_walk.h"
+#include "spreadsheet/typed_cells.h"
 
 namespace spreadsheet {
 namespace {
@@ -28,14 +31,7 @@ constexpr LONG kHidden = 0;
 constexpr LONG kVeryHidden = 2;
 constexpr LONG kNoState = 1;
 
-/// Days between the epochs of the 1900 and the 1904 date system.
-constexpr double kDateSystemOffsetDays = 1462.0;
-
 constexpr Range kEmptyRange{0, 0, -1, -1};
-
-bool is_empty(const Range& range) {
-    return range.last_row < range.first_row || range.last_column < range.first_column;
-}
 
 std::size_t cell_count(const Range& range) {
     return static_cast<std::size_t>(range.count());
@@ -74,13 +70,18 @@ bool COMSheet::is_protected() const {
 
 // --- Areas
 
-std::shared_ptr<IDispatch> COMSheet::range_object(const Range& range) const {
-    constexpr error_id kNotARange = error_id::range_not_parsed;
+void COMSheet::check_limits(const Range& range) const {
     if (is_empty(range) || range.first_row < 0 || range.first_column < 0 ||
         !is_within_limits(range, format_))
-        com::fail(kTag, kNotARange, {FailureKind::Limit, "The range lies beyond the sheet."});
+        com::fail(kTag, error_id::range_not_parsed,
+                  {FailureKind::Limit, "The range lies beyond the sheet."});
+}
+
+std::shared_ptr<IDispatch> COMSheet::range_object(const Range& range) const {
+    check_limits(range);
     const Variant address = Variant::text(range_string(range));
-    return get(object(), OLESTR("Range"), {address.get()}).object_or_fail(kTag, kNotARange);
+    return get(object(), OLESTR("Range"), {address.get()})
+        .object_or_fail(kTag, error_id::range_not_parsed);
 }
 
 std::optional<Range> COMSheet::area_of(IDispatch* range_object) const {
@@ -164,8 +165,7 @@ void COMSheet::cell_types(Range range, cell_type* out) const {
     if (!values) com::fail_call(kTag, error_id::internal, OLESTR("Value"), S_OK);
     const Variant format =
         get(object.get(), OLESTR("NumberFormat")).or_fail(kTag, error_id::internal);
-    std::transform(values.cells(), values.cells() + cell_count(range), out,
-                   CellConversion::type_of);
+    std::transform(values.cells(), values.cells() + cell_count(range), out, type_of);
     if (has_date_candidates(values.cells(), cell_count(range)))
         mark_dates(application_->date_formats(), sheet_.get(), range, format.get(), values.cells(),
                    out);
@@ -194,12 +194,19 @@ double COMSheet::date_offset_days() const {
     return date_1904 && is_true(date_1904.value.get()) ? kDateSystemOffsetDays : 0.0;
 }
 
-void COMSheet::read(Range range, double* out) const {
+/// Calls `use` with each cell of a range that is not empty.
+template <class Use>
+void COMSheet::read_cells(const Range& range, const OLECHAR* member, Use use) const {
     if (is_empty(range)) return;
-    const RangeValues values = values_of(range, OLESTR("Value2"));
-    CellConversion conversion([this] { return date_offset_days(); });
-    std::transform(values.cells(), values.cells() + cell_count(range), out,
-                   [&](const VARIANT& cell) { return conversion.number_of(cell); });
+    const RangeValues values = values_of(range, member);
+    ApplicationCell cell([this] { return date_offset_days(); });
+    for (std::size_t index = 0; index < cell_count(range); ++index)
+        use(index, cell.select(values.cells()[index]));
+}
+
+void COMSheet::read(Range range, double* out) const {
+    read_cells(range, OLESTR("Value2"),
+               [&](std::size_t index, ApplicationCell& cell) { out[index] = cell.number(); });
 }
 
 void COMSheet::readDatesAsDoubles(Range range, double* out) const {
@@ -207,66 +214,31 @@ void COMSheet::readDatesAsDoubles(Range range, double* out) const {
 }
 
 void COMSheet::read(Range range, SerialDatenum* out) const {
-    if (is_empty(range)) return;
-    const RangeValues values = values_of(range, OLESTR("Value"));
-    CellConversion conversion([this] { return date_offset_days(); });
-    std::transform(values.cells(), values.cells() + cell_count(range), out,
-                   [&](const VARIANT& cell) { return SerialDatenum{conversion.date_of(cell)}; });
+    read_cells(range, OLESTR("Value"),
+               [&](std::size_t index, ApplicationCell& cell) { out[index] = {cell.date()}; });
 }
 
 void COMSheet::read(Range range, bool* out) const {
-    if (is_empty(range)) return;
-    const RangeValues values = values_of(range, OLESTR("Value"));
-    std::transform(values.cells(), values.cells() + cell_count(range), out,
-                   CellConversion::boolean_of);
+    read_cells(range, OLESTR("Value"),
+               [&](std::size_t index, ApplicationCell& cell) { out[index] = cell.boolean(); });
 }
 
 void COMSheet::read(Range range, unsigned char* out) const {
-    if (is_empty(range)) return;
-    const RangeValues values = values_of(range, OLESTR("Value"));
-    std::transform(values.cells(), values.cells() + cell_count(range), out,
-                   [](const VARIANT& cell) -> unsigned char {
-                       return CellConversion::boolean_of(cell) ? 1 : 0;
-                   });
+    read_cells(range, OLESTR("Value"), [&](std::size_t index, ApplicationCell& cell) {
+        out[index] = cell.boolean() ? 1 : 0;
+    });
 }
 
 void COMSheet::read(Range range, const StringBuilder& builder) const {
-    if (is_empty(range)) return;
-    const RangeValues values = values_of(range, OLESTR("Value"));
-    CellConversion conversion([this] { return date_offset_days(); });
-    std::u16string text;
-    for (std::size_t index = 0; index < cell_count(range); ++index) {
-        conversion.assign_text(text, values.cells()[index]);
-        builder.append(builder.context, text);
-    }
+    read_cells(range, OLESTR("Value"), [&](std::size_t, ApplicationCell& cell) {
+        builder.append(builder.context, cell.text());
+    });
 }
 
 void COMSheet::read(Range range, const cell_type* types, const CellBuilder& builder) const {
-    if (is_empty(range)) return;
-    const RangeValues values = values_of(range, OLESTR("Value"));
-    CellConversion conversion([this] { return date_offset_days(); });
-    std::u16string text;
-    for (std::size_t index = 0; index < cell_count(range); ++index) {
-        const VARIANT& cell = values.cells()[index];
-        switch (types[index]) {
-        case cell_type::number:
-            builder.number(builder.context, conversion.number_of(cell));
-            break;
-        case cell_type::date:
-            builder.date(builder.context, conversion.date_of(cell));
-            break;
-        case cell_type::boolean:
-            builder.boolean(builder.context, CellConversion::boolean_of(cell));
-            break;
-        case cell_type::text:
-            conversion.assign_text(text, cell);
-            builder.text(builder.context, text);
-            break;
-        default:
-            text.clear();
-            builder.text(builder.context, text);
-        }
-    }
+    read_cells(range, OLESTR("Value"), [&](std::size_t index, ApplicationCell& cell) {
+        deliver(builder, types[index], cell);
+    });
 }
 
 void COMSheet::read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
@@ -275,32 +247,12 @@ void COMSheet::read_cell_array(CellTypeIterator& cells, output::CellOutputBuilde
     std::vector<RangeValues> values;
     for (const Range& block : blocks.ranges())
         values.push_back(values_of(block, OLESTR("Value")));
-    CellConversion conversion([this] { return date_offset_days(); });
-    std::u16string text;
+    ApplicationCell cell([this] { return date_offset_days(); });
     builder.begin(cells.rows(), cells.columns());
     for (cells.rewind(); !cells.at_end(); ++cells) {
         const SelectedBlocks::Place place = blocks.find((*cells).row, (*cells).column);
-        const VARIANT& cell = values[place.block].cells()[place.cell];
-        switch (cells.type()) {
-        case cell_type::number:
-            builder.add_number(conversion.number_of(cell));
-            break;
-        case cell_type::date:
-            if (dates_as_numbers)
-                builder.add_number(conversion.number_of(cell));
-            else
-                builder.add_date(conversion.date_of(cell));
-            break;
-        case cell_type::boolean:
-            builder.add_boolean(CellConversion::boolean_of(cell));
-            break;
-        case cell_type::text:
-            conversion.assign_text(text, cell);
-            builder.add_text(text);
-            break;
-        default:
-            builder.add_empty();
-        }
+        deliver(builder, cells.type(), dates_as_numbers,
+                cell.select(values[place.block].cells()[place.cell]));
     }
 }
 

@@ -3,11 +3,15 @@
 // The writing side of a worksheet: state, clearing, values past an active filter, widths.
 #include <cmath>
 #include <new>
+#include <string>
 #include <utility>
 
 #include "spreadsheet/com/auto_filter.h"
 #include "spreadsheet/com/com_sheet.h"
 #include "spreadsheet/com/text_prefix.h"
+#include "spreadsheet/limits.h"
+#include "spreadsheet/range_walk.h"
+#include "spreadsheet/typed_cells.h"
 
 namespace spreadsheet {
 namespace {
@@ -21,57 +25,47 @@ using foundation::automation::is_true;
 
 constexpr std::string_view kTag = "[COM SHEET WRITE MSG]:";
 
-/// A cell holds no more units of text.
-constexpr std::size_t kLongestText = 32'767;
-
-bool is_empty(const Range& range) {
-    return range.last_row < range.first_row || range.last_column < range.first_column;
-}
-
 /// A block of the range's shape whose elements come from `next`, column after column.
 template <class Next>
 Variant make_block(const Range& range, Next next) {
-    const auto extent = [](int first, int last) {
-        return static_cast<std::uint32_t>(std::int64_t{last} - first + 1);
-    };
-    BlockBuilder block(extent(range.first_row, range.last_row),
-                       extent(range.first_column, range.last_column));
+    BlockBuilder block(static_cast<std::uint32_t>(extent(range.first_row, range.last_row)),
+                       static_cast<std::uint32_t>(extent(range.first_column, range.last_column)));
     const auto count = static_cast<std::size_t>(range.count());
     for (std::size_t index = 0; index < count; ++index)
         block.elements()[index] = next(index).release();
     return std::move(block).take();
 }
 
-Variant number_value(double value) {
+Variant variant_of(double value) {
     return std::isnan(value) ? Variant() : Variant::number(value);
 }
 
-Variant date_value(SerialDatenum date) {
+Variant variant_of(SerialDatenum date) {
     return std::isnan(date.value) ? Variant() : Variant::date(date.value);
 }
 
-Variant text_value(const std::u16string& text) {
-    if (text.size() > kLongestText)
+Variant variant_of(bool value) {
+    return Variant::boolean(value);
+}
+
+Variant variant_of(NoValue) {
+    return Variant();
+}
+
+Variant variant_of(const std::u16string& text) {
+    if (text.size() > kMaxCellTextUnits)
         com::fail(kTag, error_id::write_failed,
-                  {FailureKind::Limit, "A text is longer than the 32767 characters of a cell."});
+                  {FailureKind::Limit, "A text is longer than the " +
+                                           std::to_string(kMaxCellTextUnits) +
+                                           " characters that a cell holds."});
     if (text.empty()) return Variant();
     return Variant::text(com::needs_apostrophe(text) ? u"'" + text : text);
 }
 
 Variant provided_value(cell_type type, const CellProvider& provider) {
-    switch (type) {
-    case cell_type::number:
-        return number_value(provider.number(provider.context));
-    case cell_type::text:
-        return text_value(provider.text(provider.context));
-    case cell_type::date:
-        return date_value(provider.date(provider.context));
-    case cell_type::boolean:
-        return Variant::boolean(provider.boolean(provider.context));
-    default:
-        provider.skip(provider.context);
-        return Variant();
-    }
+    Variant value;
+    take_cell(provider, type, [&](const auto& given) { value = variant_of(given); });
+    return value;
 }
 
 } // namespace
@@ -145,42 +139,38 @@ void COMSheet::put_values(const Range& range, const com::Variant& block) {
     put(cells.get(), OLESTR("Value"), block).or_fail(kTag, error_id::write_failed);
 }
 
-void COMSheet::write(Range range, const double* values) {
+/// Writes what `next` gives for each cell of a range that is not empty.
+template <class Next>
+void COMSheet::write_cells(const Range& range, Next next) {
     if (is_empty(range)) return;
-    put_values(range,
-               make_block(range, [&](std::size_t index) { return number_value(values[index]); }));
+    check_limits(range);
+    put_values(range, make_block(range, next));
+}
+
+void COMSheet::write(Range range, const double* values) {
+    write_cells(range, [&](std::size_t index) { return variant_of(values[index]); });
 }
 
 void COMSheet::write(Range range, const SerialDatenum* values) {
-    if (is_empty(range)) return;
-    put_values(range,
-               make_block(range, [&](std::size_t index) { return date_value(values[index]); }));
+    write_cells(range, [&](std::size_t index) { return variant_of(values[index]); });
 }
 
 void COMSheet::write(Range range, const bool* values) {
-    if (is_empty(range)) return;
-    put_values(range, make_block(range, [&](std::size_t index) {
-                   return Variant::boolean(values[index]);
-               }));
+    write_cells(range, [&](std::size_t index) { return variant_of(values[index]); });
 }
 
 void COMSheet::write(Range range, const unsigned char* values) {
-    if (is_empty(range)) return;
-    put_values(range, make_block(range, [&](std::size_t index) {
-                   return Variant::boolean(values[index] != 0);
-               }));
+    write_cells(range, [&](std::size_t index) { return variant_of(values[index] != 0); });
 }
 
 void COMSheet::write(Range range, const StringProvider& provider) {
-    if (is_empty(range)) return;
-    put_values(range, make_block(range, [&](std::size_t) {
-                   return text_value(provider.next(provider.context));
-               }));
+    write_cells(range, [&](std::size_t) { return variant_of(provider.next(provider.context)); });
 }
 
 void COMSheet::write(Range range, const cell_type* types, const CellProvider& provider,
                      bool preserve_format) {
     if (is_empty(range)) return;
+    check_limits(range);
     const Variant block = make_block(
         range, [&](std::size_t index) { return provided_value(types[index], provider); });
     if (!preserve_format) clear(range);

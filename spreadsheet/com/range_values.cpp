@@ -6,6 +6,8 @@
 #include <limits>
 #include <utility>
 
+#include "spreadsheet/range_walk.h"
+
 namespace spreadsheet {
 namespace {
 
@@ -26,9 +28,8 @@ void assign_shortest(std::u16string& out, double value) {
 
 RangeValues::RangeValues(Variant value, const Range& range)
     : value_(std::make_unique<Variant>(std::move(value))) {
-    const auto rows = static_cast<std::size_t>(std::int64_t{range.last_row} - range.first_row + 1);
-    const auto columns =
-        static_cast<std::size_t>(std::int64_t{range.last_column} - range.first_column + 1);
+    const std::size_t rows = extent(range.first_row, range.last_row);
+    const std::size_t columns = extent(range.first_column, range.last_column);
     if ((value_->type() & VT_ARRAY) == 0) {
         if (rows == 1 && columns == 1) cells_ = &value_->get();
         return;
@@ -37,7 +38,7 @@ RangeValues::RangeValues(Variant value, const Range& range)
     if (*view_ && view_->rows() == rows && view_->columns() == columns) cells_ = view_->elements();
 }
 
-cell_type CellConversion::type_of(const VARIANT& cell) {
+cell_type type_of(const VARIANT& cell) {
     switch (cell.vt) {
     case VT_EMPTY:
         return cell_type::empty;
@@ -56,34 +57,35 @@ cell_type CellConversion::type_of(const VARIANT& cell) {
     }
 }
 
-double CellConversion::offset() {
+double ApplicationCell::offset() {
     if (!offset_) offset_ = date_offset_days_();
     return *offset_;
 }
 
-double CellConversion::number_of(const VARIANT& cell) {
-    if (cell.vt == VT_DATE) return cell.date - offset();
-    return number_in(cell).value_or(kNaN);
+double ApplicationCell::number() {
+    if (cell_->vt == VT_DATE) return cell_->date - offset();
+    return number_in(*cell_).value_or(kNaN);
 }
 
-double CellConversion::date_of(const VARIANT& cell) {
-    if (cell.vt == VT_DATE) return cell.date;
-    const auto number = number_in(cell);
+double ApplicationCell::date() {
+    if (cell_->vt == VT_DATE) return cell_->date;
+    const auto number = number_in(*cell_);
     return number ? *number + offset() : kNaN;
 }
 
-bool CellConversion::boolean_of(const VARIANT& cell) {
-    return cell.vt == VT_BOOL && cell.boolVal != VARIANT_FALSE;
+bool ApplicationCell::boolean() const {
+    return cell_->vt == VT_BOOL && cell_->boolVal != VARIANT_FALSE;
 }
 
-void CellConversion::assign_text(std::u16string& out, const VARIANT& cell) {
-    out.clear();
-    if (const auto text = text_in(cell))
-        out.assign(*text);
-    else if (cell.vt == VT_BOOL)
-        out = boolean_of(cell) ? u"TRUE" : u"FALSE";
-    else if (cell.vt == VT_DATE || number_in(cell))
-        assign_shortest(out, number_of(cell));
+const std::u16string& ApplicationCell::text() {
+    text_.clear();
+    if (const auto text = text_in(*cell_))
+        text_.assign(*text);
+    else if (cell_->vt == VT_BOOL)
+        text_ = boolean() ? u"TRUE" : u"FALSE";
+    else if (cell_->vt == VT_DATE || number_in(*cell_))
+        assign_shortest(text_, number());
+    return text_;
 }
 
 } // namespace spreadsheet

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "foundation/automation/owners.h"
 #include "spreadsheet/cell_exchange.h"
@@ -31,29 +32,39 @@ class RangeValues {
     const VARIANT* cells_ = nullptr;
 };
 
-/// What cells give, their own type or another. `date_offset_days` is asked at most once, and only
-/// when a date system matters: it returns the days from the workbook's system to that of 1900.
-class CellConversion {
+/// The kind of content; every double is a number here.
+cell_type type_of(const VARIANT& cell);
+
+/// One cell at a time for `deliver` (spreadsheet/typed_cells.h). `date_offset_days` is asked at
+/// most once, and only when a date system matters: it returns the days from the workbook's system
+/// to that of 1900.
+class ApplicationCell {
   public:
-    explicit CellConversion(std::function<double()> date_offset_days)
+    explicit ApplicationCell(std::function<double()> date_offset_days)
         : date_offset_days_(std::move(date_offset_days)) {}
 
-    /// The kind of content; every double is a number here.
-    static cell_type type_of(const VARIANT& cell);
-    /// NaN for what is neither a number nor a date.
-    double number_of(const VARIANT& cell);
+    /// The cell must outlive the calls that follow.
+    ApplicationCell& select(const VARIANT& cell) {
+        cell_ = &cell;
+        return *this;
+    }
+    /// A date gives its raw serial number; NaN for what is neither a number nor a date.
+    double number();
+    double stored_date() { return number(); }
     /// The serial date of the 1900 system; a double is a raw serial date of the workbook. NaN for
     /// anything else.
-    double date_of(const VARIANT& cell);
-    static bool boolean_of(const VARIANT& cell);
-    /// Replaces `out`.
-    void assign_text(std::u16string& out, const VARIANT& cell);
+    double date();
+    bool boolean() const;
+    /// Lives until the next call.
+    const std::u16string& text();
 
   private:
     double offset();
 
     std::function<double()> date_offset_days_;
     std::optional<double> offset_;
+    const VARIANT* cell_ = nullptr;
+    std::u16string text_;
 };
 
 } // namespace spreadsheet

@@ -50,7 +50,7 @@ TEST(ErrorIdMessage, KeepsItsWording) {
          "Could not parse a valid range from the given string. A valid range is of the form 'A1' "
          "(cell), 'A:B' (column-select), '1:5' (row-select) or 'A1:B5' (rectangle-select)."},
         {26,
-         R"(Invalid sheet name. Name must have 1-31 characters, excluding :, \\, /, ?, *, [, and ].)"},
+         R"(Invalid sheet name. Name must have 1-31 characters, excluding :, \, /, ?, *, [, and ].)"},
         {29, "Invalid format. Must be XLS, XLSX, XLSM, XLSB, XLTX, XLTM, or ODS."},
         {31, "Chart Sheets are currently not supported."},
         {39, "Merged rows found in sheet. Set MergedCellRowRule to any value other than 'error'."},

@@ -10,7 +10,7 @@
 #include "workbook/error.h"
 #include "workbook/io/little_endian.h"
 #include "workbook/limits.h"
-#include "workbook/package/zip_format.h"
+#include "workbook/zip/zip_format.h"
 
 namespace workbook {
 

@@ -3,9 +3,10 @@
 
 #include <algorithm>
 
+#include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
-#include "workbook/formula/formula_text.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/formula/formula_text.h"
 #include "workbook/xml/simple_types.h"
 
 namespace workbook {
@@ -19,7 +20,7 @@ constexpr std::size_t kMaxFormula = 8192;
 
 // Whether a formula that stands at `place` is for other cells too. Applications have it in the
 // first cell of its block.
-bool is_block(const AreaReference& area, const CellReference& place) {
+bool is_block(const Rectangle& area, const CellReference& place) {
     return area.first_row == place.row && area.first_column == place.column &&
            (area.first_row != area.last_row || area.first_column != area.last_column);
 }
@@ -28,7 +29,7 @@ bool is_before(const CellReference& a, const CellReference& b) {
     return a.row != b.row ? a.row < b.row : a.column < b.column;
 }
 
-bool holds(const AreaReference& area, const CellReference& place) {
+bool holds(const Rectangle& area, const CellReference& place) {
     return place.row >= area.first_row && place.row <= area.last_row &&
            place.column >= area.first_column && place.column <= area.last_column;
 }
@@ -74,9 +75,8 @@ int ChangedPlaces::next_cleared_row(int row) {
     return walk_.next_row();
 }
 
-bool ChangedPlaces::intersects(const AreaReference& area) const {
-    if (cleared_.intersects(area.first_row, area.last_row, area.first_column, area.last_column))
-        return true;
+bool ChangedPlaces::intersects(const Rectangle& area) const {
+    if (cleared_.intersects(area)) return true;
     for (std::size_t i = cells_.row_from(area.first_row); i < cells_.row_count(); ++i) {
         const CellStore::RowCells row = cells_.row_at(i);
         if (row.row > area.last_row) return false;

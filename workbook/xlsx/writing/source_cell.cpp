@@ -6,6 +6,7 @@
 
 #include "workbook/error.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xml/simple_types.h"
 
 namespace workbook {
