@@ -20,8 +20,9 @@
 namespace spreadsheet {
 
 /// Loads a whole workbook. Throws `Exception` 9 when it cannot be loaded or `mode` selects no
-/// back-end, 30 for a format that the back-end does not serve. Paths are UTF-16; for Google the
-/// spreadsheet's ID.
+/// back-end, 30 for a format that the back-end does not serve, 18 when a spreadsheet application is
+/// asked for and none can be started. Paths are UTF-16; for Google the spreadsheet's ID.
+/// Applications load whole workbooks only: the functions below that load parts throw 9 for them.
 ZX_API std::shared_ptr<IBook> load_book_from_file(const std::u16string& path, book::format format,
                                                   book::interactive mode);
 
@@ -106,10 +107,11 @@ ZX_API std::optional<Failure> take_unreported_failure(const std::shared_ptr<IBoo
 ZX_API void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path);
 
 /// Starts the library; calls are counted and thread-safe. Google Sheets can be reached from the
-/// first call on.
+/// first call on, which also initialises automation for its thread (a single-threaded apartment).
 ZX_API void initialize();
 
-/// Undoes one `initialize`; the last one closes the connections to Google Sheets.
+/// Undoes one `initialize`; the last one closes the connections to Google Sheets and ends the
+/// spreadsheet applications that no book uses and no user sees.
 ZX_API void release();
 
 /// The library's diagnostic logger, channel "zentra::io::spreadsheet".

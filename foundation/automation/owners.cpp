@@ -166,6 +166,9 @@ bool is_true(const VARIANT& value) {
 // --- Blocks
 
 BlockBuilder::BlockBuilder(std::uint32_t rows, std::uint32_t columns) {
+    // The system's own multiplication may overflow.
+    if (std::uint64_t{rows} * columns > std::numeric_limits<std::int32_t>::max())
+        throw std::bad_alloc();
     SAFEARRAYBOUND bounds[] = {{rows, 1}, {columns, 1}};
     array_ = SafeArrayCreate(VT_VARIANT, 2, bounds);
     void* data = nullptr;

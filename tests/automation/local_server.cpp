@@ -32,6 +32,9 @@ int register_server(const std::wstring& folder) {
     return 0;
 }
 
+/// How long the user of a visible application stays.
+constexpr UINT kUserStays_ms = 2000;
+
 /// The books that clients may open: each shows one thing.
 void add_books(scripted::Script& world) {
     const auto add = [&](const char16_t* name) {
@@ -50,7 +53,10 @@ void add_books(scripted::Script& world) {
     const auto filtered = add(u"filtered.xlsx");
     filtered->sheets[0]->filter = scripted::FilterModel{{0, 0, 199, 4}, {}};
     filtered->sheets[0]->filter->columns[2].first = Variant::text(u">1");
-    add(u"shown.xlsx")->on_open = [&world] { world.applications[0]->visible = true; };
+    add(u"shown.xlsx")->on_open = [&world] {
+        world.applications[0]->visible = true;
+        SetTimer(nullptr, 0, kUserStays_ms, nullptr);
+    };
     add(u"rejects.xlsx")->on_open = [&world] {
         world.refused["Workbook.SaveAs"] = RPC_E_CALL_REJECTED;
     };
@@ -87,12 +93,16 @@ int wmain(int count, wchar_t** arguments) {
     if (FAILED(CoRegisterClassObject(kSpreadsheetApplication, factory.get(), CLSCTX_LOCAL_SERVER,
                                      REGCLS_SINGLEUSE, &cookie)))
         return 3;
-    while (GetMessageW(&message, nullptr, 0, 0) > 0)
+    bool is_left_by_user = false;
+    while (!is_left_by_user && GetMessageW(&message, nullptr, 0, 0) > 0) {
+        is_left_by_user = message.message == WM_TIMER;
         DispatchMessageW(&message);
+    }
     std::ofstream out(std::string(log.begin(), log.end()));
     for (const std::string& violation : world.violations)
         out << "violation: " << violation << '\n';
-    out << "calls " << world.calls.size() << "\nquit\n";
+    out << (is_left_by_user ? "left by its user" : "quit") << " after " << world.calls.size()
+        << " calls\nend\n";
     CoRevokeClassObject(cookie);
     CoUninitialize();
     return 0;

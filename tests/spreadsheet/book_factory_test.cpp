@@ -75,8 +75,6 @@ TEST(BookFactory, ReportsWhyThereIsNoBook) {
          29},
         {"no back-end", [&] { load_book_from_file(missing, xlsx, none); }, 9},
         {"no back-end, new", [&] { create_new_book(1, xlsx, none, u""); }, 0},
-        {"application", [&] { load_book_from_file(missing, xlsx, application); }, 9},
-        {"application, new", [&] { create_new_book(1, xlsx, application, u""); }, 0},
         {"application, name",
          [&] { load_book_from_file_with_sheet_name(missing, xlsx, application, u"n"); }, 9},
         {"Google without a client", [&] { load_book_from_file_with_sheetNames(u"id", gsheet); },
@@ -125,14 +123,6 @@ TEST(BookFactory, LoadsTheWholeForAnIndexThatNoSheetHas) {
         fixture("many_rows.xlsx"), book::format::XLSX, book::interactive::file, 5, 0, 0);
     EXPECT_TRUE(single->is_sheet_loaded()) << "the only sheet, whatever the index";
     EXPECT_EQ(single->sheet(std::size_t{0})->used_range().last_row, 0);
-}
-
-TEST(BookFactory, LogsWhichBackEndIsMissing) {
-    LogLines log;
-    thrown_id([] { load_book_from_file(u"f.xlsx", book::interactive::application); });
-    EXPECT_EQ(log.take(),
-              (std::vector<std::string>{
-                  "[BOOK FACTORY MSG]: this version does not serve spreadsheet applications"}));
 }
 
 TEST(BookFactory, LoadsTheSheetAskedFor) {

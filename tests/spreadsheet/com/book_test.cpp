@@ -99,7 +99,10 @@ TEST_F(ComBook, IsMadeWithTheSheetsAskedFor) {
         script.sheets_in_new_workbook = expected.made;
         const auto book = make(expected.asked);
         EXPECT_EQ(names_of(*book), expected.names);
-        EXPECT_EQ(script.applications[0]->workbooks.back()->sheets.size(), expected.asked);
+        std::vector<std::u16string> in_application;
+        for (const auto& sheet : script.applications[0]->workbooks.back()->sheets)
+            in_application.push_back(sheet->name);
+        EXPECT_EQ(in_application, expected.names);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "spreadsheet/cell_iterator.h"
+#include "spreadsheet/com/date_formats.h"
 #include "tests/spreadsheet/com/com_fixture.h"
 
 namespace spreadsheet {
@@ -192,9 +193,10 @@ TEST_F(ComSheetRead, KnowsDatesByTheLettersOfTheUser) {
     const char16_t* const letters[] = {u"J", u"M", u"T", u"h", u"m", u"s"};
     for (std::size_t index = 0; index < 6; ++index)
         script.international[18 + index] = letters[index];
-    script.international[25] = u"Standard";
+    script.international[24] = u"other";
+    script.international[25] = u"Standard hT";
     const std::pair<const char16_t*, cell_type> kFormats[] = {
-        {u"TT.MM.JJJJ", kDate}, {u"hh:mm:ss", kDate},     {u"Standard", kNumber},
+        {u"TT.MM.JJJJ", kDate}, {u"hh:mm:ss", kDate},     {u"Standard hT", kNumber},
         {u"dd.yyyy", kNumber},  {u"0 \"Tage\"", kNumber}, {u"[$-T]0", kNumber},
         {u"\"T\"T", kDate},     {u"[Rot]JJ", kDate},      {u"#,##0", kNumber}};
     int row = 0;
@@ -206,6 +208,13 @@ TEST_F(ComSheetRead, KnowsDatesByTheLettersOfTheUser) {
         ++row;
     }
     EXPECT_EQ(sheet()->cell_types(Range{0, 0, 8, 0})[3], kNumber) << "mixed formats";
+}
+
+TEST(DateFormats, DoNotTakeTheNameOfTheGeneralFormatForADate) {
+    const DateFormats dutch(u"Standaard", u"jmdums");
+    EXPECT_FALSE(dutch.is_date(Variant::text(u"Standaard").get()));
+    EXPECT_TRUE(dutch.is_date(Variant::text(u"dd-mm-jjjj").get()));
+    EXPECT_FALSE(dutch.is_date(Variant::null().get()));
 }
 
 TEST_F(ComSheetRead, AsksForTheFormatsOfMixedRangesSparingly) {
@@ -270,7 +279,10 @@ TEST_F(ComSheetRead, DeliversIrregularSelections) {
     put(7, 3, Variant::text(u"x"));
     const CellIterator cells({1, 2, 7, 7}, {3, 0, 1});
     std::vector<cell_type> types(cells.size());
+    sheet();
+    script.calls.clear();
     sheet()->cell_types(cells, types.data());
+    EXPECT_EQ(script.count("Range.Value get"), 4) << "the gap is not read";
     EXPECT_EQ(types, (std::vector<cell_type>{kNumber, kNumber, kText, kNumber, kNumber, kNumber,
                                              kNumber, kNumber, kNumber}));
     types = {kNumber, kDate, kText, kNumber, kNumber, kText, kEmpty, kNumber, kNumber};
