@@ -22,7 +22,8 @@ function(zx_common target)
   # Once it optimises, GCC 12 warns about every "text" + std::string(...) (GCC bug 105651), and about more of the
   # standard library when that was precompiled.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    target_compile_options(${target} PRIVATE -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow)
+    target_compile_options(${target} PRIVATE -Wno-restrict -Wno-array-bounds
+      -Wno-stringop-overflow -Wno-stringop-overread)
   endif()
   # Unique symbols would keep the library in a process that has unloaded it.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32)
