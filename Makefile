@@ -61,7 +61,9 @@ windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file
 
 docs:  ## reference of the public headers into build/docs
 	@tools/install-deps docs
-	@mkdir -p build/docs && doxygen docs/Doxyfile && echo "see build/docs/html/index.html"
+	@$(call CONFIGURE,release)
+	@$(call BUILD,release) --target docs
+	@echo "see build/docs/html/index.html"
 
 bench:  ## build and run the benchmarks (BENCH_ARGUMENTS='--yardstick PROGRAM --peers')
 	@tools/install-deps bench
