@@ -92,17 +92,6 @@ TEST_F(UtilGsheetTest, ReturnsTheBodyOfASuccess) {
     EXPECT_THAT(log.lines(), ElementsAre("[RESPONSE CODE]: 200  [RESPONSE CODE REASON]: OK"));
 }
 
-TEST_F(UtilGsheetTest, ShowsOnlyTheSuccessAfterTimeOuts) {
-    client.script = {time_out(), time_out(), time_out(), reply(200, "{}")};
-    EXPECT_EQ(executeRequestWithToken({HttpMethod::Get, "http://h"}), "{}");
-    ASSERT_EQ(clock.sleeps.size(), 3u);
-    EXPECT_EQ(clock.sleeps[0], 0);
-    EXPECT_GT(clock.sleeps[1], 4000);
-    EXPECT_LE(clock.sleeps[1], 5000);
-    EXPECT_GT(clock.sleeps[2], 8000);
-    EXPECT_LE(clock.sleeps[2], 9000);
-}
-
 TEST_F(UtilGsheetTest, LetsTheClientsExceptionsPass) {
     client.script = {time_out(), failure(http::HttpRequestException("lost")),
                      failure(std::string("odd"))};

@@ -110,15 +110,6 @@ TEST_F(EmulatedFaults, EndInTheirErrorsAndLeaveEverythingAsItWas) {
     EXPECT_EQ(value, 4);
 }
 
-TEST_F(EmulatedFaults, LineFeedsInTextsAreTakenOut) {
-    service.order_fault(fault("line-feeds"));
-    const auto book = open(kId);
-    EXPECT_EQ(book->get_sheet_name(0), u"Grid");
-    double value = 0;
-    book->sheet(std::size_t{0})->read({1, 0, 1, 0}, &value);
-    EXPECT_EQ(value, 3);
-}
-
 TEST_F(EmulatedFaults, TimeOutsEndAWaitThatIsTooLong) {
     const auto book = open(kId);
     const auto sheet = book->sheet(std::size_t{0});
