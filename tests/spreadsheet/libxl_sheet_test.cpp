@@ -94,7 +94,7 @@ TEST(LibXLSheet, ClassifiesCells) {
     for (const auto& test : cases) {
         fake::FakeSheet fake;
         fake.cells[{3, 4}] = test.cell;
-        LibXLSheet sheet(fake, nullptr, false);
+        LibXLSheet sheet(fake, {});
         EXPECT_EQ(static_cast<int>(sheet.typeCheck(3, 4)), test.type) << test.what;
     }
 }
@@ -115,7 +115,7 @@ constexpr Range kSix{0, 0, 1, 2};
 
 TEST(LibXLSheet, ReadsColumnAfterColumn) {
     fake::FakeSheet fake = six_cells();
-    const LibXLSheet sheet(fake, nullptr, true);
+    const LibXLSheet sheet(fake, {.dates_1904 = true});
     EXPECT_EQ(types_of(sheet.cell_types(kSix)), (std::vector<int>{1, 2, 4, 3, 1, 6}));
 
     std::array<double, 6> numbers{};
@@ -140,7 +140,7 @@ TEST(LibXLSheet, ReadsColumnAfterColumn) {
 
 TEST(LibXLSheet, ReadsEveryCellAsTheTypeAskedFor) {
     fake::FakeSheet fake = six_cells();
-    const LibXLSheet sheet(fake, nullptr, true);
+    const LibXLSheet sheet(fake, {.dates_1904 = true});
     const std::vector<cell_type> types = {cell_type::number, cell_type::text,  cell_type::boolean,
                                           cell_type::date,   cell_type::other, cell_type::error};
     Journal journal;
@@ -154,7 +154,7 @@ TEST(LibXLSheet, ReadsEveryCellAsTheTypeAskedFor) {
 TEST(LibXLSheet, DoesNothingForAnEmptyRange) {
     fake::FakeSheet fake = six_cells();
     fake.regions = {{0, 0, 1, 0}};
-    LibXLSheet sheet(fake, nullptr, false);
+    LibXLSheet sheet(fake, {});
     for (const Range& range : {Range{0, 0, -1, -1}, Range{5, 0, 4, 2}, Range{0, 5, 1, 4}}) {
         sheet.read(range, static_cast<double*>(nullptr));
         sheet.cell_types(range, nullptr);
@@ -166,7 +166,7 @@ TEST(LibXLSheet, DoesNothingForAnEmptyRange) {
 TEST(LibXLSheet, BuildsCellArrays) {
     fake::FakeSheet fake = six_cells();
     fake.regions = {{0, 0, 0, 1}};
-    LibXLSheet sheet(fake, nullptr, true);
+    LibXLSheet sheet(fake, {.dates_1904 = true});
     const std::vector<cell_type> types = {cell_type::number, cell_type::date,  cell_type::error,
                                           cell_type::number, cell_type::empty, cell_type::text};
     CellTypeIterator cells({0, 1, 5, 5}, {1, 0}, types.data(), types.size());
@@ -191,7 +191,7 @@ TEST(LibXLSheet, BuildsCellArrays) {
 
 TEST(LibXLSheet, AnswersTypesOfAnIrregularSelection) {
     fake::FakeSheet fake = six_cells();
-    const LibXLSheet sheet(fake, nullptr, false);
+    const LibXLSheet sheet(fake, {});
     std::array<cell_type, 4> types{};
     sheet.cell_types(CellIterator({0, 0, 2, 2}, {1, 0}), types.data());
     EXPECT_EQ(types, (std::array<cell_type, 4>{cell_type::boolean, cell_type::empty,
@@ -228,7 +228,7 @@ TEST(LibXLSheet, AppliesMergedCellRules) {
     for (const auto& test : cases) {
         SCOPED_TRACE(std::to_string(test.columns) + " " + std::to_string(test.rows));
         fake::FakeSheet fake = merged_sheet();
-        LibXLSheet sheet(fake, nullptr, false);
+        LibXLSheet sheet(fake, {});
         const MergedCellColumnRule columns = column_rule(test.columns);
         const MergedCellRowRule rows = row_rule(test.rows);
         std::array<double, 16> numbers{};
@@ -248,7 +248,7 @@ TEST(LibXLSheet, AppliesMergedCellRules) {
 
 TEST(LibXLSheet, CountsOffsetsWithinTheRangeRead) {
     fake::FakeSheet fake = merged_sheet();
-    LibXLSheet sheet(fake, nullptr, false);
+    LibXLSheet sheet(fake, {});
     std::array<double, 6> numbers{};
     EXPECT_FALSE(sheet.read({2, 1, 3, 3}, numbers.data(), column_rule(0), row_rule(4)));
     EXPECT_EQ(sheet.get_omit_rows_vector(), (std::vector<int>{0, 1}));
@@ -259,7 +259,7 @@ TEST(LibXLSheet, CountsOffsetsWithinTheRangeRead) {
 
 TEST(LibXLSheet, KeepsTheOmissionFlagUntilReset) {
     fake::FakeSheet fake = merged_sheet();
-    LibXLSheet sheet(fake, nullptr, false);
+    LibXLSheet sheet(fake, {});
     double number = 0;
     EXPECT_TRUE(sheet.read({0, 0, 0, 0}, &number, column_rule(4), row_rule(0)));
     EXPECT_TRUE(sheet.read({1, 1, 1, 1}, &number, column_rule(4), row_rule(0)));
@@ -287,7 +287,7 @@ TEST(LibXLSheet, CountsColumnsWithoutValuesAsOmittedOnRequest) {
         {false, 2, {1, 5}}, {false, 4, {1, 3, 4, 5}},
     };
     for (const auto& test : cases) {
-        LibXLSheet sheet(fake, nullptr, false);
+        LibXLSheet sheet(fake, {});
         sheet.set_return_empty_vars_bool(test.return_empty);
         std::array<cell_type, 12> types{};
         EXPECT_EQ(sheet.cell_types(range, types.data(), column_rule(test.column_rule), kRepeatRows),
@@ -301,7 +301,7 @@ TEST(LibXLSheet, DeliversCellsWithoutAValueLikeEmptyOnes) {
     fake.regions = {{0, 0, 0, 1}, {1, 0, 1, 1}};
     fake.cells[{0, 0}] = fake::text(u"merged");
     fake.cells[{1, 0}] = fake::boolean(true);
-    LibXLSheet sheet(fake, nullptr, true);
+    LibXLSheet sheet(fake, {.dates_1904 = true});
     const Range range{0, 0, 1, 1};
     const auto columns = MergedCellColumnRule::last;
     Journal journal;
@@ -320,7 +320,7 @@ TEST(LibXLSheet, DeliversCellsWithoutAValueLikeEmptyOnes) {
 
 TEST(LibXLSheet, RaisesTheErrorRules) {
     fake::FakeSheet fake = merged_sheet();
-    LibXLSheet sheet(fake, nullptr, false);
+    LibXLSheet sheet(fake, {});
     std::array<unsigned char, 16> bytes{};
     const auto read = [&](Range range, int columns, int rows) {
         return thrown_id(
@@ -335,7 +335,7 @@ TEST(LibXLSheet, RaisesTheErrorRules) {
 
 TEST(LibXLSheet, ReportsBoundsNamesAndProtection) {
     fake::FakeSheet fake;
-    LibXLSheet sheet(fake, nullptr, false);
+    LibXLSheet sheet(fake, {});
     EXPECT_EQ(sheet.used_range(), (Range{0, 0, -1, -1}));
     fake.cells[{2, 1}] = fake::number(1);
     fake.cells[{9, 3}] = fake::blank();
@@ -358,7 +358,7 @@ TEST(LibXLSheet, CachesTheDataSpanByRule) {
     fake::FakeSheet fake;
     fake.cells[{0, 0}] = fake.cells[{0, 1}] = fake.cells[{5, 5}] = fake::number(1);
     fake.cells[{9, 9}] = fake::blank();
-    LibXLSheet sheet(fake, nullptr, false);
+    LibXLSheet sheet(fake, {});
     const Range first{0, 0, 0, 1};
     const Range second{5, 5, 5, 5};
     EXPECT_EQ(sheet.get_data_span({0, 0, 8, 8}, column_rule(0), row_rule(0)), first);

@@ -24,7 +24,8 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// A sheet over a fake one, with the date format of its book.
 struct Fixture {
-    explicit Fixture(bool dates_1904 = false) : sheet(library, &date_format, dates_1904) {}
+    explicit Fixture(bool dates_1904 = false)
+        : sheet(library, {&date_format, nullptr, dates_1904, nullptr}) {}
     const fake::FakeCell& at(int row, int column) { return library.cells.at({row, column}); }
 
     fake::FakeSheet library;
@@ -214,8 +215,10 @@ TEST(SheetChanges, FailWithTheirIdentifier) {
     fake::FakeWorkbook script;
     script.message = "why";
     fake::FakeBook library_book(script);
+    const std::u16string file;
+    libxl::FailureReporter reporter(library_book, file);
     Fixture f;
-    LibXLSheet sheet(f.library, &f.date_format, false, &library_book);
+    LibXLSheet sheet(f.library, {&f.date_format, nullptr, false, &reporter});
     f.library.can_change = false;
     f.library.regions = {{0, 0, 1, 1}};
     const double number = 1.0;

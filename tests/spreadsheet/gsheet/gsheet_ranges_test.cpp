@@ -85,8 +85,11 @@ TEST_F(GSheetRanges, FindsNamedRanges) {
         EXPECT_EQ(requests(),
                   (std::vector<Sent>{{"GET", "/book?ranges=Sales&fields=namedRanges"}}));
     }
-    answer({refusal(400, "Unable to parse range: Sales"), refusal(400, "Something else"),
-            refusal(404, "Unable to parse range: Sales")});
+    answer(
+        {refusal(400, "Unable to parse range: Sales"),
+         {R"({"error": {"status": "INVALID_ARGUMENT", "details": [{"reason": "API_KEY_INVALID"}]}})",
+          400},
+         refusal(404, "Unable to parse range: Sales")});
     for (const int id : {23, 47, 42})
         EXPECT_EQ(thrown_id([&] { sheet->named_range(u"Sales"); }), id);
     requests();

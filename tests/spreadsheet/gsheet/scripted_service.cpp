@@ -50,7 +50,7 @@ void PrintTo(const Sent& sent, std::ostream* out) {
 Reply refusal(int status, const std::string& message) {
     const std::string code = std::to_string(status);
     return {"{\n  \"error\": {\n    \"code\": " + code + ",\n    \"message\": \"" + message +
-                "\",\n    \"status\": \"STATUS\"\n  }\n}\n",
+                "\",\n    \"status\": \"INVALID_ARGUMENT\"\n  }\n}\n",
             status};
 }
 
