@@ -24,7 +24,7 @@ demo: deps  ## build the program and read a workbook with it
 	build/release/bin/zxsheet read $(BOOK) -s Summary --to json
 
 google-demo:  ## serve a sample spreadsheet like Google Sheets does, without an account (GOOGLE_PORT=8420)
-	@python3 tests/google_emulator --port $(GOOGLE_PORT) --state demo --hint
+	@python3 tools/google_emulator --port $(GOOGLE_PORT) --state demo --hint
 
 test: deps  ## build and run all tests (PRESET=dev or release)
 	$(call CONFIGURE,$(PRESET))

@@ -3,8 +3,8 @@
 
 import unittest
 
-from ..book_specs import add_file
-from .support import BOOK, Asker, message
+from google_emulator.book_specs import add_file
+from support import BOOK, Asker, message
 
 BOOKS = "/v4/spreadsheets"
 VALUES = f"{BOOKS}/{BOOK}/values/A1"
@@ -22,6 +22,10 @@ REFUSED = [
     ("POST", BOOKS + "/", {}, 404, None),
     ("POST", VALUES, {}, 404, None),
     ("PATCH", VALUES, {}, 404, None),
+    ("GET", "/drive/v3/files", None, 501, "The emulator does not serve GET /drive/v3/files."),
+    ("POST", f"{BOOKS}/{BOOK}/values:batchGetByDataFilter", {}, 501, "The emulator does not serve POST"),
+    ("POST", BOOKS, {"properties": {"locale": "english"}}, 400, "Invalid properties: Unsupported locale: english"),
+    ("POST", BOOKS, {"properties": {"autoRecalc": "HOUR"}}, 501, "the property 'autoRecalc'"),
     ("GET", f"{BOOKS}/nosuch", None, 404, "Requested entity was not found."),
     ("GET", f"{BOOKS}/word-document", None, 400, "This operation is not supported for this document"),
     ("GET", f"{BOOKS}/{BOOK}?range=A1", None, 400, "Unknown name \"range\": Cannot bind query parameter."),
@@ -116,14 +120,25 @@ class RefusedRequests(unittest.TestCase):
                 self.assertEqual(asker.state(), before)
 
 
-class Callers(unittest.TestCase):
-    def asker(self, **sharing):
-        return Asker(**sharing)
+class Paths(unittest.TestCase):
+    def test_may_have_slashes_that_some_clients_put_there(self):
+        asker = Asker()
+        named = {"updateSpreadsheetProperties": {"properties": {"title": "New", "locale": "de_DE"},
+                                                 "fields": "title,locale"}}
+        self.assertEqual(asker.ask("POST", f"{BOOKS}/{BOOK}/:batchUpdate", {"requests": [named]})[0], 200)
+        self.assertEqual(asker.get("/?fields=properties(title,locale)"),
+                         (200, {"properties": {"title": "New", "locale": "de_DE"}}))
+        self.assertEqual(asker.ask("PUT", VALUES + "/?valueInputOption=RAW", {"values": [[345]]})[0], 200)
+        _, body = asker.ask("POST", f"{BOOKS}/{BOOK}:getByDataFilter?fields=sheets.data.rowData.values.formattedValue",
+                            {"dataFilters": [{"a1Range": "A1:B2"}]})
+        self.assertEqual(body, {"sheets": [{"data": [{"rowData": [{"values": [{"formattedValue": "345"}]}]}]}]})
 
+
+class Callers(unittest.TestCase):
     def test_need_good_credentials(self):
         for authorization, query, read, write, expected in CREDENTIALS:
             with self.subTest(f"{authorization} {query}"):
-                asker = self.asker(public=True)
+                asker = Asker(public=True)
                 self.assertEqual(asker.ask("GET", VALUES + query, None, authorization)[0], read)
                 status, body = asker.ask("POST", VALUES + ":clear" + query, None, authorization)
                 self.assertEqual(status, write)
@@ -132,7 +147,7 @@ class Callers(unittest.TestCase):
     def test_see_what_is_shared_with_them(self):
         for access, public, read, write, key in SHARING:
             with self.subTest(f"{access} {public}"):
-                asker = self.asker(access=access, public=public)
+                asker = Asker(access=access, public=public)
                 self.assertEqual(asker.ask("GET", VALUES)[0], read)
                 self.assertEqual(asker.ask("POST", VALUES + ":clear")[0], write)
                 self.assertEqual(asker.ask("GET", VALUES + "?key=test-key", None, None)[0], key)

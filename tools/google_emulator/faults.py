@@ -7,7 +7,7 @@ from dataclasses import dataclass, field
 from typing import Callable, NamedTuple, Optional
 from urllib.parse import unquote
 
-from .errors import STANDARD_MESSAGES, STATUS_NAMES, standard_error
+from .errors import STANDARD_MESSAGES, standard_error
 from .json_text import json_bytes
 
 MAX_WAIT_SECONDS = 600
@@ -59,23 +59,6 @@ def _message_of(given):
     return given["message"] or STANDARD_MESSAGES.get(given["status"], "Something went wrong.")
 
 
-def _no_message(given, _true):
-    status = given["status"]
-    return _error_wire(status, {"error": {"code": status, "status": STATUS_NAMES.get(status, "UNKNOWN")}})
-
-
-def _spaced(text):
-    def spoil(given, _true):
-        body = text % (given["status"], _message_of(given))
-        return _error_wire(given["status"], body.encode())
-    return spoil
-
-
-def _quoted_message(given, _true):
-    message = given["message"] or 'The sheet "Data" is "busy".'
-    return _error_wire(given["status"], standard_error(given["status"], message).body)
-
-
 def _line_feeds(_given, true):
     """A line feed in every string, as it must not stand in JSON."""
     def split(match):
@@ -117,13 +100,6 @@ _HALF = {"bytes": None}
 FAULTS = {
     "status": FaultKind("the service's reply of that status; 201 and 204 included", {"status": 503, "message": None},
                         _status),
-    "no-message": FaultKind("an error without a message", _ERROR, _no_message, needs_reply=False),
-    "tight-spacing": FaultKind("an error with no blank after colons", _ERROR,
-                               _spaced('{"error":{"code":%d,"message":"%s"}}\n'), needs_reply=False),
-    "wide-spacing": FaultKind("an error with blanks before and after colons", _ERROR,
-                              _spaced('{ "error" :  { "code" :  %d , "message" :  "%s" } }\n'), needs_reply=False),
-    "quoted-message": FaultKind("an error with quotes inside the message", _ERROR, _quoted_message,
-                                needs_reply=False),
     "html-page": FaultKind("an error as a page for people", _ERROR, lambda given, _: Wire(
         given["status"], f"<html><title>Error {given['status']}</title><p>{_message_of(given)}</html>\n".encode(),
         "text/html; charset=UTF-8"), needs_reply=False),

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The methods spreadsheets.create, get, batchUpdate and sheets.copyTo."""
+"""The methods spreadsheets.create, get, getByDataFilter, batchUpdate and sheets.copyTo."""
 
 from .batch import run_batch
-from .batch_sheets import check_title, new_sheet
-from .book_ranges import find_for_reading
+from .batch_sheets import check_title, new_sheet, set_book_properties
+from .book_ranges import batch_range, find_for_reading
 from .credentials import check_access
 from .dimensions import refuse_too_many_cells
 from .errors import BatchRefusal, ServiceError, bad_request, not_a_spreadsheet, not_served
@@ -37,16 +37,19 @@ def create(drive, call):
         outer, _, inner = name.partition(".")
         if wanted.get(outer) and (not inner or any(inner in sheet for sheet in wanted[outer])):
             raise not_served(f"'{name}' when a spreadsheet is created")
-    title = wanted.get("properties", {}).get("title") or "Untitled spreadsheet"
-    entry = drive.add_book(title)
+    properties = {"title": "Untitled spreadsheet"} | {
+        name: value for name, value in wanted.get("properties", {}).items() if value}
+    entry, place = drive.add_book(properties["title"]), "properties"
     try:
-        for sheet in wanted.get("sheets", ()):
-            properties = sheet.get("properties", {})
-            number = {} if "sheetId" in properties else {"sheetId": drive.new_sheet_id(entry.book)}
-            new_sheet(entry.book, drive, properties | number)
-    except BatchRefusal as refusal:
+        set_book_properties(entry.book, properties)
+        for index, sheet in enumerate(wanted.get("sheets", ())):
+            place = f"sheets[{index}]"
+            new_sheet(entry.book, drive, {"sheetId": drive.new_sheet_id(entry.book)} | sheet.get("properties", {}))
+    except Exception as refusal:
         del drive.files[entry.file_id]
-        raise bad_request(f"Invalid sheets[{len(entry.book.sheets)}]: {refusal}") from None
+        if isinstance(refusal, BatchRefusal):
+            raise bad_request(f"Invalid {place}: {refusal}") from None
+        raise
     if not entry.book.sheets:
         new_sheet(entry.book, drive, {})
     return Reply(body=spreadsheet(entry, None, _WITHOUT_GRID_DATA, drive.now()))
@@ -56,22 +59,40 @@ def get(drive, call):
     entry = book_of(drive, call)
     selection = [find_for_reading(entry.book, text) for text in call.query["ranges"]] if "ranges" in call.query \
         else None
+    return _described(drive, call, entry, selection, call.query.get("includeGridData"))
+
+
+def _described(drive, call, entry, selection, with_grid_data):
     if "fields" in call.query:
         mask = parse_mask(call.query["fields"], "Spreadsheet")
     else:
-        mask = {"*": {}} if call.query.get("includeGridData") else _WITHOUT_GRID_DATA
+        mask = {"*": {}} if with_grid_data else _WITHOUT_GRID_DATA
     return Reply(body=spreadsheet(entry, selection, mask, drive.now()))
+
+
+def get_by_data_filter(drive, call):
+    entry = book_of(drive, call)
+    filters = call.body.get("dataFilters", [])
+    if not filters:
+        raise bad_request("Must specify at least one dataFilter.")
+    try:
+        selection = [find_for_reading(entry.book, wanted["a1Range"]) if "a1Range" in wanted
+                     else batch_range(entry.book, wanted.get("gridRange"), "gridRange") for wanted in filters]
+    except BatchRefusal as refusal:
+        raise bad_request(f"Invalid dataFilters: {refusal}") from None
+    return _described(drive, call, entry, selection, call.body.get("includeGridData"))
 
 
 def batch_update(drive, call):
     entry = book_of(drive, call)
-    if call.body.get("responseRanges") or call.body.get("responseIncludeGridData"):
-        raise not_served("grid data in replies to batches")
     replies = run_batch(entry.book, call.body.get("requests", []), drive)
     entry.name, entry.modified = entry.book.title, drive.now()
     body = {"spreadsheetId": entry.file_id, "replies": replies}
     if call.body.get("includeSpreadsheetInResponse"):
-        body["updatedSpreadsheet"] = spreadsheet(entry, None, _WITHOUT_GRID_DATA, drive.now())
+        ranges = call.body.get("responseRanges")
+        selection = [find_for_reading(entry.book, text) for text in ranges] if ranges else None
+        mask = {"*": {}} if call.body.get("responseIncludeGridData") else _WITHOUT_GRID_DATA
+        body["updatedSpreadsheet"] = spreadsheet(entry, selection, mask, drive.now())
     return Reply(body=body)
 
 

@@ -3,7 +3,7 @@
 
 import unittest
 
-from .support import Asker
+from support import Asker
 
 SHEETS = ({"title": "Sheet1", "rows": 100, "columns": 10}, {"title": "D3", "rows": 20, "columns": 30},
           {"title": "Bob's data", "rows": 5, "columns": 5}, {"title": "R1C1", "rows": 5, "columns": 5},

@@ -56,6 +56,9 @@ SHEETS_MESSAGES = {
     "GridRange": "sheetId:int32 startRowIndex:int32 endRowIndex:int32 startColumnIndex:int32 endColumnIndex:int32",
     "GridCoordinate": "sheetId:int32 rowIndex:int32 columnIndex:int32",
     "DimensionRange": "sheetId:int32 dimension:enum!Dimension startIndex:int32 endIndex:int32",
+    "GetSpreadsheetByDataFilterRequest": "dataFilters:DataFilter[] includeGridData:bool"
+                                         " excludeTablesInBandedRanges:bool",
+    "DataFilter": "a1Range:string gridRange:GridRange developerMetadataLookup:-",
     "BatchUpdateSpreadsheetRequest": "requests:Request[] includeSpreadsheetInResponse:bool responseRanges:string[]"
                                      " responseIncludeGridData:bool",
     "BatchUpdateSpreadsheetResponse": "spreadsheetId:string replies:Response[] updatedSpreadsheet:Spreadsheet",
@@ -151,4 +154,4 @@ ENUMS = {
 }
 
 # Fields of which a message takes one at most.
-ONE_OF = {"Request": "kind", "ExtendedValue": "value"}
+ONE_OF = {"Request": "kind", "ExtendedValue": "value", "DataFilter": "filter"}

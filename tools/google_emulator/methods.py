@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What a method of the service gets and gives, and the table of all methods that are served."""
+"""What a method of the service gets and gives, and the tables of methods that are served and of those that are not."""
 
+import re
 from dataclasses import dataclass, field
 from typing import Any, Callable, NamedTuple, Optional
 from urllib.parse import unquote
 
-from .errors import NoSuchPath
+from .errors import NoSuchPath, not_served
 
 _RENDER = {"majorDimension": "enum!Dimension", "valueRenderOption": "enum!ValueRenderOption",
            "dateTimeRenderOption": "enum!DateTimeRenderOption"}
@@ -33,7 +34,7 @@ class Method(NamedTuple):
 
     @property
     def is_write(self):
-        return self.verb != "GET"
+        return self.verb != "GET" and not self.name.endswith("ByDataFilter")
 
     @property
     def is_drive(self):
@@ -48,6 +49,8 @@ METHODS = (
     Method("sheets.spreadsheets.get", "GET", _BOOK,
            {"ranges": "string[]", "includeGridData": "bool", "excludeTablesInBandedRanges": "bool"}, None,
            "Spreadsheet"),
+    Method("sheets.spreadsheets.getByDataFilter", "POST", _BOOK + ":getByDataFilter", {},
+           "GetSpreadsheetByDataFilterRequest", "Spreadsheet"),
     Method("sheets.spreadsheets.batchUpdate", "POST", _BOOK + ":batchUpdate", {}, "BatchUpdateSpreadsheetRequest",
            "BatchUpdateSpreadsheetResponse"),
     Method("sheets.spreadsheets.sheets.copyTo", "POST", _BOOK + "/sheets/{sheetId}:copyTo", {},
@@ -70,6 +73,39 @@ METHODS = (
     Method("drive.files.get", "GET", "/drive/v3/files/{fileId}", _DRIVES | {"acknowledgeAbuse": "bool"}, None, "File"),
     Method("drive.files.delete", "DELETE", "/drive/v3/files/{fileId}", _DRIVES),
 )
+
+
+# What the service has beside them: verb -> paths below the roots, {} for what varies.
+UNSERVED_METHODS = {
+    "/v4/spreadsheets/{}": {
+        "GET": "/developerMetadata/{}",
+        "POST": "/developerMetadata:search /values:batchClearByDataFilter"
+                " /values:batchGetByDataFilter /values:batchUpdateByDataFilter"},
+    "/drive/v3": {
+        "GET": "/about /apps /apps/{} /changes /changes/startPageToken /drives /drives/{} /files /files/generateIds"
+               " /files/{}/accessproposals /files/{}/accessproposals/{} /files/{}/comments /files/{}/comments/{}"
+               " /files/{}/comments/{}/replies /files/{}/comments/{}/replies/{} /files/{}/export"
+               " /files/{}/listLabels /files/{}/permissions /files/{}/permissions/{} /files/{}/revisions"
+               " /files/{}/revisions/{} /operations/{} /teamdrives /teamdrives/{}",
+        "POST": "/changes/watch /channels/stop /drives /drives/{}/hide /drives/{}/unhide"
+                " /files/{}/accessproposals/{}:resolve /files/{}/comments /files/{}/comments/{}/replies"
+                " /files/{}/copy /files/{}/download /files/{}/modifyLabels /files/{}/permissions /files/{}/watch"
+                " /teamdrives",
+        "PATCH": "/drives/{} /files/{} /files/{}/comments/{} /files/{}/comments/{}/replies/{}"
+                 " /files/{}/permissions/{} /files/{}/revisions/{} /teamdrives/{}",
+        "DELETE": "/drives/{} /files/trash /files/{}/comments/{} /files/{}/comments/{}/replies/{}"
+                  " /files/{}/permissions/{} /files/{}/revisions/{} /teamdrives/{}"},
+    "/upload/drive/v3": {"PATCH": "/files/{}"},
+}
+
+
+def unserved_methods():
+    """(verb, path) of each of them."""
+    return [(verb, root + path) for root, verbs in UNSERVED_METHODS.items() for verb, paths in verbs.items()
+            for path in paths.split()]
+
+
+_UNSERVED = [(verb, path, re.compile(re.escape(path).replace(r"\{\}", "[^/]+"))) for verb, path in unserved_methods()]
 
 
 @dataclass
@@ -97,7 +133,14 @@ Handler = Callable[[Call], Reply]
 
 
 def find_method(verb, path):
-    """(method, variable parts) of a path that is still percent-encoded; raises NoSuchPath."""
+    """(method, variable parts) of a path that is still percent-encoded; raises NoSuchPath, or the 501 of a method
+    that the service has and the emulator has not. Some clients put a slash before an action or after a last part."""
+    path = re.sub(r"/:(?=[A-Za-z]+$)", ":", path)
+    if path.count("/") > 3:
+        path = path.removesuffix("/")
+    for unserved_verb, name, pattern in _UNSERVED:
+        if verb == unserved_verb and pattern.fullmatch(path):
+            raise not_served(f"{verb} {name}")
     for with_action in (True, False):
         for method in METHODS:
             if method.verb == verb and (":" in method.path.rpartition("/")[2]) == with_action:
@@ -109,8 +152,6 @@ def find_method(verb, path):
 
 def _match(pattern, path):
     segments, wanted = path.split("/"), pattern.split("/")
-    if pattern.endswith("/values/{range}") and segments[-1] == "":
-        segments.pop()  # a slash behind the range is overlooked
     if len(segments) != len(wanted):
         return None
     last, mark, action = wanted[-1].partition(":")

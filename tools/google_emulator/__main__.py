@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Command line: python3 tests/google_emulator [--port N] ..., or python3 -m google_emulator in tests/."""
+"""Command line: python3 tools/google_emulator [--port N] ..., or python3 -m google_emulator in tools/."""
 
 import argparse
 import os

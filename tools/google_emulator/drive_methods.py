@@ -48,7 +48,13 @@ def _time(moment):
 
 
 def get(drive, call):
-    return Reply(body=_resource(_file_of(drive, call), call))
+    entry = _file_of(drive, call)
+    if call.query.get("alt", "json") == "json":
+        return Reply(body=_resource(entry, call))
+    if entry.book or call.query["alt"] != "media":
+        raise drive_error(403, "Only files with binary content can be downloaded. Use Export with Docs Editors files.",
+                          "fileNotDownloadable", "alt", "parameter")
+    return Reply(body=entry.content, content_type=entry.mime_type)
 
 
 def delete(drive, call):

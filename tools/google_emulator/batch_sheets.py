@@ -1,10 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 """Batch requests about whole sheets and the spreadsheet itself."""
 
+import re
+
 from .book_ranges import batch_sheet
 from .cell_formats import stored_styles
 from .dimensions import refuse_too_many_cells, resize
-from .errors import BatchRefusal
+from .errors import BatchRefusal, not_served
 from .masks import MaskError, parse_mask, replace_masked
 from .model import DEFAULT_COLUMNS, DEFAULT_ROWS, Sheet
 from .rendering import sheet_properties
@@ -13,6 +15,8 @@ MAX_TITLE_LENGTH = 100
 _GRID_EXTRAS = ("frozenRowCount", "frozenColumnCount", "hideGridlines", "rowGroupControlAfter",
                 "columnGroupControlAfter")
 _PROPERTIES_EXTRAS = ("tabColor", "tabColorStyle", "rightToLeft")
+_BOOK_PROPERTIES = {"title": "title", "locale": "locale", "timeZone": "time_zone"}
+_LOCALE = re.compile("[a-z]{2,3}(_[A-Z]{2})?")
 
 
 def required_mask(request, message):
@@ -136,8 +140,18 @@ def _move(book, sheet, index):
 def update_spreadsheet_properties(book, request):
     mask = required_mask(request, "SpreadsheetProperties")
     wanted = request.get("properties", {})
-    for field, attribute in (("title", "title"), ("locale", "locale"), ("timeZone", "time_zone")):
-        if field in mask or "*" in mask:
-            if not wanted.get(field):
-                raise BatchRefusal(f"{field} must not be empty.")
-            setattr(book, attribute, wanted[field])
+    names = _BOOK_PROPERTIES if "*" in mask else mask
+    for name in names:
+        if not wanted.get(name):
+            raise BatchRefusal(f"{name} must not be empty.")
+    set_book_properties(book, {name: wanted[name] for name in names})
+
+
+def set_book_properties(book, wanted):
+    """Sets the given properties, none of which is empty; what cells show is always in the locale en_US."""
+    for name, value in wanted.items():
+        if name not in _BOOK_PROPERTIES:
+            raise not_served(f"the property '{name}' of spreadsheets")
+        if name == "locale" and not _LOCALE.fullmatch(value):
+            raise BatchRefusal(f"Unsupported locale: {value}")
+        setattr(book, _BOOK_PROPERTIES[name], value)

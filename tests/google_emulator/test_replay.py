@@ -3,8 +3,8 @@
 
 import unittest
 
-from ..replay import difference, in_scope, replay_file, report
-from .support import shared_data
+from replay import difference, in_scope, replay_file, report
+from support import shared_data
 
 RECORDING = ("google", "recordings", "gspread-exchanges.jsonl")
 # Every batch request and method that clients of this project use and the recording has; all of it has to be compared.

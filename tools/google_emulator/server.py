@@ -3,6 +3,7 @@
 
 import copy
 import itertools
+import re
 import socket
 import ssl
 import threading
@@ -135,12 +136,30 @@ class _Handler(BaseHTTPRequestHandler):
     do_GET = do_POST = do_PUT = do_DELETE = do_PATCH = _serve
 
     def _request_body(self):
+        """The body, or None after one that cannot be read was refused."""
         length = self.headers.get("Content-Length", "0")
-        if "Transfer-Encoding" in self.headers or not length.isdigit() or int(length) > MAX_BODY_BYTES:
+        if self.headers.get("Transfer-Encoding", "").lower() == "chunked":
+            body = self._chunked_body()
+        else:
+            body = self.rfile.read(int(length)) if _is_size(length, 10) else None
+        if body is None:
             self.close_connection = True
-            self._send(Wire(411 if "Transfer-Encoding" in self.headers else 413, b"", "text/html"))
-            return None
-        return self.rfile.read(int(length))
+            self._send(Wire(413, b"", "text/html"))
+        return body
+
+    def _chunked_body(self):
+        body = b""
+        while True:
+            size = self.rfile.readline(100).partition(b";")[0].strip().decode("latin-1")
+            if not _is_size(size, 16) or len(body) + int(size, 16) > MAX_BODY_BYTES:
+                return None
+            if int(size, 16) == 0:
+                break
+            body += self.rfile.read(int(size, 16))
+            self.rfile.readline(3)
+        while self.rfile.readline(1 << 16).strip():
+            pass  # fields after the last chunk
+        return body
 
     def _send(self, wire):
         emulator = self.server.emulator
@@ -215,6 +234,11 @@ class _Handler(BaseHTTPRequestHandler):
             self.connection.shutdown(socket.SHUT_RDWR)
         except OSError:
             pass
+
+
+def _is_size(text, base):
+    digits = "[0-9]+" if base == 10 else "[0-9a-fA-F]+"
+    return re.fullmatch(digits, text) is not None and int(text, base) <= MAX_BODY_BYTES
 
 
 def _packer():

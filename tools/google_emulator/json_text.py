@@ -9,10 +9,9 @@ from .generated import RowTemplate
 _MARK = "@@rows@@"
 
 
-def json_bytes(value, pretty=True):
+def json_bytes(value):
     """A whole reply. Lone surrogates, which JSON can spell and UTF-8 cannot, become question marks."""
-    text = json.dumps(value, indent=2 if pretty else None, ensure_ascii=False,
-                      separators=None if pretty else (",", ":"))
+    text = json.dumps(value, indent=2, ensure_ascii=False)
     return (text + "\n").encode("utf-8", "replace")
 
 

@@ -14,6 +14,7 @@ from .schema import check_body, check_query, normalised, parse_json
 HANDLERS = {
     "sheets.spreadsheets.create": spreadsheet_methods.create,
     "sheets.spreadsheets.get": spreadsheet_methods.get,
+    "sheets.spreadsheets.getByDataFilter": spreadsheet_methods.get_by_data_filter,
     "sheets.spreadsheets.batchUpdate": spreadsheet_methods.batch_update,
     "sheets.spreadsheets.sheets.copyTo": spreadsheet_methods.copy_to,
     "sheets.spreadsheets.values.get": value_methods.get,

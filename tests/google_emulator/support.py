@@ -7,9 +7,9 @@ import os
 import threading
 from urllib.parse import quote
 
-from ..book_specs import add_file, dump_file
-from ..server import Emulator
-from ..service import Service
+from google_emulator.book_specs import add_file, dump_file
+from google_emulator.server import Emulator
+from google_emulator.service import Service
 
 BOOK = "book"
 

@@ -5,7 +5,7 @@ import json
 import unittest
 import warnings
 
-from .support import RunningEmulator, shared_data
+from support import RunningEmulator, shared_data
 
 try:
     import google.oauth2.credentials

@@ -3,7 +3,7 @@
 
 import unittest
 
-from .support import Asker, message
+from support import Asker, message
 
 SHEETS = ({"title": "One", "rows": 10, "columns": 5, "values": [["a1", "b1"], ["a2", "b2"]], "merges": ["C3:D4"]},
           {"title": "Two", "sheetId": 2, "rows": 10, "columns": 5, "protectedRanges": [{"range": {}}]},
