@@ -54,7 +54,8 @@ class CompoundFile {
     std::uint32_t sector_bytes() const { return tables_.sector_bytes(); }
     std::uint64_t file_size() const { return tables_.file_size(); }
 
-    /// For a file that stays open for long: throws `Error` when it is not what it was.
+    /// For a file that stays open for long: throws `Error` when its size, tables or directory are
+    /// not what they were. The content of streams is not compared.
     void verify_unchanged();
     /// Lets go of the file; what was opened from it must be gone. Entries stay, `reopen` is the
     /// only other call that is left.
@@ -64,11 +65,15 @@ class CompoundFile {
     void reopen(std::unique_ptr<foundation::files::RandomAccessFile> file);
 
   private:
+    static std::vector<CompoundEntry> read_entries(foundation::files::RandomAccessFile& file,
+                                                   const SectorTables& tables);
     const CompoundEntry* find(std::u16string_view path, EntryKind kind) const;
+    std::vector<Extent> locate(const CompoundEntry& stream) const;
 
     std::unique_ptr<foundation::files::RandomAccessFile> file_; ///< null while it is closed
     SectorTables tables_;
     std::vector<CompoundEntry> entries_;
+    std::vector<std::uint32_t> container_; ///< sectors of the stream of small streams
 };
 
 } // namespace workbook
