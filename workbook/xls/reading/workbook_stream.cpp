@@ -48,13 +48,19 @@ WorkbookStream read_whole_file(RandomAccessFile& file) {
     return result;
 }
 
-} // namespace
-
-WorkbookStream read_workbook_stream(std::unique_ptr<RandomAccessFile> file) {
+WorkbookStream read_encrypted_or_not(std::unique_ptr<RandomAccessFile> file) {
     const FileKind kind = detect_file_kind(*file);
     if (kind == FileKind::CompoundFile) return read_from_container(std::move(file));
     if (kind == FileKind::RecordStream) return read_whole_file(*file);
     refuse_file_kind(kind);
+}
+
+} // namespace
+
+WorkbookStream read_workbook_stream(std::unique_ptr<RandomAccessFile> file) {
+    WorkbookStream result = read_encrypted_or_not(std::move(file));
+    result.encryption = decrypt_workbook_stream(result.bytes);
+    return result;
 }
 
 } // namespace workbook
