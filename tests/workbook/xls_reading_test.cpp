@@ -77,40 +77,47 @@ Stream formats8() {
     const auto xf = [](unsigned number_format, unsigned protection) {
         return Bytes().u16(0).u16(number_format).u16(protection).text(std::string(14, '\0'));
     };
-    return Stream().record(0x041E, Bytes().u16(164).text(string8("yyyy-mm-dd").str()))
-        .record(0x00E0, xf(0, 1)).record(0x00E0, xf(14, 0)).record(0x00E0, xf(164, 1));
+    return Stream()
+        .record(0x041E, Bytes().u16(164).text(string8("yyyy-mm-dd").str()))
+        .record(0x00E0, xf(0, 1))
+        .record(0x00E0, xf(14, 0))
+        .record(0x00E0, xf(164, 1));
 }
 
 TEST(XlsReading, MakesCellsOfEveryRecord) {
     const Stream strings = formats8().record(
         0x00FC, Bytes().u32(2).u32(2).text(string8("one").str()).text(string8("two").str()));
-    const Stream sheet = Stream()
-        .record(0x0203, cell(0, 0).f64(1.5))
-        .record(0x027E, cell(0, 1, 1).u32(44000u << 2 | 2))       // RK: an integer
-        .record(0x027E, cell(0, 2).u32(static_cast<std::uint32_t>(-1234) << 2 | 3)) // hundredths
-        .record(0x027E, cell(0, 3).u32(0x3FF80000u))              // RK: upper end of 1.5
-        .record(0x00BD, Bytes().u16(0).u16(4).u16(0).u32(1u << 2 | 2).u16(2).u32(2u << 2 | 2).u16(5))
-        .record(0x00FD, cell(1, 0).u32(1))
-        .record(0x0204, cell(1, 1).text(string8("label").str()))
-        .record(0x00D6, cell(1, 2).text(string8("rich").str()).u16(1).u16(0).u16(0))
-        .record(0x0201, cell(1, 3))
-        .record(0x00BE, Bytes().u16(1).u16(4).u16(0).u16(0).u16(5))
-        .record(0x0205, cell(2, 0).u8(1).u8(0))
-        .record(0x0205, cell(2, 1).u8(0x2A).u8(1))
-        .record(0x0006, formula(3, 0, Bytes().f64(2.25)))
-        .record(0x0006, formula(3, 1, special(0, 0)))
-        .record(0x04BC, Bytes().u32(0).u32(0))                    // shared formula in between
-        .record(0x0207, string8("result"))
-        .record(0x0006, formula(3, 2, special(1, 1)))
-        .record(0x0006, formula(3, 3, special(2, 0x07)))
-        .record(0x0006, formula(3, 4, special(3, 0)))
-        .record(0x0006, formula(3, 5, special(0, 0)))             // its string is missing
-        .record(0x0203, cell(3, 6).f64(1))
-        .record(0x0207, string8("not of a formula"));
+    const Stream sheet =
+        Stream()
+            .record(0x0203, cell(0, 0).f64(1.5))
+            .record(0x027E, cell(0, 1, 1).u32(44000u << 2 | 2)) // RK: an integer
+            .record(0x027E,
+                    cell(0, 2).u32(static_cast<std::uint32_t>(-1234) << 2 | 3)) // hundredths
+            .record(0x027E, cell(0, 3).u32(0x3FF80000u)) // RK: upper end of 1.5
+            .record(0x00BD,
+                    Bytes().u16(0).u16(4).u16(0).u32(1u << 2 | 2).u16(2).u32(2u << 2 | 2).u16(5))
+            .record(0x00FD, cell(1, 0).u32(1))
+            .record(0x0204, cell(1, 1).text(string8("label").str()))
+            .record(0x00D6, cell(1, 2).text(string8("rich").str()).u16(1).u16(0).u16(0))
+            .record(0x0201, cell(1, 3))
+            .record(0x00BE, Bytes().u16(1).u16(4).u16(0).u16(0).u16(5))
+            .record(0x0205, cell(2, 0).u8(1).u8(0))
+            .record(0x0205, cell(2, 1).u8(0x2A).u8(1))
+            .record(0x0006, formula(3, 0, Bytes().f64(2.25)))
+            .record(0x0006, formula(3, 1, special(0, 0)))
+            .record(0x04BC, Bytes().u32(0).u32(0)) // shared formula in between
+            .record(0x0207, string8("result"))
+            .record(0x0006, formula(3, 2, special(1, 1)))
+            .record(0x0006, formula(3, 3, special(2, 0x07)))
+            .record(0x0006, formula(3, 4, special(3, 0)))
+            .record(0x0006, formula(3, 5, special(0, 0))) // its string is missing
+            .record(0x0203, cell(3, 6).f64(1))
+            .record(0x0207, string8("not of a formula"));
     const auto book = load(book8(strings, sheet));
     const Sheet& data = *book->get_sheet(0);
     EXPECT_EQ(row_of(data, 0, 6), (Row{"1.5", "date 44000.", "-12.34", "1.5", "1.", "date 2."}));
-    EXPECT_EQ(row_of(data, 1, 6), (Row{"\"two\"", "\"label\"", "\"rich\"", "blank", "blank", "blank"}));
+    EXPECT_EQ(row_of(data, 1, 6),
+              (Row{"\"two\"", "\"label\"", "\"rich\"", "blank", "blank", "blank"}));
     EXPECT_EQ(row_of(data, 2, 3), (Row{"TRUE", "#N/A", ""}));
     EXPECT_EQ(row_of(data, 3, 7),
               (Row{"2.25", "\"result\"", "TRUE", "#DIV/0!", "\"\"", "\"\"", "1."}));
@@ -120,17 +127,23 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
 
 TEST(XlsReading, JoinsSharedStringsAcrossContinueRecords) {
     const std::u16string greek = u"\u03B1\u03B2";
-    const Stream sst = Stream()
-        .record(0x00FC, Bytes().u32(9).u32(9)
-            .u16(4).u8(0).text("ab"))                             // cut within the characters
-        .record(0x003C, Bytes().u8(1).wide(greek)                 // and wide from here on
-            .u16(3).u8(0x0D).u16(1).u32(6).wide(u"x\u00E9"))      // runs and phonetic data, cut again
-        .record(0x003C)                                           // nothing at all
-        .record(0x003C, Bytes().u8(0).text("z").u16(0))           // cut within the runs
-        .record(0x003C, Bytes().u16(0).text("phonet")
-            .u16(2).u8(1).u16(0xD83D))                            // cut within a surrogate pair
-        .record(0x003C, Bytes().u8(1).u16(0xDE00)
-            .u16(2).u8(0).text("\xE4\xFF").u16(0).u8(0));
+    const Stream sst =
+        Stream()
+            .record(0x00FC,
+                    Bytes().u32(9).u32(9).u16(4).u8(0).text("ab")) // cut within the characters
+            .record(0x003C, Bytes()
+                                .u8(1)
+                                .wide(greek) // and wide from here on
+                                .u16(3)
+                                .u8(0x0D)
+                                .u16(1)
+                                .u32(6)
+                                .wide(u"x\u00E9"))          // runs and phonetic data, cut again
+            .record(0x003C)                                 // nothing at all
+            .record(0x003C, Bytes().u8(0).text("z").u16(0)) // cut within the runs
+            .record(0x003C, Bytes().u16(0).text("phonet").u16(2).u8(1).u16(
+                                0xD83D)) // cut within a surrogate pair
+            .record(0x003C, Bytes().u8(1).u16(0xDE00).u16(2).u8(0).text("\xE4\xFF").u16(0).u8(0));
     const char* const expected[] = {"ab\u03B1\u03B2", "x\u00E9z", "\U0001F600", "\u00E4\u00FF", ""};
     StringPool all;
     read_shared_strings(sst.str(), 0, 99, all);
@@ -143,15 +156,17 @@ TEST(XlsReading, JoinsSharedStringsAcrossContinueRecords) {
 }
 
 TEST(XlsReading, ReadsWhatIsAroundTheCells) {
-    const Stream sheet = Stream()
-        .record(0x0055, Bytes().u16(8))
-        .record(0x007D, Bytes().u16(1).u16(2).u16(20 * 256).u16(1).u16(0))
-        .record(0x0012, Bytes().u16(1))
-        .record(0x0208, Bytes().u16(4).u16(0).u16(0).u16(255).u32(0).u32(0x80 | 2u << 16))
-        .bof8(0x20).record(0x0203, cell(0, 0).f64(9)).eof()       // a chart's own cells
-        .record(0x0203, cell(7, 3, 9).f64(1))                     // format 9 does not exist
-        .record(0x00E5, Bytes().u16(2).u16(0).u16(1).u16(0).u16(2)
-            .u16(5).u16(5).u16(1).u16(3));
+    const Stream sheet =
+        Stream()
+            .record(0x0055, Bytes().u16(8))
+            .record(0x007D, Bytes().u16(1).u16(2).u16(20 * 256).u16(1).u16(0))
+            .record(0x0012, Bytes().u16(1))
+            .record(0x0208, Bytes().u16(4).u16(0).u16(0).u16(255).u32(0).u32(0x80 | 2u << 16))
+            .bof8(0x20)
+            .record(0x0203, cell(0, 0).f64(9))
+            .eof()                                // a chart's own cells
+            .record(0x0203, cell(7, 3, 9).f64(1)) // format 9 does not exist
+            .record(0x00E5, Bytes().u16(2).u16(0).u16(1).u16(0).u16(2).u16(5).u16(5).u16(1).u16(3));
     const auto book = load(book8(formats8(), sheet));
     const Sheet& data = *book->get_sheet(0);
     EXPECT_TRUE(data.protect());
@@ -174,14 +189,17 @@ TEST(XlsReading, ReadsWhatIsAroundTheCells) {
 
 TEST(XlsReading, ListsSheetsOfEveryKind) {
     const auto globals = [](std::size_t end) {
-        return Stream().bof8(0x05).record(0x0022, Bytes().u16(1))
+        return Stream()
+            .bof8(0x05)
+            .record(0x0022, Bytes().u16(1))
             .record(0x0085, bound_sheet(end, 0, 0, "Data"))
             .record(0x0085, bound_sheet(end, 1, 2, "Chart"))
             .record(0x0085, bound_sheet(end, 2, 1, "Macros"))
-            .record(0x0085, bound_sheet(0xFFFFFF, 1, 6, "Module")).eof();
+            .record(0x0085, bound_sheet(0xFFFFFF, 1, 6, "Module"))
+            .eof();
     };
-    const Stream stream = globals(globals(0).size())
-        .bof8(0x10).record(0x0203, cell(0, 0).f64(4)).eof();
+    const Stream stream =
+        globals(globals(0).size()).bof8(0x10).record(0x0203, cell(0, 0).f64(4)).eof();
     const auto book = load(stream);
     EXPECT_TRUE(book->is_date_1904());
     ASSERT_EQ(book->sheet_count(), 4);
@@ -197,21 +215,32 @@ TEST(XlsReading, ListsSheetsOfEveryKind) {
 }
 
 TEST(XlsReading, FindsNamesThatAreOneRectangle) {
-    const auto name = [](unsigned scope, unsigned flags, std::string_view text, const Bytes& tokens) {
-        return Bytes().u16(flags).u8(0).u8(static_cast<unsigned>(text.size()))
-            .u16(static_cast<unsigned>(tokens.str().size())).u16(0).u16(scope).u32(0)
-            .u8(0).text(text).text(tokens.str());
+    const auto name = [](unsigned scope, unsigned flags, std::string_view text,
+                         const Bytes& tokens) {
+        return Bytes()
+            .u16(flags)
+            .u8(0)
+            .u8(static_cast<unsigned>(text.size()))
+            .u16(static_cast<unsigned>(tokens.str().size()))
+            .u16(0)
+            .u16(scope)
+            .u32(0)
+            .u8(0)
+            .text(text)
+            .text(tokens.str());
     };
     const Bytes area = Bytes().u8(0x3B).u16(0).u16(1).u16(2).u16(0x4003).u16(0xC004);
     const Bytes other_book = Bytes().u8(0x3A).u16(1).u16(1).u16(2);
-    const Stream globals = Stream()
-        .record(0x01AE, Bytes().u16(1).u16(0x0401)).record(0x01AE, Bytes().u16(1).text("\1\0\0x"))
-        .record(0x0017, Bytes().u16(2).u16(0).u16(0).u16(0).u16(1).u16(0).u16(0))
-        .record(0x0018, name(0, 0, "Table", area))
-        .record(0x0018, name(1, 0, "Own", Bytes().u8(0x44).u16(8).u16(9)))
-        .record(0x0018, name(0, 0x20, "\x06", area))
-        .record(0x0018, name(0, 0, "Elsewhere", other_book))
-        .record(0x0018, name(0, 0, "Sum", Bytes(area).text(area.str())));
+    const Stream globals =
+        Stream()
+            .record(0x01AE, Bytes().u16(1).u16(0x0401))
+            .record(0x01AE, Bytes().u16(1).text("\1\0\0x"))
+            .record(0x0017, Bytes().u16(2).u16(0).u16(0).u16(0).u16(1).u16(0).u16(0))
+            .record(0x0018, name(0, 0, "Table", area))
+            .record(0x0018, name(1, 0, "Own", Bytes().u8(0x44).u16(8).u16(9)))
+            .record(0x0018, name(0, 0x20, "\x06", area))
+            .record(0x0018, name(0, 0, "Elsewhere", other_book))
+            .record(0x0018, name(0, 0, "Sum", Bytes(area).text(area.str())));
     const auto book = load(book8(globals, Stream()));
     const Sheet& data = *book->get_sheet(0);
     int a[4];
@@ -247,8 +276,12 @@ TEST(XlsReading, LoadsSomeRowsAndTheOthersWhenTheyAreNeeded) {
 
 TEST(XlsReading, ReadsBiff2) {
     const auto cell2 = [](int row, int column, unsigned first, unsigned second) {
-        return Bytes().u16(static_cast<unsigned>(row)).u16(static_cast<unsigned>(column)).u8(first)
-            .u8(second).u8(0);
+        return Bytes()
+            .u16(static_cast<unsigned>(row))
+            .u16(static_cast<unsigned>(column))
+            .u8(first)
+            .u8(second)
+            .u8(0);
     };
     const auto sheet = [&](bool has_xf) {
         Stream stream = Stream().record(0x0009, Bytes().u16(2).u16(0x10));
@@ -257,12 +290,16 @@ TEST(XlsReading, ReadsBiff2) {
                 .record(0x0043, Bytes().u8(0).u8(0).u8(12 | 0x40).u8(0));
         return stream.record(0x0002, cell2(0, 0, 0x40, 12).u16(65000))
             .record(0x0003, cell2(0, 1, 1, 0).f64(1.5))
-            .record(0x0004, cell2(0, 2, 0, 0).u8(2).text("\x80" "a"))
+            .record(0x0004, cell2(0, 2, 0, 0)
+                                .u8(2)
+                                .text("\x80"
+                                      "a"))
             .record(0x0001, cell2(0, 3, 0, 0))
             .record(0x0005, cell2(0, 4, 0, 0).u8(0x17).u8(1))
             .record(0x0006, cell2(0, 5, 0, 0).text(special(0, 0).str()).u8(0).u8(0))
             .record(0x0007, Bytes().u8(1).text("s"))
-            .record(0x0044, Bytes().u16(1)).record(0x0003, cell2(0, 6, 63, 0).f64(2))
+            .record(0x0044, Bytes().u16(1))
+            .record(0x0003, cell2(0, 6, 63, 0).f64(2))
             .eof();
     };
     const auto plain = load(sheet(false));
@@ -278,18 +315,27 @@ TEST(XlsReading, ReadsBiff2) {
 
 TEST(XlsReading, ReadsBiff4BooksOfSeveralSheets) {
     const auto sheet = [](std::string_view name, unsigned format) {
-        const Stream cells = Stream().record(0x0409, Bytes().u16(4).u16(0x10))
-            .record(0x041E, Bytes().u16(0).u8(1).text("0"))
-            .record(0x041E, Bytes().u16(0).u8(2).text("yy"))
-            .record(0x0443, Bytes().u8(0).u8(format).u16(1).u32(0).u32(0))
-            .record(0x0203, cell(0, 0).f64(3))
-            .record(0x0406, formula(0, 1, special(0, 0)))
-            .record(0x0207, Bytes().u16(1).text("r")).eof();
-        return Stream().record(0x008F, Bytes().u32(static_cast<std::uint32_t>(cells.size()))
-            .u8(static_cast<unsigned>(name.size())).text(name)).append(cells);
+        const Stream cells = Stream()
+                                 .record(0x0409, Bytes().u16(4).u16(0x10))
+                                 .record(0x041E, Bytes().u16(0).u8(1).text("0"))
+                                 .record(0x041E, Bytes().u16(0).u8(2).text("yy"))
+                                 .record(0x0443, Bytes().u8(0).u8(format).u16(1).u32(0).u32(0))
+                                 .record(0x0203, cell(0, 0).f64(3))
+                                 .record(0x0406, formula(0, 1, special(0, 0)))
+                                 .record(0x0207, Bytes().u16(1).text("r"))
+                                 .eof();
+        return Stream()
+            .record(0x008F, Bytes()
+                                .u32(static_cast<std::uint32_t>(cells.size()))
+                                .u8(static_cast<unsigned>(name.size()))
+                                .text(name))
+            .append(cells);
     };
-    const Stream stream = Stream().record(0x0409, Bytes().u16(4).u16(0x100))
-        .append(sheet("Numbers", 0)).append(sheet("Dates", 1)).eof();
+    const Stream stream = Stream()
+                              .record(0x0409, Bytes().u16(4).u16(0x100))
+                              .append(sheet("Numbers", 0))
+                              .append(sheet("Dates", 1))
+                              .eof();
     const auto book = load(stream);
     ASSERT_EQ(book->sheet_count(), 2);
     EXPECT_EQ(book->get_sheet_name(1), u"Dates");
@@ -304,17 +350,23 @@ TEST(XlsReading, DecodesByteStringsByCodePage) {
         const char* bytes;
         const char* expected;
     } const cases[] = {
-        {1252, 204, "\x80\xE4\x81", "\u20AC\u00E4\u0081"}, {0x8001, 0, "\x99", "\u2122"},
-        {1251, 0, "\xCF\xF0", "\u041F\u0440"},             {0, 204, "\xCF\xF0", "\u041F\u0440"},
-        {367, 161, "\xE1", "\u03B1"},                       {932, 0, "\x93\xFA\x96\x7B", "\u65E5\u672C"},
-        {10000, 0, "\x8A", "\u00E4"},                       {0x8000, 0, "\x8A", "\u00E4"},
-        {9999, 0, "\xE4", "\u00E4"},                        {0, 0, "plain", "plain"},
+        {1252, 204, "\x80\xE4\x81", "\u20AC\u00E4\u0081"},
+        {0x8001, 0, "\x99", "\u2122"},
+        {1251, 0, "\xCF\xF0", "\u041F\u0440"},
+        {0, 204, "\xCF\xF0", "\u041F\u0440"},
+        {367, 161, "\xE1", "\u03B1"},
+        {932, 0, "\x93\xFA\x96\x7B", "\u65E5\u672C"},
+        {10000, 0, "\x8A", "\u00E4"},
+        {0x8000, 0, "\x8A", "\u00E4"},
+        {9999, 0, "\xE4", "\u00E4"},
+        {0, 0, "plain", "plain"},
     };
     for (const Case& c : cases) {
         Stream globals = Stream().record(0x0809, Bytes().u16(0x0500).u16(0x10).u32(0));
         if (c.code_page != 0) globals.record(0x0042, Bytes().u16(c.code_page));
         globals.record(0x0031, Bytes().text(std::string(12, '\0')).u8(c.charset).u8(0).u8(0));
-        globals.record(0x0204, cell(0, 0).u16(static_cast<unsigned>(std::strlen(c.bytes))).text(c.bytes));
+        globals.record(0x0204,
+                       cell(0, 0).u16(static_cast<unsigned>(std::strlen(c.bytes))).text(c.bytes));
         const auto book = load(globals.eof());
         EXPECT_EQ(foundation::unicode::to_utf8(book->get_sheet(0)->read_str(0, 0)), c.expected)
             << c.code_page << ' ' << c.charset;
@@ -367,7 +419,8 @@ TEST(XlsReading, ContentDecidesNotTheCreator) {
     ASSERT_TRUE(made_for_xml->load(xls.file())) << made_for_xml->error_message();
     EXPECT_EQ(shown(*made_for_xml->get_sheet(0), 0, 0), "1.");
     auto made_for_xls = xlCreateBookW();
-    ASSERT_TRUE(made_for_xls->load(foundation::unicode::to_utf16(ZX_TEST_DATA "/plain.xlsx")))
+    ASSERT_TRUE(made_for_xls->load(
+        foundation::unicode::to_utf16(ZX_TEST_DATA "/booleans_errors_formulas.xlsx")))
         << made_for_xls->error_message();
     EXPECT_GT(made_for_xls->sheet_count(), 0);
     EXPECT_FALSE(made_for_xls->load(foundation::files::memory_file("a,b\n1,2\n")));

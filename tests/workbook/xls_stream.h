@@ -52,8 +52,10 @@ class Bytes {
 
 /// Row, column and format: how cell records begin from BIFF3 on.
 inline Bytes cell(int row, int column, int format = 0) {
-    return Bytes().u16(static_cast<unsigned>(row)).u16(static_cast<unsigned>(column)).u16(
-        static_cast<unsigned>(format));
+    return Bytes()
+        .u16(static_cast<unsigned>(row))
+        .u16(static_cast<unsigned>(column))
+        .u16(static_cast<unsigned>(format));
 }
 
 class Stream {
@@ -86,15 +88,23 @@ class Stream {
 /// The BOUNDSHEET record of a BIFF8 sheet.
 inline Bytes bound_sheet(std::size_t position, unsigned state, unsigned type,
                          std::string_view name) {
-    return Bytes().u32(static_cast<std::uint32_t>(position)).u8(state).u8(type).u8(
-        static_cast<unsigned>(name.size())).u8(0).text(name);
+    return Bytes()
+        .u32(static_cast<std::uint32_t>(position))
+        .u8(state)
+        .u8(type)
+        .u8(static_cast<unsigned>(name.size()))
+        .u8(0)
+        .text(name);
 }
 
 /// A BIFF8 book with one sheet "Data": `globals` are records of its globals, `sheet` of the sheet.
 inline Stream book8(const Stream& globals, const Stream& sheet) {
     const auto with_position = [&](std::size_t position) {
-        return Stream().bof8(0x05).record(0x0085, bound_sheet(position, 0, 0, "Data"))
-            .append(globals).eof();
+        return Stream()
+            .bof8(0x05)
+            .record(0x0085, bound_sheet(position, 0, 0, "Data"))
+            .append(globals)
+            .eof();
     };
     const std::size_t position = with_position(0).size();
     return with_position(position).append(Stream().bof8(0x10).append(sheet).eof());

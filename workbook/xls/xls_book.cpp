@@ -54,14 +54,14 @@ bool XlsBook::load_sheet(BookSource source, int sheet_index) {
     return load_rows(std::move(source), sheet_index, {});
 }
 
-bool XlsBook::load_partially(BookSource source, int sheet_index, int first_row,
-                             int last_row) {
+bool XlsBook::load_partially(BookSource source, int sheet_index, int first_row, int last_row) {
     return load_rows(std::move(source), sheet_index,
                      {std::max(first_row, 0), std::min(last_row, kXlsLimits.rows - 1)});
 }
 
 bool XlsBook::load_rows(BookSource source, int sheet_index, RowSpan rows) {
-    return open(std::move(source), [&](XlsContents& contents) { contents.load_rows(sheet_index, rows); });
+    return open(std::move(source),
+                [&](XlsContents& contents) { contents.load_rows(sheet_index, rows); });
 }
 
 bool XlsBook::load_info(BookSource source) {

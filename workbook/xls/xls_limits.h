@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the XLS engine accepts at most. Sizes claimed by a file are checked against these, or against
-// the bytes that are there, before they reach an allocation, an index or a loop.
+// What the XLS engine accepts at most. Sizes claimed by a file are checked against these, or
+// against the bytes that are there, before they reach an allocation, an index or a loop.
 #pragma once
 
 #include <cstddef>

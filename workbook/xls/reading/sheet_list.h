@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The sheets of a book in their order: BOUNDSHEET records (MS-XLS 2.4.28), or what stands for them in
-// books that are older.
+// The sheets of a book in their order: BOUNDSHEET records (MS-XLS 2.4.28), or what stands for them
+// in books that are older.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +17,8 @@ struct XlsSheetEntry {
     std::u16string name;
     SheetKind kind = SheetKind::Worksheet;
     SheetState state = SheetState::Visible;
-    std::size_t position = 0;       ///< of the sheet's BOF record in the stream
-    bool has_cells = true;          ///< false for a module of macros, which counts as an empty sheet
+    std::size_t position = 0; ///< of the sheet's BOF record in the stream
+    bool has_cells = true;    ///< false for a module of macros, which counts as an empty sheet
     std::uint32_t first_format = 0; ///< what its cells add to the index of their format
 };
 

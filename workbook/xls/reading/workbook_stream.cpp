@@ -15,9 +15,8 @@ using foundation::files::RandomAccessFile;
 
 void require_stream_size(std::uint64_t size) {
     if (size > kMaxXlsStreamBytes)
-        throw Error::limit("the workbook stream", "more than " +
-                                                      std::to_string(kMaxXlsStreamBytes) +
-                                                      " bytes");
+        throw Error::limit("the workbook stream",
+                           "more than " + std::to_string(kMaxXlsStreamBytes) + " bytes");
 }
 
 [[noreturn]] void refuse_other_content(const CompoundFile& container) {

@@ -14,10 +14,10 @@
 namespace workbook {
 
 struct WorkbookStream {
-    std::string bytes;                           ///< decrypted
-    std::optional<StreamEncryption> encryption;  ///< that the file has
-    std::unique_ptr<CompoundFile> container;     ///< null for a file without one
-    std::u16string name;                         ///< of the stream in its container
+    std::string bytes;                          ///< decrypted
+    std::optional<StreamEncryption> encryption; ///< that the file has
+    std::unique_ptr<CompoundFile> container;    ///< null for a file without one
+    std::u16string name;                        ///< of the stream in its container
 };
 
 /// Reads the book's stream, not one that is embedded in a storage. Of a book that was written for
