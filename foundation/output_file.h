@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -30,9 +29,6 @@ class OutputFile {
     /// Brings everything to the disk and takes the target's place. Once.
     virtual void commit() = 0;
 };
-
-/// Opens files for writing; the seam at which tests make writes fail.
-using OutputOpener = std::function<std::unique_ptr<OutputFile>(std::u16string_view path)>;
 
 /// A file that will replace `path`. It has no name before it is whole where the system has such
 /// files; elsewhere it is ".NAME.0123abcd.tmp" beside its target, and what a process that was

@@ -116,17 +116,16 @@ TEST(FileReplacement, LeavesNothingBehindWithoutACommit) {
 TEST(FileReplacement, KeepsTheOldFileWhicheverOperationFails) {
     const Folder folder;
     folder.put(u"book.xlsx", "old");
-    const OutputOpener real = replace_file;
     constexpr int kOperations = 4;
     for (int good = 0; good <= kOperations; ++good) {
         SCOPED_TRACE(good);
         const auto save = [&] {
-            const auto file = test::failing_opener(real, good)(folder.name_of(u"book.xlsx"));
+            test::FailingOutput file(replace_file(folder.name_of(u"book.xlsx")), good);
             const std::string block(2 << 20, 'n');
-            file->append(block.data(), block.size());
-            file->append("tail", 4);
-            file->overwrite(0, "new", 3);
-            file->commit();
+            file.append(block.data(), block.size());
+            file.append("tail", 4);
+            file.overwrite(0, "new", 3);
+            file.commit();
         };
         if (good < kOperations)
             EXPECT_THROW(save(), FileError);

@@ -47,7 +47,7 @@ TEST(ExitCode, TellsFailuresApart) {
         {{"read", many_lines.text()}, 4, "two lines"},
         {{"info", cut_off.text()}, 4, cut_off.text()},
         {{"sheets", encrypted.text()}, 4, encrypted.text()},
-        {{"read", old_format.text()}, 4, "XLSX"},
+        {{"read", old_format.text()}, 4, old_format.text()},
         {{"read", kWeather, "-s", "Nowhere"}, 5, "Nowhere"},
         {{"read", kWeather, "-s", "0"}, 5, "'0'"},
         {{"read", kWeather, "-s", "3"}, 5, "'3'"},
