@@ -15,6 +15,12 @@ std::string joined(std::string_view subject, std::string_view link, std::string_
 
 } // namespace
 
+Error Error::file(const foundation::files::FileError& reason, std::string_view context) {
+    return {ErrorKind::File,
+            context.empty() ? std::string{reason.what()} : joined(context, ": ", reason.what()),
+            reason.problem()};
+}
+
 Error Error::file(std::string_view reason) {
     return {ErrorKind::File, std::string{reason}};
 }
@@ -50,7 +56,7 @@ Error Error::refused(std::string_view why) {
 }
 
 Error Error::in_sheet(std::string_view sheet) const {
-    return {kind_, joined("sheet \"", sheet, "\": ").append(what())};
+    return {kind_, joined("sheet \"", sheet, "\": ").append(what()), problem_};
 }
 
 } // namespace workbook

@@ -2,14 +2,19 @@
 //
 // The workbook library: abstract books, sheets and formats, exactly the operations that the file
 // back-end uses. Rows and columns are zero-based, `end_` bounds are one past the last. An operation
-// that fails answers false or null, changes nothing and leaves its reason in `Book::error_message`;
-// none throws, except std::bad_alloc. One thread at a time per book.
+// that fails returns false or null, changes nothing and leaves its reason in `Book::error_kind` and
+// `Book::error_message`. None throws, except std::bad_alloc; an operation of `Book` that it ends
+// has failed with `ErrorKind::Memory`. One thread at a time per book.
 #pragma once
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "foundation/files.h"
+#include "workbook/error_kind.h"
 
 namespace workbook {
 
@@ -97,6 +102,16 @@ class Sheet {
     /// sheet's cells and a name that is not one rectangle. Names compare without regard to case.
     virtual bool named_range(std::u16string_view name, int& first_row, int& last_row,
                              int& first_column, int& last_column) const = 0;
+
+    /// After `Book::load_partially`: reads what that load left in the file, if it has not been read
+    /// yet. All reads do this when they need it and then return nothing where the file is damaged
+    /// or has changed; these two say so. `need_tail` is for merged regions and protection,
+    /// `need_rows` for the cells of rows `first_row` to `last_row` (inclusive). The bounds stay
+    /// those of the rows that were loaded. True at once for any other load.
+    virtual bool need_tail() const { return true; }
+    virtual bool need_rows(int first_row, int last_row) const {
+        return static_cast<void>(first_row), static_cast<void>(last_row), true;
+    }
 
     // Changes. They are seen by the reads above at once and reach a file with `Book::save`.
 
@@ -199,7 +214,11 @@ class Book {
     /// What the last save that succeeded did; all 0 before.
     virtual SaveCounts last_save() const = 0;
 
-    /// The reason of the last failure in UTF-8, "ok" when there was none.
+    /// The kind of the last failure, `None` when there was none.
+    virtual ErrorKind error_kind() const = 0;
+    /// The platform's problem where the kind is `File` and the platform had one; else nullopt.
+    virtual std::optional<foundation::files::FileProblem> file_problem() const = 0;
+    /// The reason of the last failure in UTF-8, "ok" when there was none. Lives until the next.
     virtual const char* error_message() const = 0;
 };
 

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -238,6 +239,8 @@ struct FakeWorkbook {
     bool can_delete = true;
     bool can_save = true;
     std::string message = "ok";
+    workbook::ErrorKind error_kind = workbook::ErrorKind::None;
+    std::optional<foundation::files::FileProblem> file_problem;
     std::vector<std::string> calls;
 };
 
@@ -324,12 +327,19 @@ class FakeBook final : public workbook::Book {
         return answer("save " + foundation::unicode::to_utf8(path), script_.can_save);
     }
     workbook::SaveCounts last_save() const override { return {3, 2, 1}; }
+    workbook::ErrorKind error_kind() const override { return script_.error_kind; }
+    std::optional<foundation::files::FileProblem> file_problem() const override {
+        return script_.file_problem;
+    }
     const char* error_message() const override { return script_.message.c_str(); }
 
   private:
     bool answer(std::string call, bool success) {
         script_.calls.push_back(std::move(call));
-        if (!script_.has_memory) throw std::bad_alloc();
+        if (!script_.has_memory) {
+            script_.error_kind = workbook::ErrorKind::Memory;
+            throw std::bad_alloc();
+        }
         return success;
     }
     const FakeEntry* entry(int index) const {

@@ -15,6 +15,7 @@
 #include "workbook/xlsx/reading/escaped_text.h"
 #include "workbook/xlsx/reading/iso_date.h"
 #include "workbook/xlsx/reading/shared_strings.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook::test {
 namespace {
@@ -33,7 +34,7 @@ void put(CellStore& store, int row, std::initializer_list<int> columns, bool bla
 }
 
 TEST(CellStore, FindsCellsAmongGaps) {
-    CellStore store;
+    CellStore store(kMaxColumns);
     put(store, 2, {0, 1, 2, 5, 9});
     put(store, 3, {4});
     put(store, 700'000, {16'383});
@@ -58,7 +59,7 @@ TEST(CellStore, FindsCellsAmongGaps) {
 }
 
 TEST(CellStore, KeepsBoundsOfAllAndOfFilledCells) {
-    CellStore store;
+    CellStore store(kMaxColumns);
     EXPECT_EQ(store.bounds().end_row, 0);
     put(store, 1, {7, 8}, true);
     put(store, 4, {3, 5});
@@ -75,7 +76,7 @@ TEST(CellStore, KeepsBoundsOfAllAndOfFilledCells) {
 }
 
 TEST(CellStore, HoldsMoreRowsThanOneChunk) {
-    CellStore store;
+    CellStore store(kMaxColumns);
     for (int row = 0; row < 100'000; ++row)
         put(store, row, {0, 1, 2});
     store.finish();

@@ -13,8 +13,8 @@
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/scratch_folder.h"
 #include "tests/workbook/structured_book.h"
-#include "workbook/formula/formula_text.h"
 #include "workbook/library.h"
+#include "workbook/xlsx/formula/formula_text.h"
 
 namespace workbook::test {
 namespace {

@@ -13,7 +13,7 @@
 #include "tests/workbook/scratch_folder.h"
 #include "tests/workbook/zip_builder.h"
 #include "workbook/library.h"
-#include "workbook/limits.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook::test {
 namespace {

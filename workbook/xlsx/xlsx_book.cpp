@@ -11,9 +11,9 @@
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
-#include "workbook/limits.h"
 #include "workbook/xlsx/writing/blank_package.h"
 #include "workbook/xlsx/writing/book_saver.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
@@ -24,7 +24,7 @@ std::unique_ptr<OpcPackage> open_package(std::u16string_view path) {
     try {
         return std::make_unique<OpcPackage>(foundation::files::open_for_reading(path));
     } catch (const foundation::files::FileError& error) {
-        throw Error::file(error.what());
+        throw Error::file(error);
     }
 }
 
@@ -39,10 +39,11 @@ bool XlsxBook::attempt(const Action& action) {
     try {
         action();
         return true;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::bad_alloc& error) {
+        error_.set(error);
         throw;
     } catch (const std::exception& error) {
-        error_message_ = error.what();
+        error_.set(error);
         return false;
     }
 }
@@ -52,7 +53,7 @@ bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
     contents_.reset();
     load_failed_ = true;
     return attempt([&] {
-        auto opened = std::make_unique<BookContents>(open_package(path), path, error_message_);
+        auto opened = std::make_unique<BookContents>(open_package(path), path, error_);
         read_cells(*opened);
         opened->close_package();
         contents_ = std::move(opened);
@@ -64,7 +65,7 @@ BookContents& XlsxBook::contents() {
     if (load_failed_) throw Error::refused("no workbook is loaded, since the last load failed");
     if (contents_ == nullptr) {
         contents_ = std::make_unique<BookContents>(
-            make_blank_package(std::chrono::system_clock::now()), u"", error_message_);
+            make_blank_package(std::chrono::system_clock::now()), u"", error_);
         contents_->load_sheets();
     }
     return *contents_;
@@ -110,7 +111,8 @@ int XlsxBook::sheet_count() const {
 Sheet* XlsxBook::get_sheet(int index) {
     const SheetEntry* found = entry(index);
     if (found == nullptr) {
-        error_message_ = "the workbook has no sheet of index " + std::to_string(index);
+        error_.set(ErrorKind::Missing,
+                   "the workbook has no sheet of index " + std::to_string(index));
         return nullptr;
     }
     XlsxSheet* sheet = contents_->sheets[static_cast<std::size_t>(index)].get();
@@ -119,14 +121,15 @@ Sheet* XlsxBook::get_sheet(int index) {
                          : found->kind == SheetKind::Unknown
                              ? "its kind is unknown or its part is missing"
                              : "its cells were not loaded";
-    error_message_ = "sheet \"" + foundation::unicode::to_utf8(found->name) + "\": " + reason;
+    error_.set(ErrorKind::Missing,
+               "sheet \"" + foundation::unicode::to_utf8(found->name) + "\": " + reason);
     return nullptr;
 }
 
 std::u16string_view XlsxBook::get_sheet_name(int index) const {
     const SheetEntry* found = entry(index);
     if (found != nullptr) return found->name;
-    error_message_ = "the workbook has no sheet of index " + std::to_string(index);
+    error_.set(ErrorKind::Missing, "the workbook has no sheet of index " + std::to_string(index));
     return {};
 }
 
@@ -140,14 +143,14 @@ int XlsxBook::format_size() const {
     try {
         contents_->need_styles();
     } catch (const Error& error) {
-        error_message_ = error.what();
+        error_.set(error);
     }
     return static_cast<int>(contents_->formats.size());
 }
 
 Format* XlsxBook::format(int index) {
     if (index < 0 || index >= format_size()) {
-        error_message_ = "the workbook has no cell format " + std::to_string(index);
+        error_.set(ErrorKind::Missing, "the workbook has no cell format " + std::to_string(index));
         return nullptr;
     }
     return &contents_->formats[static_cast<std::size_t>(index)];

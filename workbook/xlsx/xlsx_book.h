@@ -8,6 +8,7 @@
 #include <string>
 
 #include "foundation/output_file.h"
+#include "workbook/last_error.h"
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
@@ -45,11 +46,15 @@ class XlsxBook final : public Book {
     bool save(std::u16string_view path) override;
     SaveCounts last_save() const override { return last_save_; }
 
-    const char* error_message() const override { return error_message_.c_str(); }
+    ErrorKind error_kind() const override { return error_.kind(); }
+    std::optional<foundation::files::FileProblem> file_problem() const override {
+        return error_.file_problem();
+    }
+    const char* error_message() const override { return error_.message().c_str(); }
 
   private:
-    /// Runs `action()`; what it throws, memory that runs out excepted, becomes the error message
-    /// and the answer false.
+    /// Runs `action()` and returns true. What it throws becomes the last error; the result is false
+    /// then, except for std::bad_alloc, which passes on.
     template <class Action>
     bool attempt(const Action& action);
     /// Opens the book and lets `read_cells` fill it.
@@ -65,7 +70,7 @@ class XlsxBook final : public Book {
 
     const foundation::files::OutputOpener open_output_;
     SaveCounts last_save_;
-    mutable std::string error_message_ = "ok";
+    mutable LastError error_;
     std::unique_ptr<BookContents> contents_;
     bool load_failed_ = false;
 };

@@ -7,10 +7,12 @@
 #include <optional>
 
 #include "foundation/ascii_case.h"
-#include "workbook/cells/cell_reference.h"
+#include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
+#include "workbook/xlsx/cell_reference.h"
 #include "workbook/xlsx/reading/iso_date.h"
 #include "workbook/xlsx/reading/text_collector.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xml/simple_types.h"
 
 namespace workbook {

@@ -21,7 +21,7 @@ namespace workbook {
 class SheetDataReader {
   public:
     /// Everything given must outlive the reader.
-    SheetDataReader(XmlScanner& scanner, RowSpan rows, bool date_1904, WorksheetCells& out)
+    SheetDataReader(XmlScanner& scanner, RowSpan rows, bool date_1904, SheetCells& out)
         : scanner_(scanner),
           window_(scanner.window()),
           tag_(scanner.prefix()),
@@ -78,7 +78,7 @@ class SheetDataReader {
     const PlainTag tag_;
     const RowSpan rows_;
     const bool date_1904_;
-    WorksheetCells& out_;
+    SheetCells& out_;
     CellStore& cells_;
 
     bool in_row_ = false;

@@ -107,10 +107,11 @@ class Saver {
         const std::string part = editor_.need_styles_part();
         std::string text;
         if (book_.package->has_part(part)) {
-            text = append_cell_formats(*open(part), book_.styles, known, end);
+            text = append_cell_formats(*open(part), book_.cell_formats, known, end);
         } else {
             TextSource source(part, default_styles_part());
-            text = append_cell_formats(source, book_.styles, std::max<std::size_t>(known, 1), end);
+            text = append_cell_formats(source, book_.cell_formats, std::max<std::size_t>(known, 1),
+                                       end);
         }
         parts.push_back({part, [text](ByteSink& out) { out.append(text); }});
     }
@@ -179,7 +180,7 @@ SaveCounts save_book(BookContents& book, std::u16string_view path,
             return {0, counts.copied + counts.written, 0};
         return {counts.copied, counts.written, counts.dropped};
     } catch (const FileError& error) {
-        throw Error::file(error.what());
+        throw Error::file(error);
     }
 }
 

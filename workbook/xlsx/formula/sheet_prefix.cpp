@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "foundation/ascii_case.h"
-#include "workbook/formula/formula_tokens.h"
-#include "workbook/formula/reference_text.h"
+#include "workbook/xlsx/formula/formula_tokens.h"
+#include "workbook/xlsx/formula/reference_text.h"
 
 namespace workbook {
 

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "workbook/cells/cell_reference.h"
+//
+// Letters and digits of a reference, within a sheet's limits.
+#include "workbook/xlsx/cell_reference.h"
 
 #include <algorithm>
 
-#include "workbook/limits.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook {
 
@@ -47,22 +49,14 @@ std::optional<CellReference> parse_cell_reference(std::string_view text) {
     return CellReference{row - 1, column - 1};
 }
 
-std::optional<AreaReference> parse_area_reference(std::string_view text) {
+std::optional<Rectangle> parse_area_reference(std::string_view text) {
     const std::size_t colon = text.find(':');
     const auto first = parse_cell_reference(text.substr(0, colon));
     const auto last =
         colon == std::string_view::npos ? first : parse_cell_reference(text.substr(colon + 1));
     if (!first || !last) return std::nullopt;
-    return AreaReference{std::min(first->row, last->row), std::max(first->row, last->row),
-                         std::min(first->column, last->column),
-                         std::max(first->column, last->column)};
-}
-
-std::string cell_name(int row, int column) {
-    std::string letters;
-    for (int n = column + 1; n > 0; n = (n - 1) / 26)
-        letters.insert(letters.begin(), static_cast<char>('A' + (n - 1) % 26));
-    return letters + std::to_string(row + 1);
+    return Rectangle{std::min(first->row, last->row), std::max(first->row, last->row),
+                     std::min(first->column, last->column), std::max(first->column, last->column)};
 }
 
 } // namespace workbook

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A reference is one corner with row and column, or two corners of one form.
-#include "workbook/formula/reference_text.h"
+#include "workbook/xlsx/formula/reference_text.h"
 
 #include <optional>
 
-#include "workbook/limits.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook {
 

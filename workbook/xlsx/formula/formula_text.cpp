@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // One pass over the tokens each; everything that does not change is copied.
-#include "workbook/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_text.h"
 
 #include <algorithm>
 
-#include "workbook/formula/reference_text.h"
+#include "workbook/xlsx/formula/reference_text.h"
 
 namespace workbook {
 

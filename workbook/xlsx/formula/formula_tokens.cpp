@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Token ends are found by what characters can follow each other; operators are not told apart.
-#include "workbook/formula/formula_tokens.h"
+#include "workbook/xlsx/formula/formula_tokens.h"
 
-#include "workbook/formula/reference_text.h"
+#include "workbook/xlsx/formula/reference_text.h"
 
 namespace workbook {
 

@@ -5,8 +5,9 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
+
+#include "workbook/cells/rectangle.h"
 
 namespace workbook {
 
@@ -14,18 +15,10 @@ struct CellReference {
     int row, column;
 };
 
-/// Corners in order, inclusive.
-struct AreaReference {
-    int first_row, last_row, first_column, last_column;
-};
-
 /// The whole text as one cell; empty when it is not one.
 std::optional<CellReference> parse_cell_reference(std::string_view text);
 
 /// The whole text as one cell or two corners in any order.
-std::optional<AreaReference> parse_area_reference(std::string_view text);
-
-/// "B7", for messages.
-std::string cell_name(int row, int column);
+std::optional<Rectangle> parse_area_reference(std::string_view text);
 
 } // namespace workbook

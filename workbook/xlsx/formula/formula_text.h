@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "workbook/formula/formula_tokens.h"
+#include "workbook/xlsx/formula/formula_tokens.h"
 
 namespace workbook {
 
