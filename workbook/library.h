@@ -12,8 +12,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "foundation/files.h"
+#include "foundation/output_file.h"
 #include "workbook/error_kind.h"
 
 namespace workbook {
@@ -158,22 +162,38 @@ struct SaveCounts {
     std::size_t dropped = 0; ///< of the loaded file, no longer there
 };
 
+/// What a book is loaded from: a path or an open file (`foundation::files::memory_file` for bytes
+/// in memory); converts from either.
+struct BookSource {
+    template <class Path>
+    requires std::is_convertible_v<const Path&, std::u16string_view>
+    BookSource(const Path& file_path) : path(file_path) {}
+    BookSource(std::unique_ptr<foundation::files::RandomAccessFile> open_file)
+        : file(std::move(open_file)) {}
+
+    std::u16string path; ///< empty for a file that the book keeps open as long as it needs it
+    std::unique_ptr<foundation::files::RandomAccessFile> file; ///< null: the book opens `path`
+};
+
 /// A workbook. A creator below makes an empty one, without any sheet; a load replaces it by a
 /// file's and invalidates every sheet and format handed out before.
 class Book {
   public:
     virtual ~Book() = default;
 
-    /// Loads the whole file. The format is told by the file's content, not by its name.
-    virtual bool load(std::u16string_view path) = 0;
+    /// Loads the whole file. Its content decides about the format, not its name.
+    virtual bool load(BookSource source) = 0;
     /// Loads the cells of one sheet; the other sheets keep their names, kinds and places. An index
     /// that does not exist loads the only sheet of a book with one sheet and fails for any other.
-    virtual bool load_sheet(std::u16string_view path, int sheet_index) = 0;
-    /// As `load_sheet`, with the cells of rows `first_row` to `last_row` (inclusive) only.
-    virtual bool load_partially(std::u16string_view path, int sheet_index, int first_row,
+    virtual bool load_sheet(BookSource source, int sheet_index) = 0;
+    /// As `load_sheet`, with the cells of rows `first_row` to `last_row` (inclusive) only; what was
+    /// left in the file is read when a call needs it, see `Sheet::need_rows`.
+    virtual bool load_partially(BookSource source, int sheet_index, int first_row,
                                 int last_row) = 0;
     /// Loads names, kinds and states of the sheets, the date system and the defined names; no cell.
-    virtual bool load_info(std::u16string_view path) = 0;
+    virtual bool load_info(BookSource source) = 0;
+    /// What the last load found missing and did without, one sentence in UTF-8 each.
+    virtual std::vector<std::string> load_warnings() const { return {}; }
 
     virtual int sheet_count() const = 0;
     /// The worksheet at `index`; null for a chart sheet, an unknown sheet, a worksheet whose cells
@@ -211,6 +231,9 @@ class Book {
     /// header of a table that were written or cleared become different texts, if they are none:
     /// applications accept nothing else.
     virtual bool save(std::u16string_view path) = 0;
+    /// Writes the book to `out` and commits it. `extension` is what the ending of a name decides in
+    /// the other overload ("xlsm"); where it is empty, the file claims what it claimed before.
+    virtual bool save(foundation::files::OutputFile& out, std::u16string_view extension) = 0;
     /// What the last save that succeeded did; all 0 before.
     virtual SaveCounts last_save() const = 0;
 

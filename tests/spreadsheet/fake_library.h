@@ -255,16 +255,16 @@ class FakeBook final : public workbook::Book {
     }
     ~FakeBook() override { script_.calls.push_back("release"); }
 
-    bool load(std::u16string_view) override { return answer("load", script_.can_load); }
-    bool load_sheet(std::u16string_view, int sheet) override {
+    bool load(workbook::BookSource) override { return answer("load", script_.can_load); }
+    bool load_sheet(workbook::BookSource, int sheet) override {
         return answer("load_sheet " + std::to_string(sheet), script_.can_load_part);
     }
-    bool load_partially(std::u16string_view, int sheet, int first_row, int last_row) override {
+    bool load_partially(workbook::BookSource, int sheet, int first_row, int last_row) override {
         return answer("load_partially " + std::to_string(sheet) + " " + std::to_string(first_row) +
                           " " + std::to_string(last_row),
                       script_.can_load_part);
     }
-    bool load_info(std::u16string_view) override {
+    bool load_info(workbook::BookSource) override {
         return answer("load_info", script_.can_load_info);
     }
 
@@ -325,6 +325,9 @@ class FakeBook final : public workbook::Book {
     }
     bool save(std::u16string_view path) override {
         return answer("save " + foundation::unicode::to_utf8(path), script_.can_save);
+    }
+    bool save(foundation::files::OutputFile&, std::u16string_view extension) override {
+        return answer("save as " + foundation::unicode::to_utf8(extension), script_.can_save);
     }
     workbook::SaveCounts last_save() const override { return {3, 2, 1}; }
     workbook::ErrorKind error_kind() const override { return script_.error_kind; }

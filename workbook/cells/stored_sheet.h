@@ -92,6 +92,7 @@ class StoredSheet : public Sheet {
         return loaded_rows_.first <= 0 && loaded_rows_.last >= book_.limits.rows - 1;
     }
     std::string utf8_name() const;
+    void set_uses_added_strings(bool on) { uses_added_strings_ = on; }
 
     StoredBook& book_;
     SheetCells cells_;

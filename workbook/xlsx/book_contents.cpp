@@ -121,8 +121,21 @@ std::size_t BookContents::wanted_sheet(int index) const {
 
 void BookContents::open_package() {
     if (package->is_open()) return;
+    if (!saved_bytes_) {
+        package->reopen(open_source());
+        return;
+    }
+    auto file = open_source();
+    if (file->size() != *saved_bytes_)
+        throw Error::file("the file has been changed on disk since it was saved");
+    package = std::make_unique<OpcPackage>(std::move(file));
+    if (editor_ != nullptr) editor_->rebase(*package);
+    saved_bytes_.reset();
+}
+
+std::unique_ptr<foundation::files::RandomAccessFile> BookContents::open_source() const {
     try {
-        package->reopen(foundation::files::open_for_reading(source_path));
+        return foundation::files::open_for_reading(source_path);
     } catch (const foundation::files::FileError& problem) {
         throw Error::file(problem, "the file that was loaded cannot be opened again");
     }
@@ -196,9 +209,10 @@ void BookContents::set_date_1904(bool on) {
     editor().set_date_1904(on);
 }
 
-void BookContents::continue_with(std::unique_ptr<OpcPackage> saved) {
-    package = std::move(saved);
-    if (editor_ != nullptr) editor_->rebase(*package);
+// The save is done; whether the file can be opened again is a matter of the next call that needs
+// it.
+void BookContents::continue_with_saved_file(std::uint64_t file_bytes) {
+    saved_bytes_ = file_bytes;
     formats_in_file = std::max(formats_in_file, used_formats_end);
 }
 

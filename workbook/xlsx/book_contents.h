@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,11 +62,13 @@ struct BookContents : StoredBook {
     void open_package();
     /// Closes the package unless a sheet comes back to it: nobody is kept from replacing the file.
     void close_package();
-    /// After a save over the file that the book was read from: `saved` is that file.
-    void continue_with(std::unique_ptr<OpcPackage> saved);
+    /// After a save over the file that the book was read from, of `file_bytes`: what is opened next
+    /// is the saved file.
+    void continue_with_saved_file(std::uint64_t file_bytes);
 
     std::unique_ptr<OpcPackage> package; ///< where everything that was not changed is copied from
-    std::u16string source_path;
+    std::u16string source_path;          ///< of the package's file; empty for one in memory
+    bool is_new = false;                 ///< made, not loaded
     WorkbookPart workbook;
     std::size_t formats_in_file = 0;
     std::vector<std::unique_ptr<XlsxSheet>> sheets; ///< by index; null where no cells were loaded
@@ -77,8 +80,11 @@ struct BookContents : StoredBook {
     std::size_t wanted_sheet(int index) const;
     std::size_t checked_index(int index, std::size_t end) const;
 
+    std::unique_ptr<foundation::files::RandomAccessFile> open_source() const;
+
     bool has_styles_ = false;
-    std::vector<bool> claimed_formats_; ///< by index; known once a format is added
+    std::optional<std::uint64_t> saved_bytes_; ///< of the saved file, until it is opened
+    std::vector<bool> claimed_formats_;        ///< by index; known once a format is added
     std::unique_ptr<WorkbookEditor> editor_;
 };
 

@@ -20,12 +20,9 @@ namespace workbook {
 
 namespace {
 
-std::unique_ptr<OpcPackage> open_package(std::u16string_view path) {
-    try {
-        return std::make_unique<OpcPackage>(foundation::files::open_for_reading(path));
-    } catch (const foundation::files::FileError& error) {
-        throw Error::file(error);
-    }
+std::unique_ptr<OpcPackage> open_package(BookSource& source) {
+    if (source.file == nullptr) source.file = foundation::files::open_for_reading(source.path);
+    return std::make_unique<OpcPackage>(std::move(source.file));
 }
 
 } // namespace
@@ -49,11 +46,11 @@ bool XlsxBook::attempt(const Action& action) {
 }
 
 template <class ReadCells>
-bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
+bool XlsxBook::open(BookSource source, const ReadCells& read_cells) {
     contents_.reset();
     load_failed_ = true;
     return attempt([&] {
-        auto opened = std::make_unique<BookContents>(open_package(path), path, error_);
+        auto opened = std::make_unique<BookContents>(open_package(source), source.path, error_);
         read_cells(*opened);
         opened->close_package();
         contents_ = std::move(opened);
@@ -66,6 +63,7 @@ BookContents& XlsxBook::contents() {
     if (contents_ == nullptr) {
         contents_ = std::make_unique<BookContents>(
             make_blank_package(std::chrono::system_clock::now()), u"", error_);
+        contents_->is_new = true;
         contents_->load_sheets();
     }
     return *contents_;
@@ -76,25 +74,30 @@ bool XlsxBook::try_change(const Change& change) {
     return attempt([&] { change(contents()); });
 }
 
-bool XlsxBook::load(std::u16string_view path) {
-    return open(path, [](BookContents& contents) { contents.load_sheets(); });
+bool XlsxBook::load(BookSource source) {
+    return open(std::move(source), [](BookContents& contents) { contents.load_sheets(); });
 }
 
-bool XlsxBook::load_sheet(std::u16string_view path, int sheet_index) {
-    return load_rows(path, sheet_index, {});
+bool XlsxBook::load_sheet(BookSource source, int sheet_index) {
+    return load_rows(std::move(source), sheet_index, {});
 }
 
-bool XlsxBook::load_partially(std::u16string_view path, int sheet_index, int first_row,
-                              int last_row) {
-    return load_rows(path, sheet_index, {std::max(first_row, 0), std::min(last_row, kMaxRows - 1)});
+bool XlsxBook::load_partially(BookSource source, int sheet_index, int first_row, int last_row) {
+    return load_rows(std::move(source), sheet_index,
+                     {std::max(first_row, 0), std::min(last_row, kMaxRows - 1)});
 }
 
-bool XlsxBook::load_rows(std::u16string_view path, int sheet_index, RowSpan rows) {
-    return open(path, [&](BookContents& contents) { contents.load_rows(sheet_index, rows); });
+bool XlsxBook::load_rows(BookSource source, int sheet_index, RowSpan rows) {
+    return open(std::move(source),
+                [&](BookContents& contents) { contents.load_rows(sheet_index, rows); });
 }
 
-bool XlsxBook::load_info(std::u16string_view path) {
-    return open(path, [](BookContents&) {});
+bool XlsxBook::load_info(BookSource source) {
+    return open(std::move(source), [](BookContents&) {});
+}
+
+std::vector<std::string> XlsxBook::load_warnings() const {
+    return contents_ == nullptr ? std::vector<std::string>{} : contents_->workbook.warnings;
 }
 
 const SheetEntry* XlsxBook::entry(int index) const {
@@ -190,6 +193,11 @@ bool XlsxBook::move_sheet(int from, int to) {
 bool XlsxBook::save(std::u16string_view path) {
     return try_change(
         [&](BookContents& contents) { last_save_ = save_book(contents, path, open_output_); });
+}
+
+bool XlsxBook::save(foundation::files::OutputFile& out, std::u16string_view extension) {
+    return try_change(
+        [&](BookContents& contents) { last_save_ = save_book(contents, out, extension); });
 }
 
 } // namespace workbook

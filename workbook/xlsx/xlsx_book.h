@@ -11,7 +11,6 @@
 #include "workbook/last_error.h"
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
-#include "workbook/xlsx/reading/worksheet_reader.h"
 
 namespace workbook {
 
@@ -22,11 +21,11 @@ class XlsxBook final : public Book {
         foundation::files::OutputOpener open_output = foundation::files::replace_file);
     ~XlsxBook() override;
 
-    bool load(std::u16string_view path) override;
-    bool load_sheet(std::u16string_view path, int sheet_index) override;
-    bool load_partially(std::u16string_view path, int sheet_index, int first_row,
-                        int last_row) override;
-    bool load_info(std::u16string_view path) override;
+    bool load(BookSource source) override;
+    bool load_sheet(BookSource source, int sheet_index) override;
+    bool load_partially(BookSource source, int sheet_index, int first_row, int last_row) override;
+    bool load_info(BookSource source) override;
+    std::vector<std::string> load_warnings() const override;
 
     int sheet_count() const override;
     Sheet* get_sheet(int index) override;
@@ -44,6 +43,7 @@ class XlsxBook final : public Book {
     bool delete_sheet(int index) override;
     bool move_sheet(int from, int to) override;
     bool save(std::u16string_view path) override;
+    bool save(foundation::files::OutputFile& out, std::u16string_view extension) override;
     SaveCounts last_save() const override { return last_save_; }
 
     ErrorKind error_kind() const override { return error_.kind(); }
@@ -59,8 +59,8 @@ class XlsxBook final : public Book {
     bool attempt(const Action& action);
     /// Opens the book and lets `read_cells` fill it.
     template <class ReadCells>
-    bool open(std::u16string_view path, const ReadCells& read_cells);
-    bool load_rows(std::u16string_view path, int sheet_index, RowSpan rows);
+    bool open(BookSource source, const ReadCells& read_cells);
+    bool load_rows(BookSource source, int sheet_index, RowSpan rows);
     /// Attempts `change(contents)`.
     template <class Change>
     bool try_change(const Change& change);

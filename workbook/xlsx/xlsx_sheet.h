@@ -31,6 +31,9 @@ class XlsxSheet final : public StoredSheet {
     /// The names of the columns of a table on this sheet. Cells of its header that were written
     /// become different strings where they are not: applications accept nothing else there.
     std::vector<std::string> header_names(const TableHeader& table);
+    /// Takes back what `header_names` wrote since the last call of `keep_header_cells`.
+    void restore_header_cells();
+    void keep_header_cells() { replaced_headers_.clear(); }
     /// A guess of the size of the part that `write_part` makes.
     std::uint64_t expected_bytes() const;
     /// Writes the part with all changes since the load; see `rewrite_worksheet`. Throws `Error`.
@@ -50,10 +53,19 @@ class XlsxSheet final : public StoredSheet {
     template <class Change>
     bool try_change(const Change& change);
     std::string header_text(int row, int column, std::size_t position) const;
+    void replace_header_cell(int row, int column, std::u16string_view text, const Format* format);
+
+    /// A header cell before it was written; absent where there was none.
+    struct ReplacedCell {
+        int row, column;
+        std::optional<StoredCell> cell;
+        bool used_added_strings;
+    };
 
     BookContents& contents_;
     SheetEntry& entry_;
     const bool is_new_;
+    std::vector<ReplacedCell> replaced_headers_;
 };
 
 } // namespace workbook

@@ -25,8 +25,9 @@ struct WorkbookPart {
     std::vector<std::unique_ptr<SheetEntry>> sheets; ///< entries stay where they are in memory
     std::vector<DefinedName> defined_names;
     bool date_1904 = false;
-    std::string shared_strings_part; ///< empty when the book has none
-    std::string styles_part;         ///< empty when the book has none
+    std::vector<std::string> warnings; ///< what is missing and was done without
+    std::string shared_strings_part;   ///< empty when the book has none
+    std::string styles_part;           ///< empty when the book has none
 };
 
 /// Finds and reads the package's workbook. Throws `Error`; a package of another application is

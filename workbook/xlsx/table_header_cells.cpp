@@ -22,7 +22,7 @@ std::u16string folded(std::string_view name) {
 
 } // namespace
 
-/// As applications name a column by what is written into its header.
+// As applications name a column by what is written into its header.
 std::string XlsxSheet::header_text(int row, int column, std::size_t position) const {
     switch (cell_type(row, column)) {
     case CellKind::Number: {
@@ -60,9 +60,31 @@ std::vector<std::string> XlsxSheet::header_names(const TableHeader& table) {
             foundation::unicode::to_generalized_utf8(read_str(row, column)) == names[i];
         const Format* format =
             cells_.cells.find(row, column) != nullptr ? cell_format(row, column) : nullptr;
-        if (!is_there) write_str(row, column, foundation::unicode::to_utf16(names[i]), format);
+        if (is_there) continue;
+        replace_header_cell(row, column, foundation::unicode::to_utf16(names[i]), format);
     }
     return names;
+}
+
+void XlsxSheet::replace_header_cell(int row, int column, std::u16string_view text,
+                                    const Format* format) {
+    const StoredCell* old = cells_.cells.find(row, column);
+    replaced_headers_.push_back(
+        {row, column, old != nullptr ? std::optional(*old) : std::nullopt, uses_added_strings()});
+    write_str(row, column, text, format);
+}
+
+void XlsxSheet::restore_header_cells() {
+    for (auto replaced = replaced_headers_.rbegin(); replaced != replaced_headers_.rend();
+         ++replaced) {
+        const auto& [row, column, cell, used_added_strings] = *replaced;
+        if (cell)
+            cells_.cells.put(row, *cell);
+        else
+            cells_.cells.remove({row, row, column, column});
+        set_uses_added_strings(used_added_strings);
+    }
+    replaced_headers_.clear();
 }
 
 } // namespace workbook
