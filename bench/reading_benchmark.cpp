@@ -61,7 +61,7 @@ void read_sheet(benchmark::State& state, const std::string& xml) {
         TextSource source(xml);
         SheetCells cells(kMaxColumns);
         SheetTail tail;
-        read_worksheet(source, {}, false, cells, tail);
+        read_worksheet(source, {}, DateBase::From1900, cells, tail);
         benchmark::DoNotOptimize(cells.cells.size());
     }
     state.SetItemsProcessed(state.iterations() * kRows * kColumns);
@@ -105,7 +105,7 @@ void find_cells_by_column(benchmark::State& state) {
     TextSource source(xml);
     SheetCells cells(kMaxColumns);
     SheetTail tail;
-    read_worksheet(source, {}, false, cells, tail);
+    read_worksheet(source, {}, DateBase::From1900, cells, tail);
     for (auto _ : state) {
         double sum = 0;
         for (int column = 0; column < kColumns; ++column)

@@ -10,12 +10,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         workbook::test::MemorySource part(text, 1000);
         workbook::SheetCells cells(workbook::kMaxColumns);
         workbook::SheetTail tail;
-        workbook::read_worksheet(part, {}, false, cells, tail);
+        workbook::read_worksheet(part, {}, workbook::DateBase::From1900, cells, tail);
         const workbook::CellBounds& bounds = cells.cells.bounds();
         cells.cells.find(bounds.end_row - 1, bounds.end_column - 1);
         workbook::test::MemorySource again(text);
         workbook::SheetCells some_cells(workbook::kMaxColumns);
-        workbook::read_worksheet(again, {1, 2}, true, some_cells, tail);
+        workbook::read_worksheet(again, {1, 2}, workbook::DateBase::From1904, some_cells, tail);
         workbook::test::MemorySource last(text);
         workbook::read_worksheet_tail(last);
     });

@@ -25,7 +25,7 @@ class RewrittenSheet {
           step_(step),
           is_whole_(rows.first <= 0 && rows.last >= kMaxRows - 1) {
         MemorySource part(source_, step_);
-        read_worksheet(part, rows, false, cells, tail);
+        read_worksheet(part, rows, DateBase::From1900, cells, tail);
         for (std::uint32_t i = 0; i < 1000; ++i)
             shared_index_of.push_back(1000 + i);
     }
@@ -140,7 +140,7 @@ inline std::string describe_part(const std::string& text) {
     MemorySource part(text);
     SheetCells cells(kMaxColumns);
     SheetTail tail;
-    read_worksheet(part, {}, false, cells, tail);
+    read_worksheet(part, {}, DateBase::From1900, cells, tail);
     return describe_cells(cells);
 }
 

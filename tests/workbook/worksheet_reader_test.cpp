@@ -70,7 +70,7 @@ struct Sheet {
 Sheet read(const std::string& xml, RowSpan rows = {}, std::size_t piece = 1u << 20) {
     Sheet sheet;
     MemorySource source(xml, piece);
-    sheet.whole = read_worksheet(source, rows, false, sheet.cells, sheet.tail);
+    sheet.whole = read_worksheet(source, rows, DateBase::From1900, sheet.cells, sheet.tail);
     return sheet;
 }
 
@@ -272,7 +272,7 @@ TEST(ReadWorksheet, StopsBehindTheLastWantedRow) {
         MemorySource source(text, 4096);
         SheetCells cells{kMaxColumns};
         SheetTail tail;
-        EXPECT_FALSE(read_worksheet(source, {2, 4}, false, cells, tail));
+        EXPECT_FALSE(read_worksheet(source, {2, 4}, DateBase::From1900, cells, tail));
         EXPECT_EQ(describe(cells), "A3=3.000000 A4=4.000000 A5=5.000000");
         EXPECT_LT(source.position(), 10'000u);
         EXPECT_THAT(tail.merged_regions, IsEmpty());

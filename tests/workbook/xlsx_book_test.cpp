@@ -2,6 +2,7 @@
 //
 // The book's own contract: states, handles, messages. What files hold is in fixtures_test.cpp.
 #include <filesystem>
+#include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 namespace workbook {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 std::u16string fixture(const char* name) {
@@ -44,12 +46,32 @@ TEST(XlsxBook, SaysWhyThereIsNoSheet) {
         int index;
         const char* message;
     };
-    for (const Case& c :
-         {Case{1, "\"Chart\": it is a chart sheet"}, Case{4, "were not loaded"},
-          Case{5, "\"Lost\": its kind is unknown"}, Case{7, "no sheet"}, Case{-1, "no sheet"}}) {
+    for (const Case& c : {Case{1, "\"Chart\": it is a chart sheet"}, Case{4, "were not loaded"},
+                          Case{7, "no sheet"}, Case{-1, "no sheet"}}) {
         EXPECT_EQ(book->get_sheet(c.index), nullptr);
         EXPECT_THAT(book->error_message(), HasSubstr(c.message));
     }
+}
+
+TEST(XlsxBook, ReadsASheetWithoutAPartAsEmpty) {
+    const auto book = xlCreateXMLBookW();
+    ASSERT_TRUE(book->load(fixture("chart_and_dialog_sheets.xlsm")));
+    EXPECT_THAT(book->load_warnings(),
+                ElementsAre(HasSubstr("\"Lost\""), HasSubstr("\"No target\"")));
+    std::string bytes;
+    for (int index : {5, 6}) {
+        Sheet* const sheet = book->get_sheet(index);
+        ASSERT_NE(sheet, nullptr);
+        EXPECT_EQ(sheet->end_row(), 0);
+        EXPECT_FALSE(sheet->write_num(0, 0, 1.0, nullptr));
+        EXPECT_THAT(book->error_message(), HasSubstr("without cells"));
+    }
+    ASSERT_TRUE(book->get_sheet(0)->write_num(4, 0, 1.0, nullptr));
+    ASSERT_TRUE(book->save(*foundation::files::memory_output(bytes), u"xlsm"));
+    const auto again = xlCreateXMLBookW();
+    ASSERT_TRUE(again->load(foundation::files::memory_file(bytes)));
+    EXPECT_EQ(again->sheet_count(), 7);
+    EXPECT_EQ(again->load_warnings(), book->load_warnings());
 }
 
 TEST(XlsxBook, LoadsTheOnlySheetForAnyIndex) {

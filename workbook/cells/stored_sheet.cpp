@@ -21,7 +21,8 @@ constexpr CellKind kCellKinds[] = {CellKind::Number,     CellKind::String, CellK
 
 } // namespace
 
-StoredSheet::StoredSheet(StoredBook& book) : book_(book), cells_(book.limits.columns) {}
+StoredSheet::StoredSheet(StoredBook& book)
+    : book_(book), cells_(book.limits.columns), limits_(book.limits) {}
 
 StoredSheet::StoredSheet(const StoredSheet& original)
     : Sheet(original),
@@ -31,6 +32,8 @@ StoredSheet::StoredSheet(const StoredSheet& original)
       changes_(original.changes_),
       loaded_rows_(original.loaded_rows_),
       is_tail_read_(original.is_tail_read_),
+      limits_(original.limits_),
+      refusal_(original.refusal_),
       uses_added_strings_(original.uses_added_strings_),
       other_rows_(original.other_rows_ ? std::make_unique<SheetCells>(*original.other_rows_)
                                        : nullptr),

@@ -93,6 +93,8 @@ class StoredSheet : public Sheet {
     }
     std::string utf8_name() const;
     void set_uses_added_strings(bool on) { uses_added_strings_ = on; }
+    /// From now on every change of cells, widths and protection fails for this reason.
+    void refuse_changes(std::string reason);
 
     StoredBook& book_;
     SheetCells cells_;
@@ -120,6 +122,8 @@ class StoredSheet : public Sheet {
     bool write(int row, int column, const Format* format, StoredKind kind, StoredCell cell);
     double width_of(const StoredCell& cell, const StringPool& own_strings) const;
 
+    SheetLimits limits_;  ///< the book's; of no cell where changes are refused
+    std::string refusal_; ///< why; empty where they are not
     bool uses_added_strings_ = false;
     const Format* last_format_ = nullptr; ///< that a cell was written with
     std::uint32_t last_format_index_ = 0;

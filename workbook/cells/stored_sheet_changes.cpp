@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <utility>
 
 #include "foundation/unicode.h"
 #include "workbook/cells/column_width.h"
@@ -25,25 +26,30 @@ bool StoredSheet::fail(ErrorKind kind, const std::string& reason) const {
     return false;
 }
 
+void StoredSheet::refuse_changes(std::string reason) {
+    refusal_ = std::move(reason);
+    limits_ = {0, 0};
+}
+
 bool StoredSheet::check_area(const Rectangle& area) const {
-    if (book_.limits.hold(area)) return true;
+    if (limits_.hold(area)) return true;
+    if (!refusal_.empty()) return fail(ErrorKind::Refused, refusal_);
     return fail(ErrorKind::Limit, "zero-based " + place_name(area.first_row, area.first_column) +
                                       " to " + place_name(area.last_row, area.last_column) +
-                                      " is not within a sheet of " +
-                                      std::to_string(book_.limits.rows) + " rows and " +
-                                      std::to_string(book_.limits.columns) + " columns");
+                                      " is not within a sheet of " + std::to_string(limits_.rows) +
+                                      " rows and " + std::to_string(limits_.columns) + " columns");
 }
 
 bool StoredSheet::set_protect(bool on) {
+    if (!refusal_.empty()) return fail(ErrorKind::Refused, refusal_);
     if (!changes_.is_protected && !need_tail()) return false;
     if (on || protect()) changes_.is_protected = on;
     return true;
 }
 
 void StoredSheet::expect_cells(int first_row, int last_row, int first_column, int last_column) {
-    cells_.cells.expect({std::max(first_row, 0), std::min(last_row, book_.limits.rows - 1),
-                         std::max(first_column, 0),
-                         std::min(last_column, book_.limits.columns - 1)});
+    cells_.cells.expect({std::max(first_row, 0), std::min(last_row, limits_.rows - 1),
+                         std::max(first_column, 0), std::min(last_column, limits_.columns - 1)});
 }
 
 // Cells are mostly written with the format of the cell before.
@@ -63,7 +69,7 @@ bool StoredSheet::find_format(const Format* format, std::uint32_t& index) {
 
 bool StoredSheet::write(int row, int column, const Format* format, StoredKind kind,
                         StoredCell cell) {
-    if (!book_.limits.hold(row, column)) return check_area({row, row, column, column});
+    if (!limits_.hold(row, column)) return check_area({row, row, column, column});
     std::uint32_t index = 0;
     if (format != nullptr && !find_format(format, index)) return false;
     cell.column = static_cast<std::uint32_t>(column);

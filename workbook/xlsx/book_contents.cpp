@@ -82,8 +82,10 @@ void BookContents::read_styles() {
 }
 
 void BookContents::read_sheet(std::size_t index, RowSpan rows) {
-    if (workbook.sheets[index]->kind != SheetKind::Worksheet) return;
-    sheets[index] = std::make_unique<XlsxSheet>(*this, *workbook.sheets[index], rows);
+    SheetEntry& entry = *workbook.sheets[index];
+    if (entry.kind != SheetKind::Worksheet) return;
+    sheets[index] = entry.part.empty() ? std::make_unique<XlsxSheet>(*this, entry)
+                                       : std::make_unique<XlsxSheet>(*this, entry, rows);
 }
 
 void BookContents::read_strings() {

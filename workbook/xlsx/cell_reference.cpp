@@ -37,26 +37,54 @@ int take_row(std::string_view text, std::size_t& i) {
     return number;
 }
 
+/// One end of an area; one-based, 0 for what it does not state.
+struct Corner {
+    int row = 0, column = 0;
+};
+
+std::optional<Corner> parse_corner(std::string_view text) {
+    std::size_t i = 0;
+    Corner corner;
+    skip_dollar(text, i);
+    const std::size_t letters = i;
+    corner.column = take_column(text, i);
+    if (corner.column == 0 && i != letters) return std::nullopt;
+    if (i != letters) skip_dollar(text, i);
+    const std::size_t digits = i;
+    corner.row = take_row(text, i);
+    if (corner.row == 0 && i != digits) return std::nullopt;
+    if (i != text.size()) return std::nullopt;
+    return corner;
+}
+
 } // namespace
 
 std::optional<CellReference> parse_cell_reference(std::string_view text) {
-    std::size_t i = 0;
-    skip_dollar(text, i);
-    const int column = take_column(text, i);
-    skip_dollar(text, i);
-    const int row = take_row(text, i);
-    if (column == 0 || row == 0 || i != text.size()) return std::nullopt;
-    return CellReference{row - 1, column - 1};
+    const auto corner = parse_corner(text);
+    if (!corner || corner->row == 0 || corner->column == 0) return std::nullopt;
+    return CellReference{corner->row - 1, corner->column - 1};
 }
 
 std::optional<Rectangle> parse_area_reference(std::string_view text) {
     const std::size_t colon = text.find(':');
-    const auto first = parse_cell_reference(text.substr(0, colon));
-    const auto last =
-        colon == std::string_view::npos ? first : parse_cell_reference(text.substr(colon + 1));
-    if (!first || !last) return std::nullopt;
-    return Rectangle{std::min(first->row, last->row), std::max(first->row, last->row),
-                     std::min(first->column, last->column), std::max(first->column, last->column)};
+    const bool is_one = colon == std::string_view::npos;
+    const auto a = parse_corner(text.substr(0, colon));
+    const auto b = is_one ? a : parse_corner(text.substr(colon + 1));
+    if (!a || !b) return std::nullopt;
+    const bool has_rows = a->row > 0, has_columns = a->column > 0;
+    const bool is_whole = !has_rows || !has_columns;
+    if (has_rows != (b->row > 0) || has_columns != (b->column > 0)) return std::nullopt;
+    if (is_whole && (is_one || has_rows == has_columns)) return std::nullopt;
+    Rectangle area{0, kMaxRows - 1, 0, kMaxColumns - 1};
+    if (has_rows) {
+        area.first_row = std::min(a->row, b->row) - 1;
+        area.last_row = std::max(a->row, b->row) - 1;
+    }
+    if (has_columns) {
+        area.first_column = std::min(a->column, b->column) - 1;
+        area.last_column = std::max(a->column, b->column) - 1;
+    }
+    return area;
 }
 
 } // namespace workbook

@@ -18,7 +18,7 @@ struct CellReference {
 /// The whole text as one cell; empty when it is not one.
 std::optional<CellReference> parse_cell_reference(std::string_view text);
 
-/// The whole text as one cell or two corners in any order.
+/// The whole text as one cell, two corners in any order, whole columns ("A:C") or rows ("3:5").
 std::optional<Rectangle> parse_area_reference(std::string_view text);
 
 } // namespace workbook

@@ -14,7 +14,7 @@ XlsxSheet::XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows)
     : StoredSheet(contents), contents_(contents), entry_(entry), is_new_(false) {
     try {
         const std::unique_ptr<ByteSource> part = contents_.package->open_part(entry_.part);
-        is_tail_read_ = read_worksheet(*part, rows, contents_.workbook.date_1904, cells_, tail_);
+        is_tail_read_ = read_worksheet(*part, rows, date_base(contents_.workbook), cells_, tail_);
         loaded_rows_ = rows;
     } catch (const Error& error) {
         throw error.in_sheet(utf8_name());
@@ -22,7 +22,10 @@ XlsxSheet::XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows)
 }
 
 XlsxSheet::XlsxSheet(BookContents& contents, SheetEntry& entry)
-    : StoredSheet(contents), contents_(contents), entry_(entry), is_new_(true) {}
+    : StoredSheet(contents), contents_(contents), entry_(entry), is_new_(true) {
+    if (entry.part.empty())
+        refuse_changes("it cannot be changed, since the file lists it without cells: add a sheet");
+}
 
 XlsxSheet::XlsxSheet(const XlsxSheet& original, SheetEntry& entry)
     : StoredSheet(original),
@@ -41,7 +44,7 @@ void XlsxSheet::read_tail(SheetTail& tail) const {
 
 void XlsxSheet::read_other_rows(SheetCells& cells) const {
     SheetTail tail; // known or read on its own
-    read_worksheet(*contents_.open_sheet_part(entry_), {}, contents_.workbook.date_1904, cells,
+    read_worksheet(*contents_.open_sheet_part(entry_), {}, date_base(contents_.workbook), cells,
                    tail);
     contents_.need_strings(cells.shared_strings_end);
 }

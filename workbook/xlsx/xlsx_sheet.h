@@ -16,7 +16,7 @@ class XlsxSheet final : public StoredSheet {
     /// Reads the cells of `rows` of a sheet; both given must outlive this. Throws `Error`.
     XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows);
 
-    /// An empty sheet, which has no part yet.
+    /// An empty sheet, which has no part yet; without the name of one it cannot be changed.
     XlsxSheet(BookContents& contents, SheetEntry& entry);
     /// A copy with all changes of `original`, of the same book, whose tail has to be known. Its
     /// part is made from the original's.

@@ -110,7 +110,7 @@ void require_sheet_root(const XmlScanner& scanner) {
                      "\" is not a sheet's");
 }
 
-bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, SheetCells& cells,
+bool read_worksheet(ByteSource& part, RowSpan rows, DateBase dates, SheetCells& cells,
                     SheetTail& tail) {
     XmlScanner scanner(part);
     SheetTail found;
@@ -123,7 +123,7 @@ bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, SheetCells& 
             read_other_element(scanner, found, cells.columns);
             continue;
         }
-        if (!SheetDataReader(scanner, rows, date_1904, cells).read()) {
+        if (!SheetDataReader(scanner, rows, dates, cells).read()) {
             cells.cells.finish();
             order_row_formats(cells.row_formats);
             return false;

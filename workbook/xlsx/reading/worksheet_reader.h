@@ -6,14 +6,15 @@
 
 #include "workbook/cells/sheet_data.h"
 #include "workbook/io/byte_source.h"
+#include "workbook/xlsx/reading/iso_date.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
 
 /// Reads the cells of `rows`. Returns true when the part was read to its end; stops after the last
-/// wanted row otherwise, leaves `tail` alone and returns false. `date_1904` is the book's
-/// date system, for ISO dates. Throws `Error`.
-bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, SheetCells& cells,
+/// wanted row otherwise, leaves `tail` alone and returns false. `dates` is what
+/// the book's ISO dates count from. Throws `Error`.
+bool read_worksheet(ByteSource& part, RowSpan rows, DateBase dates, SheetCells& cells,
                     SheetTail& tail);
 
 /// Throws an `Error` unless the scanner's last Start, a root element, is that of a sheet.
