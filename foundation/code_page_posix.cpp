@@ -18,9 +18,9 @@ struct NamedPage {
 
 // Pages that iconv does not call "CP" and their number.
 constexpr NamedPage kNamedPages[] = {
-    {1361, "JOHAB"},        {10000, "MACINTOSH"},    {10001, "SHIFT_JIS"},
-    {10002, "BIG5"},        {10003, "EUC-KR"},       {10007, "MAC-CYRILLIC"},
-    {10008, "EUC-CN"},      {10017, "MAC-UK"},       {10029, "MAC-CENTRALEUROPE"},
+    {1361, "JOHAB"},   {10000, "MACINTOSH"}, {10001, "SHIFT_JIS"},
+    {10002, "BIG5"},   {10003, "EUC-KR"},    {10007, "MAC-CYRILLIC"},
+    {10008, "EUC-CN"}, {10017, "MAC-UK"},    {10029, "MAC-CENTRALEUROPE"},
     {10079, "MAC-IS"},
 };
 

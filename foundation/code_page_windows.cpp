@@ -3,10 +3,10 @@
 // Code pages by the system's own tables.
 #define WIN32_LEAN_AND_MEAN
 #define NOMINMAX
-#include <windows.h>
-
 #include <algorithm>
 #include <limits>
+
+#include <windows.h>
 
 #include "foundation/code_page.h"
 
@@ -23,11 +23,10 @@ class SystemPage final : public CodePage {
     std::u16string decode(std::string_view bytes) override {
         if (bytes.empty() || bytes.size() > std::numeric_limits<int>::max()) return {};
         std::u16string text(2 * bytes.size(), u'\0');
-        const int units = MultiByteToWideChar(number_, 0, bytes.data(),
-                                              static_cast<int>(bytes.size()),
-                                              reinterpret_cast<wchar_t*>(text.data()),
-                                              static_cast<int>(std::min<std::size_t>(
-                                                  text.size(), std::numeric_limits<int>::max())));
+        const int units = MultiByteToWideChar(
+            number_, 0, bytes.data(), static_cast<int>(bytes.size()),
+            reinterpret_cast<wchar_t*>(text.data()),
+            static_cast<int>(std::min<std::size_t>(text.size(), std::numeric_limits<int>::max())));
         text.resize(static_cast<std::size_t>(units));
         return text;
     }

@@ -22,7 +22,8 @@ bool starts_with_bof(std::string_view bytes) {
     const std::size_t size = load_u16(bytes.data() + 2);
     const std::uint16_t kind = load_u16(bytes.data() + 6);
     const bool is_bof = id == 0x0009 || id == 0x0209 || id == 0x0409 || id == 0x0809;
-    const bool is_kind = kind == 0x05 || kind == 0x10 || kind == 0x20 || kind == 0x40 || kind == 0x100;
+    const bool is_kind =
+        kind == 0x05 || kind == 0x10 || kind == 0x20 || kind == 0x40 || kind == 0x100;
     return is_bof && size >= 4 && size <= kLongestData && is_kind;
 }
 

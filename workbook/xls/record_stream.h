@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The records of a workbook stream (MS-XLS 2.1.4): number, length, data. Views into the stream, which
-// must outlive whatever is made here.
+// The records of a workbook stream (MS-XLS 2.1.4): number, length, data. Views into the stream,
+// which must outlive whatever is made here.
 #pragma once
 
 #include <cstddef>

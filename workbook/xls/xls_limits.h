@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the XLS engine accepts at most. Sizes claimed by a file are checked against these, or against
-// the bytes that are there, before they reach an allocation, an index or a loop.
+// What the XLS engine accepts at most. Sizes claimed by a file are checked against these, or
+// against the bytes that are there, before they reach an allocation, an index or a loop.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +24,9 @@ inline constexpr int kMaxSubstreamDepth = 8;
 
 /// Sheets of a book: their numbers have 16 bits (MS-XLS 2.5.142 ITab).
 inline constexpr std::size_t kMaxXlsSheets = 65'535;
+
+/// Cell formats of a saved book: applications refuse files with more.
+inline constexpr std::size_t kMaxSavedFormats = 4'050;
 
 /// Cell formats in memory: their numbers have 16 bits in cells (MS-XLS 2.5.155 IXFCell).
 inline constexpr std::size_t kMaxXlsFormats = 65'535;

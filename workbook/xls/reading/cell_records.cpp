@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The records of BIFF3 and later begin with row, column and format; those of BIFF2 have three bytes
-// of attributes in the format's place. Records come row after row as a rule, in any order otherwise.
+// of attributes in the format's place. Records come row after row as a rule, in any order
+// otherwise.
 #include "workbook/xls/reading/cell_records.h"
 
 #include <algorithm>
@@ -27,7 +28,8 @@ double load_double(const char* bytes) {
     return value;
 }
 
-/// MS-XLS 2.5.217 RkNumber: 30 bits of an integer or of a double's upper end, perhaps divided by 100.
+/// MS-XLS 2.5.217 RkNumber: 30 bits of an integer or of a double's upper end, perhaps divided by
+/// 100.
 double decode_rk(std::uint32_t rk) {
     constexpr std::uint32_t kHundredth = 0x01, kInteger = 0x02;
     double value;

@@ -66,8 +66,7 @@ void FormatRecords::read_cell_format(const Record& record) {
     case record::kXf2: {
         require_size(record, 4, kWhat);
         const std::uint8_t format = record.u8(2);
-        formats_.push_back(
-            {from_biff2(format & kBiff2NumberFormat), (format & kBiff2Locked) != 0});
+        formats_.push_back({from_biff2(format & kBiff2NumberFormat), (format & kBiff2Locked) != 0});
         return;
     }
     case record::kXf3:

@@ -27,8 +27,8 @@ class FormatRecords {
     /// `Error`.
     bool read(RecordStream& records, RecordStrings& strings);
 
-    /// What follows is another sheet of a BIFF4 workbook, which may have formats of its own, counted
-    /// from 0 again.
+    /// What follows is another sheet of a BIFF4 workbook, which may have formats of its own,
+    /// counted from 0 again.
     void begin_sheet();
     /// What cells of this sheet add to their format's index.
     std::uint32_t first_format() const {
@@ -56,7 +56,8 @@ class FormatRecords {
     bool has_xf_records_ = false;
 };
 
-/// The format of a BIFF2 cell in a book without XF records, by the first two of its attribute bytes.
+/// The format of a BIFF2 cell in a book without XF records, by the first two of its attribute
+/// bytes.
 constexpr std::uint32_t biff2_format(std::uint8_t first, std::uint8_t second) {
     return (first & 0x40u) | (second & 0x3Fu);
 }

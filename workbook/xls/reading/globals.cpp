@@ -12,7 +12,9 @@ namespace {
 class GlobalsReader {
   public:
     GlobalsReader(std::string_view stream, SubstreamStart start)
-        : stream_(stream), start_(start), globals_(start.version),
+        : stream_(stream),
+          start_(start),
+          globals_(start.version),
           strings_(start.version, globals_.byte_text) {}
 
     XlsGlobals run() {

@@ -18,9 +18,9 @@ constexpr std::uint16_t kBuiltIn = 0x0020;
 
 /// MS-XLS 2.4.150, by the one character that such a name has.
 constexpr std::u16string_view kBuiltInNames[] = {
-    u"Consolidate_Area", u"Auto_Open",     u"Auto_Close",      u"Extract",     u"Database",
-    u"Criteria",         u"Print_Area",    u"Print_Titles",    u"Recorder",    u"Data_Form",
-    u"Auto_Activate",    u"Auto_Deactivate", u"Sheet_Title", u"_FilterDatabase"};
+    u"Consolidate_Area", u"Auto_Open",       u"Auto_Close",   u"Extract",        u"Database",
+    u"Criteria",         u"Print_Area",      u"Print_Titles", u"Recorder",       u"Data_Form",
+    u"Auto_Activate",    u"Auto_Deactivate", u"Sheet_Title",  u"_FilterDatabase"};
 
 std::u16string full_name(std::u16string name, bool is_built_in) {
     if (!is_built_in || name.size() != 1 || name.front() >= std::size(kBuiltInNames)) return name;

@@ -18,9 +18,9 @@ namespace workbook {
 
 struct XlsName {
     std::u16string name;
-    std::optional<int> scope;          ///< index of the sheet whose name it is; nullopt for the book's
-    std::optional<int> sheet;          ///< index of the sheet that it refers to, if it says so
-    std::optional<Rectangle> cells;    ///< nullopt for anything but one rectangle of this book
+    std::optional<int> scope;       ///< index of the sheet whose name it is; nullopt for the book's
+    std::optional<int> sheet;       ///< index of the sheet that it refers to, if it says so
+    std::optional<Rectangle> cells; ///< nullopt for anything but one rectangle of this book
     std::optional<std::uint16_t> link; ///< BIFF8: number of the reference that gives `sheet`
 };
 

@@ -22,9 +22,13 @@ class SheetReader {
   public:
     SheetReader(std::string_view stream, std::size_t position, const CellContext& context,
                 RowSpan rows, ByteText& byte_text, SheetCells& cells, SheetTail& tail)
-        : records_(stream, position), context_(context), rows_(rows),
-          strings_(context.version, byte_text), cell_records_(context, rows, strings_, cells),
-          cells_(cells), tail_(tail) {}
+        : records_(stream, position),
+          context_(context),
+          rows_(rows),
+          strings_(context.version, byte_text),
+          cell_records_(context, rows, strings_, cells),
+          cells_(cells),
+          tail_(tail) {}
 
     void run() {
         if (!records_.next() || !read_bof(records_.record()))

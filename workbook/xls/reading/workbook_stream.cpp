@@ -15,9 +15,8 @@ using foundation::files::RandomAccessFile;
 
 void require_stream_size(std::uint64_t size) {
     if (size > kMaxXlsStreamBytes)
-        throw Error::limit("the workbook stream", "more than " +
-                                                      std::to_string(kMaxXlsStreamBytes) +
-                                                      " bytes");
+        throw Error::limit("the workbook stream",
+                           "more than " + std::to_string(kMaxXlsStreamBytes) + " bytes");
 }
 
 [[noreturn]] void refuse_other_content(const CompoundFile& container) {
@@ -35,6 +34,7 @@ WorkbookStream read_from_container(std::unique_ptr<RandomAccessFile> file) {
         require_stream_size(entry->size);
         result.name = entry->name;
         result.bytes = result.container->read_stream(*entry);
+        result.encryption = decrypt_workbook_stream(result.bytes);
         return result;
     }
     refuse_other_content(*result.container);
@@ -45,6 +45,7 @@ WorkbookStream read_whole_file(RandomAccessFile& file) {
     WorkbookStream result;
     result.bytes.resize(static_cast<std::size_t>(file.size()));
     result.bytes.resize(file.read_at(0, result.bytes.data(), result.bytes.size()));
+    result.encryption = decrypt_workbook_stream(result.bytes);
     return result;
 }
 

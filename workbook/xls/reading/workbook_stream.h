@@ -4,21 +4,25 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "foundation/files.h"
 #include "workbook/cfb/compound_file.h"
+#include "workbook/xls/decryption.h"
 
 namespace workbook {
 
 struct WorkbookStream {
     std::string bytes;
-    std::unique_ptr<CompoundFile> container; ///< null for a file without one
-    std::u16string name;                     ///< of the stream in its container
+    std::unique_ptr<CompoundFile> container;    ///< null for a file without one
+    std::u16string name;                        ///< of the stream in its container
+    std::optional<StreamEncryption> encryption; ///< of the file; `bytes` are decrypted
 };
 
 /// Reads the book's stream, not one that is embedded in a storage. Of a book that was written for
-/// old and new applications at once, the newer one. Throws `Error`.
+/// old and new applications at once, the newer one. Decrypts what has the default password. Throws
+/// `Error`.
 WorkbookStream read_workbook_stream(std::unique_ptr<foundation::files::RandomAccessFile> file);
 
 } // namespace workbook

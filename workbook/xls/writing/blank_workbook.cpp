@@ -13,7 +13,7 @@ namespace {
 // Substreams (MS-XLS 2.4.21 BOF).
 constexpr std::uint16_t kGlobals = 0x0005, kWorksheet = 0x0010;
 
-constexpr int kFonts = 4;       ///< index 4 does not exist (MS-XLS 2.5.129 FontIndex)
+constexpr int kFonts = 4;         ///< index 4 does not exist (MS-XLS 2.5.129 FontIndex)
 constexpr int kStyleFormats = 15; ///< of the normal style and outline levels, before those of cells
 
 void write_bof(RecordWriter& writer, std::uint16_t kind) {
@@ -58,8 +58,8 @@ void write_font(RecordWriter& writer) {
 void write_format(RecordWriter& writer, std::uint16_t parent, std::uint16_t unused_attributes) {
     constexpr std::uint16_t kBottomAligned = 0x0020, kDefaultColors = 0x20C0;
     writer.begin(record::kXf);
-    const std::uint16_t values[] = {
-        0, 0, parent, kBottomAligned, unused_attributes, 0, 0, 0, 0, kDefaultColors};
+    const std::uint16_t values[] = {0, 0, parent, kBottomAligned, unused_attributes, 0,
+                                    0, 0, 0,      kDefaultColors};
     for (const std::uint16_t value : values)
         writer.u16(value);
     writer.end();

@@ -2,16 +2,21 @@
 #include "workbook/xls/writing/book_saver.h"
 
 #include <algorithm>
+#include <array>
+#include <memory>
 #include <utility>
 #include <vector>
 
+#include "foundation/files.h"
 #include "workbook/cfb/compound_writer.h"
 #include "workbook/error.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
 #include "workbook/xls/writing/blank_workbook.h"
+#include "workbook/xls/writing/byte_encoder.h"
 #include "workbook/xls/writing/globals_rewriter.h"
 #include "workbook/xls/writing/record_writer.h"
+#include "workbook/xls/writing/shared_strings_writer.h"
 #include "workbook/xls/writing/sheet_rewriter.h"
 #include "workbook/xls/xls_limits.h"
 #include "workbook/xls/xls_sheet.h"
@@ -28,7 +33,7 @@ std::size_t end_of_substream(std::string_view stream, std::size_t position) {
     int depth = 0;
     while (records.next()) {
         const Record& record = records.record();
-        if (is_bof(record.id)) ++depth;
+        if (record::is_bof(record.id)) ++depth;
         if (record.id == record::kEof && --depth <= 0)
             return record.position + RecordStream::kHeaderBytes;
     }
@@ -37,8 +42,9 @@ std::size_t end_of_substream(std::string_view stream, std::size_t position) {
 
 class StreamWriter {
   public:
-    explicit StreamWriter(const XlsContents& book) : book_(book), old_(book.source.bytes) {
-        for (const auto& entry : book.globals.sheets)
+    explicit StreamWriter(const XlsContents& book)
+        : book_(book), old_(book.source.bytes), byte_encoder_(book.globals.byte_text) {
+        for (const auto& entry : book.entries)
             sheets_.push_back({entry->name, entry->state, entry->original, entry->copy_of});
     }
 
@@ -66,9 +72,9 @@ class StreamWriter {
     }
 
     bool has_changed_list() const {
-        if (sheets_.size() != book_.original_sheets.size()) return true;
+        if (sheets_.size() != book_.globals.sheets.size()) return true;
         for (std::size_t i = 0; i < sheets_.size(); ++i) {
-            const XlsSheetEntry& old = book_.original_sheets[i];
+            const XlsSheetEntry& old = book_.globals.sheets[i];
             if (sheets_[i].original != i || sheets_[i].name != old.name ||
                 sheets_[i].state != old.state)
                 return true;
@@ -80,8 +86,8 @@ class StreamWriter {
         const bool has_changed_sheet =
             std::any_of(book_.sheets.begin(), book_.sheets.end(),
                         [](const auto& one) { return one != nullptr && one->is_changed(); });
-        return has_changed_sheet || has_changed_list() || book_.is_new() ||
-               book_.globals.date_1904 != book_.original_date_1904;
+        return has_changed_sheet || has_changed_list() || book_.is_new ||
+               book_.date_1904 != book_.globals.date_1904;
     }
 
     std::size_t known_formats() const { return book_.globals.formats.cell_formats().size(); }
@@ -99,7 +105,7 @@ class StreamWriter {
         if (has_changed_list()) throw Error::refused(std::string("the list of sheets") + kAdvice);
         if (version() >= BiffVersion::Biff5) return;
         if (has_new_formats) throw Error::refused(std::string("cell formats") + kAdvice);
-        if (book_.globals.sheets.size() > 1)
+        if (book_.entries.size() > 1)
             throw Error::refused("a workspace of several sheets cannot be changed; save it as "
                                  "XLSX first");
     }
@@ -107,7 +113,7 @@ class StreamWriter {
     void prepare_strings() {
         if (version() < BiffVersion::Biff8) {
             strings_.bytes = [this](std::uint64_t index) {
-                return book_.globals.byte_text.from_utf8(book_.added_strings[index]);
+                return byte_encoder_.encode(book_.added_strings[index]);
             };
         } else if (book_.globals.shared_strings) {
             strings_.first_index = shared_string_count(old_, *book_.globals.shared_strings);
@@ -128,13 +134,12 @@ class StreamWriter {
             });
         static const StringPool kNone;
         std::optional<bool> date_1904;
-        if (book_.globals.date_1904 != book_.original_date_1904)
-            date_1904 = book_.globals.date_1904;
+        if (book_.date_1904 != book_.globals.date_1904) date_1904 = book_.date_1904;
         written_ = rewrite_globals(
             {.stream = old_,
              .version = version(),
              .sheets = sheets_,
-             .original_count = book_.original_sheets.size(),
+             .original_count = book_.globals.sheets.size(),
              .formats = book_.cell_formats,
              .first_new_format = known_formats(),
              .formats_end = std::max(book_.used_formats_end, known_formats()),
@@ -152,9 +157,9 @@ class StreamWriter {
         RecordWriter(written_.bytes)
             .set_u32(written_.sheet_positions[i], static_cast<std::uint32_t>(begin));
         std::string substream;
-        std::int64_t moved = static_cast<std::int64_t>(begin);
+        auto moved = static_cast<std::int64_t>(begin);
         if (sheets_[i].original && (sheet(i) == nullptr || !sheet(i)->is_changed())) {
-            const std::size_t old_begin = book_.globals.sheets[i]->position;
+            const std::size_t old_begin = book_.entries[i]->position;
             substream = old_.substr(old_begin, end_of_substream(old_, old_begin) - old_begin);
             moved -= static_cast<std::int64_t>(old_begin);
             moved_index(substream, moved);
@@ -170,15 +175,15 @@ class StreamWriter {
     }
 
     std::string rewritten(std::size_t i) {
-        const XlsSheetEntry& entry = *book_.globals.sheets[i];
-        if (entry.original || entry.copy_of)
-            return sheet(i)->write(old_, entry.position, version(), !entry.original, strings_);
-        const std::string blank = blank_sheet(book_.is_new() && i == 0);
-        return sheet(i)->write(blank, 0, version(), false, strings_);
+        const XlsSheetEntry& entry = *book_.entries[i];
+        if (entry.original || entry.copy_of) return sheet(i)->write(old_, entry.position, strings_);
+        const std::string blank = blank_sheet(book_.is_new && i == 0);
+        return sheet(i)->write(blank, 0, strings_);
     }
 
     const XlsContents& book_;
     const std::string_view old_;
+    ByteEncoder byte_encoder_;
     std::vector<PlannedSheet> sheets_;
     AddedStrings strings_;
     WrittenGlobals written_;
@@ -190,21 +195,86 @@ std::string changed_workbook_stream(const XlsContents& book) {
     return StreamWriter(book).run();
 }
 
-SaveCounts save_book(XlsContents& book, foundation::files::OutputFile& out) {
+namespace {
+
+/// MS-XLS 2.1.2: the class of the root storage.
+constexpr std::array<char, 16> kWorkbookClass = {0x20,   0x08, 0x02, 0, 0, 0, 0, 0,
+                                                 '\xC0', 0,    0,    0, 0, 0, 0, 0x46};
+
+/// The container is open while this lives, and closed again if it was closed before.
+class OpenContainer {
+  public:
+    explicit OpenContainer(XlsContents& book)
+        : container_(book.source.container.get()),
+          opens_(container_ != nullptr && !container_->is_open()) {
+        if (!opens_) return;
+        try {
+            container_->reopen(foundation::files::open_for_reading(book.source_path));
+        } catch (const foundation::files::FileError& error) {
+            throw Error::file(error, "the file that was loaded cannot be opened again");
+        }
+    }
+    ~OpenContainer() { close(); }
+    OpenContainer(const OpenContainer&) = delete;
+    OpenContainer& operator=(const OpenContainer&) = delete;
+
+    void close() {
+        if (opens_) container_->close_file();
+    }
+
+  private:
+    CompoundFile* const container_;
+    const bool opens_;
+};
+
+/// Writes the file without committing it.
+SaveCounts write_file(XlsContents& book, foundation::files::OutputFile& out) {
     std::string stream = changed_workbook_stream(book);
-    if (book.source.encryption != nullptr) book.source.encryption->encrypt(stream);
-    if (!book.is_new() && book.source.container == nullptr) {
+    if (book.source.encryption) encrypt_workbook_stream(stream, *book.source.encryption);
+    if (!book.is_new && book.source.container == nullptr) {
         out.append(stream.data(), stream.size());
-        out.commit();
         return {0, 1, 0};
     }
     CompoundChanges changes;
     changes.written.push_back(
         {book.source.name, [&stream](ByteSink& sink) { sink.append(stream); }});
-    changes.class_id = kWorkbookClassId;
+    changes.class_id = kWorkbookClass;
     const CompoundCounts counts = write_compound_file(book.source.container.get(), changes, out);
-    out.commit();
     return {counts.copied, counts.written, counts.dropped};
+}
+
+/// The saved file is the one that later saves copy from. Nothing is lost when it cannot be opened:
+/// such a save says so.
+void continue_with(XlsContents& book, std::u16string_view path) {
+    try {
+        auto saved = std::make_unique<CompoundFile>(foundation::files::open_for_reading(path));
+        saved->close_file();
+        book.source.container = std::move(saved);
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
+} // namespace
+
+SaveCounts save_book(XlsContents& book, std::u16string_view path,
+                     const foundation::files::OutputOpener& open_output) {
+    OpenContainer container(book);
+    const std::unique_ptr<foundation::files::OutputFile> out = open_output(path);
+    const SaveCounts counts = write_file(book, *out);
+    const bool is_over_source = book.source.container != nullptr && !book.source_path.empty() &&
+                                foundation::files::is_same_file(path, book.source_path);
+    container.close(); // some systems do not let a file take the place of one that is open
+    out->commit();
+    if (is_over_source) continue_with(book, path);
+    return counts;
+}
+
+SaveCounts save_book(XlsContents& book, foundation::files::OutputFile& out) {
+    OpenContainer container(book);
+    const SaveCounts counts = write_file(book, out);
+    out.commit();
+    return counts;
 }
 
 } // namespace workbook

@@ -10,9 +10,7 @@ namespace workbook {
 
 namespace {
 
-bool is_bof(std::uint16_t id) {
-    return id == record::kBof || id == record::kBof4 || id == record::kBof3 || id == record::kBof2;
-}
+using record::is_bof;
 
 class Survey {
   public:
@@ -169,11 +167,10 @@ class Survey {
         const bool is_group = record.id == record::kShrFmla || record.id == record::kArray ||
                               record.id == record::kTable;
         if (is_group && version_ >= BiffVersion::Biff5 && record.size() >= kAreaBytes) {
-            const FormulaGroup::Kind kind = record.id == record::kShrFmla
-                                                ? FormulaGroup::Kind::Shared
-                                            : record.id == record::kArray
-                                                ? FormulaGroup::Kind::Array
-                                                : FormulaGroup::Kind::DataTable;
+            const FormulaGroup::Kind kind =
+                record.id == record::kShrFmla ? FormulaGroup::Kind::Shared
+                : record.id == record::kArray ? FormulaGroup::Kind::Array
+                                              : FormulaGroup::Kind::DataTable;
             const CellExtent& cell = table_.cells.back();
             table_.groups.push_back({kind,
                                      {record.u16(0), record.u16(2), record.u8(4), record.u8(5)},
@@ -191,7 +188,7 @@ class Survey {
     bool is_after_ = false; ///< the place of the cells has been passed
     bool is_at_end_ = false;
     Last last_ = Last::Other;
-    bool has_last_ = false; ///< whether a CONTINUE record has something to continue
+    bool has_last_ = false;           ///< whether a CONTINUE record has something to continue
     std::uint32_t pending_begin_ = 0; ///< of a record that belongs to the next cell
 };
 

@@ -24,7 +24,8 @@ struct ColumnRecord {
 };
 
 std::uint16_t width_units(double characters) {
-    return static_cast<std::uint16_t>(std::clamp(std::round(characters * kWidthUnits), 0.0, 65535.0));
+    return static_cast<std::uint16_t>(
+        std::clamp(std::round(characters * kWidthUnits), 0.0, 65535.0));
 }
 
 void append_record(const ColumnRecord& columns, std::string& out) {
@@ -59,9 +60,10 @@ void append_column_records(const std::vector<std::string_view>& records,
                          load_u16(data.data() + 4), load_u16(data.data() + 6),
                          load_u16(data.data() + 8), data.substr(kColInfoBytes)};
         // Before, at and after each column that gets a width.
-        for (auto set = widths.lower_bound(old.first); set != widths.end() && set->first <= old.last;
-             ++set) {
-            if (old.first < set->first) columns.push_back(old), columns.back().last = set->first - 1;
+        for (auto set = widths.lower_bound(old.first);
+             set != widths.end() && set->first <= old.last; ++set) {
+            if (old.first < set->first)
+                columns.push_back(old), columns.back().last = set->first - 1;
             ColumnRecord changed = old;
             changed.first = changed.last = set->first;
             changed.width = width_units(set->second);
@@ -76,10 +78,9 @@ void append_column_records(const std::vector<std::string_view>& records,
         if (!is_known[static_cast<std::size_t>(column)])
             columns.push_back(
                 {column, column, width_units(width), kDefaultFormat, kWidthIsSet, {"\0\0", 2}});
-    std::stable_sort(columns.begin(), columns.end(),
-                     [](const ColumnRecord& one, const ColumnRecord& other) {
-                         return one.first < other.first;
-                     });
+    std::stable_sort(
+        columns.begin(), columns.end(),
+        [](const ColumnRecord& one, const ColumnRecord& other) { return one.first < other.first; });
     for (const ColumnRecord& record : columns)
         append_record(record, out);
 }

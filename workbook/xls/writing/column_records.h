@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The COLINFO records of a sheet (MS-XLS 2.4.53), COLWIDTH in BIFF2, with the widths of some columns
-// set: records are split where needed, everything else that they say stays.
+// The COLINFO records of a sheet (MS-XLS 2.4.53), COLWIDTH in BIFF2, with the widths of some
+// columns set: records are split where needed, everything else that they say stays.
 #pragma once
 
 #include <map>

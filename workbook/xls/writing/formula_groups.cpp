@@ -69,8 +69,8 @@ void append_result(std::string_view stream, const CellExtent& cell, const Record
         const std::string_view text = records.record().data;
         if (text.size() + place.size() > kMaxRecordBytes) break;
         append_record(record::kLabel, place, text, out);
-        const std::size_t after = records.record().position + RecordStream::kHeaderBytes +
-                                  records.record().size();
+        const std::size_t after =
+            records.record().position + RecordStream::kHeaderBytes + records.record().size();
         out.append(stream.substr(after, cell.end - after));
         return;
     }

@@ -21,7 +21,8 @@ constexpr std::size_t kBoundSheetName = 6; ///< after position, state and type
 class GlobalsWriter {
   public:
     explicit GlobalsWriter(const GlobalsRewrite& globals)
-        : globals_(globals), references_(globals.sheets, globals.original_count),
+        : globals_(globals),
+          references_(globals.sheets, globals.original_count),
           writer_(written_.bytes) {}
 
     WrittenGlobals run() {
@@ -52,8 +53,8 @@ class GlobalsWriter {
 
     void copy(const Record& record) {
         last_copied_ = written_.bytes.size();
-        written_.bytes.append(globals_.stream.substr(
-            record.position, RecordStream::kHeaderBytes + record.size()));
+        written_.bytes.append(
+            globals_.stream.substr(record.position, RecordStream::kHeaderBytes + record.size()));
     }
 
     void find_bound_sheets() {
@@ -97,9 +98,7 @@ class GlobalsWriter {
             return;
         default:
             copy(record);
-            if (is_biff8())
-                references_.adjust(record, last_copied_,
-                                   written_.bytes);
+            if (is_biff8()) references_.adjust(record, last_copied_, written_.bytes);
         }
     }
 
@@ -121,10 +120,10 @@ class GlobalsWriter {
         writer_.u32(0);
         const auto state = static_cast<std::uint8_t>(sheet.state);
         // The upper bits of the state are not defined; they stay.
-        writer_.u8(old.size() < kBoundSheetName
-                       ? state
-                       : static_cast<std::uint8_t>((static_cast<std::uint8_t>(old[4]) & ~3u) |
-                                                   state));
+        writer_.u8(
+            old.size() < kBoundSheetName
+                ? state
+                : static_cast<std::uint8_t>((static_cast<std::uint8_t>(old[4]) & ~3u) | state));
         writer_.u8(old.size() < kBoundSheetName ? std::uint8_t{0}
                                                 : static_cast<std::uint8_t>(old[5]));
         if (!is_biff8() && !old.empty()) {

@@ -31,16 +31,16 @@ struct PlannedSheet {
 struct GlobalsRewrite {
     std::string_view stream; ///< the loaded workbook stream
     BiffVersion version = BiffVersion::Biff8;
-    const std::vector<PlannedSheet>& sheets;     ///< in their order
-    std::size_t original_count = 0;              ///< sheets of the loaded book
-    const CellFormats& formats;                  ///< of all cells
-    std::size_t first_new_format = 0;            ///< formats from here to `formats_end` are written
-    std::size_t formats_end = 0;                 ///< anew
-    std::optional<std::size_t> old_strings;      ///< position of the SST record
+    const std::vector<PlannedSheet>& sheets; ///< in their order
+    std::size_t original_count = 0;          ///< sheets of the loaded book
+    const CellFormats& formats;              ///< of all cells
+    std::size_t first_new_format = 0;        ///< formats from here to `formats_end` are written
+    std::size_t formats_end = 0;             ///< anew
+    std::optional<std::size_t> old_strings;  ///< position of the SST record
     const StringPool& added_strings;
-    std::uint64_t added_uses = 0;                ///< cells that have an added string
-    std::optional<bool> date_1904;               ///< when it was changed
-    bool has_changed_cells = false;              ///< formulas have to be computed again
+    std::uint64_t added_uses = 0;   ///< cells that have an added string
+    std::optional<bool> date_1904;  ///< when it was changed
+    bool has_changed_cells = false; ///< formulas have to be computed again
 };
 
 struct WrittenGlobals {

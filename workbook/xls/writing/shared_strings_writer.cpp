@@ -19,9 +19,9 @@ namespace {
 constexpr std::uint8_t kWide = 0x01, kHasPhonetic = 0x04, kHasRuns = 0x08;
 constexpr std::uint64_t kRunBytes = 4;
 
-constexpr std::size_t kCountBytes = 8;         ///< before the first string
-constexpr std::size_t kStringHeaderBytes = 3;  ///< length and flags
-constexpr std::uint32_t kFewestPerBucket = 8;  ///< MS-XLS 2.4.107
+constexpr std::size_t kCountBytes = 8;        ///< before the first string
+constexpr std::size_t kStringHeaderBytes = 3; ///< length and flags
+constexpr std::uint32_t kFewestPerBucket = 8; ///< MS-XLS 2.4.107
 constexpr std::uint32_t kMostBuckets = 128;
 constexpr std::size_t kBucketBytes = 8;
 

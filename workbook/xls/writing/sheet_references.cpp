@@ -38,8 +38,7 @@ SheetReferences::SheetReferences(const std::vector<PlannedSheet>& sheets,
         has_changed_ |= new_index_[i] != i;
 }
 
-void SheetReferences::adjust(const Record& record, std::size_t position,
-                             std::string& globals) {
+void SheetReferences::adjust(const Record& record, std::size_t position, std::string& globals) {
     const std::size_t data = position + RecordStream::kHeaderBytes;
     if (record.id != record::kContinue) last_id_ = record.id;
     if (record.id == record::kSupBook) adjust_book(globals, data, record.size());
@@ -98,8 +97,8 @@ void SheetReferences::adjust_links(std::string& globals, std::size_t data, std::
         const std::size_t book = value_at(0);
         const auto first = static_cast<std::int16_t>(value_at(2));
         const auto last = static_cast<std::int16_t>(value_at(4));
-        const bool is_sheet = first >= 0 && last >= first &&
-                              static_cast<std::size_t>(last) < new_index_.size();
+        const bool is_sheet =
+            first >= 0 && last >= first && static_cast<std::size_t>(last) < new_index_.size();
         if (book < is_own_book_.size() && is_own_book_[book] && is_sheet) {
             // Of several sheets, those that are left, from the first of them to the last.
             std::optional<std::size_t> lowest, highest;
@@ -109,10 +108,8 @@ void SheetReferences::adjust_links(std::string& globals, std::size_t data, std::
                 lowest = std::min(lowest.value_or(*new_index_[i]), *new_index_[i]);
                 highest = std::max(highest.value_or(*new_index_[i]), *new_index_[i]);
             }
-            put(2, lowest ? static_cast<std::uint16_t>(*lowest)
-                          : kRemovedSheet);
-            put(4, highest ? static_cast<std::uint16_t>(*highest)
-                           : kRemovedSheet);
+            put(2, lowest ? static_cast<std::uint16_t>(*lowest) : kRemovedSheet);
+            put(4, highest ? static_cast<std::uint16_t>(*highest) : kRemovedSheet);
         }
         link_.clear();
     }

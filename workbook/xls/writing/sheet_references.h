@@ -26,10 +26,9 @@ class SheetReferences {
     /// Whether a sheet has another number than in the loaded book.
     bool has_changed() const { return has_changed_; }
 
-    /// `record` of the old globals was copied to `globals`, where its header is at `position`; it is
-    /// the last one there. Called for every record, in order.
-    void adjust(const Record& record, std::size_t position,
-                std::string& globals);
+    /// `record` of the old globals was copied to `globals`, where its header is at `position`; it
+    /// is the last one there. Called for every record, in order.
+    void adjust(const Record& record, std::size_t position, std::string& globals);
 
   private:
     void adjust_window(std::string& globals, std::size_t data, std::size_t size) const;

@@ -17,7 +17,7 @@ namespace workbook {
 
 namespace {
 
-constexpr int kBlockRows = 32; ///< rows that share a DBCELL record (MS-XLS 2.1.7.20.5)
+constexpr int kBlockRows = 32;             ///< rows that share a DBCELL record (MS-XLS 2.1.7.20.5)
 constexpr std::size_t kMostRegions = 1026; ///< of one MERGECELLS record (MS-XLS 2.4.168)
 constexpr std::size_t kRowBytes = 16;      ///< data of a ROW record
 constexpr std::uint16_t kDefaultRowHeight = 0x80FF; ///< twips, and that it is the default one
@@ -31,9 +31,11 @@ constexpr std::size_t index_header(BiffVersion version) {
 class SheetWriter {
   public:
     explicit SheetWriter(const SheetRewrite& sheet)
-        : sheet_(sheet), table_(survey_cells(sheet.stream, sheet.position, sheet.version)),
+        : sheet_(sheet),
+          table_(survey_cells(sheet.stream, sheet.position, sheet.version)),
           groups_(sheet.stream, table_, sheet.cells, sheet.changes.cleared),
-          cleared_(sheet.changes.cleared), cells_(sheet.version, sheet.strings, block_),
+          cleared_(sheet.changes.cleared),
+          cells_(sheet.version, sheet.strings, block_),
           records_(out_) {}
 
     std::string run() {
@@ -81,12 +83,12 @@ class SheetWriter {
                 write_dimensions();
                 continue;
             }
-            if (is_replaced(other)) continue;
+            if (i > 0 && is_replaced(other)) continue;
             if (other.id == record::kDefColWidth) column_default_ = out_.size();
-            copy(other.begin, other.end);
+            copy_other(other);
             const bool is_start = i == 0;
-            const bool has_uncalced = i + 1 < before.size() &&
-                                      before[i + 1].id == record::kUncalced;
+            const bool has_uncalced =
+                i + 1 < before.size() && before[i + 1].id == record::kUncalced;
             if (has_index() && ((is_start && !has_uncalced) || other.id == record::kUncalced))
                 write_index();
         }
@@ -111,10 +113,33 @@ class SheetWriter {
     /// Whether a record is not copied, since what it says has changed.
     bool is_replaced(const OtherExtent& other) const {
         const SheetChanges& changes = sheet_.changes;
+        if (sheet_.is_copy && stays_with_original(other.id)) return true;
         if (other.id == record::kColInfo) return !changes.column_widths.empty();
         if (is_protection(other.id)) return changes.is_protected.has_value();
         if (other.id == record::kMergeCells) return changes.merged_regions.has_value();
         return false;
+    }
+
+    static bool stays_with_original(std::uint16_t id) {
+        constexpr std::uint16_t kRecords[] = {
+            record::kDrawing, record::kDrawingSelection, record::kObject,  record::kTextObject,
+            record::kNote,    record::kHeaderPicture,    record::kPicture, record::kCodeName,
+            record::kBof};
+        return std::find(std::begin(kRecords), std::end(kRecords), id) != std::end(kRecords);
+    }
+
+    /// A record that is copied with nothing but these words changed.
+    void copy_other(const OtherExtent& other) {
+        const std::size_t at = out_.size();
+        copy(other.begin, other.end);
+        // One sheet is selected, not its copies.
+        constexpr std::uint16_t kSelected = 0x0600;
+        constexpr std::size_t kOptionBytes = 2;
+        const std::size_t options = at + RecordStream::kHeaderBytes;
+        if (sheet_.is_copy && other.id == record::kWindow2 &&
+            other.end - other.begin >= RecordStream::kHeaderBytes + kOptionBytes)
+            records_.set_u16(
+                options, static_cast<std::uint16_t>(load_u16(out_.data() + options) & ~kSelected));
     }
 
     void write_columns() {
@@ -169,8 +194,8 @@ class SheetWriter {
     }
 
     void write_index() {
-        const auto blocks = static_cast<std::size_t>((end_row_ - first_row_ + kBlockRows - 1) /
-                                                     kBlockRows);
+        const auto blocks =
+            static_cast<std::size_t>((end_row_ - first_row_ + kBlockRows - 1) / kBlockRows);
         index_ = out_.size() + RecordStream::kHeaderBytes;
         records_.record(record::kIndex,
                         std::string(index_header(sheet_.version) + 4 * blocks, '\0'));
@@ -315,11 +340,11 @@ class SheetWriter {
     /// Whether a changed cell takes one of the places of `old`.
     static bool is_overwritten(const StoredCell* cell, const StoredCell* end,
                                const CellExtent& old) {
-        return std::any_of(cell, std::find_if(cell, end,
-                                              [&](const StoredCell& one) {
-                                                  return one.column > old.last_column;
-                                              }),
-                           [](const StoredCell& one) { return one.is_changed(); });
+        return std::any_of(
+            cell,
+            std::find_if(cell, end,
+                         [&](const StoredCell& one) { return one.column > old.last_column; }),
+            [](const StoredCell& one) { return one.is_changed(); });
     }
 
     /// Of an old record with cells that were changed or cleared, what stays of it, between changed
@@ -329,8 +354,7 @@ class SheetWriter {
         RecordStream records(sheet_.stream, old.begin);
         records.next();
         const Record record = records.record();
-        const bool is_shared_record =
-            record.id == record::kMulRk || record.id == record::kMulBlank;
+        const bool is_shared_record = record.id == record::kMulRk || record.id == record::kMulBlank;
         for (int column = old.first_column; column <= old.last_column; ++column) {
             written = write_changed(written, end, column, plan);
             const bool is_changed = written != end && static_cast<int>(written->column) == column &&
@@ -364,7 +388,7 @@ class SheetWriter {
     void write_after() {
         for (const OtherExtent& other : table_.after) {
             if (other.id == record::kEof || other.id == record::kMergeCells) write_regions();
-            if (!is_replaced(other)) copy(other.begin, other.end);
+            if (!is_replaced(other)) copy_other(other);
         }
         if (table_.after.empty() || table_.after.back().id != record::kEof)
             records_.record(record::kEof, {});
@@ -402,7 +426,7 @@ class SheetWriter {
     std::vector<std::size_t> blocks_; ///< positions of the DBCELL records
 
     std::size_t index_ = 0, dimensions_ = 0, column_default_ = 0; ///< positions in `out_`
-    int first_cell_row_ = 0, end_cell_row_ = 0; ///< of rows with cells
+    int first_cell_row_ = 0, end_cell_row_ = 0;                   ///< of rows with cells
     int first_column_ = kXlsLimits.columns, end_column_ = 0;
     bool has_columns_ = false, has_protection_ = false, has_regions_ = false;
 };

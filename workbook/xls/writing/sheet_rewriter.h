@@ -21,6 +21,9 @@ struct SheetRewrite {
     std::string_view stream;  ///< that the sheet was read from
     std::size_t position = 0; ///< of its BOF record
     BiffVersion version = BiffVersion::Biff8;
+    /// For a copy of the sheet: drawings, whose numbers are the book's, and what the sheet is
+    /// called in macros do not go with it.
+    bool is_copy = false;
     const CellStore& cells; ///< changed ones are marked
     const SheetChanges& changes;
     const AddedStrings& strings;
