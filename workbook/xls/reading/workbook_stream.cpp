@@ -34,7 +34,6 @@ WorkbookStream read_from_container(std::unique_ptr<RandomAccessFile> file) {
         require_stream_size(entry->size);
         result.name = entry->name;
         result.bytes = result.container->read_stream(*entry);
-        result.encryption = decrypt_workbook_stream(result.bytes);
         return result;
     }
     refuse_other_content(*result.container);
@@ -45,17 +44,22 @@ WorkbookStream read_whole_file(RandomAccessFile& file) {
     WorkbookStream result;
     result.bytes.resize(static_cast<std::size_t>(file.size()));
     result.bytes.resize(file.read_at(0, result.bytes.data(), result.bytes.size()));
-    result.encryption = decrypt_workbook_stream(result.bytes);
     return result;
+}
+
+WorkbookStream read_encrypted_or_not(std::unique_ptr<RandomAccessFile> file) {
+    const FileKind kind = detect_file_kind(*file);
+    if (kind == FileKind::CompoundFile) return read_from_container(std::move(file));
+    if (kind == FileKind::RecordStream) return read_whole_file(*file);
+    refuse_file_kind(kind);
 }
 
 } // namespace
 
 WorkbookStream read_workbook_stream(std::unique_ptr<RandomAccessFile> file) {
-    const FileKind kind = detect_file_kind(*file);
-    if (kind == FileKind::CompoundFile) return read_from_container(std::move(file));
-    if (kind == FileKind::RecordStream) return read_whole_file(*file);
-    refuse_file_kind(kind);
+    WorkbookStream result = read_encrypted_or_not(std::move(file));
+    result.encryption = decrypt_workbook_stream(result.bytes);
+    return result;
 }
 
 } // namespace workbook

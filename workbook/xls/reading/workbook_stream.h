@@ -14,15 +14,15 @@
 namespace workbook {
 
 struct WorkbookStream {
-    std::string bytes;
-    std::unique_ptr<CompoundFile> container;    ///< null for a file without one
-    std::u16string name;                        ///< of the stream in its container
-    std::optional<StreamEncryption> encryption; ///< of the file; `bytes` are decrypted
+    std::string bytes;                           ///< decrypted
+    std::optional<StreamEncryption> encryption;  ///< that the file has
+    std::unique_ptr<CompoundFile> container;     ///< null for a file without one
+    std::u16string name;                         ///< of the stream in its container
 };
 
 /// Reads the book's stream, not one that is embedded in a storage. Of a book that was written for
-/// old and new applications at once, the newer one. Decrypts what has the default password. Throws
-/// `Error`.
+/// old and new applications at once, the newer one. Throws `Error`: `Encrypted` for a book with a
+/// password.
 WorkbookStream read_workbook_stream(std::unique_ptr<foundation::files::RandomAccessFile> file);
 
 } // namespace workbook
