@@ -13,6 +13,12 @@ using Id = std::uint16_t;
 // Structure of the stream.
 inline constexpr Id kBof2 = 0x0009, kBof3 = 0x0209, kBof4 = 0x0409, kBof = 0x0809;
 inline constexpr Id kEof = 0x000A;
+
+/// Whether a record begins a substream.
+constexpr bool is_bof(Id id) {
+    return id == kBof || id == kBof4 || id == kBof3 || id == kBof2;
+}
+
 inline constexpr Id kContinue = 0x003C;
 inline constexpr Id kFilePass = 0x002F;
 
@@ -55,5 +61,26 @@ inline constexpr Id kDefColWidth = 0x0055;
 inline constexpr Id kStandardWidth = 0x0099;
 inline constexpr Id kProtect = 0x0012;
 inline constexpr Id kMergeCells = 0x00E5;
+
+// Looked at when a book is written.
+inline constexpr Id kIndex2 = 0x000B, kIndex = 0x020B;
+inline constexpr Id kDbCell = 0x00D7;
+inline constexpr Id kDimensions2 = 0x0000, kDimensions = 0x0200;
+inline constexpr Id kUncalced = 0x005E;
+inline constexpr Id kWindow1 = 0x003D, kWindow2 = 0x023E;
+inline constexpr Id kObjectProtect = 0x0063, kScenarioProtect = 0x00DD, kPassword = 0x0013;
+inline constexpr Id kTabId = 0x013D;
+inline constexpr Id kExtSst = 0x00FF;
+inline constexpr Id kXfCrc = 0x087C;
+inline constexpr Id kRecalcId = 0x01C1;
+inline constexpr Id kFont = 0x0031;
+inline constexpr Id kStyle = 0x0293;
+inline constexpr Id kPrecision = 0x000E;
+inline constexpr Id kDefaultRowHeight = 0x0225;
+inline constexpr Id kSheetOptions = 0x0081;
+inline constexpr Id kDrawing = 0x00EC, kDrawingSelection = 0x00ED;
+inline constexpr Id kObject = 0x005D, kTextObject = 0x01B6, kNote = 0x001C;
+inline constexpr Id kHeaderPicture = 0x0866, kPicture = 0x007F;
+inline constexpr Id kCodeName = 0x01BA;
 
 } // namespace workbook::record

@@ -10,12 +10,14 @@
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
+#include "workbook/xls/writing/book_saver.h"
 #include "workbook/xls/xls_limits.h"
 #include "workbook/xls/xls_sheet.h"
 
 namespace workbook {
 
-XlsBook::XlsBook() = default;
+XlsBook::XlsBook(foundation::files::OutputOpener open_output)
+    : open_output_(std::move(open_output)) {}
 XlsBook::~XlsBook() = default;
 
 template <class Action>
@@ -37,11 +39,12 @@ bool XlsBook::open(BookSource source, const ReadCells& read_cells) {
     contents_.reset();
     return attempt([&] {
         if (source.file == nullptr) source.file = foundation::files::open_for_reading(source.path);
-        auto opened =
-            std::make_unique<XlsContents>(read_workbook_stream(std::move(source.file)), error_);
+        auto opened = std::make_unique<XlsContents>(read_workbook_stream(std::move(source.file)),
+                                                    source.path, error_);
         read_cells(*opened);
         // Nobody is kept from replacing the file: all of the stream is in memory.
-        if (opened->source.container != nullptr) opened->source.container->close_file();
+        if (opened->source.container != nullptr && !source.path.empty())
+            opened->source.container->close_file();
         contents_ = std::move(opened);
     });
 }
@@ -70,13 +73,13 @@ bool XlsBook::load_info(BookSource source) {
 
 const XlsSheetEntry* XlsBook::entry(int index) const {
     if (index >= 0 && index < sheet_count())
-        return &contents_->globals.sheets[static_cast<std::size_t>(index)];
+        return contents_->entries[static_cast<std::size_t>(index)].get();
     error_.set(ErrorKind::Missing, "the workbook has no sheet of index " + std::to_string(index));
     return nullptr;
 }
 
 int XlsBook::sheet_count() const {
-    return contents_ == nullptr ? 0 : static_cast<int>(contents_->globals.sheets.size());
+    return contents_ == nullptr ? 0 : static_cast<int>(contents_->entries.size());
 }
 
 Sheet* XlsBook::get_sheet(int index) {
@@ -113,47 +116,50 @@ Format* XlsBook::format(int index) {
 
 Format* XlsBook::add_format() {
     Format* added = nullptr;
-    attempt([&] {
-        if (contents_ == nullptr) throw Error::refused("no workbook is loaded");
-        added = &contents_->add_format();
-    });
+    try_change([&](XlsContents& contents) { added = &contents.add_format(); });
     return added;
 }
 
 bool XlsBook::is_date_1904() const {
-    return contents_ != nullptr && contents_->globals.date_1904;
+    return contents_ != nullptr && contents_->date_1904;
 }
 
 // --- Changes
 
-bool XlsBook::refuse_change() {
-    error_.set(ErrorKind::Refused, "XLS workbooks can be read, but not made, changed or saved yet");
-    return false;
+template <class Action>
+bool XlsBook::try_change(const Action& action) {
+    return attempt([&] {
+        if (contents_ == nullptr) contents_ = std::make_unique<XlsContents>(error_);
+        action(*contents_);
+    });
 }
 
-bool XlsBook::set_date_1904(bool) {
-    return refuse_change();
+bool XlsBook::set_date_1904(bool on) {
+    return try_change([&](XlsContents& contents) { contents.date_1904 = on; });
 }
 
-Sheet* XlsBook::insert_sheet(int, std::u16string_view, const Sheet*) {
-    refuse_change();
-    return nullptr;
+Sheet* XlsBook::insert_sheet(int index, std::u16string_view name, const Sheet* source) {
+    Sheet* inserted = nullptr;
+    try_change(
+        [&](XlsContents& contents) { inserted = &contents.insert_sheet(index, name, source); });
+    return inserted;
 }
 
-bool XlsBook::delete_sheet(int) {
-    return refuse_change();
+bool XlsBook::delete_sheet(int index) {
+    return try_change([&](XlsContents& contents) { contents.delete_sheet(index); });
 }
 
-bool XlsBook::move_sheet(int, int) {
-    return refuse_change();
+bool XlsBook::move_sheet(int from, int to) {
+    return try_change([&](XlsContents& contents) { contents.move_sheet(from, to); });
 }
 
-bool XlsBook::save(std::u16string_view) {
-    return refuse_change();
+bool XlsBook::save(std::u16string_view path) {
+    return try_change(
+        [&](XlsContents& contents) { last_save_ = save_book(contents, path, open_output_); });
 }
 
-bool XlsBook::save(foundation::files::OutputFile&, std::u16string_view) {
-    return refuse_change();
+bool XlsBook::save(foundation::files::OutputFile& out, std::u16string_view) {
+    return try_change([&](XlsContents& contents) { last_save_ = save_book(contents, out); });
 }
 
 } // namespace workbook

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A book of the binary formats, BIFF2 to BIFF8. It can be read; changes to cells stay in memory. A
-// load that fails leaves nothing but the chance of another load.
+// A book of the binary formats, BIFF2 to BIFF8; new ones are BIFF8. A load that fails leaves
+// nothing but the chance of another load; before any load, a book becomes a new one with its first
+// change.
 #pragma once
 
 #include <memory>
 #include <string>
 
+#include "foundation/output_file.h"
 #include "workbook/last_error.h"
 #include "workbook/library.h"
 #include "workbook/xls/xls_contents.h"
@@ -15,7 +17,8 @@ namespace workbook {
 
 class XlsBook final : public Book {
   public:
-    XlsBook();
+    /// `open_output` opens the files that are saved to.
+    explicit XlsBook(foundation::files::OutputOpener open_output = foundation::files::replace_file);
     ~XlsBook() override;
 
     bool load(BookSource source) override;
@@ -40,7 +43,7 @@ class XlsBook final : public Book {
     bool move_sheet(int from, int to) override;
     bool save(std::u16string_view path) override;
     bool save(foundation::files::OutputFile& out, std::u16string_view extension) override;
-    SaveCounts last_save() const override { return {}; }
+    SaveCounts last_save() const override { return last_save_; }
 
     ErrorKind error_kind() const override { return error_.kind(); }
     std::optional<foundation::files::FileProblem> file_problem() const override {
@@ -54,9 +57,13 @@ class XlsBook final : public Book {
     template <class ReadCells>
     bool open(BookSource source, const ReadCells& read_cells);
     bool load_rows(BookSource source, int sheet_index, RowSpan rows);
-    bool refuse_change();
+    /// As `attempt`, on what is loaded, or on a new book.
+    template <class Action>
+    bool try_change(const Action& action);
     const XlsSheetEntry* entry(int index) const;
 
+    const foundation::files::OutputOpener open_output_;
+    SaveCounts last_save_;
     mutable LastError error_;
     std::unique_ptr<XlsContents> contents_;
 };

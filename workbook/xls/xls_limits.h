@@ -25,6 +25,9 @@ inline constexpr int kMaxSubstreamDepth = 8;
 /// Sheets of a book: their numbers have 16 bits (MS-XLS 2.5.142 ITab).
 inline constexpr std::size_t kMaxXlsSheets = 65'535;
 
+/// Cell formats of a saved book: applications refuse files with more.
+inline constexpr std::size_t kMaxSavedFormats = 4'050;
+
 /// Cell formats in memory: their numbers have 16 bits in cells (MS-XLS 2.5.155 IXFCell).
 inline constexpr std::size_t kMaxXlsFormats = 65'535;
 

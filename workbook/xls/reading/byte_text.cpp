@@ -63,9 +63,13 @@ void ByteText::set_font_charset(std::uint8_t charset) {
 void ByteText::use(unsigned number) {
     const bool is_own = number == kWindowsLatin1 || number == kOldWindows;
     page_ = is_own ? nullptr : foundation::open_code_page(number);
+    constexpr unsigned kDoubleBytePages[] = {932, 936, 949, 950, 1361, 10001, 10002, 10003, 10008};
+    has_double_bytes_ =
+        page_ != nullptr && std::find(std::begin(kDoubleBytePages), std::end(kDoubleBytePages),
+                                      number) != std::end(kDoubleBytePages);
 }
 
-void ByteText::append_utf8(std::string_view bytes, std::string& out) {
+void ByteText::append_utf8(std::string_view bytes, std::string& out) const {
     if (is_ascii(bytes)) {
         out.append(bytes);
     } else if (page_ != nullptr) {

@@ -25,12 +25,15 @@ class ByteText {
     void set_font_charset(std::uint8_t charset);
 
     /// Appends the generalised UTF-8 form of `bytes`.
-    void append_utf8(std::string_view bytes, std::string& out);
+    void append_utf8(std::string_view bytes, std::string& out) const;
+    /// Whether two bytes may be one character.
+    bool has_double_bytes() const { return has_double_bytes_; }
 
   private:
     void use(unsigned number);
 
     bool is_stated_ = false;
+    bool has_double_bytes_ = false;
     std::unique_ptr<foundation::CodePage> page_; ///< null for Windows Latin 1
 };
 

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "workbook/library.h"
@@ -20,6 +21,11 @@ struct XlsSheetEntry {
     std::size_t position = 0; ///< of the sheet's BOF record in the stream
     bool has_cells = true;    ///< false for a module of macros, which counts as an empty sheet
     std::uint32_t first_format = 0; ///< what its cells add to the index of their format
+    /// Its index in the loaded book; nullopt for a sheet that was added since.
+    std::optional<std::size_t> original;
+    /// The index in the loaded book of what an added sheet is a copy of; `position` is that
+    /// sheet's.
+    std::optional<std::size_t> copy_of;
 };
 
 /// Reads the BOUNDSHEET record that `records` is at. Throws `Error`.
