@@ -223,7 +223,7 @@ class CellEvents {
         }
         if (!types_.empty() && column_ != types_.columns(row_))
             return stop(code, "The row has " + std::to_string(column_) + " values but " +
-                                        std::to_string(types_.columns(row_)) + " types.");
+                                  std::to_string(types_.columns(row_)) + " types.");
         sink_.end_row();
         ++row_;
         column_ = 0;
@@ -233,7 +233,7 @@ class CellEvents {
     bool end_values(ErrorCode& code) {
         if (types_.empty() || row_ == types_.rows()) return true;
         return stop(code, "There are " + std::to_string(row_) + " rows of values but " +
-                                    std::to_string(types_.rows()) + " of types.");
+                              std::to_string(types_.rows()) + " of types.");
     }
 
     /// Any value without parts: `take` puts it where the member wants it.

@@ -195,21 +195,6 @@ TEST_F(Changes, LeaveNothingBehindWhenTheTargetCannotBe) {
     EXPECT_TRUE(fs::is_empty(fs::path(folder.text()) / "target.xlsx"));
 }
 
-#ifndef _WIN32
-TEST_F(Changes, LeaveAReadOnlyFolderAlone) {
-    const TemporaryPath folder("locked");
-    fs::create_directories(folder.text());
-    fs::permissions(folder.text(), fs::perms::owner_read | fs::perms::owner_exec);
-    const std::string target = folder.text() + "/x.xlsx";
-    const bool writes_anyway = std::ofstream(target).is_open();
-    if (writes_anyway) GTEST_SKIP() << "permissions do not bind this user";
-    const Outcome outcome = run_on_book("sheet add", {"New", "-o", target});
-    EXPECT_EQ(outcome.code, 6) << outcome.err;
-    EXPECT_NE(outcome.err.find("denied"), std::string::npos) << outcome.err;
-    EXPECT_TRUE(fs::is_empty(folder.text()));
-}
-#endif
-
 TEST(ChangingCommands, HaveHelpWithAnExample) {
     for (const std::string name : {"new", "write", "clear", "unmerge", "autofit", "sheet add",
                                    "sheet remove", "sheet rename", "sheet move", "sheet hide",
