@@ -21,7 +21,7 @@ namespace {
 
 namespace files = foundation::files;
 
-/// Kills the process at one operation; `after` kills it behind that operation instead.
+/// Kills the process at one operation; `after` kills it after that operation instead.
 class DeadlyOutput final : public files::OutputFile {
   public:
     DeadlyOutput(std::unique_ptr<files::OutputFile> target, int operations, bool after)
@@ -96,9 +96,10 @@ TEST(KilledSave, LeavesTheOldFileOrTheNewOne) {
         }
         EXPECT_GT(operation, 10);
         XlsxBook read;
-        ASSERT_TRUE(read.load(path)) << "what the killed ones left behind disturbs nobody";
+        ASSERT_TRUE(read.load(path)) << read.error_message();
         EXPECT_EQ(read.get_sheet(0)->read_num(0, 0), 2.0);
         ASSERT_TRUE(made.save(path));
+        EXPECT_EQ(folder.file_count(), 1u) << "killed saves left files";
     }
 }
 
