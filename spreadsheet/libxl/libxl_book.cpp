@@ -135,9 +135,9 @@ void LibXLBook::cache_sheet(int index, std::string_view tag, const SheetsByHandl
                      index);
         return;
     }
-    reporter_->log(tag);
     const workbook::SheetKind kind = book_->sheet_type(index);
-    if (kind == workbook::SheetKind::Unknown) throw Exception(error_id::format_unsupported);
+    if (kind == workbook::SheetKind::Unknown) reporter_->fail(tag, error_id::format_unsupported);
+    reporter_->log(tag);
     if (kind == workbook::SheetKind::Chart) append_sheet(std::make_shared<ChartSheet>(), index);
 }
 

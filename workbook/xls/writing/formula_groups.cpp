@@ -2,8 +2,9 @@
 #include "workbook/xls/writing/formula_groups.h"
 
 #include <algorithm>
+#include <optional>
 
-#include "workbook/xls/formula/shared_formula.h"
+#include "workbook/xls/formula/token_rewriter.h"
 #include "workbook/xls/reading/formula_results.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
@@ -77,11 +78,25 @@ void append_result(std::string_view stream, const CellExtent& cell, const Record
     append_record(record::kBlank, place, {}, out);
 }
 
+/// What a member of a shared formula (MS-XLS 2.4.277 ShrFmla) has on its own: the length of the
+/// tokens, then these.
+std::optional<std::string> own_formula(const Record& shared, int row, int column) {
+    constexpr std::size_t kLength = 8, kFormula = 10;
+    if (shared.size() < kFormula) return {};
+    const std::uint16_t token_bytes = shared.u16(kLength);
+    const auto formula =
+        biff::formula_of_cell(shared.data.substr(kFormula), token_bytes, row, column);
+    if (!formula) return {};
+    std::string result;
+    append_u16(result, token_bytes);
+    return result + *formula;
+}
+
 } // namespace
 
-FormulaGroups::FormulaGroups(std::string_view stream, const CellTable& table,
+FormulaGroups::FormulaGroups(std::string_view stream, BiffVersion version, const CellTable& table,
                              const CellStore& cells, const ClearedCells& cleared)
-    : stream_(stream) {
+    : stream_(stream), version_(version) {
     for (const FormulaGroup& group : table.groups) {
         if (!has_lost(group, cells, cleared)) continue;
         if (broken_.empty()) {
@@ -125,8 +140,9 @@ bool FormulaGroups::adjust(const CellExtent& cell, std::string& out) const {
     }
     RecordStream master(stream_, group->record);
     master.next();
-    const auto tokens =
-        shared_formula_at(master.record().data, static_cast<int>(cell.row), cell.first_column);
+    const auto tokens = version_ == BiffVersion::Biff8
+                            ? own_formula(master.record(), cell.row, cell.first_column)
+                            : std::nullopt;
     if (!tokens || kTokenBytes + tokens->size() > kMaxRecordBytes) {
         append_result(stream_, cell, formula, out);
         return true;

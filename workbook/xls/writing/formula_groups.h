@@ -18,8 +18,8 @@ namespace workbook {
 class FormulaGroups {
   public:
     /// All given must outlive this.
-    FormulaGroups(std::string_view stream, const CellTable& table, const CellStore& cells,
-                  const ClearedCells& cleared);
+    FormulaGroups(std::string_view stream, BiffVersion version, const CellTable& table,
+                  const CellStore& cells, const ClearedCells& cleared);
 
     /// Whether a cell of this row may have to be adjusted.
     bool may_adjust(int row) const { return row >= first_row_ && row <= last_row_; }
@@ -32,6 +32,7 @@ class FormulaGroups {
                   const ClearedCells& cleared) const;
 
     std::string_view stream_;
+    const BiffVersion version_;
     std::vector<FormulaGroup> broken_;
     int first_row_ = 0, last_row_ = -1;
 };

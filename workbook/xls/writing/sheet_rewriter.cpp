@@ -33,7 +33,7 @@ class SheetWriter {
     explicit SheetWriter(const SheetRewrite& sheet)
         : sheet_(sheet),
           table_(survey_cells(sheet.stream, sheet.position, sheet.version)),
-          groups_(sheet.stream, table_, sheet.cells, sheet.changes.cleared),
+          groups_(sheet.stream, sheet.version, table_, sheet.cells, sheet.changes.cleared),
           cleared_(sheet.changes.cleared),
           cells_(sheet.version, sheet.strings, block_),
           records_(out_) {}
