@@ -54,6 +54,15 @@ Exception with_failure(Exception exception, Failure failure) {
     return exception;
 }
 
+void pass_failure(const Exception& exception, const foundation::core::except::IMessageId& error) {
+    error << FailureInfo(std::make_shared<const Failure>(failure_of(exception)));
+}
+
+Failure failure_of(const foundation::core::except::IMessageId& error) {
+    if (const auto* const failure = boost::get_error_info<FailureInfo>(error)) return **failure;
+    return {FailureKind::Unknown, error.argument(), {}, {}};
+}
+
 Failure failure_of(const Exception& exception) {
     if (const auto* const failure = boost::get_error_info<FailureInfo>(exception)) return **failure;
     return {kind_of(exception.id()), text_of(exception)};

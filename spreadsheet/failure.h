@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "foundation/core/message_id.h"
 #include "foundation/export.h"
 #include "spreadsheet/exception.h"
 
@@ -59,5 +60,9 @@ struct Failure {
 ///         std::cerr << failure.cause << '\n';
 ///     }
 ZX_API Failure failure_of(const Exception& exception);
+
+/// The cause that an error of a function for hosts carries; its argument where nothing more is
+/// known.
+ZX_API Failure failure_of(const foundation::core::except::IMessageId& error);
 
 } // namespace spreadsheet

@@ -13,4 +13,7 @@ namespace spreadsheet {
 /// exception's text.
 Exception with_failure(Exception exception, Failure failure);
 
+/// Lets the host's `error` carry the cause that `exception` carries.
+void pass_failure(const Exception& exception, const foundation::core::except::IMessageId& error);
+
 } // namespace spreadsheet

@@ -3,6 +3,7 @@
 // From the library's error kinds to those of the public interface, and the tagged log lines.
 #include "spreadsheet/libxl/library_failure.h"
 
+#include <cstdint>
 #include <utility>
 
 #include "spreadsheet/book_factory.h"
@@ -14,13 +15,14 @@ namespace {
 using foundation::files::FileProblem;
 using workbook::ErrorKind;
 
-void log_line(std::string_view tag, std::string_view text) {
+void log_line(std::string_view tag, std::string_view text,
+              std::uint32_t severity = foundation::log::error) {
     auto& logger = getLogger();
-    if (!logger.enabled(foundation::log::error)) return;
+    if (!logger.enabled(severity)) return;
     std::string line;
     line.reserve(tag.size() + 1 + text.size());
     line.append(tag).append(" ").append(text);
-    logger.write(foundation::log::error, line);
+    logger.write(severity, line);
 }
 
 FailureKind kind_of(const workbook::Book& library, error_id id) {
@@ -62,6 +64,11 @@ std::string as_sentence(std::string text) {
 
 void FailureReporter::log(std::string_view tag) const {
     log_line(tag, library_.error_message());
+}
+
+void FailureReporter::log_load_warnings() const {
+    for (const std::string& warning : library_.load_warnings())
+        log_line("[LIBXL BOOK LOAD MSG]:", warning, foundation::log::info);
 }
 
 Failure FailureReporter::last_failure(error_id id, const std::u16string& file) const {

@@ -30,6 +30,8 @@ class FailureReporter {
 
     /// Logs the library's last reason.
     void log(std::string_view tag) const;
+    /// Logs what the last load did without, at severity `info`.
+    void log_load_warnings() const;
     /// Logs it and throws `Exception` `id` carrying it.
     [[noreturn]] void fail(std::string_view tag, error_id id) const { fail(tag, id, file_); }
     /// As above for an operation on another file.

@@ -135,9 +135,9 @@ void LibXLBook::cache_sheet(int index, std::string_view tag, const SheetsByHandl
                      index);
         return;
     }
-    reporter_->log(tag);
     const workbook::SheetKind kind = book_->sheet_type(index);
-    if (kind == workbook::SheetKind::Unknown) throw Exception(error_id::format_unsupported);
+    if (kind == workbook::SheetKind::Unknown) reporter_->fail(tag, error_id::format_unsupported);
+    reporter_->log(tag);
     if (kind == workbook::SheetKind::Chart) append_sheet(std::make_shared<ChartSheet>(), index);
 }
 
@@ -200,6 +200,7 @@ void LibXLBook::init_from_file_common(const std::u16string& name, book::format f
     file_name_ = name;
     if (!reporter_->run(tag, error_id::book_not_loaded, [&] { return book_->load(name); }))
         reporter_->fail(tag, error_id::book_not_loaded);
+    reporter_->log_load_warnings();
     set_date_system(format);
     init_sheets();
 }
@@ -237,6 +238,7 @@ void LibXLBook::init_from_file_with_range(const std::u16string& name, book::form
 }
 
 void LibXLBook::finish_partial_load(book::format format, std::size_t sheet_index) {
+    reporter_->log_load_warnings();
     set_date_system(format);
     clear_sheets();
     set_sheets_in_book(book_->sheet_count() < 2 ? 0 : libxl::library_index(sheet_index));

@@ -27,8 +27,7 @@ std::unique_ptr<OpcPackage> open_package(BookSource& source) {
 
 } // namespace
 
-XlsxBook::XlsxBook(foundation::files::OutputOpener open_output)
-    : open_output_(std::move(open_output)) {}
+XlsxBook::XlsxBook() = default;
 XlsxBook::~XlsxBook() = default;
 
 template <class Action>
@@ -191,8 +190,7 @@ bool XlsxBook::move_sheet(int from, int to) {
 }
 
 bool XlsxBook::save(std::u16string_view path) {
-    return try_change(
-        [&](BookContents& contents) { last_save_ = save_book(contents, path, open_output_); });
+    return try_change([&](BookContents& contents) { last_save_ = save_book(contents, path); });
 }
 
 bool XlsxBook::save(foundation::files::OutputFile& out, std::u16string_view extension) {

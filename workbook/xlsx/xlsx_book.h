@@ -16,9 +16,7 @@ namespace workbook {
 
 class XlsxBook final : public Book {
   public:
-    /// `open_output` opens the files that are saved to.
-    explicit XlsxBook(
-        foundation::files::OutputOpener open_output = foundation::files::replace_file);
+    XlsxBook();
     ~XlsxBook() override;
 
     bool load(BookSource source) override;
@@ -68,7 +66,6 @@ class XlsxBook final : public Book {
     BookContents& contents();
     const SheetEntry* entry(int index) const;
 
-    const foundation::files::OutputOpener open_output_;
     SaveCounts last_save_;
     mutable LastError error_;
     std::unique_ptr<BookContents> contents_;

@@ -196,12 +196,12 @@ void require_saveable(BookContents& book) {
 
 } // namespace
 
-SaveCounts save_book(BookContents& book, std::u16string_view path,
-                     const foundation::files::OutputOpener& open_output) {
+SaveCounts save_book(BookContents& book, std::u16string_view path) {
     require_saveable(book);
     Saver saver(book);
     const PackageChanges changes = saver.gather(foundation::files::extension(path));
-    const std::unique_ptr<foundation::files::OutputFile> out = open_output(path);
+    const std::unique_ptr<foundation::files::OutputFile> out =
+        foundation::files::replace_file(path);
     const PackageCounts counts = write_package(*book.package, changes, *out);
     commit(book, *out, path);
     saver.keep_header_texts();
