@@ -89,7 +89,10 @@ std::shared_ptr<IBook> open_sheet_list(const BookLocation& location) {
 }
 
 std::u16string sheet_name(const IBook& book, std::size_t index) {
-    return book.get_sheet_name(static_cast<int>(index)).value_or(u"");
+    if (const auto name = book.get_sheet_name(static_cast<int>(index))) return *name;
+    // A book in an application has its names at its sheets.
+    const auto sheet = book.sheet(index);
+    return sheet ? sheet->name() : std::u16string();
 }
 
 std::optional<std::size_t> find_sheet_name(const IBook& book, const std::u16string& name) {
@@ -127,9 +130,13 @@ Range range_on_sheet(const std::string& text, const Selection& selection,
 }
 
 Selection open_selection(const CellSelector& wanted, Extent extent) {
+    return open_selection(open_sheet_list(wanted.book), wanted, extent);
+}
+
+Selection open_selection(const std::shared_ptr<IBook>& list, const CellSelector& wanted,
+                         Extent extent) {
     const BookLocation& location = wanted.book;
     Selection selection;
-    const auto list = open_sheet_list(location);
     const std::size_t index = find_sheet(*list, location, wanted.sheet);
     selection.sheet_name = sheet_name(*list, index);
     if (list->sheet_type(index) == sheet::type::chart)
@@ -137,7 +144,7 @@ Selection open_selection(const CellSelector& wanted, Extent extent) {
                                       "' is a chart sheet, which has no cells.");
     const auto corners = corners_of(unicode::to_utf16(wanted.range), location.format());
     selection.book =
-        location.is_online() ? list : load_sheet(location, index, rows_to_load(extent, corners));
+        location.is_file() ? load_sheet(location, index, rows_to_load(extent, corners)) : list;
     selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : index);
     if (!selection.sheet) throw Exception(error_id::sheet_not_opened);
     if (extent == Extent::NoCells) return selection;

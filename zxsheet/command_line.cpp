@@ -113,6 +113,14 @@ std::string usage_sentence(const CLI::ParseError& error, const CLI::App& app) {
     return std::string("There is no ") + kind + " '" + rest[0] + "'" + hint;
 }
 
+/// As if the command had its own flag.
+void use_application(const Command& command) {
+    for (const Parameter& parameter : command.parameters)
+        if (parameter.names == kApplicationFlag)
+            return std::get<std::function<void()>>(parameter.target)();
+    throw CommandError(ExitCode::Usage, "The command '" + command.name + "' has no use for --app");
+}
+
 } // namespace
 
 ParsedLine parse_command_line(const std::vector<std::string>& arguments,
@@ -131,10 +139,15 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
                         0,
                         {},
                         "ZX_GOOGLE_ROOT"});
+    bool wants_application = false;
+    add_parameter(app, {kApplicationFlag, "",
+                        "Let the spreadsheet application open the file of any command",
+                        &wants_application});
     add_commands(app, table, parsed);
     try {
         // The parser takes the arguments from the back.
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+        if (wants_application) use_application(*parsed.command);
     } catch (const CLI::ParseError& e) {
         if (e.get_exit_code() != 0) throw CommandError(ExitCode::Usage, usage_sentence(e, app));
         std::ostringstream text;

@@ -49,7 +49,7 @@ SheetInfo describe_sheet(const IBook& book, std::size_t index) {
     if (info.kind != "worksheet") return info;
     const auto sheet = book.sheet(index);
     info.visibility = visibility_name(sheet->hidden());
-    info.is_protected = sheet->is_protected();
+    if (!book.is_interactive()) info.is_protected = sheet->is_protected();
     const Range used = sheet->used_range();
     if (used.count() > 0) info.used_range = to_utf8(range_string(used));
     return info;

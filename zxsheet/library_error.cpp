@@ -157,7 +157,8 @@ std::string message_of(error_id id) {
 std::string sentence_of(Operation operation, error_id id, const spreadsheet::Failure& failure) {
     switch (operation) {
     case Operation::UnseenRefusal:
-        return "This version cannot read files of this format; save it as XLSX first.";
+        return "This version cannot read files of this format by itself; let the spreadsheet "
+               "application open it with --app, or save it as XLSX first.";
     case Operation::AccessOnline:
         return "Access was refused; set ZX_ACCESS_TOKEN to a token that may use the file, or "
                "ZX_API_KEY for reading a public spreadsheet.";
@@ -183,11 +184,6 @@ CommandError command_error(error_id id, const spreadsheet::Failure& failure,
                            const BookOptions& options) {
     const BookLocation& book = options.book;
     const Operation operation = operation_of(id, failure.kind, book);
-    if (failure.kind == FailureKind::NoApplication ||
-        (operation == Operation::Load && book.kind() == BookLocation::Kind::Application))
-        return {ExitCode::NoApplication,
-                book.text() + ": The spreadsheet application is not available; leave --app out to "
-                              "read the file itself."};
     // The file may be missing as well.
     if (operation == Operation::UnseenRefusal) open_input_file(book.text());
     const ExitCode code =

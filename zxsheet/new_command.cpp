@@ -22,7 +22,7 @@ std::string run_new(const NewOptions& options, ChangeTools& tools) {
         throw CommandError(ExitCode::Usage, location.text() + ": 'zxsheet google create' makes "
                                                               "spreadsheets online.");
     std::error_code ignored;
-    if (location.is_file() && !options.force && std::filesystem::exists(location.path(), ignored))
+    if (!options.force && std::filesystem::exists(location.path(), ignored))
         throw CommandError(ExitCode::NotWritten,
                            location.text() + ": There is such a file already; --force replaces "
                                              "it.");

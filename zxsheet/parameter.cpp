@@ -11,7 +11,7 @@ Parameter book_argument(BookLocation& book) {
 }
 
 Parameter application_flag(BookLocation& book) {
-    return {"--app", "", "Let the spreadsheet application open the file",
+    return {kApplicationFlag, "", "Let the spreadsheet application open the file",
             [&book] { book.use_application(); }};
 }
 

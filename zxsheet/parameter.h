@@ -60,6 +60,7 @@ Parameter choice(const char* names, const char* value, const char* what, Target&
 // Parameters that several commands have.
 
 Parameter book_argument(BookLocation& book);
+inline constexpr const char* kApplicationFlag = "--app";
 Parameter application_flag(BookLocation& book);
 Parameter sheet_option(std::string& sheet);
 Parameter range_option(std::string& range, const char* what);

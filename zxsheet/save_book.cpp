@@ -64,7 +64,7 @@ void check_target(const BookOptions& options) {
         throw CommandError(ExitCode::Usage, book.text() +
                                                 ": A spreadsheet online is changed in place; leave "
                                                 "--output out.");
-    if (book.is_file() && !has_extension(save_target(options), book.format()))
+    if (!book.is_online() && !has_extension(save_target(options), book.format()))
         throw Exception(error_id::file_name_incompatible);
 }
 
@@ -98,6 +98,7 @@ std::string save_changes(const std::shared_ptr<IBook>& book, const BookOptions& 
     const std::string& target = save_target(options);
     tools.progress.set_text("Saving " + target);
     save_book(book, unicode::to_utf16(target));
+    if (!options.book.is_file()) return target + ": " + done; // the application counts no parts
     return target + ": " + done + "; " + parts_text(last_save(book), origin);
 }
 

@@ -81,7 +81,8 @@ std::string set_visibility(const SheetOptions& options, ChangeTools& tools, shee
 std::string set_protection(const SheetOptions& options, ChangeTools& tools, bool on) {
     const Selection selection = open_sheet(options);
     // Protection that exists may have a password, which must stay.
-    const bool changes = selection.sheet->is_protected() != on;
+    // An application does not say; it is asked to, whatever there is.
+    const bool changes = selection.book->is_interactive() || selection.sheet->is_protected() != on;
     if (changes) selection.sheet->set_protected(on);
     check_done(selection.book, options);
     const std::string name = quoted_sheet(selection.sheet_name);

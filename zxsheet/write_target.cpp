@@ -42,7 +42,7 @@ std::shared_ptr<IBook> list_if_there(const BookLocation& location) {
     try {
         return open_sheet_list(location);
     } catch (const Exception& e) {
-        if (!location.is_file() || !is_missing(location, e)) throw;
+        if (location.is_online() || !is_missing(location, e)) throw;
     }
     return nullptr;
 }
@@ -57,34 +57,40 @@ WriteTarget make_target(const BookLocation& location, const WantedSheet& wanted)
     if (has_name) check_sheet_name(wanted.text, location);
     WriteTarget target;
     Selection& cells = target.cells;
-    cells.book = make_book(location, has_name ? 0 : 1);
-    cells.sheet = has_name ? add_sheet(cells.book, 0, unicode::to_utf16(wanted.text), u"")
-                           : cells.book->sheet(std::size_t{0});
+    // An application's book is never without a sheet.
+    const bool adds_sheet = has_name && location.is_file();
+    cells.book = make_book(location, adds_sheet ? 0 : 1);
+    cells.sheet = adds_sheet ? add_sheet(cells.book, 0, unicode::to_utf16(wanted.text), u"")
+                             : cells.book->sheet(std::size_t{0});
+    if (has_name && !adds_sheet) cells.sheet->name(unicode::to_utf16(wanted.text));
     cells.sheet_name = cells.sheet->name();
     target.origin = Origin::Made;
     target.preparation = "Made the book, wrote ";
     return target;
 }
 
-WriteTarget add_target(const BookLocation& location, const std::string& name, std::size_t count) {
+WriteTarget add_target(const BookLocation& location, const std::string& name,
+                       const std::shared_ptr<IBook>& list) {
     check_sheet_name(name, location);
     WriteTarget target;
     // A sheet that is loaded brings the date format with it.
-    target.cells = open_selection({location}, Extent::NoCells);
+    target.cells = open_selection(list, {location}, Extent::NoCells);
     target.cells.sheet_name = unicode::to_utf16(name);
-    target.cells.sheet = add_sheet(target.cells.book, count, target.cells.sheet_name, u"");
+    target.cells.sheet =
+        add_sheet(target.cells.book, target.cells.book->num_sheets(), target.cells.sheet_name, u"");
     target.preparation = "Added sheet " + quoted_sheet(target.cells.sheet_name) + ", wrote ";
     return target;
 }
 
 WriteTarget open_target(const BookLocation& location, const WantedSheet& wanted,
-                        const IBook& list) {
+                        const std::shared_ptr<IBook>& list) {
     const bool is_missing = !wanted.text.empty() &&
                             !(wanted.may_be_number && sheet_number(wanted.text)) &&
-                            !find_sheet_name(list, unicode::to_utf16(wanted.text));
-    if (is_missing) return add_target(location, wanted.text, list.num_sheets());
+                            !find_sheet_name(*list, unicode::to_utf16(wanted.text));
+    if (is_missing) return add_target(location, wanted.text, list);
     // Names come before numbers.
-    return {open_selection({location, wanted.text}, Extent::WholeSheet), Origin::Loaded, "Wrote "};
+    return {open_selection(list, {location, wanted.text}, Extent::WholeSheet), Origin::Loaded,
+            "Wrote "};
 }
 
 /// From the cell to the end of the sheet.
@@ -106,7 +112,7 @@ WriteTarget open_write_target(const WriteOptions& options, const DataPlace& plac
     const WantedSheet wanted = wanted_sheet(options, place);
     const auto list = list_if_there(options.book);
     WriteTarget target =
-        list ? open_target(options.book, wanted, *list) : make_target(options.book, wanted);
+        list ? open_target(options.book, wanted, list) : make_target(options.book, wanted);
     check_target(options);
     target.cells.range = find_room(options, place, target.cells);
     return target;

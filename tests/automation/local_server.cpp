@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The scripted application as a process of its own, for Windows. `/register FOLDER` enters it into
-// the registry; the system starts it when a client asks for the class, one process for each object.
-// What it has seen it writes to FOLDER\server-<process>.log when it ends.
+// The scripted application as a process of its own, for Windows, which the system starts when a
+// client asks for the class, one process for each object. What it has seen it writes to
+// server-<process>.log in the folder that is its first argument when it ends.
 #include <fstream>
 #include <string>
 
@@ -14,23 +14,6 @@ namespace {
 using namespace foundation::automation;
 
 scripted::Script* script = nullptr;
-
-void set_value(const std::wstring& key, const std::wstring& value) {
-    RegSetKeyValueW(HKEY_LOCAL_MACHINE, (L"Software\\Classes\\" + key).c_str(), nullptr, REG_SZ,
-                    value.c_str(), static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
-}
-
-int register_server(const std::wstring& folder) {
-    wchar_t self[MAX_PATH];
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    wchar_t class_id[40];
-    StringFromGUID2(kSpreadsheetApplication, class_id, 40);
-    const std::wstring entry = std::wstring(L"CLSID\\") + class_id;
-    set_value(L"Excel.Application\\CLSID", class_id);
-    set_value(entry + L"\\LocalServer32", L"\"" + std::wstring(self) + L"\" \"" + folder + L"\"");
-    set_value(entry + L"\\ProgID", L"Excel.Application");
-    return 0;
-}
 
 /// How long the user of a visible application stays.
 constexpr UINT kUserStays_ms = 2000;
@@ -70,8 +53,6 @@ void add_books(scripted::Script& world) {
 } // namespace
 
 int wmain(int count, wchar_t** arguments) {
-    if (count > 2 && std::wstring(arguments[1]) == L"/register")
-        return register_server(arguments[2]);
     const std::wstring folder = count > 1 ? arguments[1] : L".";
     const std::wstring log =
         folder + L"\\server-" + std::to_wstring(GetCurrentProcessId()) + L".log";

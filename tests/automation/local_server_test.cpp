@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The library's unchanged code against an application in another process (Windows). The program
-// "scripted_server" is registered before by CTest.
+// The library's unchanged code against an application in another process (Windows), which is
+// registered while this program runs.
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -12,12 +12,24 @@
 #include "spreadsheet/book_factory.h"
 #include "spreadsheet/failure.h"
 #include "spreadsheet/sheet.h"
+#include "tests/automation/scripted_application.h"
 #include "tests/spreadsheet/thrown_id.h"
 
 namespace spreadsheet {
 namespace {
 
 namespace fs = std::filesystem;
+
+class RegisteredServer : public ::testing::Environment {
+  public:
+    void SetUp() override {
+        scripted::register_local_server(fs::absolute(ZX_SCRIPTED_SERVER).wstring(),
+                                        fs::absolute(ZX_SERVER_FOLDER).wstring());
+    }
+    void TearDown() override { scripted::unregister_local_server(); }
+};
+
+const auto* const kServer = ::testing::AddGlobalTestEnvironment(new RegisteredServer);
 
 class LocalServer : public ::testing::Test {
   protected:

@@ -18,19 +18,50 @@ IDispatch* make_application() {
     return current->start_application();
 }
 
-void enter_program_id() {
 #ifdef _WIN32
-    wchar_t class_id[40];
-    StringFromGUID2(kSpreadsheetApplication, class_id, 40);
-    const auto size = static_cast<DWORD>((wcslen(class_id) + 1) * sizeof(wchar_t));
-    // Wine's CLSIDFromProgID does not look at the user's classes.
-    if (RegSetKeyValueW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\Excel.Application\\CLSID", nullptr,
-                        REG_SZ, class_id, size) != ERROR_SUCCESS)
-        throw std::runtime_error("The registry cannot be written.");
-#endif
+
+const std::wstring kClasses = L"Software\\Classes\\";
+
+std::wstring class_text() {
+    wchar_t text[40];
+    StringFromGUID2(kSpreadsheetApplication, text, 40);
+    return text;
 }
 
+/// Wine's CLSIDFromProgID does not look at the user's classes.
+void enter(const std::wstring& key, const std::wstring& value) {
+    if (RegSetKeyValueW(HKEY_LOCAL_MACHINE, (kClasses + key).c_str(), nullptr, REG_SZ,
+                        value.c_str(),
+                        static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))) != ERROR_SUCCESS)
+        throw std::runtime_error("The registry cannot be written.");
+}
+
+void enter_program_id() {
+    enter(L"Excel.Application\\CLSID", class_text());
+}
+
+#else
+
+void enter_program_id() {}
+
+#endif
+
 } // namespace
+
+#ifdef _WIN32
+
+void register_local_server(const std::wstring& program, const std::wstring& folder) {
+    enter_program_id();
+    const std::wstring key = L"CLSID\\" + class_text();
+    enter(key + L"\\LocalServer32", L"\"" + program + L"\" \"" + folder + L"\"");
+    enter(key + L"\\ProgID", L"Excel.Application");
+}
+
+void unregister_local_server() {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, (kClasses + L"CLSID\\" + class_text()).c_str());
+}
+
+#endif
 
 Registration::Registration(Script& script) {
     enter_program_id();

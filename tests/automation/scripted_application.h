@@ -163,4 +163,11 @@ class Registration {
     DWORD cookie_ = 0;
 };
 
+#ifdef _WIN32
+/// Enters a program as the local server of "Excel.Application" into the registry; it is started
+/// with `folder` as its first argument.
+void register_local_server(const std::wstring& program, const std::wstring& folder);
+void unregister_local_server();
+#endif
+
 } // namespace scripted

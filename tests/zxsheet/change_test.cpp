@@ -163,8 +163,8 @@ TEST_F(Changes, RefuseWhatCannotBeAndLeaveTheBookAlone) {
         {{"new", "x.ods"}, 6, ".xlsm"},
         {{"new", "gsheet:abc"}, 2, "google create"},
         {{nowhere, "sheet", "remove", "gsheet:abc", "1"}, 7, "gsheet:abc: The request failed"},
-        {{"new", "no such.xlsx", "--app"}, 8, "application is not available"},
-        {{"sheet", "show", book, "Two", "--app"}, 8, "application is not available"},
+        {{"new", "no such.xlsx", "--app"}, 8, "install"},
+        {{"--app", "sheet", "show", book, "Two"}, 8, "install"},
     };
     const std::string bytes = book_.bytes();
     const std::string single_bytes = single.bytes();

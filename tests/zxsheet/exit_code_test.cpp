@@ -43,7 +43,7 @@ TEST(ExitCode, SeparatesKindsOfFailure) {
         {{"info", cut_off.text()}, 4, cut_off.text()},
         {{"sheets", ZX_BAD_BOOKS "/encrypted.xlsx"}, 4, "The workbook is encrypted"},
         {{"read", ZX_BAD_BOOKS "/zip_bomb.xlsx"}, 1, "larger than allowed"},
-        {{"read", old_format.text()}, 4, old_format.text()},
+        {{"read", old_format.text()}, 4, "--app"},
         {{"read", kWeather, "-s", "Nowhere"}, 5, "Nowhere"},
         {{"read", kWeather, "-s", "3"}, 5, "'3'"},
         {{"types", kWeather, "-r", "A1:"}, 5, "A1:"},
@@ -55,7 +55,8 @@ TEST(ExitCode, SeparatesKindsOfFailure) {
         {{"--google-root", "http://example.org", "google", "size", "abc"}, 2, "https://HOST"},
         {{"google"}, 2, "A command is missing; see 'zxsheet google --help'"},
         {{"google", "read", "abc", "Data"}, 2, "RANGE"},
-        {{"read", "--app", kWeather}, 8, "application"},
+        {{"read", "--app", kWeather}, 8, "install"},
+        {{"--app", "google", "size", "abc"}, 2, "no use for --app"},
         {{"--google-root", "http://127.0.0.1:1", "read", "--app", "gsheet:abc"}, 7, "The request"},
     };
     for (const auto& c : cases) {

@@ -199,7 +199,7 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         {{book.text()}, "1\n\"2", 1, "Line 2"},
         {{book.text(), "--from", "json"}, "{\"values\":[[1],[2]", 1, "column 18"},
         {{"gsheet:abc", "-o", "other.xlsx"}, "1", 7, "gsheet:abc: The request failed"},
-        {{missing.text(), "--app"}, "1", 8, "application is not available"},
+        {{missing.text(), "--app"}, "1", 8, "install"},
     };
     const std::string bytes = book.bytes();
     for (const auto& c : cases) {
