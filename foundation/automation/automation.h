@@ -26,7 +26,7 @@
 namespace foundation::automation {
 
 /// The class that serves spreadsheets where no other is installed: elsewhere than on Windows the
-/// programmatic identifier "Excel.Application" stands for it, and the run-time module serves it.
+/// programmatic identifier "Excel.Application" names it, and the run-time module serves it.
 inline constexpr CLSID kSpreadsheetApplication = {
     0x6b1d74c2, 0x93ae, 0x4f05, {0x8e, 0x27, 0x5c, 0x40, 0xd1, 0x9a, 0x7b, 0x36}};
 
@@ -38,7 +38,8 @@ std::string start_problem(HRESULT result);
 #ifndef _WIN32
 
 /// The run-time module is a shared object that is loaded by the first `CoCreateInstance` of a class
-/// that nobody has registered. It lies beside the library and is never unloaded. It exports
+/// that is not registered in the process. It is beside the library and is never unloaded. It
+/// exports
 ///
 ///     extern "C" HRESULT DllGetClassObject(REFCLSID, REFIID, void** object);
 ///     extern "C" BSTR DllGetStartProblem();     // may be missing

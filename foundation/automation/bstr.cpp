@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Text with its length before it: a count of bytes in 32 bits, the units, a null unit (MS-OAUT
-// 2.2.23). The count lies directly before the units, which malloc's alignment leaves room for.
+// 2.2.23). The count is directly before the units, which malloc's alignment leaves room for.
 #include <cstdlib>
 #include <cstring>
 #include <limits>

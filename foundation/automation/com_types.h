@@ -175,7 +175,8 @@ void VariantInit(VARIANT* value);
 /// Frees what the value owns and makes it empty. `DISP_E_BADVARTYPE` for a type that is not above,
 /// `DISP_E_ARRAYISLOCKED` for an array in use.
 HRESULT VariantClear(VARIANT* value);
-/// Clears `target`, then makes it a copy: text and arrays anew, one more reference to an object.
+/// Clears `target`, then makes it a copy: text and arrays are copied, objects get one more
+/// reference to an object.
 HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
 
 // --- Arrays (foundation/automation/safe_array.cpp)
@@ -186,7 +187,7 @@ struct SAFEARRAYBOUND {
 };
 
 /// An array that knows its bounds. The first dimension, a block's rows, varies fastest in memory:
-/// a block lies column after column.
+/// a block is in memory column after column.
 struct SAFEARRAY {
     USHORT cDims;
     USHORT fFeatures;

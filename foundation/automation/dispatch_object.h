@@ -23,7 +23,7 @@ namespace foundation::automation {
 struct DispatchCall {
     WORD flags;                        ///< how the member is used
     std::span<const VARIANT> reversed; ///< the arguments, the last one first
-    VARIANT* result;                   ///< initialised; null when the caller wants none
+    VARIANT* result;                   ///< initialised; null when the caller wants no result
 
     bool is_put() const { return flags == DISPATCH_PROPERTYPUT; }
     std::size_t count() const { return reversed.size(); }

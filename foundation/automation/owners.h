@@ -98,7 +98,8 @@ class Variant {
     }
     /// Hands what the value owns over to the caller.
     VARIANT release();
-    /// Hands the object over to the caller, with its reference; null when the value is none.
+    /// Hands the object over to the caller, with its reference; null when the value is not an
+    /// object.
     IDispatch* release_object();
 
   private:

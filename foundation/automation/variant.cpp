@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Types whose value lies in the VARIANT itself.
+/// Types whose value is in the VARIANT itself.
 bool is_plain(VARTYPE type) {
     switch (type) {
     case VT_EMPTY:

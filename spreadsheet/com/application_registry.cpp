@@ -23,13 +23,13 @@ using Instance = std::shared_ptr<excel_application>;
 /// nothing.
 constinit ApplicationSlots* slots = nullptr;
 
-/// The number of open workbooks; nothing when the application does not answer.
+/// The number of open workbooks; nullopt when it cannot be read.
 std::optional<LONG> count_workbooks(const excel_application& instance) {
     const com::CallResult count = com::get(instance.workbooks(), OLESTR("Count"));
     return count ? integer_in(count.value.get()) : std::nullopt;
 }
 
-/// The full names of the open workbooks; nothing when one cannot be read.
+/// The full names of the open workbooks; nullopt when one cannot be read.
 std::optional<std::vector<std::u16string>> list_workbooks(const excel_application& instance,
                                                           LONG count) {
     std::vector<std::u16string> names;

@@ -20,7 +20,7 @@ void log_line(std::string_view tag, std::string_view text);
 /// `id`, which carries the cause.
 [[noreturn]] void fail(std::string_view tag, error_id id, Failure failure);
 
-/// Logs and throws for a call that ended in `result`. An `S_OK` stands for a result of an
+/// Logs and throws for a call that ended in `result`. An `S_OK` means a result of an
 /// unexpected type.
 [[noreturn]] void fail_call(std::string_view tag, error_id id, const OLECHAR* member,
                             HRESULT result);

@@ -190,7 +190,7 @@ std::shared_ptr<COMSheet> COMBook::insert_sheet(std::size_t index, const std::u1
     try {
         added->name(name);
     } catch (const Exception&) {
-        // A sheet that did not get its name is not left behind.
+        // A sheet that did not get its name does not remain.
         sheets_.erase(place);
         com::call(object.get(), OLESTR("Delete"));
         throw;

@@ -34,8 +34,8 @@ class COMBook : public IBook {
     std::shared_ptr<ISheet> sheet(const std::u16string& name) const override;
     std::shared_ptr<ISheet> sheet(std::size_t index) const override;
     std::optional<std::u16string> get_sheet_name(const int index) const override;
-    /// `Exception` 2 when the application adds none, or when `second_name` asks for a copy, which
-    /// this back-end does not make; 26 for a name that the application refuses.
+    /// `Exception` 2 when the application adds no sheet, or when `second_name` asks for a copy,
+    /// which this back-end does not make; 26 for a name that the application refuses.
     std::shared_ptr<ISheet> add_sheet(std::size_t index, const std::u16string& name,
                                       const std::u16string& second_name) override;
     void remove_sheet(std::size_t index) override;
@@ -66,7 +66,8 @@ class COMBook : public IBook {
     void open_workbook(book::format format, const std::u16string* path);
     std::shared_ptr<IDispatch> open_file(const std::u16string& path);
     std::shared_ptr<IDispatch> make_workbook();
-    /// Waits until the workbook answers; `Exception` 9 when it does not, or holds plain text.
+    /// Waits until the workbook reports its format; `Exception` 9 when it does not, or holds plain
+    /// text.
     void check_file_format(bool from_file);
     /// Switches alerts of the application on or off; the result is not checked.
     void show_alerts(bool on);

@@ -35,7 +35,7 @@ class COMSheet : public ISheet {
     IDispatch* object() const { return sheet_.get(); }
 
     void name(const std::u16string& new_name) override;
-    /// Empty when the application does not answer.
+    /// Empty when the name cannot be read.
     std::u16string name() const override;
     void hidden(sheet::hidden state) override;
     sheet::hidden hidden() const override;
@@ -89,7 +89,7 @@ class COMSheet : public ISheet {
                bool preserve_format) override;
     void auto_fit_column_widths(Range range) override;
     void unmerge(Range range) override;
-    /// Throws nothing: false where the application does not answer.
+    /// Throws nothing: false where the application fails.
     bool is_range_writeable(Range range) override;
 
     void read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
@@ -117,7 +117,7 @@ class COMSheet : public ISheet {
     RangeValues values_of(const Range& range, const OLECHAR* member) const;
     template <class Use>
     void read_cells(const Range& range, const OLECHAR* member, Use use) const;
-    /// The area of a range object in this sheet; nothing when it is not a rectangle.
+    /// The area of a range object in this sheet; nullopt when it is not a rectangle.
     std::optional<Range> area_of(IDispatch* range_object) const;
     /// The object of a defined name's cells; null when there is none.
     std::shared_ptr<IDispatch> find_name(IDispatch* owner, const std::u16string& name) const;

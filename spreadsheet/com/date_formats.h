@@ -19,7 +19,7 @@ class DateFormats {
     /// `letters` are those of year, month, day, hour, minute and second.
     DateFormats(std::u16string general, std::u16string letters);
 
-    /// Whether one of the letters stands in the format outside of square brackets and double
+    /// Whether one of the letters is in the format outside of square brackets and double
     /// quotes. False for a value that is not text, and for the General format.
     bool is_date(const VARIANT& number_format) const;
 

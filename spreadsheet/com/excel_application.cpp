@@ -28,7 +28,7 @@ std::shared_ptr<IDispatch> make_owner(IDispatch* object) {
             }};
 }
 
-/// Starts an application; null and why in `result` when there is none.
+/// Starts an application; null and the reason in `result` when that fails.
 IDispatch* start_application(HRESULT& result) {
     CLSID class_id{};
     result = CLSIDFromProgID(OLESTR("Excel.Application"), &class_id);

@@ -23,18 +23,18 @@ namespace spreadsheet {
 class excel_application {
   public:
     /// Starts a hidden application and initialises automation for the calling thread. `Exception`
-    /// 18 when there is none or it has no workbooks.
+    /// 18 when it does not start or has no workbooks.
     excel_application();
     excel_application(const excel_application&) = delete;
     excel_application& operator=(const excel_application&) = delete;
     ~excel_application();
 
-    /// Starts an application; null when there is none. The caller owns the reference.
+    /// Starts an application; null when that fails. The caller owns the reference.
     static IDispatch* create_application();
 
     /// An instance for a book: for a new one (null) the first that is registered, for a file one
     /// without open workbooks; else a new instance, which is registered while the library is
-    /// started. `Exception` 18 when none starts. Not on two threads at once.
+    /// started. `Exception` 18 when it does not start. Not on two threads at once.
     static std::shared_ptr<excel_application> acquire(const char16_t* file_name);
 
     /// An owner of the reference that a call has returned; of a null pointer an empty one.
@@ -51,7 +51,7 @@ class excel_application {
     /// Drops the entries of objects that nobody else owns. Thread-safe.
     void release_unused_refs();
 
-    /// Whether the user has the application on the screen.
+    /// Whether the application is visible to the user.
     bool visible() const;
 
     /// Closes the workbooks and ends the application, unless it is visible, and releases it. Run by

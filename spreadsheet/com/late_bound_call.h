@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Calls of members by name, the only way to the application. Arguments stay the caller's; they are
-// passed as they stand, the last argument of a call first.
+// passed unchanged, the last argument of a call first.
 #pragma once
 
 #include <initializer_list>
@@ -43,7 +43,7 @@ struct CallResult {
     /// The same with `Exception` 18; std::bad_alloc where the application is out of memory.
     Variant or_fail_internally(std::string_view tag) &&;
     /// The object that the call returned, released by its last owner; `Exception` `id` when the
-    /// call failed or returned none.
+    /// call failed or returned no object.
     std::shared_ptr<IDispatch> object_or_fail(std::string_view tag, error_id id) &&;
 };
 

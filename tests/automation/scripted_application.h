@@ -120,7 +120,7 @@ class Script {
     std::shared_ptr<WorkbookModel> add_file(const std::u16string& path,
                                             const std::vector<std::u16string>& sheets);
 
-    /// A new application with one reference, null when none starts.
+    /// A new application with one reference, null when it does not start.
     IDispatch* start_application();
     void note(std::string violation) { violations.push_back(std::move(violation)); }
 

@@ -103,7 +103,7 @@ class ScriptedWorksheet : public NodeObject<ScriptedWorksheet, SheetModel> {
     HRESULT auto_filter(const DispatchCall& call);
 };
 
-/// Gives a range of a sheet, or the area of a name; refuses an address that is none.
+/// Gives a range of a sheet, or the area of a name; refuses what is not an address.
 HRESULT give_range(Script& script, const std::shared_ptr<ApplicationModel>& application,
                    const DispatchCall& call, const std::shared_ptr<SheetModel>& sheet,
                    std::u16string address);
