@@ -17,8 +17,7 @@ namespace workbook {
 
 class XlsBook final : public Book {
   public:
-    /// `open_output` opens the files that are saved to.
-    explicit XlsBook(foundation::files::OutputOpener open_output = foundation::files::replace_file);
+    XlsBook();
     ~XlsBook() override;
 
     bool load(BookSource source) override;
@@ -62,7 +61,6 @@ class XlsBook final : public Book {
     bool try_change(const Action& action);
     const XlsSheetEntry* entry(int index) const;
 
-    const foundation::files::OutputOpener open_output_;
     SaveCounts last_save_;
     mutable LastError error_;
     std::unique_ptr<XlsContents> contents_;
