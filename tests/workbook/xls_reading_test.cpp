@@ -194,7 +194,7 @@ TEST(XlsReading, ListsSheetsOfEveryKind) {
             .record(0x0022, Bytes().u16(1))
             .record(0x0085, bound_sheet(end, 0, 0, "Data"))
             .record(0x0085, bound_sheet(end, 1, 2, "Chart"))
-            .record(0x0085, bound_sheet(end, 2, 1, "Macros"))
+            .record(0x0085, bound_sheet(end, 2, 1, "Macros")) // the cells of the first sheet
             .record(0x0085, bound_sheet(0xFFFFFF, 1, 6, "Module"))
             .eof();
     };
@@ -206,6 +206,8 @@ TEST(XlsReading, ListsSheetsOfEveryKind) {
     EXPECT_EQ(book->sheet_type(1), SheetKind::Chart);
     EXPECT_EQ(book->get_sheet(1), nullptr);
     EXPECT_EQ(book->get_sheet(2)->hidden(), SheetState::VeryHidden);
+    EXPECT_EQ(book->get_sheet(2)->end_row(), 0);
+    EXPECT_EQ(book->load_warnings().size(), 1u);
     EXPECT_EQ(book->get_sheet(3)->hidden(), SheetState::Hidden);
     EXPECT_EQ(book->get_sheet(3)->end_row(), 0);
     EXPECT_EQ(book->get_sheet_name(3), u"Module");
