@@ -216,7 +216,7 @@ std::uint64_t CellRecords::error_index(std::uint8_t code) {
 }
 
 std::uint64_t CellRecords::empty_string_index() {
-    if (empty_index_plus_1_ == 0) empty_index_plus_1_ = cells_.own_strings.add({}) + 1;
+    if (empty_index_plus_1_ == 0) empty_index_plus_1_ = cells_.own_strings.add("") + 1;
     return empty_index_plus_1_ - 1;
 }
 
@@ -278,7 +278,7 @@ void CellRecords::read_formula(const Record& record) {
         add_boolean_or_error(place, result.code, true);
         return;
     case ResultKind::EmptyString:
-        add_text(place, {});
+        add_text(place, "");
         return;
     case ResultKind::String:
         // Empty until its string comes: some writers leave it out.
