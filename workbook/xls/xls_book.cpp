@@ -70,6 +70,10 @@ bool XlsBook::load_info(BookSource source) {
     return open(std::move(source), [](XlsContents&) {});
 }
 
+std::vector<std::string> XlsBook::load_warnings() const {
+    return contents_ == nullptr ? std::vector<std::string>{} : contents_->globals.warnings;
+}
+
 const XlsSheetEntry* XlsBook::entry(int index) const {
     if (index >= 0 && index < sheet_count())
         return contents_->entries[static_cast<std::size_t>(index)].get();

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "foundation/output_file.h"
 #include "workbook/last_error.h"
@@ -24,6 +25,7 @@ class XlsBook final : public Book {
     bool load_sheet(BookSource source, int sheet_index) override;
     bool load_partially(BookSource source, int sheet_index, int first_row, int last_row) override;
     bool load_info(BookSource source) override;
+    std::vector<std::string> load_warnings() const override;
 
     int sheet_count() const override;
     Sheet* get_sheet(int index) override;
