@@ -9,11 +9,13 @@
 #include <benchmark/benchmark.h>
 
 #include "foundation/unicode.h"
-#include "workbook/cells/cell_reference.h"
+#include "workbook/cells/cell_name.h"
 #include "workbook/io/byte_source.h"
+#include "workbook/xlsx/cell_reference.h"
 #include "workbook/xlsx/reading/decimal_number.h"
 #include "workbook/xlsx/reading/shared_strings.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace {
 
@@ -57,9 +59,9 @@ std::string sheet_of_numbers(const std::string& prefix, char quote) {
 void read_sheet(benchmark::State& state, const std::string& xml) {
     for (auto _ : state) {
         TextSource source(xml);
-        WorksheetCells cells;
-        WorksheetTail tail;
-        read_worksheet(source, {}, false, cells, tail);
+        SheetCells cells(kMaxColumns);
+        SheetTail tail;
+        read_worksheet(source, {}, DateBase::From1900, cells, tail);
         benchmark::DoNotOptimize(cells.cells.size());
     }
     state.SetItemsProcessed(state.iterations() * kRows * kColumns);
@@ -101,9 +103,9 @@ BENCHMARK(shared_strings)->Unit(benchmark::kMillisecond);
 void find_cells_by_column(benchmark::State& state) {
     const std::string xml = sheet_of_numbers("", '"');
     TextSource source(xml);
-    WorksheetCells cells;
-    WorksheetTail tail;
-    read_worksheet(source, {}, false, cells, tail);
+    SheetCells cells(kMaxColumns);
+    SheetTail tail;
+    read_worksheet(source, {}, DateBase::From1900, cells, tail);
     for (auto _ : state) {
         double sum = 0;
         for (int column = 0; column < kColumns; ++column)

@@ -10,6 +10,7 @@
 
 #include "tests/workbook/memory_source.h"
 #include "workbook/xlsx/writing/worksheet_rewriter.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook {
 namespace {
@@ -41,7 +42,7 @@ double value_of(int row, int column) {
 }
 
 void write_cells(CellStore& cells, int rows) {
-    cells.expect(0, rows - 1, 0, kColumns - 1);
+    cells.expect({0, rows - 1, 0, kColumns - 1});
     for (int column = 0; column < kColumns; ++column)
         for (int row = 0; row < rows; ++row) {
             StoredCell cell{};
@@ -52,7 +53,7 @@ void write_cells(CellStore& cells, int rows) {
 }
 
 void rewrite(const std::string& source, const CellStore& cells, ByteSink& out) {
-    WorksheetChanges changes;
+    SheetChanges changes;
     changes.cells = true;
     rewrite_worksheet([&] { return std::make_unique<test::MemorySource>(source, 64u << 10); },
                       cells, {}, changes, true, out);
@@ -67,7 +68,7 @@ void count_cells(benchmark::State& state, std::int64_t rows) {
 void WriteCellsColumnByColumn(benchmark::State& state) {
     const auto rows = static_cast<int>(state.range(0));
     for (auto _ : state) {
-        CellStore cells;
+        CellStore cells(kMaxColumns);
         write_cells(cells, rows);
         benchmark::DoNotOptimize(cells.bounds());
     }
@@ -77,7 +78,7 @@ BENCHMARK(WriteCellsColumnByColumn)->Arg(200'000)->Unit(benchmark::kMillisecond)
 
 void MarkUpNewSheet(benchmark::State& state) {
     const auto rows = static_cast<int>(state.range(0));
-    CellStore cells;
+    CellStore cells(kMaxColumns);
     write_cells(cells, rows);
     for (auto _ : state) {
         CountingSink sink;
@@ -91,12 +92,12 @@ BENCHMARK(MarkUpNewSheet)->Arg(200'000)->Unit(benchmark::kMillisecond);
 // `changed_columns` 0 stands for one cell in the middle.
 void RewriteSheet(benchmark::State& state) {
     constexpr int kRows = 10'000;
-    CellStore cells;
+    CellStore cells(kMaxColumns);
     write_cells(cells, kRows);
     std::string source;
     StringSink source_sink(source);
     rewrite(kEmptySheet, cells, source_sink);
-    CellStore changed;
+    CellStore changed(kMaxColumns);
     const bool is_one_cell = state.range(0) == 0;
     for (int row = is_one_cell ? kRows / 2 : 0; row < (is_one_cell ? kRows / 2 + 1 : kRows);
          ++row) {

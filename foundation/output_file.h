@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Files that are written. A file on disk is written beside its target under another name and takes
-// the target's place only when it is whole, so that no moment shows half a file; one that is never
-// committed leaves no trace.
+// Files that are written. A file on disk is written beside its target and takes the target's place
+// only when it is whole, so that no moment shows half a file; one that is never committed leaves no
+// trace.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,17 +26,16 @@ class OutputFile {
     virtual void overwrite(std::uint64_t position, const char* bytes, std::size_t count) = 0;
     /// Bytes appended so far.
     virtual std::uint64_t size() const = 0;
-    /// Brings everything to the disk and steps into the target's place. Once.
+    /// Brings everything to the disk and takes the target's place. Once.
     virtual void commit() = 0;
 };
 
-/// Opens files for writing; the seam at which tests make writes fail.
-using OutputOpener = std::function<std::unique_ptr<OutputFile>(std::u16string_view path)>;
-
-/// A file that will replace `path`: written beside it under a name of its own. A symbolic link is
-/// followed and stays; an existing target's permissions are taken over, and a target that may not
-/// be written to is refused. Further hard links to the target keep the old content. On Windows
-/// nobody may have the target open without sharing its deletion. Throws `FileError`.
+/// A file that will replace `path`. It has no name before it is whole where the system has such
+/// files; elsewhere it is ".NAME.0123abcd.tmp" beside its target, and what a process that was
+/// killed leaves is removed by the next replacement of the same target. A symbolic link is followed
+/// and stays; an existing target's permissions are taken over, and a target that may not be written
+/// to is refused. Further hard links to the target keep the old content. On Windows nobody may have
+/// the target open without sharing its deletion. Throws `FileError`.
 std::unique_ptr<OutputFile> replace_file(std::u16string_view path);
 
 /// Collects into `bytes`, which must outlive it; `commit` does nothing.

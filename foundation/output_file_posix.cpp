@@ -6,12 +6,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <random>
 #include <system_error>
 #include <utility>
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -63,9 +66,9 @@ constexpr int kFolderWithoutReading = O_RDONLY;
     }
 }
 
-/// The path behind all symbolic links that its last component leads through, whether or not there
-/// is a file.
-std::filesystem::path behind_links(std::filesystem::path path) {
+/// The path at the end of all symbolic links that its last component leads through, whether or not
+/// there is a file.
+std::filesystem::path without_links(std::filesystem::path path) {
     for (int i = 0; i < kMaxLinks; ++i) {
         std::error_code problem;
         const auto status = std::filesystem::symlink_status(path, problem);
@@ -105,6 +108,9 @@ std::optional<struct stat> replaceable_file(int folder, const std::string& name)
     return status;
 }
 
+constexpr std::string_view kTemporaryEnding = ".tmp";
+constexpr std::size_t kUniqueDigits = 8;
+
 /// The beginning of a name that is not too long, without half a character.
 std::string_view stem(std::string_view name) {
     if (name.size() <= kLongestStem) return name;
@@ -114,16 +120,56 @@ std::string_view stem(std::string_view name) {
     return name.substr(0, end);
 }
 
+/// What the names of files beside `name` begin with: ".book.xlsx.0123abcd.tmp".
+std::string temporary_prefix(std::string_view name) {
+    return "." + std::string(stem(name)) + ".";
+}
+
+bool is_temporary_name(std::string_view name, std::string_view prefix) {
+    if (name.size() != prefix.size() + kUniqueDigits + kTemporaryEnding.size() ||
+        !name.starts_with(prefix) || !name.ends_with(kTemporaryEnding))
+        return false;
+    const std::string_view digits = name.substr(prefix.size(), kUniqueDigits);
+    return digits.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+/// Whoever writes such a file has it locked, so what can be locked was left by a process that died.
+void remove_if_stale(int folder, const char* name) {
+    constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+    const Descriptor file(::openat(folder, name, kFlags));
+    struct stat status {};
+    if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        status.st_uid != ::geteuid() || ::flock(file.get(), LOCK_EX | LOCK_NB) != 0)
+        return;
+    ::unlinkat(folder, name, 0);
+}
+
+/// Removes what processes that died in a save of `name` left in the folder, if it can be listed.
+void remove_stale_files(int folder, std::string_view name) {
+    const int listed = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (listed < 0) return;
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(listed), ::closedir);
+    if (entries == nullptr) {
+        ::close(listed);
+        return;
+    }
+    const std::string prefix = temporary_prefix(name);
+    while (const dirent* entry = ::readdir(entries.get()))
+        if (is_temporary_name(entry->d_name, prefix)) remove_if_stale(folder, entry->d_name);
+}
+
 class PosixOutput final : public BufferedOutput {
   public:
     explicit PosixOutput(const std::filesystem::path& target)
         : folder_(open_folder(target.parent_path())),
           name_(target.filename().native()),
           replaced_(replaceable_file(folder_.get(), name_)),
-          file_(create_temporary()) {}
+          file_(create_temporary()) {
+        remove_stale_files(folder_.get(), name_);
+    }
 
     ~PosixOutput() override {
-        if (!published_) ::unlinkat(folder_.get(), temporary_.c_str(), 0);
+        if (!published_ && !temporary_.empty()) ::unlinkat(folder_.get(), temporary_.c_str(), 0);
     }
 
   private:
@@ -133,17 +179,47 @@ class PosixOutput final : public BufferedOutput {
     /// new file gets from the system what every new file gets.
     int create_temporary() {
         const mode_t mode = replaced_ ? S_IRUSR | S_IWUSR : 0666;
+        int file = create_unnamed(mode);
+        if (file < 0)
+            file = with_new_name([&] {
+                constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+                return ::openat(folder_.get(), temporary_.c_str(), kFlags, mode);
+            });
+        ::flock(file, LOCK_EX | LOCK_NB); // see `remove_if_stale`
+        return file;
+    }
+
+    /// A file that is gone when its process is; negative where the file system has none, or where
+    /// it could not be given a name later.
+    int create_unnamed([[maybe_unused]] mode_t mode) const {
+#ifdef O_TMPFILE
+        const int file = ::openat(folder_.get(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode);
+        if (file < 0 || ::access(link_to(file).c_str(), F_OK) == 0) return file;
+        ::close(file);
+#endif
+        return -1;
+    }
+
+    /// A path that leads to an open file without a name.
+    static std::string link_to(int file) {
+        return "/proc/self/fd/" + std::to_string(file);
+    }
+
+    /// Sets `temporary_` to a name that is free: one with which `create` returns no error.
+    template <class Create>
+    int with_new_name(Create create) {
         std::random_device random;
-        for (int i = 0; i < kMaxNames; ++i) {
-            char unique[16];
-            std::snprintf(unique, sizeof unique, ".%08x.tmp", static_cast<unsigned>(random()));
-            temporary_ = "." + std::string(stem(name_)) + unique;
-            constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
-            const int file = ::openat(folder_.get(), temporary_.c_str(), kFlags, mode);
-            if (file >= 0) return file;
-            if (errno != EEXIST) throw_write_error(errno);
+        int code = EEXIST;
+        for (int i = 0; i < kMaxNames && code == EEXIST; ++i) {
+            char unique[kUniqueDigits + 1];
+            std::snprintf(unique, sizeof unique, "%08x", static_cast<unsigned>(random()));
+            temporary_ = temporary_prefix(name_).append(unique).append(kTemporaryEnding);
+            const int result = create();
+            if (result >= 0) return result;
+            code = errno;
         }
-        throw_write_error(EEXIST);
+        temporary_.clear();
+        throw_write_error(code);
     }
 
     void write_at(std::uint64_t position, const char* bytes, std::size_t count) override {
@@ -162,6 +238,11 @@ class PosixOutput final : public BufferedOutput {
     void publish() override {
         if (replaced_) take_over_permissions();
         if (::fsync(file_.get()) != 0) throw_write_error(errno);
+        if (temporary_.empty())
+            with_new_name([this] {
+                return ::linkat(AT_FDCWD, link_to(file_.get()).c_str(), folder_.get(),
+                                temporary_.c_str(), AT_SYMLINK_FOLLOW);
+            });
         if (::renameat(folder_.get(), temporary_.c_str(), folder_.get(), name_.c_str()) != 0)
             throw_write_error(errno);
         published_ = true;
@@ -186,7 +267,7 @@ class PosixOutput final : public BufferedOutput {
     Descriptor folder_;
     std::string name_;
     std::optional<struct stat> replaced_;
-    std::string temporary_;
+    std::string temporary_; ///< empty while the file has no name
     Descriptor file_;
     bool published_ = false;
 };
@@ -194,9 +275,9 @@ class PosixOutput final : public BufferedOutput {
 } // namespace
 
 std::unique_ptr<OutputFile> replace_file(std::u16string_view path) {
-    // Behind a null character the system would not see the rest and might write another file.
+    // The system would not see what follows a null character and might write another file.
     if (path.empty() || path.find(u'\0') != std::u16string_view::npos) throw_write_error(ENOENT);
-    return std::make_unique<PosixOutput>(behind_links(native_path(path)));
+    return std::make_unique<PosixOutput>(without_links(native_path(path)));
 }
 
 bool is_same_file(std::u16string_view one, std::u16string_view other) {

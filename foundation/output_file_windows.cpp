@@ -75,8 +75,8 @@ HANDLE open_existing(const std::wstring& path, DWORD access) {
                          nullptr);
 }
 
-/// The path of the file behind all links.
-std::wstring path_behind_links(const std::wstring& path) {
+/// The path of the file at the end of all links.
+std::wstring path_without_links(const std::wstring& path) {
     const Handle file(open_existing(path, 0));
     if (!file.valid()) throw_last_error(path);
     std::wstring final(std::numeric_limits<short>::max(), L'\0');
@@ -94,7 +94,7 @@ void require_replaceable(const std::wstring& path, DWORD attributes) {
         throw_write_error(ERROR_ACCESS_DENIED, path);
     if (exists && (attributes & FILE_ATTRIBUTE_READONLY) != 0)
         throw FileError(FileProblem::ReadOnly, "The file is write-protected.");
-    // Opening tells what the rename would meet only after everything was written.
+    // Opening shows what the rename would meet only after everything was written.
     const Handle file(open_existing(path, GENERIC_WRITE | DELETE));
     if (file.valid() && ::GetFileType(file.get()) == FILE_TYPE_DISK) return;
     const DWORD code = ::GetLastError();
@@ -128,6 +128,33 @@ bool rename_over_open_file(HANDLE file, const std::wstring& target) {
                                         static_cast<DWORD>(request.size())) != 0;
 }
 
+constexpr std::size_t kUniqueDigits = 8;
+
+/// What the names of files beside `target` begin with.
+std::wstring temporary_prefix(const std::wstring& target) {
+    const std::size_t name_begin = target.find_last_of(L"\\/") + 1; // 0 without a separator
+    return target.substr(0, name_begin) + L"." + target.substr(name_begin, kLongestStem) + L".";
+}
+
+/// Removes what processes that died in a save of `target` left beside it. Files that are still
+/// being written cannot be removed, since nobody shares them.
+void remove_stale_files(const std::wstring& target) {
+    const std::wstring prefix = temporary_prefix(target);
+    const std::size_t name_begin = prefix.find_last_of(L"\\/") + 1;
+    const std::wstring ending = L".tmp";
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = ::FindFirstFileW(system_path(prefix + L"*" + ending).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return;
+    do {
+        const std::wstring name = found.cFileName;
+        const std::size_t length = prefix.size() - name_begin;
+        if (name.size() == length + kUniqueDigits + ending.size() &&
+            name.find_first_not_of(L"0123456789abcdef", length) == length + kUniqueDigits)
+            ::DeleteFileW(system_path(prefix.substr(0, name_begin) + name).c_str());
+    } while (::FindNextFileW(search, &found) != 0);
+    ::FindClose(search);
+}
+
 class WindowsOutput final : public BufferedOutput {
   public:
     explicit WindowsOutput(std::wstring target)
@@ -145,14 +172,12 @@ class WindowsOutput final : public BufferedOutput {
 
     HANDLE create_temporary() {
         require_replaceable(target_, attributes_);
-        const std::size_t name_begin = target_.find_last_of(L"\\/") + 1; // 0 without a separator
-        const std::wstring folder = target_.substr(0, name_begin);
-        const std::wstring stem = target_.substr(name_begin, kLongestStem);
+        remove_stale_files(target_);
         std::random_device random;
         for (int i = 0; i < kMaxNames; ++i) {
             wchar_t unique[16];
-            std::swprintf(unique, std::size(unique), L".%08x.tmp", static_cast<unsigned>(random()));
-            temporary_ = system_path(folder + L"." + stem + unique);
+            std::swprintf(unique, std::size(unique), L"%08x.tmp", static_cast<unsigned>(random()));
+            temporary_ = system_path(temporary_prefix(target_) + unique);
             const HANDLE file =
                 ::CreateFileW(temporary_.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
                               CREATE_NEW, FILE_ATTRIBUTE_NORMAL | kNoImpersonation, nullptr);
@@ -219,14 +244,14 @@ class WindowsOutput final : public BufferedOutput {
 /// The path with which to work: what a link leads to, in a form that may be long.
 std::wstring target_path(std::u16string_view path) {
     const std::wstring wide = native_path(path).native();
-    // Behind a null character the system would not see the rest and might write another file.
+    // The system would not see what follows a null character and might write another file.
     if (wide.empty() || wide.find(L'\0') != std::wstring::npos)
         throw FileError(FileProblem::NotFound, "There is no such folder.");
     const std::wstring target = system_path(wide);
     const DWORD attributes = ::GetFileAttributesW(target.c_str());
     const bool is_link =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    return is_link ? path_behind_links(target) : target;
+    return is_link ? path_without_links(target) : target;
 }
 
 /// Tells files apart: the drive and the number of the file on it. False when there is none.

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "fuzz/parse.h"
-#include "workbook/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace workbook;

@@ -4,16 +4,14 @@
 #include <algorithm>
 
 #include "fuzz/parse.h"
-#include "workbook/xlsx/book_contents.h"
-#include "workbook/xlsx/xlsx_sheet.h"
+#include "workbook/library.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return workbook::fuzz::run(data, size, [](const std::string& text) {
-        std::string message;
-        workbook::BookContents book(
-            std::make_unique<workbook::OpcPackage>(foundation::files::memory_file(text)), message);
-        book.load_sheets();
-        for (const auto& sheet : book.sheets) {
+        const std::unique_ptr<workbook::Book> book = workbook::xlCreateXMLBookW();
+        if (!book->load(foundation::files::memory_file(text))) return;
+        for (int i = 0; i < book->sheet_count(); ++i) {
+            const workbook::Sheet* sheet = book->get_sheet(i);
             if (sheet == nullptr) continue;
             const int end_row = std::min(sheet->end_row(), sheet->first_row() + 100);
             const int end_column = std::min(sheet->end_column(), sheet->first_column() + 100);

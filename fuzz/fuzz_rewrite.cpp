@@ -10,6 +10,7 @@
 
 #include "fuzz/parse.h"
 #include "tests/workbook/rewrite.h"
+#include "workbook/cells/cell_name.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook::fuzz {

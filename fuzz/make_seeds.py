@@ -4,6 +4,7 @@
 # Sorts the fixtures and their parts into one seed folder per fuzz target:
 # make_seeds.py FIXTURES CORPUS
 import os
+import struct
 import sys
 import zipfile
 
@@ -29,6 +30,27 @@ GOOGLE_REPLIES = ['{"values": [["a", 1], [], [true, null]]}', '{"sheets": [{"dat
                   '{"sheets": [{"data": [{"rowData": [{}, {"values": [{}, %s, %s]}]}]}]}' % (
                       GOOGLE_CELL % ("numberValue", "1.5e3", "errorValue", "{}"),
                       GOOGLE_CELL % ("formulaValue", '"=A1"', "stringValue", '"\\u00fc\\n"'))]
+
+
+def record(number, data=b""):
+    return struct.pack("<HH", number, len(data)) + data
+
+
+def xls_streams():
+    """A BIFF8 book with a shared string over two records, and a BIFF2 sheet."""
+    sst = record(0xFC, struct.pack("<II", 1, 1) + b"\x04\0\0ab") + record(0x3C, b"\1c\0d\0")
+    xf = record(0xE0, bytes(20))
+    name = record(0x18, struct.pack("<HBBHHHI", 0x20, 0, 1, 5, 0, 1, 0) + b"\0\6" + b"\x44\0\0\0\0")
+    bof = struct.pack("<HHIII", 0x600, 5, 0, 0, 0)
+    sheet_entry = struct.pack("<IBBBB", 0, 0, 0, 1, 0) + b"S"
+    end = len(record(0x809, bof) + record(0x85, sheet_entry) + xf + sst + name + record(0xA))
+    cells = record(0xFD, struct.pack("<HHHI", 0, 0, 0, 0)) + record(0xBD, struct.pack(
+        "<HHHIHIH", 1, 0, 0, 6, 0, 7, 1)) + record(0x6, struct.pack("<HHHHIHHIH", 2, 0, 0, 0, 0, 0xFFFF, 0, 0, 0))
+    cells += record(0x207, b"\1\0\0x") + record(0xE5, struct.pack("<HHHHH", 1, 0, 1, 0, 1))
+    yield (record(0x809, bof) + record(0x85, struct.pack("<I", end) + sheet_entry[4:]) + xf + sst + name + record(0xA) +
+           record(0x809, struct.pack("<HHIII", 0x600, 16, 0, 0, 0)) + cells + record(0xA))
+    yield (record(0x9, struct.pack("<HH", 2, 16)) + record(0x4, struct.pack("<HH3xB", 0, 0, 2) + b"ab") +
+           record(0x2, struct.pack("<HH3xH", 1, 1, 7)) + record(0xA))
 
 
 def put(corpus, target, name, data):
@@ -70,6 +92,8 @@ def main(fixtures, corpus):
         put(corpus, "fuzz_xls_formula", f"formula_{i}", bytes.fromhex(formula))
     for i, reply in enumerate(GOOGLE_REPLIES):
         put(corpus, "fuzz_google_reply", f"reply_{i}", reply.encode())
+    for i, stream in enumerate(xls_streams()):
+        put(corpus, "fuzz_xls", f"stream_{i}", stream)
     return 0
 
 

@@ -39,11 +39,4 @@ class FailingOutput final : public OutputFile {
     int left_;
 };
 
-/// Opens files below `opener` of which each fails after so many operations.
-inline OutputOpener failing_opener(OutputOpener opener, int good_operations) {
-    return [opener = std::move(opener), good_operations](std::u16string_view path) {
-        return std::make_unique<FailingOutput>(opener(path), good_operations);
-    };
-}
-
 } // namespace foundation::files::test

@@ -15,12 +15,19 @@ std::string joined(std::string_view subject, std::string_view link, std::string_
 
 } // namespace
 
+Error Error::file(const foundation::files::FileError& reason, std::string_view context) {
+    return {ErrorKind::File,
+            context.empty() ? std::string{reason.what()} : joined(context, ": ", reason.what()),
+            reason.problem()};
+}
+
 Error Error::file(std::string_view reason) {
     return {ErrorKind::File, std::string{reason}};
 }
 
 Error Error::not_a_workbook(std::string_view what) {
-    return {ErrorKind::NotAWorkbook, joined("the file is not an Open XML workbook", ": ", what)};
+    return {ErrorKind::NotAWorkbook,
+            joined("the file is not a workbook that can be read", ": ", what)};
 }
 
 Error Error::encrypted() {
@@ -50,7 +57,7 @@ Error Error::refused(std::string_view why) {
 }
 
 Error Error::in_sheet(std::string_view sheet) const {
-    return {kind_, joined("sheet \"", sheet, "\": ").append(what())};
+    return {kind_, joined("sheet \"", sheet, "\": ").append(what()), problem_};
 }
 
 } // namespace workbook

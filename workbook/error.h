@@ -5,25 +5,22 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
-namespace workbook {
+#include "foundation/files.h"
+#include "workbook/error_kind.h"
 
-enum class ErrorKind {
-    File,         ///< the file cannot be opened or read
-    NotAWorkbook, ///< readable, but not a workbook of this family
-    Encrypted,    ///< protected by a password
-    Damaged,      ///< a container, part or record that breaks its format
-    Limit,        ///< larger than the library's limits allow
-    Missing,      ///< a part or sheet that does not exist
-    Refused       ///< an operation that would leave a book that no application accepts
-};
+namespace workbook {
 
 class Error : public std::runtime_error {
   public:
-    /// The system's own reason why `path` could not be read.
+    /// The platform's own reason why the file cannot be used, after `context` if there is one
+    /// ("the file cannot be opened again").
+    static Error file(const foundation::files::FileError& reason, std::string_view context = {});
+    /// A file that the platform can use but the library cannot, such as one that has changed.
     static Error file(std::string_view reason);
     static Error not_a_workbook(std::string_view what);
     static Error encrypted();
@@ -31,6 +28,7 @@ class Error : public std::runtime_error {
     static Error damaged(std::string_view part, std::string_view what);
     /// As above, at byte `position` of the part's text.
     static Error damaged_at(std::string_view part, std::uint64_t position, std::string_view what);
+    /// `what` names the limit: "more than 65,535 sheets".
     static Error limit(std::string_view part, std::string_view what);
     static Error missing(std::string_view what);
     static Error refused(std::string_view why);
@@ -39,10 +37,17 @@ class Error : public std::runtime_error {
     Error in_sheet(std::string_view sheet) const;
 
     ErrorKind kind() const noexcept { return kind_; }
+    /// The platform's problem, where it was one.
+    std::optional<foundation::files::FileProblem> file_problem() const noexcept { return problem_; }
 
   private:
-    Error(ErrorKind kind, const std::string& text) : std::runtime_error(text), kind_(kind) {}
+    using Problem = std::optional<foundation::files::FileProblem>;
+
+    Error(ErrorKind kind, const std::string& text, Problem problem = std::nullopt)
+        : std::runtime_error(text), kind_(kind), problem_(problem) {}
+
     ErrorKind kind_;
+    Problem problem_;
 };
 
 } // namespace workbook

@@ -2,14 +2,23 @@
 //
 // The workbook library: abstract books, sheets and formats, exactly the operations that the file
 // back-end uses. Rows and columns are zero-based, `end_` bounds are one past the last. An operation
-// that fails answers false or null, changes nothing and leaves its reason in `Book::error_message`;
-// none throws, except std::bad_alloc. One thread at a time per book.
+// that fails returns false or null, changes nothing and leaves its reason in `Book::error_kind` and
+// `Book::error_message`. None throws, except std::bad_alloc; an operation of `Book` that it ends
+// has failed with `ErrorKind::Memory`. One thread at a time per book.
 #pragma once
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "foundation/files.h"
+#include "foundation/output_file.h"
+#include "workbook/error_kind.h"
 
 namespace workbook {
 
@@ -98,6 +107,16 @@ class Sheet {
     virtual bool named_range(std::u16string_view name, int& first_row, int& last_row,
                              int& first_column, int& last_column) const = 0;
 
+    /// After `Book::load_partially`: reads what that load left in the file, if it has not been read
+    /// yet. All reads do this when they need it and then return nothing where the file is damaged
+    /// or has changed; these two say so. `need_tail` is for merged regions and protection,
+    /// `need_rows` for the cells of rows `first_row` to `last_row` (inclusive). The bounds stay
+    /// those of the rows that were loaded. True at once for any other load.
+    virtual bool need_tail() const { return true; }
+    virtual bool need_rows(int first_row, int last_row) const {
+        return static_cast<void>(first_row), static_cast<void>(last_row), true;
+    }
+
     // Changes. They are seen by the reads above at once and reach a file with `Book::save`.
 
     /// 1 to 31 UTF-16 units, none of :\/?*[], no apostrophe at either end, not the name of another
@@ -143,22 +162,38 @@ struct SaveCounts {
     std::size_t dropped = 0; ///< of the loaded file, no longer there
 };
 
+/// What a book is loaded from: a path or an open file (`foundation::files::memory_file` for bytes
+/// in memory); converts from either.
+struct BookSource {
+    template <class Path>
+    requires std::is_convertible_v<const Path&, std::u16string_view>
+    BookSource(const Path& file_path) : path(file_path) {}
+    BookSource(std::unique_ptr<foundation::files::RandomAccessFile> open_file)
+        : file(std::move(open_file)) {}
+
+    std::u16string path; ///< empty for a file that the book keeps open as long as it needs it
+    std::unique_ptr<foundation::files::RandomAccessFile> file; ///< null: the book opens `path`
+};
+
 /// A workbook. A creator below makes an empty one, without any sheet; a load replaces it by a
 /// file's and invalidates every sheet and format handed out before.
 class Book {
   public:
     virtual ~Book() = default;
 
-    /// Loads the whole file. The format is told by the file's content, not by its name.
-    virtual bool load(std::u16string_view path) = 0;
+    /// Loads the whole file. Its content decides about the format, not its name.
+    virtual bool load(BookSource source) = 0;
     /// Loads the cells of one sheet; the other sheets keep their names, kinds and places. An index
     /// that does not exist loads the only sheet of a book with one sheet and fails for any other.
-    virtual bool load_sheet(std::u16string_view path, int sheet_index) = 0;
-    /// As `load_sheet`, with the cells of rows `first_row` to `last_row` (inclusive) only.
-    virtual bool load_partially(std::u16string_view path, int sheet_index, int first_row,
+    virtual bool load_sheet(BookSource source, int sheet_index) = 0;
+    /// As `load_sheet`, with the cells of rows `first_row` to `last_row` (inclusive) only; what was
+    /// left in the file is read when a call needs it, see `Sheet::need_rows`.
+    virtual bool load_partially(BookSource source, int sheet_index, int first_row,
                                 int last_row) = 0;
     /// Loads names, kinds and states of the sheets, the date system and the defined names; no cell.
-    virtual bool load_info(std::u16string_view path) = 0;
+    virtual bool load_info(BookSource source) = 0;
+    /// What the last load found missing and did without, one sentence in UTF-8 each.
+    virtual std::vector<std::string> load_warnings() const { return {}; }
 
     virtual int sheet_count() const = 0;
     /// The worksheet at `index`; null for a chart sheet, an unknown sheet, a worksheet whose cells
@@ -196,10 +231,17 @@ class Book {
     /// header of a table that were written or cleared become different texts, if they are none:
     /// applications accept nothing else.
     virtual bool save(std::u16string_view path) = 0;
+    /// Writes the book to `out` and commits it. `extension` is what the ending of a name decides in
+    /// the other overload ("xlsm"); where it is empty, the file claims what it claimed before.
+    virtual bool save(foundation::files::OutputFile& out, std::u16string_view extension) = 0;
     /// What the last save that succeeded did; all 0 before.
     virtual SaveCounts last_save() const = 0;
 
-    /// The reason of the last failure in UTF-8, "ok" when there was none.
+    /// The kind of the last failure, `None` when there was none.
+    virtual ErrorKind error_kind() const = 0;
+    /// The platform's problem where the kind is `File` and the platform had one; else nullopt.
+    virtual std::optional<foundation::files::FileProblem> file_problem() const = 0;
+    /// The reason of the last failure in UTF-8, "ok" when there was none. Lives until the next.
     virtual const char* error_message() const = 0;
 };
 

@@ -9,11 +9,6 @@
 
 namespace workbook {
 
-/// Rows and columns of an Open XML sheet (ECMA-376 part 1, 18.3.1.73; the applications' own
-/// limits).
-inline constexpr int kMaxRows = 1'048'576;
-inline constexpr int kMaxColumns = 16'384;
-
 /// A part may unpack to this many times its packed size once it is larger than `kRatioFreeBytes`.
 /// Plain worksheets reach about 40; deflate itself ends at 1032.
 inline constexpr std::uint64_t kMaxInflateRatio = 250;

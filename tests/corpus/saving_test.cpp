@@ -16,9 +16,9 @@
 #include "foundation/unicode.h"
 #include "tests/corpus/oracle.h"
 #include "workbook/library.h"
-#include "workbook/limits.h"
 #include "workbook/opc/opc_package.h"
 #include "workbook/opc/part_name.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace corpus {
 namespace {

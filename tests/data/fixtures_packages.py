@@ -42,8 +42,8 @@ def sheets():
         A1 number 1
         sheet worksheet visible Last
         A1 number 1
-        sheet unknown - Lost
-        sheet unknown - No target"""
+        sheet worksheet visible Lost
+        sheet worksheet visible No target"""
     yield "empty_sheet.xlsx", Book().sheet("Nothing").sheet("Rows only", "<row r=\"3\"/>").bytes(), """
         sheet worksheet visible Nothing
         bounds none

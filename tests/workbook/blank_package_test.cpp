@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/workbook/memory_source.h"
-#include "workbook/xlsx/reading/styles.h"
+#include "workbook/xlsx/reading/styles_reader.h"
 #include "workbook/xlsx/reading/workbook_locator.h"
 #include "workbook/xlsx/reading/workbook_part.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
@@ -35,9 +35,9 @@ TEST(BlankPackage, IsAWorkbookWithoutSheets) {
     const auto package = make_blank_package(kNow);
     EXPECT_EQ(locate_workbook(*package), "xl/workbook.xml");
     const auto styles_part = package->open_part("xl/styles.xml");
-    const Styles styles(*styles_part);
+    const CellFormats styles = read_styles(*styles_part);
     ASSERT_EQ(styles.size(), 1u);
-    EXPECT_EQ(styles.format(0).num_format, 0u);
+    EXPECT_EQ(styles[0].num_format, 0u);
     const std::string core = test::read_all(*package->open_part("docprops/core.xml"));
     EXPECT_THAT(core,
                 HasSubstr("<dcterms:created xsi:type=\"dcterms:W3CDTF\">2031-02-03T04:01:05Z<"));

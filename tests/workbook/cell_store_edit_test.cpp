@@ -10,6 +10,7 @@
 
 #include "workbook/cells/cell_store.h"
 #include "workbook/cells/cleared_cells.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook {
 namespace {
@@ -77,7 +78,7 @@ TEST_P(CellStoreChanges, AreSeenByEveryRead) {
         return std::uniform_int_distribution(0, end - 1)(random);
     };
     const int spread = GetParam();
-    CellStore store;
+    CellStore store(kMaxColumns);
     Model model;
     for (int row = 3; row < 3 + spread; row += 2) {
         store.begin_row(row);
@@ -91,7 +92,7 @@ TEST_P(CellStoreChanges, AreSeenByEveryRead) {
         const int row = below(spread), column = below(spread);
         if (step % 50 == 0) {
             const int last_row = row + below(4), last_column = column + below(spread);
-            store.remove(row, last_row, column, last_column);
+            store.remove({row, last_row, column, last_column});
             std::erase_if(model, [&](const auto& cell) {
                 const auto [r, c] = cell.first;
                 return r >= row && r <= last_row && c >= column && c <= last_column;
@@ -100,7 +101,7 @@ TEST_P(CellStoreChanges, AreSeenByEveryRead) {
             store.put(row, blank_cell(column));
             model[{row, column}] = {0.0, true, true};
         } else {
-            if (step % 90 == 1) store.expect(row, row + 5, column, column + 20);
+            if (step % 90 == 1) store.expect({row, row + 5, column, column + 20});
             store.put(row, number_cell(column, step));
             model[{row, column}] = {static_cast<double>(step), false, true};
         }
@@ -120,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(Spreads, CellStoreChanges, testing::Values(4, 30, 700, 
 TEST(CellStore, TakesRowsInAnyOrder) {
     constexpr int kRows = 200'000;
     for (const int step : {1, kRows - 1, 7'919}) { // up, down, all over
-        CellStore store;
+        CellStore store(kMaxColumns);
         for (int i = 0; i < kRows; ++i)
             store.put(static_cast<int>(std::int64_t{i} * step % kRows), number_cell(1, i));
         EXPECT_EQ(store.size(), static_cast<std::size_t>(kRows)) << step;
@@ -129,11 +130,11 @@ TEST(CellStore, TakesRowsInAnyOrder) {
 }
 
 TEST(CellStore, ClearsHugeRectanglesOfFewCells) {
-    CellStore store;
+    CellStore store(kMaxColumns);
     for (int row : {0, 500'000, kMaxRows - 1})
         store.put(row, number_cell(kMaxColumns - 1, 1));
     for (int i = 0; i < 10'000; ++i)
-        store.remove(1, kMaxRows - 2, 0, kMaxColumns - 1);
+        store.remove({1, kMaxRows - 2, 0, kMaxColumns - 1});
     EXPECT_EQ(store.size(), 2u);
     EXPECT_EQ(store.find(500'000, kMaxColumns - 1), nullptr);
 }
@@ -141,9 +142,9 @@ TEST(CellStore, ClearsHugeRectanglesOfFewCells) {
 TEST(ClearedCells, AnswersForRowsInWhateverOrder) {
     ClearedCells cleared;
     for (int row = 10; row < 1000; ++row)
-        cleared.add(row, row, 4, 4); // a column cell by cell
-    cleared.add(5, 20, 0, 2);
-    cleared.add(5, 5, 3, 9);
+        cleared.add({row, row, 4, 4}); // a column cell by cell
+    cleared.add({5, 20, 0, 2});
+    cleared.add({5, 5, 3, 9});
     ClearedCells::Walk walk(cleared);
     EXPECT_FALSE(walk.move_to(4));
     EXPECT_EQ(walk.next_row(), 5);
@@ -156,8 +157,8 @@ TEST(ClearedCells, AnswersForRowsInWhateverOrder) {
     for (const auto& c : cases)
         EXPECT_EQ(walk.move_to(c.row) && walk.holds(c.column), c.expected)
             << c.row << ' ' << c.column;
-    EXPECT_TRUE(cleared.intersects(0, kMaxRows, 9, 9));
-    EXPECT_FALSE(cleared.intersects(6, kMaxRows, 5, 9));
+    EXPECT_TRUE(cleared.intersects({0, kMaxRows, 9, 9}));
+    EXPECT_FALSE(cleared.intersects({6, kMaxRows, 5, 9}));
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include "workbook/xlsx/reading/escaped_text.h"
 #include "workbook/xlsx/reading/iso_date.h"
 #include "workbook/xlsx/reading/shared_strings.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook::test {
 namespace {
@@ -33,7 +34,7 @@ void put(CellStore& store, int row, std::initializer_list<int> columns, bool bla
 }
 
 TEST(CellStore, FindsCellsAmongGaps) {
-    CellStore store;
+    CellStore store(kMaxColumns);
     put(store, 2, {0, 1, 2, 5, 9});
     put(store, 3, {4});
     put(store, 700'000, {16'383});
@@ -58,7 +59,7 @@ TEST(CellStore, FindsCellsAmongGaps) {
 }
 
 TEST(CellStore, KeepsBoundsOfAllAndOfFilledCells) {
-    CellStore store;
+    CellStore store(kMaxColumns);
     EXPECT_EQ(store.bounds().end_row, 0);
     put(store, 1, {7, 8}, true);
     put(store, 4, {3, 5});
@@ -75,7 +76,7 @@ TEST(CellStore, KeepsBoundsOfAllAndOfFilledCells) {
 }
 
 TEST(CellStore, HoldsMoreRowsThanOneChunk) {
-    CellStore store;
+    CellStore store(kMaxColumns);
     for (int row = 0; row < 100'000; ++row)
         put(store, row, {0, 1, 2});
     store.finish();
@@ -84,32 +85,35 @@ TEST(CellStore, HoldsMoreRowsThanOneChunk) {
         EXPECT_EQ(store.find(row, 2)->value.number, row * 100 + 2);
 }
 
-TEST(ParseIsoDate, GivesSerialNumbersOfBothSystems) {
+TEST(ParseIsoDate, GivesSerialNumbersOfEachBase) {
     const struct {
         const char* text;
-        bool date_1904;
+        DateBase base;
         double expected; // below -9000: not a date
     } cases[] = {
-        {"2021-01-01", false, 44197},
-        {"2021-01-01", true, 42735},
-        {"1900-01-01", false, 1},
-        {"1900-02-28", false, 59},
-        {"1900-03-01", false, 61},
-        {"1904-01-01", true, 0},
-        {"2024-03-01T13:05:00", false, 45352 + 785 / 1440.0},
-        {"2024-03-01T00:00:00.25Z", false, 45352 + 0.25 / 86400},
-        {"2024-03-01T06:00:00+02:00", false, 45352.25},
-        {"10:10:10", false, 36610 / 86400.0},
-        {"2021-02-29", false, -9999},
-        {"2021-13-01", false, -9999},
-        {"2021-01-01T25:00:00", false, -9999},
-        {"20210101", false, -9999},
-        {"2021-01-01x", false, -9999},
-        {"", false, -9999},
-        {"12:", false, -9999},
+        {"2021-01-01", DateBase::From1900, 44197},
+        {"2021-01-01", DateBase::From1904, 42735},
+        {"1900-01-01", DateBase::From1900, 1},
+        {"1900-02-28", DateBase::From1900, 59},
+        {"1900-03-01", DateBase::From1900, 61},
+        {"1904-01-01", DateBase::From1904, 0},
+        {"1899-12-30", DateBase::From1900, -1},
+        {"1899-12-30", DateBase::From1899, 0},
+        {"1900-02-28", DateBase::From1899, 60},
+        {"2024-03-01T13:05:00", DateBase::From1900, 45352 + 785 / 1440.0},
+        {"2024-03-01T00:00:00.25Z", DateBase::From1900, 45352 + 0.25 / 86400},
+        {"2024-03-01T06:00:00+02:00", DateBase::From1900, 45352.25},
+        {"10:10:10", DateBase::From1900, 36610 / 86400.0},
+        {"2021-02-29", DateBase::From1900, -9999},
+        {"2021-13-01", DateBase::From1900, -9999},
+        {"2021-01-01T25:00:00", DateBase::From1900, -9999},
+        {"20210101", DateBase::From1900, -9999},
+        {"2021-01-01x", DateBase::From1900, -9999},
+        {"", DateBase::From1900, -9999},
+        {"12:", DateBase::From1900, -9999},
     };
     for (const auto& c : cases) {
-        const auto serial = parse_iso_date(c.text, c.date_1904);
+        const auto serial = parse_iso_date(c.text, c.base);
         if (c.expected < -9000)
             EXPECT_FALSE(serial.has_value()) << c.text;
         else

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "workbook/cells/column_width.h"
 #include "workbook/xlsx/reading/column_widths.h"
 
 namespace workbook {

@@ -5,7 +5,7 @@
 
 #include "tests/workbook/memory_source.h"
 #include "workbook/number_format/date_format.h"
-#include "workbook/xlsx/reading/styles.h"
+#include "workbook/xlsx/reading/styles_reader.h"
 
 namespace workbook {
 namespace {
@@ -85,7 +85,7 @@ TEST(IsDateFormat, TellsNumbersAndText) {
         EXPECT_FALSE(is_date_format(code)) << code;
 }
 
-TEST(Styles, LooksUpFormatsOfCells) {
+TEST(CellFormats, LooksUpFormatsOfCells) {
     test::MemorySource part(R"(<x:styleSheet xmlns:x="m"><x:numFmts count="99">
 <x:numFmt numFmtId="164" formatCode="d&quot;x&quot;"/><x:numFmt numFmtId="165" formatCode="0&quot;d&quot;"/>
 <x:numFmt numFmtId="14" formatCode="0.0"/><x:numFmt numFmtId="58" formatCode="m/d"/></x:numFmts>
@@ -93,17 +93,17 @@ TEST(Styles, LooksUpFormatsOfCells) {
 <x:cellXfs count="1"><x:xf numFmtId="0"/><x:xf numFmtId="164" applyNumberFormat="0"/><x:xf numFmtId="165"/>
 <x:xf numFmtId="14"/><x:xf numFmtId="22"><x:protection locked="0"/></x:xf><x:xf numFmtId="58"/>
 <x:xf numFmtId="30"/><x:xf numFmtId="47"/><x:xf numFmtId="999"/><x:xf/><x:xf numFmtId="-1"/></x:cellXfs></x:styleSheet>)");
-    Styles styles(part);
+    CellFormats styles = read_styles(part);
     const bool dates[] = {false, true, false, false, true, true, false, true, false, false, false};
     ASSERT_EQ(styles.size(), std::size(dates));
     for (std::size_t i = 0; i < std::size(dates); ++i)
         EXPECT_EQ(styles.is_date(i), dates[i]) << i;
     EXPECT_FALSE(styles.is_date(1000));
-    EXPECT_EQ(styles.format(4).num_format, 22u);
-    EXPECT_FALSE(styles.format(4).locked);
-    EXPECT_TRUE(styles.format(0).locked);
+    EXPECT_EQ(styles[4].num_format, 22u);
+    EXPECT_FALSE(styles[4].locked);
+    EXPECT_TRUE(styles[0].locked);
 
-    const std::size_t added = styles.add_format();
+    const std::size_t added = styles.add();
     EXPECT_FALSE(styles.is_date(added));
     styles.set_num_format(added, 22);
     EXPECT_TRUE(styles.is_date(added));

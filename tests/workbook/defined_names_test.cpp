@@ -13,7 +13,7 @@ namespace {
 std::string described(std::string_view formula) {
     const std::optional<NamedArea> area = parse_named_area(formula);
     if (!area) return "none";
-    const CellRectangle& cells = area->cells;
+    const Rectangle& cells = area->cells;
     return foundation::unicode::to_utf8(area->sheet) + " " + std::to_string(cells.first_row) + "-" +
            std::to_string(cells.last_row) + " " + std::to_string(cells.first_column) + "-" +
            std::to_string(cells.last_column);

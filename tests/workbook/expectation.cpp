@@ -8,7 +8,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "workbook/cells/cell_reference.h"
+#include "workbook/cells/cell_name.h"
+#include "workbook/xlsx/cell_reference.h"
 
 namespace workbook::test {
 

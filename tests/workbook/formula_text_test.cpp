@@ -3,7 +3,7 @@
 // Formulas that are moved, and formulas whose sheets are named otherwise or gone.
 #include <gtest/gtest.h>
 
-#include "workbook/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_text.h"
 
 namespace workbook {
 namespace {

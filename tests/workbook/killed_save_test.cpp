@@ -14,14 +14,14 @@
 
 #include "foundation/output_file.h"
 #include "tests/workbook/scratch_folder.h"
-#include "workbook/xlsx/xlsx_book.h"
+#include "workbook/library.h"
 
 namespace workbook {
 namespace {
 
 namespace files = foundation::files;
 
-/// Kills the process at one operation; `after` kills it behind that operation instead.
+/// Kills the process at one operation; `after` kills it after that operation instead.
 class DeadlyOutput final : public files::OutputFile {
   public:
     DeadlyOutput(std::unique_ptr<files::OutputFile> target, int operations, bool after)
@@ -60,11 +60,10 @@ std::string bytes_of(const std::u16string& path) {
 bool save_in_child(const std::u16string& path, int operations, bool after) {
     const pid_t child = ::fork();
     if (child == 0) {
-        XlsxBook book([=](std::u16string_view target) {
-            return std::make_unique<DeadlyOutput>(files::replace_file(target), operations, after);
-        });
-        const bool saved =
-            book.load(path) && book.get_sheet(0)->write_num(0, 0, 2.0, nullptr) && book.save(path);
+        const std::unique_ptr<Book> book = xlCreateXMLBookW();
+        DeadlyOutput out(files::replace_file(path), operations, after);
+        const bool saved = book->load(path) && book->get_sheet(0)->write_num(0, 0, 2.0, nullptr) &&
+                           book->save(out, u"");
         ::_exit(saved ? 0 : 1);
     }
     int status = 0;
@@ -77,9 +76,9 @@ bool save_in_child(const std::u16string& path, int operations, bool after) {
 TEST(KilledSave, LeavesTheOldFileOrTheNewOne) {
     const test::ScratchFolder folder;
     const std::u16string path = folder.file("b.xlsx");
-    XlsxBook made;
-    ASSERT_TRUE(made.insert_sheet(0, u"S", nullptr)->write_num(0, 0, 1.0, nullptr));
-    ASSERT_TRUE(made.save(path)) << made.error_message();
+    const std::unique_ptr<Book> made = xlCreateXMLBookW();
+    ASSERT_TRUE(made->insert_sheet(0, u"S", nullptr)->write_num(0, 0, 1.0, nullptr));
+    ASSERT_TRUE(made->save(path)) << made->error_message();
     const std::string before = bytes_of(path);
     for (const bool after : {false, true}) {
         int operation = 0;
@@ -87,18 +86,21 @@ TEST(KilledSave, LeavesTheOldFileOrTheNewOne) {
             ASSERT_LT(operation, 10'000);
             if (save_in_child(path, operation, after)) break;
             if (bytes_of(path) == before) continue;
-            XlsxBook read; // only the last operation may have changed the file, and then wholly
-            ASSERT_TRUE(read.load(path)) << read.error_message();
-            EXPECT_EQ(read.get_sheet(0)->read_num(0, 0), 2.0);
+            const std::unique_ptr<Book> read =
+                xlCreateXMLBookW(); // only the last operation may have changed the file, and then
+                                    // wholly
+            ASSERT_TRUE(read->load(path)) << read->error_message();
+            EXPECT_EQ(read->get_sheet(0)->read_num(0, 0), 2.0);
             ASSERT_TRUE(after);
-            ASSERT_TRUE(made.save(path));
+            ASSERT_TRUE(made->save(path));
             ASSERT_EQ(bytes_of(path), before);
         }
         EXPECT_GT(operation, 10);
-        XlsxBook read;
-        ASSERT_TRUE(read.load(path)) << "what the killed ones left behind disturbs nobody";
-        EXPECT_EQ(read.get_sheet(0)->read_num(0, 0), 2.0);
-        ASSERT_TRUE(made.save(path));
+        const std::unique_ptr<Book> read = xlCreateXMLBookW();
+        ASSERT_TRUE(read->load(path)) << read->error_message();
+        EXPECT_EQ(read->get_sheet(0)->read_num(0, 0), 2.0);
+        ASSERT_TRUE(made->save(path));
+        EXPECT_EQ(folder.file_count(), 1u) << "killed saves left files";
     }
 }
 

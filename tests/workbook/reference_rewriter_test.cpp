@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/workbook/memory_source.h"
-#include "workbook/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_text.h"
 #include "workbook/xlsx/structure/reference_rewriter.h"
 
 namespace workbook {

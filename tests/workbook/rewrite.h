@@ -10,8 +10,11 @@
 
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/string_sink.h"
-#include "workbook/cells/cell_reference.h"
+#include "workbook/cells/cell_name.h"
+#include "workbook/xlsx/cell_reference.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 #include "workbook/xlsx/writing/worksheet_rewriter.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook::test {
 
@@ -22,7 +25,7 @@ class RewrittenSheet {
           step_(step),
           is_whole_(rows.first <= 0 && rows.last >= kMaxRows - 1) {
         MemorySource part(source_, step_);
-        read_worksheet(part, rows, false, cells, tail);
+        read_worksheet(part, rows, DateBase::From1900, cells, tail);
         for (std::uint32_t i = 0; i < 1000; ++i)
             shared_index_of.push_back(1000 + i);
     }
@@ -63,10 +66,10 @@ class RewrittenSheet {
         }
     }
     void clear(const std::string& area) {
-        const AreaReference a = *parse_area_reference(area);
+        const Rectangle a = *parse_area_reference(area);
         changes.cells = true;
-        changes.cleared.add(a.first_row, a.last_row, a.first_column, a.last_column);
-        cells.cells.remove(a.first_row, a.last_row, a.first_column, a.last_column);
+        changes.cleared.add(a);
+        cells.cells.remove(a);
     }
 
     std::string write() const { return write_over(source_); }
@@ -78,9 +81,9 @@ class RewrittenSheet {
         return sink.text;
     }
 
-    WorksheetCells cells;
-    WorksheetTail tail;
-    WorksheetChanges changes;
+    SheetCells cells{kMaxColumns};
+    SheetTail tail;
+    SheetChanges changes;
     std::vector<std::uint32_t> shared_index_of;
 
   private:
@@ -99,7 +102,7 @@ class RewrittenSheet {
 };
 
 /// "A1/3=1.5 B1='text' C1=#7": all cells with their formats.
-inline std::string describe_cells(const WorksheetCells& cells) {
+inline std::string describe_cells(const SheetCells& cells) {
     std::ostringstream out;
     out.precision(17);
     cells.cells.for_each([&](int row, const StoredCell& cell) {
@@ -135,9 +138,9 @@ inline std::string describe_cells(const WorksheetCells& cells) {
 /// What the library's own reader finds in a part.
 inline std::string describe_part(const std::string& text) {
     MemorySource part(text);
-    WorksheetCells cells;
-    WorksheetTail tail;
-    read_worksheet(part, {}, false, cells, tail);
+    SheetCells cells(kMaxColumns);
+    SheetTail tail;
+    read_worksheet(part, {}, DateBase::From1900, cells, tail);
     return describe_cells(cells);
 }
 

@@ -6,6 +6,7 @@
 
 #include "tests/workbook/memory_source.h"
 #include "workbook/error.h"
+#include "workbook/xlsx/reading/styles_reader.h"
 #include "workbook/xlsx/writing/styles_writer.h"
 
 namespace workbook {
@@ -13,9 +14,9 @@ namespace {
 
 std::string with_date_format(const std::string& part) {
     test::MemorySource first(part), second(part);
-    Styles styles(first);
+    CellFormats styles = read_styles(first);
     const std::size_t known = styles.size();
-    styles.set_num_format(styles.add_format(), 22);
+    styles.add({22});
     return append_cell_formats(second, styles, known, styles.size());
 }
 
@@ -56,11 +57,11 @@ TEST(StylesWriter, AppendsFormats) {
 
 TEST(StylesWriter, ExtendsTheDefaultPart) {
     test::MemorySource part(with_date_format(std::string(default_styles_part())));
-    const Styles styles(part);
+    const CellFormats styles = read_styles(part);
     ASSERT_EQ(styles.size(), 2u);
     EXPECT_FALSE(styles.is_date(0));
     EXPECT_TRUE(styles.is_date(1));
-    EXPECT_TRUE(styles.format(1).locked);
+    EXPECT_TRUE(styles[1].locked);
 }
 
 } // namespace

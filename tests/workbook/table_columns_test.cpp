@@ -9,17 +9,39 @@
 #include <gtest/gtest.h>
 
 #include "foundation/files.h"
+#include "foundation/output_file.h"
 #include "foundation/unicode.h"
+#include "tests/failing_output.h"
 #include "tests/workbook/memory_source.h"
 #include "tests/workbook/scratch_folder.h"
 #include "tests/workbook/structured_book.h"
-#include "workbook/formula/formula_text.h"
 #include "workbook/library.h"
+#include "workbook/xlsx/formula/formula_text.h"
 
 namespace workbook::test {
 namespace {
 
 using ::testing::HasSubstr;
+
+TEST(TableHeader, IsAsBeforeWhenTheSaveFails) {
+    const std::unique_ptr<Book> book = xlCreateXMLBookW();
+    ASSERT_TRUE(book->load(foundation::files::memory_file(build_zip(structured_book()))));
+    Sheet& sheet = *book->get_sheet(0);
+    ASSERT_TRUE(sheet.write_num(0, 0, 2.5, nullptr));
+    std::string bytes;
+    for (int operations : {0, 3}) {
+        foundation::files::test::FailingOutput out(foundation::files::memory_output(bytes),
+                                                   operations);
+        EXPECT_FALSE(book->save(out, u"xlsx"));
+        EXPECT_EQ(sheet.read_num(0, 0), 2.5);
+    }
+    ASSERT_TRUE(sheet.clear(0, 0, 0, 0));
+    foundation::files::test::FailingOutput out(foundation::files::memory_output(bytes), 0);
+    EXPECT_FALSE(book->save(out, u"xlsx"));
+    EXPECT_EQ(sheet.cell_type(0, 0), CellKind::Empty);
+    ASSERT_TRUE(book->save(*foundation::files::memory_output(bytes), u"xlsx"));
+    EXPECT_EQ(sheet.read_str(0, 0), u"Column1") << "applications accept nothing but strings";
+}
 
 TEST(RenameColumns, FindsThemInStructuredReferences) {
     const auto map = [](std::string_view table, std::string_view column) {

@@ -7,9 +7,11 @@
 #include <gtest/gtest.h>
 
 #include "tests/workbook/memory_source.h"
-#include "workbook/cells/cell_reference.h"
+#include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
+#include "workbook/xlsx/cell_reference.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook::test {
 namespace {
@@ -24,7 +26,7 @@ std::string sheet_xml(const std::string& rows, const std::string& behind = "") {
            rows + "</sheetData>" + behind + "</worksheet>";
 }
 
-std::string describe(const WorksheetCells& cells) {
+std::string describe(const SheetCells& cells) {
     std::string out;
     cells.cells.for_each([&](int row, const StoredCell& cell) {
         out += cell_name(row, static_cast<int>(cell.column));
@@ -60,15 +62,15 @@ std::string describe(const WorksheetCells& cells) {
 }
 
 struct Sheet {
-    WorksheetCells cells;
-    WorksheetTail tail;
+    SheetCells cells{kMaxColumns};
+    SheetTail tail;
     bool whole = false;
 };
 
 Sheet read(const std::string& xml, RowSpan rows = {}, std::size_t piece = 1u << 20) {
     Sheet sheet;
     MemorySource source(xml, piece);
-    sheet.whole = read_worksheet(source, rows, false, sheet.cells, sheet.tail);
+    sheet.whole = read_worksheet(source, rows, DateBase::From1900, sheet.cells, sheet.tail);
     return sheet;
 }
 
@@ -268,14 +270,14 @@ TEST(ReadWorksheet, StopsBehindTheLastWantedRow) {
     const std::string xml = sheet_xml(rows, "<mergeCells><mergeCell ref=\"A1:B2\"/></mergeCells>");
     for (const std::string& text : {xml, in_disguise(xml), with_prefix(xml, "x:", ">")}) {
         MemorySource source(text, 4096);
-        WorksheetCells cells;
-        WorksheetTail tail;
-        EXPECT_FALSE(read_worksheet(source, {2, 4}, false, cells, tail));
+        SheetCells cells{kMaxColumns};
+        SheetTail tail;
+        EXPECT_FALSE(read_worksheet(source, {2, 4}, DateBase::From1900, cells, tail));
         EXPECT_EQ(describe(cells), "A3=3.000000 A4=4.000000 A5=5.000000");
         EXPECT_LT(source.position(), 10'000u);
         EXPECT_THAT(tail.merged_regions, IsEmpty());
         MemorySource again(text, 4096);
-        const WorksheetTail read_later = read_worksheet_tail(again);
+        const SheetTail read_later = read_worksheet_tail(again);
         ASSERT_EQ(read_later.merged_regions.size(), 1u);
         EXPECT_EQ(read_later.merged_regions[0].last_column, 1);
     }

@@ -11,6 +11,7 @@
 #include <pugixml.hpp>
 
 #include "tests/workbook/rewrite.h"
+#include "workbook/cells/cell_name.h"
 #include "workbook/xlsx/writing/cell_markup.h"
 
 namespace workbook::test {

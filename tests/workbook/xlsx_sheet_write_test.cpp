@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Changes to sheets of a book: what is refused, what the reads see at once, and what a file holds.
-#include <cmath>
 #include <fstream>
-#include <limits>
 #include <memory>
 #include <string>
 
@@ -13,7 +11,6 @@
 #include "tests/workbook/scratch_folder.h"
 #include "tests/workbook/zip_builder.h"
 #include "workbook/library.h"
-#include "workbook/limits.h"
 
 namespace workbook::test {
 namespace {
@@ -103,36 +100,6 @@ TEST_F(SheetChanges, GiveNewFormatsToWrittenCellsOnly) {
     }
 }
 
-TEST_F(SheetChanges, AreRefusedWithAReason) {
-    Sheet& sheet = open("<sheetData/>");
-    const auto other = xlCreateXMLBookW();
-    ASSERT_NE(other->insert_sheet(0, u"x", nullptr), nullptr);
-    const Format* foreign = other->add_format();
-    ASSERT_NE(foreign, nullptr);
-    const auto refused = [&](bool answer, const char* reason) {
-        EXPECT_FALSE(answer) << reason;
-        EXPECT_THAT(book_->error_message(), HasSubstr(reason));
-        EXPECT_THAT(book_->error_message(), HasSubstr("\"Data\""));
-    };
-    const double infinity = std::numeric_limits<double>::infinity();
-    refused(sheet.write_num(0, 0, infinity, nullptr), "finite");
-    refused(sheet.write_num(0, 0, std::nan(""), nullptr), "finite");
-    refused(sheet.write_num(-1, 0, 1, nullptr), "within a sheet");
-    refused(sheet.write_bool(kMaxRows, 0, true, nullptr), "within a sheet");
-    refused(sheet.write_str(0, kMaxColumns, u"x", nullptr), "within a sheet");
-    refused(sheet.write_blank(0, -1, nullptr), "within a sheet");
-    refused(sheet.write_num(0, 0, 1, foreign), "another workbook");
-    refused(sheet.clear(0, kMaxRows, 0, 0), "within a sheet");
-    refused(sheet.clear(2, 1, 0, 0), "within a sheet");
-    refused(sheet.delete_merge(0), "no merged region 0");
-    refused(sheet.set_column_width(0, 256), "wide");
-    refused(sheet.set_column_width(0, std::nan("")), "wide");
-    refused(sheet.set_column_width(kMaxColumns, 1), "within a sheet");
-    refused(sheet.auto_fit_columns(3, 2), "within a sheet");
-    refused(sheet.set_hidden(SheetState::Hidden), "visible");
-    EXPECT_EQ(sheet.end_row(), 0);
-}
-
 TEST_F(SheetChanges, ShowTheFormatOfCellRowOrColumn) {
     Sheet& sheet =
         open(R"(<cols><col min="3" max="3" width="9" style="1"/></cols><sheetData>)"
@@ -174,6 +141,53 @@ TEST_F(SheetChanges, OfMergedRegionsAndProtectionReachTheFile) {
     EXPECT_EQ(again.merge_size(), 0);
 }
 
+/// Rows 2 and 3 of four; what follows the cells is `tail`.
+std::string four_rows(const std::string& tail) {
+    return R"(<sheetData><row r="1"><c r="A1" s="3"><v>5</v></c></row><row r="2"/><row r="3"/>)"
+           R"(<row r="4" s="2" customFormat="1"><c r="B4" t="inlineStr"><is><t>a string that is )"
+           R"(wide</t></is></c></row></sheetData>)" +
+           tail;
+}
+
+TEST_F(SheetChanges, KnowFormatsAndWidthsOfRowsThatWereNotLoaded) {
+    open(four_rows(""));
+    ASSERT_TRUE(book_->load_partially(folder_.file("book.xlsx"), 0, 1, 2));
+    Sheet& sheet = *book_->get_sheet(0);
+    EXPECT_EQ(sheet.end_row(), 0);
+    ASSERT_TRUE(sheet.auto_fit_columns(0, 1));
+    EXPECT_GT(sheet.column_width(0), 10) << "a date";
+    EXPECT_GT(sheet.column_width(1), 15);
+    EXPECT_EQ(format_at(sheet, 0, 0), 14);
+    EXPECT_TRUE(sheet.is_date(0, 0));
+    EXPECT_EQ(format_at(sheet, 3, 5), 12) << "of the row";
+    EXPECT_EQ(format_at(sheet, 2, 5), -1);
+    EXPECT_EQ(sheet.read_str(3, 1), u"a string that is wide");
+}
+
+TEST_F(SheetChanges, FailWhereTheRestOfAPartialLoadIsDamaged) {
+    const std::string regions = R"(<mergeCells><mergeCell ref="A1:!"/></mergeCells>)";
+    std::ofstream(folder_.path() / "book.xlsx", std::ios::binary) << book_with(four_rows(regions));
+    book_ = xlCreateXMLBookW();
+    for (int again = 0; again < 2; ++again) {
+        ASSERT_TRUE(book_->load_partially(folder_.file("book.xlsx"), 0, 0, 1));
+        const Sheet& read = *book_->get_sheet(0);
+        EXPECT_EQ(read.read_num(0, 0), 5.0);
+        EXPECT_EQ(book_->error_kind(), again == 0 ? ErrorKind::None : ErrorKind::Damaged);
+        EXPECT_FALSE(read.need_tail());
+        EXPECT_EQ(book_->error_kind(), ErrorKind::Damaged);
+        EXPECT_THAT(book_->error_message(), HasSubstr("A1:!"));
+        EXPECT_EQ(read.merge_size(), 0);
+        EXPECT_FALSE(read.need_rows(3, 3));
+        EXPECT_TRUE(read.need_rows(0, 1));
+        EXPECT_EQ(read.cell_type(3, 1), CellKind::Empty);
+    }
+    Sheet& sheet = *book_->get_sheet(0);
+    EXPECT_FALSE(sheet.delete_merge(0));
+    EXPECT_FALSE(sheet.set_protect(true));
+    EXPECT_FALSE(sheet.auto_fit_columns(0, 0));
+    EXPECT_EQ(book_->insert_sheet(1, u"Copy", &sheet), nullptr);
+}
+
 TEST_F(SheetChanges, FitColumnsThatHaveContent) {
     Sheet& sheet = open(R"(<cols><col min="1" max="4" width="30"/></cols><sheetData>)"
                         R"(<row r="1"><c r="A1"><v>5</v></c><c r="B1" s="1"/></row></sheetData>)");
@@ -191,40 +205,6 @@ TEST_F(SheetChanges, FitColumnsThatHaveContent) {
     EXPECT_EQ(saved.column_width(2), width_of_c);
     EXPECT_EQ(saved.column_width(1), 30);
     EXPECT_EQ(saved.column_width(4), width_of_e);
-}
-
-TEST_F(SheetChanges, OfACopyAreItsOwn) {
-    Sheet& sheet = open(R"(<sheetData><row r="1"><c r="A1" t="inlineStr"><is><t>old</t></is></c>)"
-                        R"(<c r="B1"><v>2</v></c></row></sheetData>)");
-    ASSERT_TRUE(sheet.write_str(0, 2, u"added", nullptr));
-    ASSERT_TRUE(sheet.clear(0, 0, 1, 1));
-    Sheet* copy = book_->insert_sheet(1, u"Copy", &sheet);
-    ASSERT_NE(copy, nullptr) << book_->error_message();
-    ASSERT_TRUE(copy->write_num(5, 5, 7, nullptr));
-    ASSERT_TRUE(sheet.write_num(0, 0, 1, nullptr));
-    save_and_reload();
-    const Sheet& saved = *book_->get_sheet(0);
-    const Sheet& saved_copy = *book_->get_sheet(1);
-    EXPECT_EQ(saved.read_num(0, 0), 1);
-    EXPECT_EQ(saved.cell_type(5, 5), CellKind::Empty);
-    EXPECT_EQ(saved_copy.read_str(0, 0), u"old");
-    EXPECT_EQ(saved_copy.read_str(0, 2), u"added");
-    EXPECT_EQ(saved_copy.cell_type(0, 1), CellKind::Empty);
-    EXPECT_EQ(saved_copy.read_num(5, 5), 7);
-}
-
-TEST_F(SheetChanges, SurviveASecondSaveOverTheFile) {
-    Sheet& sheet = open("<sheetData/>");
-    ASSERT_TRUE(sheet.write_str(3, 1, u"x", nullptr));
-    const std::u16string path = folder_.file("book.xlsx");
-    ASSERT_TRUE(book_->save(path)) << book_->error_message();
-    ASSERT_TRUE(sheet.clear(3, 3, 1, 1));
-    ASSERT_TRUE(sheet.write_bool(4, 0, true, nullptr));
-    ASSERT_TRUE(book_->save(path)) << book_->error_message();
-    const Sheet& saved = reload("book.xlsx");
-    EXPECT_EQ(saved.first_row(), 4);
-    EXPECT_EQ(saved.end_row(), 5);
-    EXPECT_TRUE(saved.read_bool(4, 0));
 }
 
 } // namespace

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Filling the store and its bounds; changes are in cell_store_edit.cpp.
 #include "workbook/cells/cell_store.h"
 
 #include <algorithm>
 #include <cstring>
 
+#include "foundation/large_block.h"
+
 namespace workbook {
 
 namespace {
 
-// A row must fit into one chunk, so that its cells lie side by side. Memory that no cell is written
-// to is never touched.
-constexpr std::size_t kRowRoom = kMaxColumns;
-
-// 512 KiB, 1 MiB, then 2 MiB each.
+// 512 KiB, doubled up to 8 MiB.
 std::size_t chunk_cells(std::size_t chunks_before) {
-    return (std::size_t{2} << std::min<std::size_t>(chunks_before, 2)) * kRowRoom;
+    return std::size_t{32 << 10} << std::min<std::size_t>(chunks_before, 4);
 }
 
 bool by_column(const StoredCell& a, const StoredCell& b) {
@@ -41,15 +41,18 @@ class BoundsCollector {
 
 } // namespace
 
+// A row must fit into one chunk, so that its cells are side by side. Memory that no cell is written
+// to is never touched.
 void CellStore::begin_row(int row) {
-    if (static_cast<std::size_t>(chunk_end_ - open_end_) < kRowRoom) {
-        const std::size_t cells = chunk_cells(chunks_.size());
+    if (static_cast<std::size_t>(chunk_end_ - open_end_) < max_columns_) {
+        const std::size_t cells = std::max<std::size_t>(chunk_cells(chunks_.size()), max_columns_);
         chunks_.emplace_back(new StoredCell[cells]);
         open_end_ = chunks_.back().get();
+        foundation::expect_to_fill(open_end_, cells * sizeof(StoredCell));
         chunk_end_ = open_end_ + cells;
     }
     open_begin_ = open_end_;
-    open_limit_ = open_begin_ + kRowRoom;
+    open_limit_ = open_begin_ + max_columns_;
     open_row_ = static_cast<std::uint32_t>(row);
     in_order_ = true;
 }

@@ -45,7 +45,8 @@ bool before_column(const StoredCell& cell, std::uint32_t column) {
 } // namespace
 
 CellStore::CellStore(const CellStore& other)
-    : size_(other.size_),
+    : max_columns_(other.max_columns_),
+      size_(other.size_),
       bounds_outdated_(other.bounds_outdated_),
       bounds_(other.bounds_),
       filled_bounds_(other.filled_bounds_) {
@@ -201,8 +202,7 @@ void CellStore::make_room(std::size_t i) {
 
 // For a row that is full.
 std::uint32_t CellStore::wanted_capacity(const Row& row) const {
-    const std::uint32_t doubled =
-        std::min(std::max(2 * row.count, kFirstCapacity), static_cast<std::uint32_t>(kMaxColumns));
+    const std::uint32_t doubled = std::min(std::max(2 * row.count, kFirstCapacity), max_columns_);
     const auto index = static_cast<int>(row.index);
     if (index < expected_.first_row || index > expected_.last_row) return doubled;
     const auto first = static_cast<std::uint32_t>(expected_.first_column);
@@ -227,21 +227,21 @@ StoredCell* CellStore::take_cells(std::size_t count) {
     return taken;
 }
 
-void CellStore::expect(int first_row, int last_row, int first_column, int last_column) {
-    const std::int64_t rows = std::int64_t{last_row} - first_row + 1;
-    const std::int64_t columns = std::int64_t{last_column} - first_column + 1;
+void CellStore::expect(const Rectangle& area) {
+    const std::int64_t rows = std::int64_t{area.last_row} - area.first_row + 1;
+    const std::int64_t columns = std::int64_t{area.last_column} - area.first_column + 1;
     expected_ = {};
     if (rows <= 0 || columns <= 0 || rows * columns > kMaxExpectedCells) return;
-    expected_ = {first_row, last_row, first_column, last_column};
+    expected_ = area;
 }
 
-void CellStore::remove(int first_row, int last_row, int first_column, int last_column) {
-    for (std::size_t i = row_from(first_row); i < rows_.size(); ++i) {
+void CellStore::remove(const Rectangle& area) {
+    for (std::size_t i = row_from(area.first_row); i < rows_.size(); ++i) {
         Row& row = rows_[i];
-        if (static_cast<int>(row.index) > last_row) break;
+        if (static_cast<int>(row.index) > area.last_row) break;
         const std::uint32_t before = row.count;
-        remove_from(row, static_cast<std::uint32_t>(first_column),
-                    static_cast<std::uint32_t>(last_column));
+        remove_from(row, static_cast<std::uint32_t>(area.first_column),
+                    static_cast<std::uint32_t>(area.last_column));
         size_ -= before - row.count;
         bounds_outdated_ |= before != row.count;
     }

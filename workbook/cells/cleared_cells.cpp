@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Rectangles in the order in which they were cleared; a walk orders them by row.
 #include "workbook/cells/cleared_cells.h"
 
 #include <algorithm>
@@ -7,31 +9,29 @@
 namespace workbook {
 
 // Who clears cell by cell, down a column or along a row, leaves one rectangle.
-void ClearedCells::add(int first_row, int last_row, int first_column, int last_column) {
+void ClearedCells::add(const Rectangle& area) {
     if (!rectangles_.empty()) {
         Rectangle& last = rectangles_.back();
         const bool same_columns =
-            last.first_column == first_column && last.last_column == last_column;
-        const bool same_rows = last.first_row == first_row && last.last_row == last_row;
-        if (same_columns && first_row >= last.first_row && first_row <= last.last_row + 1) {
-            last.last_row = std::max(last.last_row, last_row);
+            last.first_column == area.first_column && last.last_column == area.last_column;
+        const bool same_rows = last.first_row == area.first_row && last.last_row == area.last_row;
+        if (same_columns && area.first_row >= last.first_row &&
+            area.first_row <= last.last_row + 1) {
+            last.last_row = std::max(last.last_row, area.last_row);
             return;
         }
-        if (same_rows && first_column >= last.first_column &&
-            first_column <= last.last_column + 1) {
-            last.last_column = std::max(last.last_column, last_column);
+        if (same_rows && area.first_column >= last.first_column &&
+            area.first_column <= last.last_column + 1) {
+            last.last_column = std::max(last.last_column, area.last_column);
             return;
         }
     }
-    rectangles_.push_back({first_row, last_row, first_column, last_column});
+    rectangles_.push_back(area);
 }
 
-bool ClearedCells::intersects(int first_row, int last_row, int first_column,
-                              int last_column) const {
-    return std::any_of(rectangles_.begin(), rectangles_.end(), [&](const Rectangle& r) {
-        return r.first_row <= last_row && r.last_row >= first_row &&
-               r.first_column <= last_column && r.last_column >= first_column;
-    });
+bool ClearedCells::intersects(const Rectangle& area) const {
+    return std::any_of(rectangles_.begin(), rectangles_.end(),
+                       [&](const Rectangle& r) { return r.intersects(area); });
 }
 
 ClearedCells::Walk::Walk(const ClearedCells& cells)
@@ -67,7 +67,7 @@ bool ClearedCells::Walk::holds(int column) const {
 
 int ClearedCells::Walk::next_row() const {
     if (!active_.empty()) return row_;
-    return next_ < order_.size() ? cells_.rectangles_[order_[next_]].first_row : kMaxRows;
+    return next_ < order_.size() ? cells_.rectangles_[order_[next_]].first_row : kNoRow;
 }
 
 } // namespace workbook

@@ -7,19 +7,26 @@
 #include <cstddef>
 #include <vector>
 
-#include "workbook/limits.h"
+#include <climits>
+
+#include "workbook/cells/rectangle.h"
 
 namespace workbook {
 
 class ClearedCells {
   public:
-    /// Zero-based, corners inclusive.
-    void add(int first_row, int last_row, int first_column, int last_column);
+    void add(const Rectangle& area);
     bool empty() const { return rectangles_.empty(); }
     /// Whether a cell of this rectangle is among them.
-    bool intersects(int first_row, int last_row, int first_column, int last_column) const;
+    bool intersects(const Rectangle& area) const;
+    /// In no order; they may overlap.
+    const std::vector<Rectangle>& rectangles() const { return rectangles_; }
 
-    /// Answers row by row; quick for rows in ascending order, as a part is written.
+    /// No row, after every row.
+    static constexpr int kNoRow = INT_MAX;
+
+    /// Says row by row which cells are cleared; quick for rows in ascending order, as a part is
+    /// written.
     class Walk {
       public:
         explicit Walk(const ClearedCells& cells);
@@ -27,7 +34,7 @@ class ClearedCells {
         bool move_to(int row);
         /// Whether the cell of the current row is cleared.
         bool holds(int column) const;
-        /// The first row from the current one on that has a cleared cell; `kMaxRows` for none.
+        /// The first row from the current one on that has a cleared cell; `kNoRow` for none.
         int next_row() const;
 
       private:
@@ -42,9 +49,6 @@ class ClearedCells {
     };
 
   private:
-    struct Rectangle {
-        int first_row, last_row, first_column, last_column;
-    };
     std::vector<Rectangle> rectangles_;
 };
 

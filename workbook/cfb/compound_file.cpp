@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/large_block.h"
 #include "foundation/unicode.h"
 #include "workbook/cfb/compound_format.h"
 #include "workbook/error.h"
@@ -105,7 +106,10 @@ std::vector<Extent> CompoundFile::locate(const CompoundEntry& stream) const {
 
 std::string CompoundFile::read_stream(const CompoundEntry& stream) {
     const std::vector<Extent> extents = locate(stream);
-    std::string bytes(static_cast<std::size_t>(stream.size), '\0');
+    std::string bytes;
+    bytes.reserve(static_cast<std::size_t>(stream.size));
+    foundation::expect_to_fill(bytes.data(), bytes.capacity());
+    bytes.resize(static_cast<std::size_t>(stream.size));
     char* next = bytes.data();
     for (const Extent& extent : extents) {
         const auto count = static_cast<std::size_t>(extent.count);

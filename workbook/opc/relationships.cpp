@@ -35,7 +35,9 @@ std::vector<Relationship> read_relationships(ByteSource& part, std::string_view 
             relationship.is_external ? std::string{target} : resolve_target(source, target);
         target_bytes += relationship.target.size();
         if (target_bytes > kMaxTargetBytes)
-            throw Error::limit(part.part_name(), "its targets are too long");
+            throw Error::limit(part.part_name(), "more than " +
+                                                     std::to_string(kMaxTargetBytes >> 20) +
+                                                     " MiB of targets");
         relationships.push_back(std::move(relationship));
     });
     return relationships;

@@ -8,18 +8,20 @@
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/xlsx/reading/shared_strings.h"
+#include "workbook/xlsx/reading/styles_reader.h"
 #include "workbook/xlsx/structure/workbook_editor.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
 
 BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_view path,
-                           std::string& error_text)
-    : package(std::move(opened)),
+                           LastError& last_error)
+    : StoredBook(kXlsxLimits, last_error),
+      package(std::move(opened)),
       source_path(path),
       workbook(read_workbook_part(*package)),
-      sheets(workbook.sheets.size()),
-      error_message(error_text) {}
+      sheets(workbook.sheets.size()) {}
 
 BookContents::~BookContents() = default;
 
@@ -51,48 +53,61 @@ void BookContents::need_styles() {
 
 // Damaged files have cells with formats that they do not define. A format that is added must not
 // become theirs, so their indexes go to formats that change nothing.
-XlsxFormat& BookContents::add_format() {
+StoredFormat& BookContents::add_format() {
     need_styles();
     if (claimed_formats_.empty()) {
         claimed_formats_.resize(kMaxCellFormats);
         for (const auto& sheet : sheets)
-            if (sheet != nullptr) sheet->mark_formats(styles.size(), claimed_formats_);
+            if (sheet != nullptr) sheet->mark_formats(cell_formats.size(), claimed_formats_);
     }
     for (bool is_claimed = true; is_claimed;) {
-        if (styles.size() >= kMaxCellFormats)
-            throw Error::refused("the workbook can hold no more cell formats");
-        is_claimed = claimed_formats_[styles.size()];
-        const std::size_t index = styles.add_format();
-        formats.emplace_back(styles, index);
+        if (cell_formats.size() >= kMaxCellFormats)
+            throw Error::limit("the workbook",
+                               "more than " + std::to_string(kMaxCellFormats) + " cell formats");
+        is_claimed = claimed_formats_[cell_formats.size()];
+        add_cell_format();
     }
     return formats.back();
 }
 
 void BookContents::read_styles() {
     const std::string& part = workbook.styles_part;
-    if (!part.empty()) styles = Styles(*package->open_part(part));
-    formats_in_file = styles.size();
+    if (!part.empty()) cell_formats = workbook::read_styles(*package->open_part(part));
+    formats_in_file = cell_formats.size();
     // Cells without a format have format 0, which a file need not define: a format added later must
     // not become theirs.
-    if (styles.size() == 0) styles.add_format();
-    for (std::size_t i = 0; i < styles.size(); ++i)
-        formats.emplace_back(styles, i);
+    if (cell_formats.size() == 0) cell_formats.add();
+    for (std::size_t i = 0; i < cell_formats.size(); ++i)
+        formats.emplace_back(cell_formats, i);
 }
 
 void BookContents::read_sheet(std::size_t index, RowSpan rows) {
-    if (workbook.sheets[index]->kind != SheetKind::Worksheet) return;
-    sheets[index] = std::make_unique<XlsxSheet>(*this, *workbook.sheets[index], rows);
+    SheetEntry& entry = *workbook.sheets[index];
+    if (entry.kind != SheetKind::Worksheet) return;
+    sheets[index] = entry.part.empty() ? std::make_unique<XlsxSheet>(*this, entry)
+                                       : std::make_unique<XlsxSheet>(*this, entry, rows);
 }
 
 void BookContents::read_strings() {
     std::uint64_t wanted = 0;
     for (const auto& sheet : sheets)
         if (sheet != nullptr) wanted = std::max(wanted, sheet->shared_strings_end());
-    const std::string& part = workbook.shared_strings_part;
-    if (wanted > 0 && !part.empty())
-        read_shared_strings(*package->open_part(part), wanted, shared_strings);
+    need_strings(wanted);
     for (const auto& sheet : sheets)
         if (sheet != nullptr) sheet->check_shared_strings();
+}
+
+void BookContents::need_strings(std::uint64_t end) {
+    const std::string& part = workbook.shared_strings_part;
+    if (end <= shared_strings.size() || part.empty()) return;
+    StringPool strings;
+    read_shared_strings(*package->open_part(part), end, strings);
+    shared_strings = std::move(strings);
+}
+
+std::unique_ptr<ByteSource> BookContents::open_sheet_part(const SheetEntry& sheet) {
+    open_package();
+    return editor_ != nullptr ? editor_->open_sheet(sheet) : package->open_part(sheet.part);
 }
 
 std::size_t BookContents::wanted_sheet(int index) const {
@@ -108,17 +123,29 @@ std::size_t BookContents::wanted_sheet(int index) const {
 
 void BookContents::open_package() {
     if (package->is_open()) return;
+    if (!saved_bytes_) {
+        package->reopen(open_source());
+        return;
+    }
+    auto file = open_source();
+    if (file->size() != *saved_bytes_)
+        throw Error::file("the file has been changed on disk since it was saved");
+    package = std::make_unique<OpcPackage>(std::move(file));
+    if (editor_ != nullptr) editor_->rebase(*package);
+    saved_bytes_.reset();
+}
+
+std::unique_ptr<foundation::files::RandomAccessFile> BookContents::open_source() const {
     try {
-        package->reopen(foundation::files::open_for_reading(source_path));
-    } catch (const foundation::files::FileError& error) {
-        throw Error::file(std::string("the file that was loaded cannot be opened again: ") +
-                          error.what());
+        return foundation::files::open_for_reading(source_path);
+    } catch (const foundation::files::FileError& problem) {
+        throw Error::file(problem, "the file that was loaded cannot be opened again");
     }
 }
 
 void BookContents::close_package() {
     const bool is_complete = std::all_of(sheets.begin(), sheets.end(), [](const auto& sheet) {
-        return sheet == nullptr || sheet->is_complete();
+        return sheet == nullptr || sheet->is_tail_read();
     });
     if (is_complete && !source_path.empty()) package->close_file();
 }
@@ -142,6 +169,8 @@ XlsxSheet& BookContents::insert_sheet(int index, std::u16string_view name, const
     });
     if (source != nullptr && original == sheets.end())
         throw Error::missing("the sheet to copy is not one of this workbook");
+    if (source != nullptr && !source->need_tail())
+        throw Error::damaged("the sheet to copy", error.message());
     need_styles();
     std::unique_ptr<XlsxSheet> inserted;
     if (source == nullptr)
@@ -182,9 +211,10 @@ void BookContents::set_date_1904(bool on) {
     editor().set_date_1904(on);
 }
 
-void BookContents::continue_with(std::unique_ptr<OpcPackage> saved) {
-    package = std::move(saved);
-    if (editor_ != nullptr) editor_->rebase(*package);
+// The save is done; whether the file can be opened again is a matter of the next call that needs
+// it.
+void BookContents::continue_with_saved_file(std::uint64_t file_bytes) {
+    saved_bytes_ = file_bytes;
     formats_in_file = std::max(formats_in_file, used_formats_end);
 }
 

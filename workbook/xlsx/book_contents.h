@@ -4,47 +4,29 @@
 // new one, and with the old one go all sheets and formats.
 #pragma once
 
-#include <deque>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "workbook/cells/string_pool.h"
-#include "workbook/cells/string_set.h"
+#include "workbook/cells/sheet_data.h"
+#include "workbook/cells/stored_book.h"
 #include "workbook/library.h"
 #include "workbook/opc/opc_package.h"
-#include "workbook/xlsx/reading/styles.h"
 #include "workbook/xlsx/reading/workbook_part.h"
-#include "workbook/xlsx/reading/worksheet_reader.h"
 
 namespace workbook {
 
 class WorkbookEditor;
 class XlsxSheet;
 
-class XlsxFormat final : public Format {
-  public:
-    /// `styles` must outlive this.
-    XlsxFormat(Styles& styles, std::size_t index) : styles_(styles), index_(index) {}
-
-    int num_format() const override { return static_cast<int>(styles_.format(index_).num_format); }
-    void set_num_format(int identifier) override {
-        styles_.set_num_format(index_, static_cast<std::uint32_t>(identifier));
-    }
-    bool locked() const override { return styles_.format(index_).locked; }
-    std::size_t index() const { return index_; }
-
-  private:
-    Styles& styles_;
-    std::size_t index_;
-};
-
-struct BookContents {
-    /// `error_text` is where the book keeps the reason of its last failure; `path` is where the
+struct BookContents : StoredBook {
+    /// `last_error` is where the book keeps its last failure; `path` is where the
     /// package was opened, empty for one in memory.
     BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_view path,
-                 std::string& error_text);
+                 LastError& last_error);
     ~BookContents();
     BookContents(const BookContents&) = delete;
     BookContents& operator=(const BookContents&) = delete;
@@ -57,8 +39,12 @@ struct BookContents {
     /// Reads the formats of a book of which no cell was loaded. Throws `Error`.
     void need_styles();
     /// With number format 0. No cell that was loaded has it. Throws `Error`.
-    XlsxFormat& add_format();
-    /// Where a sheet of this book stands.
+    StoredFormat& add_format();
+    /// Reads the shared strings up to index `end`, if the book has them. Throws `Error`.
+    void need_strings(std::uint64_t end);
+    /// The XML of a sheet as a save would start from it; opens the package. Throws `Error`.
+    std::unique_ptr<ByteSource> open_sheet_part(const SheetEntry& sheet);
+    /// The index of a sheet of this book.
     int index_of(const SheetEntry& sheet) const;
 
     // Changes to the structure; see `Book` for the arguments. They throw `Error` and have changed
@@ -76,21 +62,16 @@ struct BookContents {
     void open_package();
     /// Closes the package unless a sheet comes back to it: nobody is kept from replacing the file.
     void close_package();
-    /// After a save over the file that the book was read from: `saved` is that file.
-    void continue_with(std::unique_ptr<OpcPackage> saved);
+    /// After a save over the file that the book was read from, of `file_bytes`: what is opened next
+    /// is the saved file.
+    void continue_with_saved_file(std::uint64_t file_bytes);
 
     std::unique_ptr<OpcPackage> package; ///< where everything that was not changed is copied from
-    std::u16string source_path;
+    std::u16string source_path;          ///< of the package's file; empty for one in memory
+    bool is_new = false;                 ///< made, not loaded
     WorkbookPart workbook;
-    Styles styles;
-    std::deque<XlsxFormat> formats; ///< handles stay where they are when one is added
     std::size_t formats_in_file = 0;
-    std::size_t used_formats_end = 0; ///< one past the last format that a cell was written with
-    StringPool shared_strings;
-    StringSet added_strings;                        ///< written to cells, in any sheet
     std::vector<std::unique_ptr<XlsxSheet>> sheets; ///< by index; null where no cells were loaded
-    std::string& error_message;
-    std::u16string text; ///< the text last handed out
 
   private:
     void read_styles();
@@ -99,8 +80,11 @@ struct BookContents {
     std::size_t wanted_sheet(int index) const;
     std::size_t checked_index(int index, std::size_t end) const;
 
+    std::unique_ptr<foundation::files::RandomAccessFile> open_source() const;
+
     bool has_styles_ = false;
-    std::vector<bool> claimed_formats_; ///< by index; known once a format is added
+    std::optional<std::uint64_t> saved_bytes_; ///< of the saved file, until it is opened
+    std::vector<bool> claimed_formats_;        ///< by index; known once a format is added
     std::unique_ptr<WorkbookEditor> editor_;
 };
 

@@ -11,27 +11,23 @@
 #include "foundation/files.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
-#include "workbook/limits.h"
 #include "workbook/xlsx/writing/blank_package.h"
 #include "workbook/xlsx/writing/book_saver.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
 namespace workbook {
 
 namespace {
 
-std::unique_ptr<OpcPackage> open_package(std::u16string_view path) {
-    try {
-        return std::make_unique<OpcPackage>(foundation::files::open_for_reading(path));
-    } catch (const foundation::files::FileError& error) {
-        throw Error::file(error.what());
-    }
+std::unique_ptr<OpcPackage> open_package(BookSource& source) {
+    if (source.file == nullptr) source.file = foundation::files::open_for_reading(source.path);
+    return std::make_unique<OpcPackage>(std::move(source.file));
 }
 
 } // namespace
 
-XlsxBook::XlsxBook(foundation::files::OutputOpener open_output)
-    : open_output_(std::move(open_output)) {}
+XlsxBook::XlsxBook() = default;
 XlsxBook::~XlsxBook() = default;
 
 template <class Action>
@@ -39,20 +35,21 @@ bool XlsxBook::attempt(const Action& action) {
     try {
         action();
         return true;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::bad_alloc& error) {
+        error_.set(error);
         throw;
     } catch (const std::exception& error) {
-        error_message_ = error.what();
+        error_.set(error);
         return false;
     }
 }
 
 template <class ReadCells>
-bool XlsxBook::open(std::u16string_view path, const ReadCells& read_cells) {
+bool XlsxBook::open(BookSource source, const ReadCells& read_cells) {
     contents_.reset();
     load_failed_ = true;
     return attempt([&] {
-        auto opened = std::make_unique<BookContents>(open_package(path), path, error_message_);
+        auto opened = std::make_unique<BookContents>(open_package(source), source.path, error_);
         read_cells(*opened);
         opened->close_package();
         contents_ = std::move(opened);
@@ -64,7 +61,8 @@ BookContents& XlsxBook::contents() {
     if (load_failed_) throw Error::refused("no workbook is loaded, since the last load failed");
     if (contents_ == nullptr) {
         contents_ = std::make_unique<BookContents>(
-            make_blank_package(std::chrono::system_clock::now()), u"", error_message_);
+            make_blank_package(std::chrono::system_clock::now()), u"", error_);
+        contents_->is_new = true;
         contents_->load_sheets();
     }
     return *contents_;
@@ -75,25 +73,30 @@ bool XlsxBook::try_change(const Change& change) {
     return attempt([&] { change(contents()); });
 }
 
-bool XlsxBook::load(std::u16string_view path) {
-    return open(path, [](BookContents& contents) { contents.load_sheets(); });
+bool XlsxBook::load(BookSource source) {
+    return open(std::move(source), [](BookContents& contents) { contents.load_sheets(); });
 }
 
-bool XlsxBook::load_sheet(std::u16string_view path, int sheet_index) {
-    return load_rows(path, sheet_index, {});
+bool XlsxBook::load_sheet(BookSource source, int sheet_index) {
+    return load_rows(std::move(source), sheet_index, {});
 }
 
-bool XlsxBook::load_partially(std::u16string_view path, int sheet_index, int first_row,
-                              int last_row) {
-    return load_rows(path, sheet_index, {std::max(first_row, 0), std::min(last_row, kMaxRows - 1)});
+bool XlsxBook::load_partially(BookSource source, int sheet_index, int first_row, int last_row) {
+    return load_rows(std::move(source), sheet_index,
+                     {std::max(first_row, 0), std::min(last_row, kMaxRows - 1)});
 }
 
-bool XlsxBook::load_rows(std::u16string_view path, int sheet_index, RowSpan rows) {
-    return open(path, [&](BookContents& contents) { contents.load_rows(sheet_index, rows); });
+bool XlsxBook::load_rows(BookSource source, int sheet_index, RowSpan rows) {
+    return open(std::move(source),
+                [&](BookContents& contents) { contents.load_rows(sheet_index, rows); });
 }
 
-bool XlsxBook::load_info(std::u16string_view path) {
-    return open(path, [](BookContents&) {});
+bool XlsxBook::load_info(BookSource source) {
+    return open(std::move(source), [](BookContents&) {});
+}
+
+std::vector<std::string> XlsxBook::load_warnings() const {
+    return contents_ == nullptr ? std::vector<std::string>{} : contents_->workbook.warnings;
 }
 
 const SheetEntry* XlsxBook::entry(int index) const {
@@ -110,7 +113,8 @@ int XlsxBook::sheet_count() const {
 Sheet* XlsxBook::get_sheet(int index) {
     const SheetEntry* found = entry(index);
     if (found == nullptr) {
-        error_message_ = "the workbook has no sheet of index " + std::to_string(index);
+        error_.set(ErrorKind::Missing,
+                   "the workbook has no sheet of index " + std::to_string(index));
         return nullptr;
     }
     XlsxSheet* sheet = contents_->sheets[static_cast<std::size_t>(index)].get();
@@ -119,14 +123,15 @@ Sheet* XlsxBook::get_sheet(int index) {
                          : found->kind == SheetKind::Unknown
                              ? "its kind is unknown or its part is missing"
                              : "its cells were not loaded";
-    error_message_ = "sheet \"" + foundation::unicode::to_utf8(found->name) + "\": " + reason;
+    error_.set(ErrorKind::Missing,
+               "sheet \"" + foundation::unicode::to_utf8(found->name) + "\": " + reason);
     return nullptr;
 }
 
 std::u16string_view XlsxBook::get_sheet_name(int index) const {
     const SheetEntry* found = entry(index);
     if (found != nullptr) return found->name;
-    error_message_ = "the workbook has no sheet of index " + std::to_string(index);
+    error_.set(ErrorKind::Missing, "the workbook has no sheet of index " + std::to_string(index));
     return {};
 }
 
@@ -140,14 +145,14 @@ int XlsxBook::format_size() const {
     try {
         contents_->need_styles();
     } catch (const Error& error) {
-        error_message_ = error.what();
+        error_.set(error);
     }
     return static_cast<int>(contents_->formats.size());
 }
 
 Format* XlsxBook::format(int index) {
     if (index < 0 || index >= format_size()) {
-        error_message_ = "the workbook has no cell format " + std::to_string(index);
+        error_.set(ErrorKind::Missing, "the workbook has no cell format " + std::to_string(index));
         return nullptr;
     }
     return &contents_->formats[static_cast<std::size_t>(index)];
@@ -185,8 +190,12 @@ bool XlsxBook::move_sheet(int from, int to) {
 }
 
 bool XlsxBook::save(std::u16string_view path) {
+    return try_change([&](BookContents& contents) { last_save_ = save_book(contents, path); });
+}
+
+bool XlsxBook::save(foundation::files::OutputFile& out, std::u16string_view extension) {
     return try_change(
-        [&](BookContents& contents) { last_save_ = save_book(contents, path, open_output_); });
+        [&](BookContents& contents) { last_save_ = save_book(contents, out, extension); });
 }
 
 } // namespace workbook

@@ -8,24 +8,22 @@
 #include <string>
 
 #include "foundation/output_file.h"
+#include "workbook/last_error.h"
 #include "workbook/library.h"
 #include "workbook/xlsx/book_contents.h"
-#include "workbook/xlsx/reading/worksheet_reader.h"
 
 namespace workbook {
 
 class XlsxBook final : public Book {
   public:
-    /// `open_output` opens the files that are saved to.
-    explicit XlsxBook(
-        foundation::files::OutputOpener open_output = foundation::files::replace_file);
+    XlsxBook();
     ~XlsxBook() override;
 
-    bool load(std::u16string_view path) override;
-    bool load_sheet(std::u16string_view path, int sheet_index) override;
-    bool load_partially(std::u16string_view path, int sheet_index, int first_row,
-                        int last_row) override;
-    bool load_info(std::u16string_view path) override;
+    bool load(BookSource source) override;
+    bool load_sheet(BookSource source, int sheet_index) override;
+    bool load_partially(BookSource source, int sheet_index, int first_row, int last_row) override;
+    bool load_info(BookSource source) override;
+    std::vector<std::string> load_warnings() const override;
 
     int sheet_count() const override;
     Sheet* get_sheet(int index) override;
@@ -43,19 +41,24 @@ class XlsxBook final : public Book {
     bool delete_sheet(int index) override;
     bool move_sheet(int from, int to) override;
     bool save(std::u16string_view path) override;
+    bool save(foundation::files::OutputFile& out, std::u16string_view extension) override;
     SaveCounts last_save() const override { return last_save_; }
 
-    const char* error_message() const override { return error_message_.c_str(); }
+    ErrorKind error_kind() const override { return error_.kind(); }
+    std::optional<foundation::files::FileProblem> file_problem() const override {
+        return error_.file_problem();
+    }
+    const char* error_message() const override { return error_.message().c_str(); }
 
   private:
-    /// Runs `action()`; what it throws, memory that runs out excepted, becomes the error message
-    /// and the answer false.
+    /// Runs `action()` and returns true. What it throws becomes the last error; the result is false
+    /// then, except for std::bad_alloc, which passes on.
     template <class Action>
     bool attempt(const Action& action);
     /// Opens the book and lets `read_cells` fill it.
     template <class ReadCells>
-    bool open(std::u16string_view path, const ReadCells& read_cells);
-    bool load_rows(std::u16string_view path, int sheet_index, RowSpan rows);
+    bool open(BookSource source, const ReadCells& read_cells);
+    bool load_rows(BookSource source, int sheet_index, RowSpan rows);
     /// Attempts `change(contents)`.
     template <class Change>
     bool try_change(const Change& change);
@@ -63,9 +66,8 @@ class XlsxBook final : public Book {
     BookContents& contents();
     const SheetEntry* entry(int index) const;
 
-    const foundation::files::OutputOpener open_output_;
     SaveCounts last_save_;
-    mutable std::string error_message_ = "ok";
+    mutable LastError error_;
     std::unique_ptr<BookContents> contents_;
     bool load_failed_ = false;
 };

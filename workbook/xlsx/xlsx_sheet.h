@@ -1,46 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A worksheet of an Open XML book. When only some rows were loaded, what stands behind the cells
-// (merged regions, protection) is read from the package on the first call that asks for it.
+// A worksheet of an Open XML book. When only some rows were loaded, what is after the cells (merged
+// regions, protection) and the other rows are read from the package when a call first needs them.
 #pragma once
 
-#include "workbook/library.h"
+#include "workbook/cells/stored_sheet.h"
 #include "workbook/xlsx/book_contents.h"
-#include "workbook/xlsx/reading/worksheet_reader.h"
 #include "workbook/xlsx/structure/table_columns.h"
 #include "workbook/xlsx/writing/worksheet_rewriter.h"
 
 namespace workbook {
 
-class XlsxSheet final : public Sheet {
+class XlsxSheet final : public StoredSheet {
   public:
     /// Reads the cells of `rows` of a sheet; both given must outlive this. Throws `Error`.
     XlsxSheet(BookContents& contents, SheetEntry& entry, RowSpan rows);
 
-    /// An empty sheet that no part stands for yet.
+    /// An empty sheet, which has no part yet; without the name of one it cannot be changed.
     XlsxSheet(BookContents& contents, SheetEntry& entry);
-    /// A copy with all changes of `original`, of the same book. Its part is made from the
-    /// original's.
+    /// A copy with all changes of `original`, of the same book, whose tail has to be known. Its
+    /// part is made from the original's.
     XlsxSheet(const XlsxSheet& original, SheetEntry& entry);
 
-    /// Checks that the book has every shared string that a cell refers to. Throws `Error`.
-    void check_shared_strings() const;
-    /// Sets what stands at the index of every format from `known` on that a cell, row or column
-    /// has; may set others.
-    void mark_formats(std::size_t known, std::vector<bool>& formats) const;
-    std::uint64_t shared_strings_end() const { return cells_.shared_strings_end; }
     const SheetEntry& entry() const { return entry_; }
-    /// False while something of the package may still be read for this sheet.
-    bool is_complete() const { return tail_read_; }
+    /// False while something that follows the cells may still be read from the package.
+    bool is_tail_read() const { return is_tail_read_; }
 
     /// Whether the sheet was made empty, not read.
     bool is_new() const { return is_new_; }
-    bool is_changed() const { return changes_.any(); }
-    bool has_changed_cells() const { return changes_.cells; }
-    bool uses_added_strings() const { return uses_added_strings_; }
-    /// What the columns of a table on this sheet are called. Cells of its header that were written
-    /// get a text of their own where they have none: applications accept nothing else there.
+    /// The names of the columns of a table on this sheet. Cells of its header that were written
+    /// become different strings where they are not: applications accept nothing else there.
     std::vector<std::string> header_names(const TableHeader& table);
+    /// Takes back what `header_names` wrote since the last call of `keep_header_cells`.
+    void restore_header_cells();
+    void keep_header_cells() { replaced_headers_.clear(); }
     /// A guess of the size of the part that `write_part` makes.
     std::uint64_t expected_bytes() const;
     /// Writes the part with all changes since the load; see `rewrite_worksheet`. Throws `Error`.
@@ -49,69 +42,30 @@ class XlsxSheet final : public Sheet {
 
     std::u16string_view name() const override { return entry_.name; }
     SheetState hidden() const override { return entry_.state; }
-    bool protect() const override {
-        return changes_.is_protected ? *changes_.is_protected : tail().is_protected;
-    }
-
-    CellKind cell_type(int row, int column) const override;
-    bool is_date(int row, int column) const override;
-    double read_num(int row, int column) const override;
-    bool read_bool(int row, int column) const override;
-    std::u16string_view read_str(int row, int column) const override;
-    const Format* cell_format(int row, int column) const override;
-
-    int first_row() const override { return cells_.cells.bounds().first_row; }
-    int end_row() const override { return cells_.cells.bounds().end_row; }
-    int first_column() const override { return cells_.cells.bounds().first_column; }
-    int end_column() const override { return cells_.cells.bounds().end_column; }
-    int first_filled_row() const override { return cells_.cells.filled_bounds().first_row; }
-    int end_filled_row() const override { return cells_.cells.filled_bounds().end_row; }
-    int first_filled_column() const override { return cells_.cells.filled_bounds().first_column; }
-    int end_filled_column() const override { return cells_.cells.filled_bounds().end_column; }
-
-    int merge_size() const override { return static_cast<int>(merged_regions().size()); }
-    bool merge(int index, int& first_row, int& last_row, int& first_column,
-               int& last_column) const override;
-    bool named_range(std::u16string_view name, int& first_row, int& last_row, int& first_column,
-                     int& last_column) const override;
-
     bool set_name(std::u16string_view name) override;
     bool set_hidden(SheetState state) override;
-    bool set_protect(bool on) override;
-    void expect_cells(int first_row, int last_row, int first_column, int last_column) override;
-    bool write_num(int row, int column, double value, const Format* format) override;
-    bool write_str(int row, int column, std::u16string_view text, const Format* format) override;
-    bool write_bool(int row, int column, bool value, const Format* format) override;
-    bool write_blank(int row, int column, const Format* format) override;
-    bool clear(int first_row, int last_row, int first_column, int last_column) override;
-    bool delete_merge(int index) override;
-    double column_width(int column) const override;
-    bool set_column_width(int column, double width) override;
-    bool auto_fit_columns(int first_column, int last_column) override;
 
   private:
-    const WorksheetTail& tail() const;
-    const std::vector<MergedRegion>& merged_regions() const;
-    const Format* format_at(std::uint32_t index) const;
-    bool fail(const std::string& reason) const;
-    bool check_area(int first_row, int last_row, int first_column, int last_column) const;
-    bool find_format(const Format* format, std::uint32_t& index);
-    bool write(int row, int column, const Format* format, StoredKind kind, StoredCell cell);
-    double width_of(const StoredCell& cell) const;
+    std::optional<Rectangle> named_cells(std::u16string_view name) const override;
+    void read_tail(SheetTail& tail) const override;
+    void read_other_rows(SheetCells& cells) const override;
+
+    template <class Change>
+    bool try_change(const Change& change);
     std::string header_text(int row, int column, std::size_t position) const;
-    std::string utf8_name() const;
+    void replace_header_cell(int row, int column, std::u16string_view text, const Format* format);
+
+    /// A header cell before it was written; absent where there was none.
+    struct ReplacedCell {
+        int row, column;
+        std::optional<StoredCell> cell;
+        bool used_added_strings;
+    };
 
     BookContents& contents_;
     SheetEntry& entry_;
     const bool is_new_;
-    const bool is_whole_; ///< all rows were loaded
-    WorksheetCells cells_;
-    WorksheetChanges changes_;
-    bool uses_added_strings_ = false;
-    const Format* last_format_ = nullptr; ///< that a cell was written with
-    std::uint32_t last_format_index_ = 0;
-    mutable WorksheetTail tail_;
-    mutable bool tail_read_ = false;
+    std::vector<ReplacedCell> replaced_headers_;
 };
 
 } // namespace workbook

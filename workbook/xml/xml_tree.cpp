@@ -29,7 +29,8 @@ std::string read_whole(ByteSource& part) {
         }
         if (got == 0) break;
         if (used > kMaxTreePartBytes)
-            throw Error::limit(part.part_name(), std::to_string(kMaxTreePartBytes) + " bytes");
+            throw Error::limit(part.part_name(),
+                               "more than " + std::to_string(kMaxTreePartBytes >> 20) + " MiB");
     }
     text.resize(used);
     return text;

@@ -22,7 +22,9 @@ EntrySource::EntrySource(foundation::files::RandomAccessFile& file, const ZipEnt
     if (unpacker_ == nullptr)
         throw Error::damaged(name_, "its compression method " + std::to_string(entry.method) +
                                         " is not supported");
-    if (size_ > kMaxPartBytes) throw Error::limit(name_, std::to_string(size_) + " bytes");
+    if (size_ > kMaxPartBytes)
+        throw Error::limit(name_, std::to_string(size_) + " bytes of at most " +
+                                      std::to_string(kMaxPartBytes));
 }
 
 std::size_t EntrySource::read(char* buffer, std::size_t capacity) {
@@ -50,7 +52,10 @@ void EntrySource::check_limits() const {
                                       " times its packed size");
     if (total_bytes_ > kMaxTotalBytes ||
         (total_bytes_ > kRatioFreeBytes && total_bytes_ / kMaxTotalInflateRatio > file_size_))
-        throw Error::limit(name_, "the book's parts together unpack to too much for its file");
+        throw Error::limit(name_, "the book's parts together unpack to more than " +
+                                      std::to_string(kMaxTotalInflateRatio) +
+                                      " times the file's size or " +
+                                      std::to_string(kMaxTotalBytes >> 30) + " GiB");
 }
 
 void EntrySource::check_end() const {

@@ -6,8 +6,8 @@
 #include "workbook/error.h"
 #include "workbook/io/little_endian.h"
 #include "workbook/opc/part_name.h"
-#include "workbook/package/zip_format.h"
 #include "workbook/zip/entry_source.h"
+#include "workbook/zip/zip_format.h"
 
 namespace workbook {
 

@@ -10,7 +10,7 @@
 #include "workbook/error.h"
 #include "workbook/io/little_endian.h"
 #include "workbook/limits.h"
-#include "workbook/package/zip_format.h"
+#include "workbook/zip/zip_format.h"
 
 namespace workbook {
 
@@ -197,7 +197,8 @@ std::vector<ZipEntry> read_zip_directory(RandomAccessFile& file) {
         throw Error::damaged(kContainer,
                              "it has no directory at its end, the file may be truncated");
     if (place->entries > kMaxEntries)
-        throw Error::limit(kContainer, std::to_string(place->entries) + " entries");
+        throw Error::limit(kContainer, std::to_string(place->entries) + " entries of at most " +
+                                           std::to_string(kMaxEntries));
     std::vector<ZipEntry> entries;
     DirectoryWindow window(file, place->position + place->shift);
     for (std::uint64_t i = 0; i < place->entries; ++i) {

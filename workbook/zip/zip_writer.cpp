@@ -10,7 +10,7 @@
 
 #include "workbook/error.h"
 #include "workbook/io/little_endian.h"
-#include "workbook/package/zip_format.h"
+#include "workbook/zip/zip_format.h"
 
 namespace workbook {
 
@@ -115,7 +115,7 @@ class ZipWriter::FileSink final : public ByteSink {
         try {
             file_.append(bytes, count);
         } catch (const FileError& error) {
-            throw Error::file(error.what());
+            throw Error::file(error);
         }
     }
 
@@ -123,7 +123,7 @@ class ZipWriter::FileSink final : public ByteSink {
         try {
             file_.overwrite(position, bytes.data(), bytes.size());
         } catch (const FileError& error) {
-            throw Error::file(error.what());
+            throw Error::file(error);
         }
     }
 
@@ -197,7 +197,7 @@ ZipWriter::~ZipWriter() = default;
 
 ByteSink& ZipWriter::begin_entry(std::string_view name, std::uint64_t expected_bytes) {
     if (name.size() > std::numeric_limits<std::uint16_t>::max())
-        throw Error::limit(name.substr(0, 100), "the name of a part");
+        throw Error::limit(name.substr(0, 100), "a part's name of more than 65,535 bytes");
     if (packer_ == nullptr) packer_ = make_packer();
     ZipEntry entry;
     entry.name = name;
@@ -231,7 +231,7 @@ void ZipWriter::copy_entry(ZipArchive& source, const ZipEntry& entry) {
             left -= block.count;
         }
     } catch (const FileError& error) {
-        throw Error::file(error.what());
+        throw Error::file(error);
     }
     add_to_directory(copy);
 }

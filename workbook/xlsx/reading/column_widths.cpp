@@ -11,18 +11,12 @@
 
 #include "foundation/code_points.h"
 #include "foundation/unicode.h"
-#include "workbook/cells/text_widths.h"
-#include "workbook/limits.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xml/xml_tree.h"
 
 namespace workbook {
 
 namespace {
-
-// Pixels of the widest digit of an 11 point font, and of the margins and the grid line of a cell.
-constexpr int kDigitPixels = 7;
-constexpr int kPaddingPixels = 5;
-constexpr double kWidestColumn = 255.0;
 
 /// Columns with all that their element says but its place.
 struct Columns {
@@ -131,10 +125,6 @@ std::string prefix_of(std::string_view markup, std::string_view otherwise) {
 }
 
 /// The width of a column that shows `hundredths` of digits.
-double padded(int hundredths) {
-    const double pixels = std::ceil(hundredths * kDigitPixels / 100.0) + kPaddingPixels;
-    return std::min(std::trunc(pixels / kDigitPixels * 256.0) / 256.0, kWidestColumn);
-}
 
 } // namespace
 
@@ -176,35 +166,6 @@ std::string set_column_widths(std::string_view markup, std::string_view prefix,
     }
     add_new_before(kMaxColumns);
     return result.markup(prefix_of(markup, prefix));
-}
-
-double text_width(std::u16string_view text) {
-    int widest = 0, line = 0;
-    for (std::size_t i = 0; i < text.size();) {
-        const char32_t character = foundation::unicode::next_code_point(text, i);
-        line = character == U'\n' ? 0 : line + character_width(character);
-        widest = std::max(widest, line);
-        if (widest >= static_cast<int>(kWidestColumn) * 100) break;
-    }
-    return padded(widest);
-}
-
-double number_width(double value, bool is_date) {
-    if (is_date) {
-        if (value < 1.0) return text_width(u"00:00:00");
-        return text_width(value == std::trunc(value) ? u"00/00/0000" : u"00/00/0000 00:00");
-    }
-    // As the general format shows it: eleven digits without a point, ten with one, six before an
-    // exponent.
-    const bool is_short_whole = value == std::trunc(value) && std::abs(value) < 1e11;
-    char text[40];
-    char* const room_end = text + sizeof text;
-    auto end = is_short_whole
-                   ? std::to_chars(text, room_end, static_cast<long long>(value)).ptr
-                   : std::to_chars(text, room_end, value, std::chars_format::general, 10).ptr;
-    if (std::find(text, end, 'e') != end)
-        end = std::to_chars(text, room_end, value, std::chars_format::general, 6).ptr;
-    return text_width(foundation::unicode::to_utf16({text, static_cast<std::size_t>(end - text)}));
 }
 
 } // namespace workbook

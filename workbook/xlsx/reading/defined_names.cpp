@@ -7,7 +7,7 @@
 #include <tuple>
 
 #include "foundation/unicode.h"
-#include "workbook/limits.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook {
 
@@ -74,16 +74,16 @@ std::optional<Corner> take_corner(std::string_view& text) {
 }
 
 /// The rectangle between two corners of one form: cells, whole columns or whole rows.
-std::optional<CellRectangle> between(Corner a, Corner b) {
+std::optional<Rectangle> between(Corner a, Corner b) {
     if ((a.row < 0) != (b.row < 0) || (a.column < 0) != (b.column < 0)) return {};
-    CellRectangle cells{0, kMaxRows - 1, 0, kMaxColumns - 1};
+    Rectangle cells{0, kMaxRows - 1, 0, kMaxColumns - 1};
     if (a.row >= 0) std::tie(cells.first_row, cells.last_row) = std::minmax(a.row, b.row);
     if (a.column >= 0)
         std::tie(cells.first_column, cells.last_column) = std::minmax(a.column, b.column);
     return cells;
 }
 
-std::optional<CellRectangle> parse_cells(std::string_view text) {
+std::optional<Rectangle> parse_cells(std::string_view text) {
     const std::optional<Corner> first = take_corner(text);
     if (!first) return {};
     if (text.empty()) {
@@ -148,14 +148,14 @@ std::optional<NamedArea> parse_named_area(std::string_view formula) {
     if (text.starts_with('=')) text.remove_prefix(1);
     const std::optional<std::string> sheet = take_sheet_name(text);
     if (!sheet) return {};
-    const std::optional<CellRectangle> cells = parse_cells(text);
+    const std::optional<Rectangle> cells = parse_cells(text);
     if (!cells) return {};
     return NamedArea{foundation::unicode::to_utf16(*sheet), *cells};
 }
 
-std::optional<CellRectangle> find_named_cells(const std::vector<DefinedName>& names,
-                                              std::u16string_view name, int sheet_index,
-                                              std::u16string_view sheet_name) {
+std::optional<Rectangle> find_named_cells(const std::vector<DefinedName>& names,
+                                          std::u16string_view name, int sheet_index,
+                                          std::u16string_view sheet_name) {
     const DefinedName* found = find_name(names, name, sheet_index);
     const bool is_own = found != nullptr;
     if (!is_own) found = find_name(names, name, std::nullopt);

@@ -8,17 +8,14 @@
 #include <string_view>
 #include <vector>
 
-namespace workbook {
+#include "workbook/cells/rectangle.h"
 
-/// Zero-based, corners inclusive, in order.
-struct CellRectangle {
-    int first_row, last_row, first_column, last_column;
-};
+namespace workbook {
 
 /// What a name's formula refers to.
 struct NamedArea {
     std::u16string sheet; ///< empty when the formula names none
-    CellRectangle cells;
+    Rectangle cells;
 };
 
 struct DefinedName {
@@ -34,8 +31,8 @@ std::optional<NamedArea> parse_named_area(std::string_view formula);
 
 /// The cells of sheet `sheet_index` (named `sheet_name`) that `name` stands for: first a name of
 /// this sheet, then one of the book.
-std::optional<CellRectangle> find_named_cells(const std::vector<DefinedName>& names,
-                                              std::u16string_view name, int sheet_index,
-                                              std::u16string_view sheet_name);
+std::optional<Rectangle> find_named_cells(const std::vector<DefinedName>& names,
+                                          std::u16string_view name, int sheet_index,
+                                          std::u16string_view sheet_name);
 
 } // namespace workbook

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Takes dates and times apart by their fixed digits.
 #include "workbook/xlsx/reading/iso_date.h"
 
 #include <charconv>
@@ -30,7 +32,7 @@ bool take(std::string_view& text, char wanted) {
     return true;
 }
 
-// Days of the 1900 system.
+// Days since 30 December 1899.
 std::optional<int> take_date(std::string_view& text) {
     using namespace std::chrono;
     const auto y = take_number(text, 4);
@@ -42,9 +44,13 @@ std::optional<int> take_date(std::string_view& text) {
     const year_month_day date{year{*y}, month{static_cast<unsigned>(*m)},
                               day{static_cast<unsigned>(*d)}};
     if (!date.ok()) return std::nullopt;
-    const int days =
-        static_cast<int>((sys_days{date} - sys_days{year{1899} / December / 30}).count());
-    return days >= kFirstRealSerial ? days : days - 1;
+    return static_cast<int>((sys_days{date} - sys_days{year{1899} / December / 30}).count());
+}
+
+int serial_of(int days, DateBase base) {
+    if (base == DateBase::From1899) return days;
+    const int serial = days >= kFirstRealSerial ? days : days - 1;
+    return base == DateBase::From1904 ? serial - kDays1904 : serial;
 }
 
 // Seconds since midnight: hh:mm, hh:mm:ss or hh:mm:ss.fff.
@@ -67,7 +73,7 @@ std::optional<double> take_time(std::string_view& text) {
     return *hours * 3600.0 + *minutes * 60.0 + seconds;
 }
 
-// The rest of a text: nothing, "Z", or an offset such as "+02:00".
+// The rest of a date: nothing, "Z", or an offset such as "+02:00".
 bool is_zone(std::string_view text) {
     if (text.empty() || text == "Z") return true;
     return text.size() == 6 && (text[0] == '+' || text[0] == '-') && text[3] == ':';
@@ -75,11 +81,11 @@ bool is_zone(std::string_view text) {
 
 } // namespace
 
-std::optional<double> parse_iso_date(std::string_view text, bool date_1904) {
+std::optional<double> parse_iso_date(std::string_view text, DateBase base) {
     std::string_view rest = text;
     double serial = 0.0;
     if (const auto days = take_date(rest)) {
-        serial = *days - (date_1904 ? kDays1904 : 0);
+        serial = serial_of(*days, base);
         if (rest.empty() || is_zone(rest)) return serial;
         if (!take(rest, 'T') && !take(rest, ' ')) return std::nullopt;
     } else {

@@ -9,6 +9,7 @@
 
 #include "workbook/xlsx/reading/decimal_number.h"
 #include "workbook/xlsx/reading/sheet_data_reader.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xml/simple_types.h"
 
 namespace workbook {

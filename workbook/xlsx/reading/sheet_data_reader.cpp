@@ -7,10 +7,12 @@
 #include <optional>
 
 #include "foundation/ascii_case.h"
-#include "workbook/cells/cell_reference.h"
+#include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
+#include "workbook/xlsx/cell_reference.h"
 #include "workbook/xlsx/reading/iso_date.h"
 #include "workbook/xlsx/reading/text_collector.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xml/simple_types.h"
 
 namespace workbook {
@@ -121,6 +123,7 @@ void SheetDataReader::read_cell() {
     const CellHead head = read_head();
     bool has_value = false, has_text = false;
     value_.clear();
+    inline_text_.clear();
     for (;;) {
         const Token token = scanner_.next();
         if (token == Token::End && scanner_.depth() < depth) break;
@@ -130,7 +133,7 @@ void SheetDataReader::read_cell() {
             append_element_text(scanner_, value_);
         } else if (scanner_.name() == "is") {
             has_text = true;
-            append_item_text(scanner_, value_);
+            append_item_text(scanner_, inline_text_);
         } else {
             scanner_.skip_element();
         }
@@ -194,7 +197,7 @@ void SheetDataReader::store_value(const CellHead& head, bool has_value, bool has
     const bool is_text =
         head.type == CellType::FormulaString || head.type == CellType::InlineString;
     if (has_text) {
-        store_text(*cell, value_);
+        store_text(*cell, inline_text_);
     } else if (has_value && is_text) {
         std::string text;
         append_unescaped(text, value_);
@@ -223,7 +226,7 @@ void SheetDataReader::store_value(const CellHead& head, bool has_value, bool has
     ++next_column_;
 }
 
-// What stands where a number belongs but is none ("NaN", "1E999") is kept as the text that it is.
+// What is not a number where one belongs ("NaN", "1E999") is kept as the string that it is.
 void SheetDataReader::store_number(StoredCell& cell) {
     const auto number = parse_number(trim(value_));
     if (!number) return store_text(cell, trim(value_));
@@ -258,9 +261,9 @@ void SheetDataReader::store_error(StoredCell& cell, std::string_view text) {
     cell.value.text = index;
 }
 
-// A text that is not an ISO date stays a text.
+// What is not an ISO date is kept as a string.
 void SheetDataReader::store_date(StoredCell& cell) {
-    const auto serial = parse_iso_date(trim(value_), date_1904_);
+    const auto serial = parse_iso_date(trim(value_), date_base_);
     if (!serial) return store_text(cell, trim(value_));
     cell.kind = static_cast<std::uint32_t>(StoredKind::StrictDate);
     cell.value.number = *serial;

@@ -21,12 +21,12 @@ namespace workbook {
 class SheetDataReader {
   public:
     /// Everything given must outlive the reader.
-    SheetDataReader(XmlScanner& scanner, RowSpan rows, bool date_1904, WorksheetCells& out)
+    SheetDataReader(XmlScanner& scanner, RowSpan rows, DateBase dates, SheetCells& out)
         : scanner_(scanner),
           window_(scanner.window()),
           tag_(scanner.prefix()),
           rows_(rows),
-          date_1904_(date_1904),
+          date_base_(dates),
           out_(out),
           cells_(out.cells) {}
 
@@ -77,8 +77,8 @@ class SheetDataReader {
     TextWindow& window_;
     const PlainTag tag_;
     const RowSpan rows_;
-    const bool date_1904_;
-    WorksheetCells& out_;
+    const DateBase date_base_;
+    SheetCells& out_;
     CellStore& cells_;
 
     bool in_row_ = false;
@@ -90,7 +90,8 @@ class SheetDataReader {
     std::uint64_t row_digits_mask_ = 0; ///< the bytes of `row_digits_` in use
 
     CellTextDecoder decoder_;
-    std::string value_; ///< text of the cell being read
+    std::string value_;       ///< of the cell being read
+    std::string inline_text_; ///< its inline string, which counts before a value
     std::vector<std::pair<std::string, std::uint32_t>> error_texts_;
 };
 

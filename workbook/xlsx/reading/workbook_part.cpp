@@ -63,7 +63,9 @@ class Reader {
         const pugi::xml_document tree = read_tree(*package_.open_part(name_));
         const pugi::xml_node root = root_element(tree, "workbook");
         if (!root) throw Error::damaged(name_, "its root element is not a workbook");
-        book_.date_1904 = attribute_is_true(child_element(root, "workbookPr"), "date1904", false);
+        const pugi::xml_node properties = child_element(root, "workbookPr");
+        book_.date_1904 = attribute_is_true(properties, "date1904", false);
+        book_.is_date_compatible = attribute_is_true(properties, "dateCompatibility", true);
         each_child(child_element(root, "sheets"), "sheet",
                    [&](pugi::xml_node element) { add_sheet(element); });
         each_child(child_element(root, "definedNames"), "definedName",
@@ -85,14 +87,30 @@ class Reader {
         if (target != nullptr && target->target == name_)
             throw Error::damaged(name_, "sheet " + std::to_string(book_.sheets.size() + 1) +
                                             " refers back to the workbook itself");
-        if (target != nullptr && !target->is_external && package_.has_part(target->target)) {
-            sheet.kind = kind_of(target->type, package_.content_types().of(target->target));
-            if (sheet.kind != SheetKind::Unknown) sheet.part = target->target;
-            if (!sheet.part.empty() && !sheet_parts_.insert(target->target).second)
-                throw Error::damaged(name_, "sheet " + std::to_string(book_.sheets.size() + 1) +
-                                                " has its cells in a part of another sheet");
-        }
+        if (target == nullptr)
+            add_missing(sheet, SheetKind::Worksheet, "relationship");
+        else if (!target->is_external && !package_.has_part(target->target))
+            add_missing(sheet, kind_of(target->type, {}), "part");
+        else if (!target->is_external)
+            find_part(sheet, *target);
         book_.sheets.push_back(std::move(entry));
+    }
+
+    void find_part(SheetEntry& sheet, const Relationship& target) {
+        sheet.kind = kind_of(target.type, package_.content_types().of(target.target));
+        if (sheet.kind != SheetKind::Unknown) sheet.part = target.target;
+        if (!sheet.part.empty() && !sheet_parts_.insert(target.target).second)
+            throw Error::damaged(name_, "sheet " + std::to_string(book_.sheets.size() + 1) +
+                                            " has its cells in a part of another sheet");
+    }
+
+    /// Macro books of old lost their module sheets in ways of both kinds.
+    void add_missing(SheetEntry& sheet, SheetKind kind, std::string_view what) {
+        sheet.kind = kind;
+        if (kind == SheetKind::Worksheet)
+            book_.warnings.push_back("sheet \"" + foundation::unicode::to_utf8(sheet.name) +
+                                     "\" is read as an empty sheet: its " + std::string(what) +
+                                     " is missing in the file");
     }
 
     void add_name(pugi::xml_node element) {
@@ -130,6 +148,11 @@ class Reader {
 };
 
 } // namespace
+
+DateBase date_base(const WorkbookPart& workbook) {
+    if (workbook.date_1904) return DateBase::From1904;
+    return workbook.is_date_compatible ? DateBase::From1900 : DateBase::From1899;
+}
 
 WorkbookPart read_workbook_part(OpcPackage& package) {
     return Reader(package, locate_workbook(package)).read();

@@ -6,9 +6,11 @@
 #include <cmath>
 #include <iterator>
 
-#include "workbook/cells/cell_reference.h"
+#include "workbook/cells/column_width.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/cell_reference.h"
+#include "workbook/xlsx/reading/column_widths.h"
 #include "workbook/xlsx/reading/sheet_data_reader.h"
 #include "workbook/xml/simple_types.h"
 #include "workbook/xml/xml_scanner.h"
@@ -20,7 +22,7 @@ namespace {
 using Token = XmlScanner::Token;
 
 // ECMA-376 part 1, 18.3.1.55. The claimed count is not looked at.
-void read_merged_regions(XmlScanner& scanner, std::vector<MergedRegion>& regions) {
+void read_merged_regions(XmlScanner& scanner, std::vector<Rectangle>& regions) {
     const int depth = scanner.depth();
     for (;;) {
         const Token token = scanner.next();
@@ -32,8 +34,10 @@ void read_merged_regions(XmlScanner& scanner, std::vector<MergedRegion>& regions
             scanner.fail("merged region \"" + std::string(reference.substr(0, 40)) +
                          "\" is not a range of a sheet");
         if (regions.size() == kMaxMergedRegions)
-            throw Error::limit(scanner.window().part_name(), "it has too many merged regions");
-        regions.push_back({area->first_row, area->last_row, area->first_column, area->last_column});
+            throw Error::limit(scanner.window().part_name(), "more than " +
+                                                                 std::to_string(kMaxMergedRegions) +
+                                                                 " merged regions");
+        regions.push_back(*area);
     }
 }
 
@@ -45,22 +49,25 @@ double read_number(std::string_view text, double absent) {
 
 // ECMA-376 part 1, 18.3.1.81. Applications make a column of so many characters of 7 pixels wider by
 // 5 pixels, up to a multiple of 8.
-void read_default_width(XmlScanner& scanner, WorksheetColumns& columns) {
-    constexpr double kPixels = 7.0, kPadding = 5.0, kStep = 8.0, kWidest = 255.0;
-    const double base = std::min(read_number(scanner.attribute("baseColWidth"), 8.0), kWidest);
+void read_default_width(XmlScanner& scanner, SheetColumns& columns) {
+    constexpr double kPixels = 7.0, kPadding = 5.0, kStep = 8.0;
+    const double base =
+        std::min(read_number(scanner.attribute("baseColWidth"), 8.0), kMaxColumnWidth);
     const double usual = std::ceil((base * kPixels + kPadding) / kStep) * kStep / kPixels;
     columns.default_width =
         std::trunc(read_number(scanner.attribute("defaultColWidth"), usual) * 256.0) / 256.0;
 }
 
 // ECMA-376 part 1, 18.3.1.17.
-void read_columns(XmlScanner& scanner, WorksheetColumns& columns) {
+void read_columns(XmlScanner& scanner, SheetColumns& columns) {
     const int depth = scanner.depth();
     std::string markup(scanner.raw());
     while (scanner.depth() >= depth) {
         scanner.next();
         if (markup.size() + scanner.raw().size() > kMaxTokenBytes)
-            throw Error::limit(scanner.window().part_name(), "it has too many columns");
+            throw Error::limit(scanner.window().part_name(),
+                               "more than " + std::to_string(kMaxTokenBytes >> 20) +
+                                   " MiB of column elements");
         markup += scanner.raw();
     }
     const std::vector<ColumnSpan> spans = read_column_spans(markup);
@@ -78,7 +85,7 @@ void order_row_formats(std::vector<RowFormat>& formats) {
 }
 
 // What stands beside the cells, at the scanner's last Start.
-void read_other_element(XmlScanner& scanner, WorksheetTail& tail, WorksheetColumns& columns) {
+void read_other_element(XmlScanner& scanner, SheetTail& tail, SheetColumns& columns) {
     if (scanner.name() == "cols") {
         read_columns(scanner, columns);
         return;
@@ -103,10 +110,10 @@ void require_sheet_root(const XmlScanner& scanner) {
                      "\" is not a sheet's");
 }
 
-bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, WorksheetCells& cells,
-                    WorksheetTail& tail) {
+bool read_worksheet(ByteSource& part, RowSpan rows, DateBase dates, SheetCells& cells,
+                    SheetTail& tail) {
     XmlScanner scanner(part);
-    WorksheetTail found;
+    SheetTail found;
     while (scanner.next() != Token::Start) {
     }
     require_sheet_root(scanner);
@@ -116,7 +123,7 @@ bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, WorksheetCel
             read_other_element(scanner, found, cells.columns);
             continue;
         }
-        if (!SheetDataReader(scanner, rows, date_1904, cells).read()) {
+        if (!SheetDataReader(scanner, rows, dates, cells).read()) {
             cells.cells.finish();
             order_row_formats(cells.row_formats);
             return false;
@@ -128,10 +135,10 @@ bool read_worksheet(ByteSource& part, RowSpan rows, bool date_1904, WorksheetCel
     return true;
 }
 
-WorksheetTail read_worksheet_tail(ByteSource& part) {
+SheetTail read_worksheet_tail(ByteSource& part) {
     XmlScanner scanner(part);
-    WorksheetTail tail;
-    WorksheetColumns columns;
+    SheetTail tail;
+    SheetColumns columns;
     for (Token token = scanner.next(); token != Token::Done; token = scanner.next()) {
         if (token != Token::Start || scanner.depth() != 2) continue;
         if (scanner.name() == "sheetData")

@@ -11,7 +11,7 @@
 
 #include <pugixml.hpp>
 
-#include "workbook/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_text.h"
 #include "workbook/xlsx/reading/workbook_part.h"
 
 namespace workbook {

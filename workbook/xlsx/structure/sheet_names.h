@@ -9,7 +9,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "workbook/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_text.h"
 #include "workbook/xlsx/structure/reference_rewriter.h"
 #include "workbook/xlsx/structure/sheet_list.h"
 #include "workbook/xlsx/structure/table_columns.h"

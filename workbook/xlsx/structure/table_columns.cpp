@@ -6,7 +6,7 @@
 #include "foundation/case_folding.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
-#include "workbook/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_text.h"
 #include "workbook/xlsx/reading/escaped_text.h"
 #include "workbook/xlsx/writing/shared_strings_writer.h"
 #include "workbook/xml/xml_tree.h"

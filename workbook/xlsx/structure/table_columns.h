@@ -13,8 +13,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "workbook/cells/cell_reference.h"
 #include "workbook/opc/opc_package.h"
+#include "workbook/xlsx/cell_reference.h"
 
 namespace workbook {
 

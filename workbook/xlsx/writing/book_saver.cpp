@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Gathers the changed parts of sheets, strings and styles beside what the editor changes.
 #include "workbook/xlsx/writing/book_saver.h"
 
 #include <algorithm>
@@ -23,34 +25,37 @@ namespace workbook {
 
 namespace {
 
-using foundation::files::FileError;
-
-/// The type that the ending of a name stands for; nothing for any other ending.
-std::optional<DocumentType> type_of_name(std::u16string_view path) {
+/// The type that a name's extension stands for; nullopt for any other.
+std::optional<DocumentType> type_of(std::u16string_view extension) {
     constexpr std::pair<std::u16string_view, DocumentType> kEndings[] = {
         {u"xlsx", DocumentType::Workbook},
         {u"xlsm", DocumentType::MacroWorkbook},
         {u"xltx", DocumentType::Template},
         {u"xltm", DocumentType::MacroTemplate},
     };
-    const std::u16string extension = foundation::files::extension(path);
     for (const auto& [ending, type] : kEndings)
         if (foundation::unicode::equal_ignoring_ascii_case(extension, ending)) return type;
     return {};
 }
 
-/// Gathers the parts of one save.
+/// Gathers the parts of one save. Header cells that it writes are as before when it ends, unless
+/// the save has succeeded.
 class Saver {
   public:
     explicit Saver(BookContents& book) : book_(book), editor_(book.editor()) {}
 
-    PackageChanges gather(std::u16string_view path) {
-        if (book_.workbook.sheets.empty())
-            throw Error::missing("a workbook needs at least one sheet");
-        // Under the ending that it had, a file goes on claiming what it claimed.
-        const auto type = type_of_name(path);
+    ~Saver() {
+        if (has_kept_headers_) return;
+        for (const auto& sheet : book_.sheets)
+            if (sheet != nullptr) sheet->restore_header_cells();
+    }
+
+    PackageChanges gather(std::u16string_view extension) {
+        // Under the extension that it had, a file goes on claiming what it claimed.
+        const auto type = type_of(extension);
         const bool is_same_type =
-            !book_.source_path.empty() && type_of_name(book_.source_path) == type;
+            !book_.is_new &&
+            (extension.empty() || type_of(foundation::files::extension(book_.source_path)) == type);
         editor_.set_document_type(is_same_type ? std::nullopt : type);
         editor_.begin_save();
         name_columns();
@@ -63,6 +68,13 @@ class Saver {
         for (PartChange& part : parts)
             enter(changes, std::move(part));
         return changes;
+    }
+
+    /// The save has succeeded: the book has what the file has.
+    void keep_header_texts() {
+        has_kept_headers_ = true;
+        for (const auto& sheet : book_.sheets)
+            if (sheet != nullptr) sheet->keep_header_cells();
     }
 
   private:
@@ -107,10 +119,11 @@ class Saver {
         const std::string part = editor_.need_styles_part();
         std::string text;
         if (book_.package->has_part(part)) {
-            text = append_cell_formats(*open(part), book_.styles, known, end);
+            text = append_cell_formats(*open(part), book_.cell_formats, known, end);
         } else {
             TextSource source(part, default_styles_part());
-            text = append_cell_formats(source, book_.styles, std::max<std::size_t>(known, 1), end);
+            text = append_cell_formats(source, book_.cell_formats, std::max<std::size_t>(known, 1),
+                                       end);
         }
         parts.push_back({part, [text](ByteSink& out) { out.append(text); }});
     }
@@ -147,6 +160,7 @@ class Saver {
     WorkbookEditor& editor_;
     SharedStringPlan strings_;
     bool uses_added_strings_ = false;
+    bool has_kept_headers_ = false;
 };
 
 void commit(BookContents& book, foundation::files::OutputFile& out, std::u16string_view path) {
@@ -159,28 +173,52 @@ void commit(BookContents& book, foundation::files::OutputFile& out, std::u16stri
     // Some systems do not let a file take the place of one that is open.
     book.package->close_file();
     out.commit();
-    book.continue_with(std::make_unique<OpcPackage>(foundation::files::open_for_reading(path)));
+    book.continue_with_saved_file(out.size());
+    try {
+        book.open_package();
+    } catch (const std::exception&) {
+        // The save has succeeded. Whatever needs the file next tries again and says why it cannot.
+    }
+}
+
+SaveCounts counts_of(const BookContents& book, const PackageCounts& counts) {
+    // What a new book begins as is new in the file.
+    if (book.is_new) return {0, counts.copied + counts.written, 0};
+    return {counts.copied, counts.written, counts.dropped};
+}
+
+void require_saveable(BookContents& book) {
+    if (book.workbook.sheets.empty())
+        throw Error::refused("a workbook needs at least one sheet: add one first");
+    book.open_package();
+    book.package->verify_unchanged();
 }
 
 } // namespace
 
-SaveCounts save_book(BookContents& book, std::u16string_view path,
-                     const foundation::files::OutputOpener& open_output) {
-    book.open_package();
-    book.package->verify_unchanged();
+SaveCounts save_book(BookContents& book, std::u16string_view path) {
+    require_saveable(book);
     Saver saver(book);
-    const PackageChanges changes = saver.gather(path);
-    try {
-        const std::unique_ptr<foundation::files::OutputFile> out = open_output(path);
-        const PackageCounts counts = write_package(*book.package, changes, *out);
-        commit(book, *out, path);
-        book.close_package();
-        if (book.source_path.empty()) // what a new book begins as is new in the file
-            return {0, counts.copied + counts.written, 0};
-        return {counts.copied, counts.written, counts.dropped};
-    } catch (const FileError& error) {
-        throw Error::file(error.what());
-    }
+    const PackageChanges changes = saver.gather(foundation::files::extension(path));
+    const std::unique_ptr<foundation::files::OutputFile> out =
+        foundation::files::replace_file(path);
+    const PackageCounts counts = write_package(*book.package, changes, *out);
+    commit(book, *out, path);
+    saver.keep_header_texts();
+    book.close_package();
+    return counts_of(book, counts);
+}
+
+SaveCounts save_book(BookContents& book, foundation::files::OutputFile& out,
+                     std::u16string_view extension) {
+    require_saveable(book);
+    Saver saver(book);
+    const PackageChanges changes = saver.gather(extension);
+    const PackageCounts counts = write_package(*book.package, changes, out);
+    out.commit();
+    saver.keep_header_texts();
+    book.close_package();
+    return counts_of(book, counts);
 }
 
 } // namespace workbook

@@ -12,9 +12,12 @@
 
 namespace workbook {
 
-/// Throws `Error`; the target and `book` are then as they were. After a save over the file that the
-/// book was read from, the book goes on with the new file.
-SaveCounts save_book(BookContents& book, std::u16string_view path,
-                     const foundation::files::OutputOpener& open_output);
+/// Throws `Error` or `FileError`; the target and `book` are then as they were. After a save over
+/// the file that the book was read from, the book goes on with the new file.
+SaveCounts save_book(BookContents& book, std::u16string_view path);
+
+/// The same into `out`, which is committed; `extension` chooses the document type.
+SaveCounts save_book(BookContents& book, foundation::files::OutputFile& out,
+                     std::u16string_view extension);
 
 } // namespace workbook

@@ -7,6 +7,7 @@
 
 #include "workbook/error.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook {
 

@@ -3,9 +3,10 @@
 
 #include <algorithm>
 
+#include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
-#include "workbook/formula/formula_text.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/formula/formula_text.h"
 #include "workbook/xml/simple_types.h"
 
 namespace workbook {
@@ -19,7 +20,7 @@ constexpr std::size_t kMaxFormula = 8192;
 
 // Whether a formula that stands at `place` is for other cells too. Applications have it in the
 // first cell of its block.
-bool is_block(const AreaReference& area, const CellReference& place) {
+bool is_block(const Rectangle& area, const CellReference& place) {
     return area.first_row == place.row && area.first_column == place.column &&
            (area.first_row != area.last_row || area.first_column != area.last_column);
 }
@@ -28,7 +29,7 @@ bool is_before(const CellReference& a, const CellReference& b) {
     return a.row != b.row ? a.row < b.row : a.column < b.column;
 }
 
-bool holds(const AreaReference& area, const CellReference& place) {
+bool holds(const Rectangle& area, const CellReference& place) {
     return place.row >= area.first_row && place.row <= area.last_row &&
            place.column >= area.first_column && place.column <= area.last_column;
 }
@@ -74,9 +75,8 @@ int ChangedPlaces::next_cleared_row(int row) {
     return walk_.next_row();
 }
 
-bool ChangedPlaces::intersects(const AreaReference& area) const {
-    if (cleared_.intersects(area.first_row, area.last_row, area.first_column, area.last_column))
-        return true;
+bool ChangedPlaces::intersects(const Rectangle& area) const {
+    if (cleared_.intersects(area)) return true;
     for (std::size_t i = cells_.row_from(area.first_row); i < cells_.row_count(); ++i) {
         const CellStore::RowCells row = cells_.row_at(i);
         if (row.row > area.last_row) return false;
@@ -152,7 +152,8 @@ void FormulaGroups::note_shared(const SourceFormula& formula, const CellReferenc
     group.first_row = std::min(group.first_row, place.row);
     group.last_row = std::max(group.last_row, place.row);
     if (shared_.size() > kMaxFormulaGroups)
-        throw Error::limit(part_name_, "it has too many shared formulas");
+        throw Error::limit(part_name_,
+                           "more than " + std::to_string(kMaxFormulaGroups) + " shared formulas");
     if (formula.text.empty()) return;
     const bool is_lost = changed.holds(place.row, place.column);
     group.masters.push_back({place, is_lost, is_lost ? formula.text : std::string()});
@@ -176,7 +177,10 @@ void FormulaGroups::note_block(const SourceCell& cell, const CellReference& plac
 void FormulaGroups::count_text(std::size_t bytes) {
     text_bytes_ += bytes;
     if (++masters_ > kMaxFormulaGroups || text_bytes_ > kMaxFormulaGroupBytes)
-        throw Error::limit(part_name_, "it has too many formulas of several cells");
+        throw Error::limit(part_name_, "more than " + std::to_string(kMaxFormulaGroups) +
+                                           " formulas of several cells, or " +
+                                           std::to_string(kMaxFormulaGroupBytes >> 20) +
+                                           " MiB of their text");
 }
 
 void FormulaGroups::include_rows(int first, int last) {

@@ -15,6 +15,7 @@
 #include "workbook/cells/cleared_cells.h"
 #include "workbook/io/byte_source.h"
 #include "workbook/xlsx/writing/source_cell.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook {
 
@@ -25,7 +26,7 @@ class ChangedPlaces {
         : cells_(cells), cleared_(cleared), walk_(cleared) {}
     /// Quick for rows in ascending order.
     bool holds(int row, int column);
-    bool intersects(const AreaReference& area) const;
+    bool intersects(const Rectangle& area) const;
     /// The first row from `row` on that has a cleared cell; `kMaxRows` for none.
     int next_cleared_row(int row);
     bool has_cleared_in(int row) { return walk_.move_to(row); }
@@ -65,7 +66,7 @@ class FormulaGroups {
     };
     enum class BlockKind { Array, DynamicArray, DataTable };
     struct Block {
-        AreaReference area;
+        Rectangle area;
         CellReference anchor;
         BlockKind kind;
         std::string text;

@@ -206,7 +206,8 @@ SharedStringPlan plan_shared_strings(ByteSource* part, const StringSet& added) {
             ++plan.kept;
         });
     if (plan.kept + added.size() >= kNotThere)
-        throw Error::limit("the shared strings", std::to_string(plan.kept) + " items");
+        throw Error::limit("the shared strings",
+                           "more than " + std::to_string(kNotThere) + " strings");
     plan.total = plan.kept;
     for (std::uint32_t& index : plan.index_of)
         if (index == kNotThere) index = static_cast<std::uint32_t>(plan.total++);

@@ -3,7 +3,8 @@
 
 #include <algorithm>
 
-#include "workbook/limits.h"
+#include "workbook/cells/cell_name.h"
+#include "workbook/xlsx/xlsx_limits.h"
 
 namespace workbook {
 

@@ -6,6 +6,7 @@
 
 #include "workbook/error.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xml/simple_types.h"
 
 namespace workbook {
@@ -106,7 +107,9 @@ void read_source_cell(XmlScanner& scanner, SourceCell& cell) {
             return;
         }
         if (cell.content.size() + scanner.raw().size() > kMaxTokenBytes)
-            throw Error::limit(scanner.window().part_name(), "it has a cell that is too long");
+            throw Error::limit(scanner.window().part_name(),
+                               "a cell with more than " + std::to_string(kMaxTokenBytes >> 20) +
+                                   " MiB");
         if (token == Token::Start && scanner.depth() == depth + 1 && scanner.name() == "f" &&
             !cell.formula) {
             cell.formula.emplace().begin = cell.content.size();

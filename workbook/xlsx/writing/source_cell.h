@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "workbook/cells/cell_reference.h"
+#include "workbook/xlsx/cell_reference.h"
 #include "workbook/xml/xml_scanner.h"
 
 namespace workbook {
@@ -44,7 +44,7 @@ class CellPlaces {
 struct SourceFormula {
     std::string type;              ///< "shared", "array", "dataTable" or empty
     std::optional<unsigned> group; ///< si
-    std::optional<AreaReference> area;
+    std::optional<Rectangle> area;
     std::string text;             ///< references resolved
     std::string prefix;           ///< of the element, with its colon
     std::string other_attributes; ///< all but t, si and ref, as they stand, each after a space

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Adds formats to a tree of the styles part, which keeps all else that it has.
 #include "workbook/xlsx/writing/styles_writer.h"
 
 #include <algorithm>
@@ -12,8 +14,8 @@ namespace workbook {
 namespace {
 
 /// What follows cellXfs in a style sheet (ECMA-376 part 1, 18.8.39).
-constexpr std::string_view kBehindCellFormats[] = {"cellStyles", "dxfs",   "tableStyles",
-                                                   "colors",     "extLst", "AlternateContent"};
+constexpr std::string_view kAfterCellFormats[] = {"cellStyles", "dxfs",   "tableStyles",
+                                                  "colors",     "extLst", "AlternateContent"};
 
 /// The name with the namespace prefix of `element`.
 std::string prefixed(pugi::xml_node element, std::string_view name) {
@@ -25,13 +27,13 @@ std::string prefixed(pugi::xml_node element, std::string_view name) {
 pugi::xml_node make_cell_formats(pugi::xml_node root) {
     const std::string name = prefixed(root, "cellXfs");
     for (const pugi::xml_node child : root.children())
-        if (std::find(std::begin(kBehindCellFormats), std::end(kBehindCellFormats),
-                      local_name(child.name())) != std::end(kBehindCellFormats))
+        if (std::find(std::begin(kAfterCellFormats), std::end(kAfterCellFormats),
+                      local_name(child.name())) != std::end(kAfterCellFormats))
             return root.insert_child_before(name.c_str(), child);
     return root.append_child(name.c_str());
 }
 
-/// A new element behind the last one that `parent` has.
+/// A new element after the last one that `parent` has.
 pugi::xml_node append_element(pugi::xml_node parent, const std::string& name) {
     for (pugi::xml_node last = parent.last_child(); last; last = last.previous_sibling())
         if (last.type() == pugi::node_element) return parent.insert_child_after(name.c_str(), last);
@@ -46,23 +48,23 @@ void set_attribute(pugi::xml_node element, const char* name, std::size_t value) 
 
 } // namespace
 
-std::string append_cell_formats(ByteSource& part, const Styles& styles, std::size_t known,
+std::string append_cell_formats(ByteSource& part, const CellFormats& formats, std::size_t known,
                                 std::size_t end) {
     const pugi::xml_document tree = read_editable_tree(part);
     const pugi::xml_node root = root_element(tree, "styleSheet");
-    if (!root) throw Error::damaged(part.part_name(), "it is no style sheet");
-    pugi::xml_node formats = child_element(root, "cellXfs");
-    if (!formats) formats = make_cell_formats(root);
+    if (!root) throw Error::damaged(part.part_name(), "it is not a style sheet");
+    pugi::xml_node list = child_element(root, "cellXfs");
+    if (!list) list = make_cell_formats(root);
     for (std::size_t i = known; i < end; ++i) {
-        pugi::xml_node format = append_element(formats, prefixed(root, "xf"));
-        set_attribute(format, "numFmtId", styles.format(i).num_format);
+        pugi::xml_node format = append_element(list, prefixed(root, "xf"));
+        set_attribute(format, "numFmtId", formats[i].num_format);
         for (const char* first_of : {"fontId", "fillId", "borderId", "xfId"})
             set_attribute(format, first_of, 0);
         set_attribute(format, "applyNumberFormat", 1);
     }
     std::size_t count = 0;
-    each_child(formats, "xf", [&count](pugi::xml_node) { ++count; });
-    set_attribute(formats, "count", count);
+    each_child(list, "xf", [&count](pugi::xml_node) { ++count; });
+    set_attribute(list, "count", count);
     return tree_text(tree);
 }
 

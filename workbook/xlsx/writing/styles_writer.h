@@ -7,14 +7,14 @@
 #include <string>
 #include <string_view>
 
+#include "workbook/cells/cell_formats.h"
 #include "workbook/io/byte_source.h"
-#include "workbook/xlsx/reading/styles.h"
 
 namespace workbook {
 
-/// The text of `part` with the formats of `styles` from index `known` up to `end` appended to its
+/// The text of `part` with the `formats` from index `known` up to `end` appended to its
 /// cellXfs, which is made when it is missing. Throws `Error`.
-std::string append_cell_formats(ByteSource& part, const Styles& styles, std::size_t known,
+std::string append_cell_formats(ByteSource& part, const CellFormats& formats, std::size_t known,
                                 std::size_t end);
 
 /// A styles part with the one default format of a new book.

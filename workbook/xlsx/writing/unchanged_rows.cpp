@@ -4,8 +4,8 @@
 // row begins is looked at, for as long as rows have ascending numbers in plain mark-up.
 #include <algorithm>
 
-#include "workbook/limits.h"
 #include "workbook/xlsx/writing/sheet_data_rewriter.h"
+#include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xml/find_byte.h"
 #include "workbook/xml/simple_types.h"
 

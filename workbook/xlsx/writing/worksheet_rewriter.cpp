@@ -5,9 +5,11 @@
 #include <string>
 #include <utility>
 
+#include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/xlsx/reading/column_widths.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 #include "workbook/xlsx/writing/cell_markup.h"
 #include "workbook/xlsx/writing/element_order.h"
 #include "workbook/xlsx/writing/formula_groups.h"
@@ -20,23 +22,23 @@ namespace {
 
 using Token = XmlScanner::Token;
 
-std::string area_name(int first_row, int last_row, int first_column, int last_column) {
-    std::string name = cell_name(first_row, first_column);
-    if (first_row != last_row || first_column != last_column)
-        name += ":" + cell_name(last_row, last_column);
+std::string area_name(const Rectangle& area) {
+    std::string name = cell_name(area.first_row, area.first_column);
+    if (area.first_row != area.last_row || area.first_column != area.last_column)
+        name += ":" + cell_name(area.last_row, area.last_column);
     return name;
 }
 
 /// Around the cells that were written; nothing when none was.
-std::optional<AreaReference> changed_area(const CellStore& cells) {
-    std::optional<AreaReference> area;
+std::optional<Rectangle> changed_area(const CellStore& cells) {
+    std::optional<Rectangle> area;
     for (std::size_t i = 0; i < cells.row_count(); ++i) {
         const CellStore::RowCells row = cells.row_at(i);
         if (!row.has_changes) continue;
         for (const StoredCell* cell = row.begin; cell != row.end; ++cell) {
             if (!cell->is_changed()) continue;
             const auto column = static_cast<int>(cell->column);
-            if (!area) area = AreaReference{row.row, row.row, column, column};
+            if (!area) area = Rectangle{row.row, row.row, column, column};
             area->last_row = row.row;
             area->first_column = std::min(area->first_column, column);
             area->last_column = std::max(area->last_column, column);
@@ -60,7 +62,7 @@ std::string declare_utf8(std::string_view declaration) {
 class Rewriter {
   public:
     Rewriter(ByteSource& part, const CellStore& cells,
-             const std::vector<std::uint32_t>& shared_index_of, const WorksheetChanges& changes,
+             const std::vector<std::uint32_t>& shared_index_of, const SheetChanges& changes,
              bool complete, ChangedPlaces& changed, FormulaGroups& groups, ByteSink& out)
         : scanner_(part),
           out_(out),
@@ -183,16 +185,16 @@ class Rewriter {
 
     void rewrite_dimension() {
         const auto stated = parse_area_reference(scanner_.attribute("ref"));
-        std::optional<AreaReference> area = changed_area(cells_);
+        std::optional<Rectangle> area = changed_area(cells_);
         if (complete_) {
             const CellBounds& b = cells_.bounds();
-            area = {b.first_row, std::max(b.end_row - 1, 0), b.first_column,
-                    std::max(b.end_column - 1, 0)};
+            area = Rectangle{b.first_row, std::max(b.end_row - 1, 0), b.first_column,
+                             std::max(b.end_column - 1, 0)};
         } else if (area && stated) {
-            area = {std::min(area->first_row, stated->first_row),
-                    std::max(area->last_row, stated->last_row),
-                    std::min(area->first_column, stated->first_column),
-                    std::max(area->last_column, stated->last_column)};
+            area = Rectangle{std::min(area->first_row, stated->first_row),
+                             std::max(area->last_row, stated->last_row),
+                             std::min(area->first_column, stated->first_column),
+                             std::max(area->last_column, stated->last_column)};
         }
         if (!area || (!complete_ && !stated)) {
             copy_element();
@@ -200,10 +202,7 @@ class Rewriter {
         }
         const bool is_empty = scanner_.is_empty_element();
         out_.append(open_tag_without(scanner_, "ref"));
-        out_.append(
-            " ref=\"" +
-            area_name(area->first_row, area->last_row, area->first_column, area->last_column) +
-            (is_empty ? "\"/>" : "\">"));
+        out_.append(" ref=\"" + area_name(*area) + (is_empty ? "\"/>" : "\">"));
         copy_rest(scanner_.depth());
     }
 
@@ -213,7 +212,9 @@ class Rewriter {
         while (scanner_.depth() >= depth) {
             scanner_.next();
             if (markup.size() > kMaxTokenBytes)
-                throw Error::limit(scanner_.window().part_name(), "its columns are too many");
+                throw Error::limit(scanner_.window().part_name(),
+                                   "more than " + std::to_string(kMaxTokenBytes >> 20) +
+                                       " MiB of column elements");
             markup += scanner_.raw();
         }
         const bool is_first = std::exchange(new_elements_[0].is_wanted, false);
@@ -237,11 +238,10 @@ class Rewriter {
     }
 
     void write_merged_regions() {
-        const std::vector<MergedRegion>& regions = *changes_.merged_regions;
+        const std::vector<Rectangle>& regions = *changes_.merged_regions;
         out_.append("<" + prefix_ + "mergeCells count=\"" + std::to_string(regions.size()) + "\">");
-        for (const MergedRegion& r : regions)
-            out_.append("<" + prefix_ + "mergeCell ref=\"" +
-                        area_name(r.first_row, r.last_row, r.first_column, r.last_column) + "\"/>");
+        for (const Rectangle& r : regions)
+            out_.append("<" + prefix_ + "mergeCell ref=\"" + area_name(r) + "\"/>");
         out_.append("</" + prefix_ + "mergeCells>");
     }
 
@@ -249,7 +249,7 @@ class Rewriter {
     MarkupWriter out_;
     const CellStore& cells_;
     const std::vector<std::uint32_t>& shared_index_of_;
-    const WorksheetChanges& changes_;
+    const SheetChanges& changes_;
     const bool complete_;
     ChangedPlaces& changed_;
     FormulaGroups& groups_;
@@ -268,7 +268,7 @@ class Rewriter {
 
 void rewrite_worksheet(const PartOpener& open_part, const CellStore& cells,
                        const std::vector<std::uint32_t>& shared_index_of,
-                       const WorksheetChanges& changes, bool complete, ByteSink& out) {
+                       const SheetChanges& changes, bool complete, ByteSink& out) {
     ChangedPlaces changed(cells, changes.cleared);
     FormulaGroups groups;
     if (changes.cells && may_have_formula_groups(*open_part()))
