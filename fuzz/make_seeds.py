@@ -19,6 +19,11 @@ KINDS = {
 FORMULAS = ["Sheet1!$A$1:$B$2", "'It''s'!A1", "Sheet1!$A:$C", "Sheet1!$1:$3", "#REF!", "[1]S!$A$1",
             "SUM(A:C!B2,'[B.xlsx]S'!$A1)", "T[[#This Row],['#]]:T[a]+{1,#N/A;\"x!\"}", "LOG10(A1#)"]
 
+# Tokens of binary formulas after their count: references, memory tokens, arrays, choices, strings.
+XLS_FORMULAS = ["0f00 5a000005000200 4305000000 1e0100", "0c00 2dffff010000c001c0 1e0100",
+                "1e00 46000000000f00 3a000000000000 3a010000000000 10 6000000000000000 0200" + 32 * "0" +
+                "00000001000000000000f03f", "1300 1904010000000000 41ff00 17020141004200 03"]
+
 GOOGLE_CELL = ('{"userEnteredValue": {"%s": %s}, "effectiveValue": {"%s": %s}, "userEnteredFormat": {"numberFormat": '
                '{"type": "DATE"}}}')
 GOOGLE_REPLIES = ['{"values": [["a", 1], [], [true, null]]}', '{"sheets": [{"data": [{}]}]}',
@@ -77,10 +82,14 @@ def main(fixtures, corpus):
                 data = file.read()
             put(corpus, "fuzz_container", name, data)
             put(corpus, "fuzz_package", name, data)
+            if data.startswith(b"\xd0\xcf\x11\xe0"):
+                put(corpus, "fuzz_compound_file", name, data)
             put_parts(corpus, name, path)
     for i, formula in enumerate(FORMULAS):
         put(corpus, "fuzz_defined_name", f"formula_{i}", formula.encode())
         put(corpus, "fuzz_formula", f"formula_{i}", formula.encode())
+    for i, formula in enumerate(XLS_FORMULAS):
+        put(corpus, "fuzz_xls_formula", f"formula_{i}", bytes.fromhex(formula))
     for i, reply in enumerate(GOOGLE_REPLIES):
         put(corpus, "fuzz_google_reply", f"reply_{i}", reply.encode())
     for i, stream in enumerate(xls_streams()):

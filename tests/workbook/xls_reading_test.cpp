@@ -156,6 +156,9 @@ TEST(XlsReading, JoinsSharedStringsAcrossContinueRecords) {
 }
 
 TEST(XlsReading, ReadsWhatIsAroundTheCells) {
+    Stream repeated; // more cells than the row has columns, with a format that does not exist
+    for (int i = 0; i < 300; ++i)
+        repeated.record(0x0203, cell(7, 3, 9).f64(i));
     const Stream sheet =
         Stream()
             .record(0x0055, Bytes().u16(8))
@@ -164,8 +167,8 @@ TEST(XlsReading, ReadsWhatIsAroundTheCells) {
             .record(0x0208, Bytes().u16(4).u16(0).u16(0).u16(255).u32(0).u32(0x80 | 2u << 16))
             .bof8(0x20)
             .record(0x0203, cell(0, 0).f64(9))
-            .eof()                                // a chart's own cells
-            .record(0x0203, cell(7, 3, 9).f64(1)) // format 9 does not exist
+            .eof() // a chart's own cells
+            .append(repeated)
             .record(0x00E5, Bytes().u16(2).u16(0).u16(1).u16(0).u16(2).u16(5).u16(5).u16(1).u16(3));
     const auto book = load(book8(formats8(), sheet));
     const Sheet& data = *book->get_sheet(0);
@@ -177,6 +180,7 @@ TEST(XlsReading, ReadsWhatIsAroundTheCells) {
     EXPECT_EQ(data.cell_format(0, 0), nullptr);
     EXPECT_EQ(shown(data, 0, 0), "");
     EXPECT_EQ(data.first_row(), 7);
+    EXPECT_EQ(shown(data, 7, 3), "299.");
     ASSERT_EQ(data.merge_size(), 2);
     int area[4];
     ASSERT_TRUE(data.merge(1, area[0], area[1], area[2], area[3]));
@@ -194,7 +198,7 @@ TEST(XlsReading, ListsSheetsOfEveryKind) {
             .record(0x0022, Bytes().u16(1))
             .record(0x0085, bound_sheet(end, 0, 0, "Data"))
             .record(0x0085, bound_sheet(end, 1, 2, "Chart"))
-            .record(0x0085, bound_sheet(end, 2, 1, "Macros"))
+            .record(0x0085, bound_sheet(end, 2, 1, "Macros")) // the cells of the first sheet
             .record(0x0085, bound_sheet(0xFFFFFF, 1, 6, "Module"))
             .eof();
     };
@@ -206,6 +210,8 @@ TEST(XlsReading, ListsSheetsOfEveryKind) {
     EXPECT_EQ(book->sheet_type(1), SheetKind::Chart);
     EXPECT_EQ(book->get_sheet(1), nullptr);
     EXPECT_EQ(book->get_sheet(2)->hidden(), SheetState::VeryHidden);
+    EXPECT_EQ(book->get_sheet(2)->end_row(), 0);
+    EXPECT_EQ(book->load_warnings().size(), 1u);
     EXPECT_EQ(book->get_sheet(3)->hidden(), SheetState::Hidden);
     EXPECT_EQ(book->get_sheet(3)->end_row(), 0);
     EXPECT_EQ(book->get_sheet_name(3), u"Module");

@@ -16,8 +16,7 @@
 
 namespace workbook {
 
-XlsBook::XlsBook(foundation::files::OutputOpener open_output)
-    : open_output_(std::move(open_output)) {}
+XlsBook::XlsBook() = default;
 XlsBook::~XlsBook() = default;
 
 template <class Action>
@@ -69,6 +68,10 @@ bool XlsBook::load_rows(BookSource source, int sheet_index, RowSpan rows) {
 
 bool XlsBook::load_info(BookSource source) {
     return open(std::move(source), [](XlsContents&) {});
+}
+
+std::vector<std::string> XlsBook::load_warnings() const {
+    return contents_ == nullptr ? std::vector<std::string>{} : contents_->globals.warnings;
 }
 
 const XlsSheetEntry* XlsBook::entry(int index) const {
@@ -154,8 +157,7 @@ bool XlsBook::move_sheet(int from, int to) {
 }
 
 bool XlsBook::save(std::u16string_view path) {
-    return try_change(
-        [&](XlsContents& contents) { last_save_ = save_book(contents, path, open_output_); });
+    return try_change([&](XlsContents& contents) { last_save_ = save_book(contents, path); });
 }
 
 bool XlsBook::save(foundation::files::OutputFile& out, std::u16string_view) {

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "foundation/output_file.h"
 #include "workbook/last_error.h"
@@ -17,14 +18,14 @@ namespace workbook {
 
 class XlsBook final : public Book {
   public:
-    /// `open_output` opens the files that are saved to.
-    explicit XlsBook(foundation::files::OutputOpener open_output = foundation::files::replace_file);
+    XlsBook();
     ~XlsBook() override;
 
     bool load(BookSource source) override;
     bool load_sheet(BookSource source, int sheet_index) override;
     bool load_partially(BookSource source, int sheet_index, int first_row, int last_row) override;
     bool load_info(BookSource source) override;
+    std::vector<std::string> load_warnings() const override;
 
     int sheet_count() const override;
     Sheet* get_sheet(int index) override;
@@ -62,7 +63,6 @@ class XlsBook final : public Book {
     bool try_change(const Action& action);
     const XlsSheetEntry* entry(int index) const;
 
-    const foundation::files::OutputOpener open_output_;
     SaveCounts last_save_;
     mutable LastError error_;
     std::unique_ptr<XlsContents> contents_;

@@ -42,10 +42,10 @@ double decode_rk(std::uint32_t rk) {
     return (rk & kHundredth) != 0 ? value / 100.0 : value;
 }
 
-[[noreturn]] void refuse_cell(int row, std::uint32_t column) {
-    throw Error::damaged("row " + std::to_string(row + 1),
-                         "it has a cell in column " + std::to_string(column + 1) + " of " +
-                             std::to_string(kColumns) + ", or too many cells");
+[[noreturn]] void refuse_column(int row, std::uint32_t column) {
+    throw Error::damaged("row " + std::to_string(row + 1), "it has a cell in column " +
+                                                               std::to_string(column + 1) + " of " +
+                                                               std::to_string(kColumns));
 }
 
 } // namespace
@@ -164,8 +164,13 @@ inline StoredCell* CellRecords::add(const Place& place, StoredKind kind) {
     formula_ = nullptr;
     if (place.row != open_row_) change_row(place.row);
     if (!is_open_row_wanted_) return nullptr;
+    if (place.column >= kColumns) refuse_column(place.row, place.column);
     StoredCell* cell = cells_.cells.next_cell();
-    if (cell == nullptr || place.column >= kColumns) refuse_cell(place.row, place.column);
+    if (cell == nullptr) {
+        // More cells than columns: some come twice, and the store keeps the last ones.
+        change_row(place.row);
+        cell = cells_.cells.next_cell();
+    }
     cell->column = place.column;
     cell->format = place.format & kMaxStoredFormat;
     cell->kind = static_cast<std::uint32_t>(kind);
@@ -211,7 +216,7 @@ std::uint64_t CellRecords::error_index(std::uint8_t code) {
 }
 
 std::uint64_t CellRecords::empty_string_index() {
-    if (empty_index_plus_1_ == 0) empty_index_plus_1_ = cells_.own_strings.add({}) + 1;
+    if (empty_index_plus_1_ == 0) empty_index_plus_1_ = cells_.own_strings.add("") + 1;
     return empty_index_plus_1_ - 1;
 }
 
@@ -273,7 +278,7 @@ void CellRecords::read_formula(const Record& record) {
         add_boolean_or_error(place, result.code, true);
         return;
     case ResultKind::EmptyString:
-        add_text(place, {});
+        add_text(place, "");
         return;
     case ResultKind::String:
         // Empty until its string comes: some writers leave it out.

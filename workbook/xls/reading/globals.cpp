@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbook/xls/reading/globals.h"
 
+#include <string>
+#include <unordered_set>
+#include <utility>
+
+#include "foundation/unicode.h"
 #include "workbook/error.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/xls_limits.h"
@@ -26,6 +31,7 @@ class GlobalsReader {
         if (start_.version == BiffVersion::Biff4 && !has_one_sheet)
             for (XlsSheetEntry& sheet : globals_.sheets)
                 read_sheet_formats(sheet);
+        drop_repeated_sheets();
         globals_.formats.finish();
         globals_.names.finish();
         return std::move(globals_);
@@ -86,6 +92,19 @@ class GlobalsReader {
         globals_.sheets.push_back(std::move(entry));
     }
 
+    /// A sheet that several entries refer to would be read once for each of them.
+    void drop_repeated_sheets() {
+        std::unordered_set<std::size_t> positions;
+        for (XlsSheetEntry& sheet : globals_.sheets) {
+            if (!sheet.has_cells || sheet.kind != SheetKind::Worksheet) continue;
+            if (positions.insert(sheet.position).second) continue;
+            sheet.has_cells = false;
+            globals_.warnings.push_back(
+                "sheet \"" + foundation::unicode::to_utf8(sheet.name) +
+                "\" is read as empty: its cells are those of another sheet");
+        }
+    }
+
     void read_font(const Record& record) {
         constexpr std::size_t kCharset = 12;
         if (has_font_ || start_.version != BiffVersion::Biff5 || record.size() <= kCharset) return;
@@ -96,6 +115,7 @@ class GlobalsReader {
     void read_sheet_formats(XlsSheetEntry& sheet) {
         globals_.formats.begin_sheet();
         RecordStream records(stream_, sheet.position);
+        if (!records.next() || !read_bof(records.record())) return;
         while (records.next() && records.record().id != record::kEof)
             globals_.formats.read(records, strings_);
         sheet.first_format = globals_.formats.first_format();

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -28,6 +29,7 @@ struct XlsGlobals {
     FormatRecords formats;
     NameRecords names;
     std::optional<std::size_t> shared_strings; ///< position of the SST record in the stream
+    std::vector<std::string> warnings;         ///< one sentence each; see `Book::load_warnings`
 };
 
 /// Reads the globals of a workbook stream that is not encrypted any more. Throws `Error`.

@@ -22,6 +22,17 @@ bool is_ascii(std::string_view bytes) {
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+/// Goes to the next segment with a byte, the first of which says how wide its characters are; false
+/// when there is none.
+bool next_characters(ContinuedRecord& record, bool& is_wide) {
+    while (record.next_segment()) {
+        if (record.rest().empty()) continue;
+        is_wide = (record.u8() & kWide) != 0;
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
 const std::string& RecordStrings::read(ContinuedRecord& record, LengthField length_field) {
@@ -70,7 +81,7 @@ void RecordStrings::append_bytes(ContinuedRecord& record, std::size_t length) {
 
 void RecordStrings::append_units(ContinuedRecord& record, std::size_t length, bool is_wide) {
     units_.clear();
-    for (;;) {
+    do {
         const std::string_view rest = record.rest();
         const std::size_t width = is_wide ? 2 : 1;
         const std::size_t count = std::min(length - units_.size(), rest.size() / width);
@@ -78,14 +89,7 @@ void RecordStrings::append_units(ContinuedRecord& record, std::size_t length, bo
             units_ += is_wide ? static_cast<char16_t>(load_u16(rest.data() + 2 * i))
                               : static_cast<char16_t>(static_cast<unsigned char>(rest[i]));
         record.advance(count * width);
-        if (units_.size() == length) break;
-        // A segment without a byte has no flags either.
-        do {
-            if (!record.next_segment()) goto finished;
-        } while (record.rest().empty());
-        is_wide = (record.u8() & kWide) != 0;
-    }
-finished:
+    } while (units_.size() < length && next_characters(record, is_wide));
     text_ = foundation::unicode::to_generalized_utf8(units_);
 }
 

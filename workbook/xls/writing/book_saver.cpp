@@ -257,10 +257,9 @@ void continue_with(XlsContents& book, std::u16string_view path) {
 
 } // namespace
 
-SaveCounts save_book(XlsContents& book, std::u16string_view path,
-                     const foundation::files::OutputOpener& open_output) {
+SaveCounts save_book(XlsContents& book, std::u16string_view path) {
     OpenContainer container(book);
-    const std::unique_ptr<foundation::files::OutputFile> out = open_output(path);
+    const auto out = foundation::files::replace_file(path);
     const SaveCounts counts = write_file(book, *out);
     const bool is_over_source = book.source.container != nullptr && !book.source_path.empty() &&
                                 foundation::files::is_same_file(path, book.source_path);

@@ -18,8 +18,7 @@ namespace workbook {
 std::string changed_workbook_stream(const XlsContents& book);
 
 /// Writes the book to the file at `path`. Throws `Error` or `FileError`.
-SaveCounts save_book(XlsContents& book, std::u16string_view path,
-                     const foundation::files::OutputOpener& open_output);
+SaveCounts save_book(XlsContents& book, std::u16string_view path);
 
 /// Writes the book to `out` and commits it. Throws `Error` or `FileError`.
 SaveCounts save_book(XlsContents& book, foundation::files::OutputFile& out);

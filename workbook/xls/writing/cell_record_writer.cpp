@@ -52,11 +52,10 @@ void CellRecordWriter::set_row(int row) {
 }
 
 void CellRecordWriter::begin_cell(std::uint16_t id, std::size_t value_bytes, std::uint32_t column,
-                                  std::uint32_t format) {
+                                  std::uint16_t format) {
     char start[10];
     const std::uint16_t parts[] = {id, static_cast<std::uint16_t>(6 + value_bytes), row_,
-                                   static_cast<std::uint16_t>(column),
-                                   static_cast<std::uint16_t>(format)};
+                                   static_cast<std::uint16_t>(column), format};
     char* out = start;
     for (const std::uint16_t part : parts) {
         *out++ = static_cast<char>(part & 0xFF);
@@ -72,7 +71,7 @@ void CellRecordWriter::join_run(Run kind, const StoredCell& cell, std::uint32_t 
         run_ = kind;
         run_column_ = cell.column;
     }
-    pending_.push_back({static_cast<std::uint16_t>(cell.format), number});
+    pending_.push_back({format_of(cell), number});
 }
 
 void CellRecordWriter::flush() {
@@ -112,12 +111,12 @@ void CellRecordWriter::write(const StoredCell& cell) {
             return;
         }
         flush();
-        begin_cell(record::kNumber, 8, cell.column, cell.format);
+        begin_cell(record::kNumber, 8, cell.column, format_of(cell));
         append_f64(out_, cell.value.number);
         break;
     case StoredKind::Boolean:
         flush();
-        begin_cell(record::kBoolErr, 2, cell.column, cell.format);
+        begin_cell(record::kBoolErr, 2, cell.column, format_of(cell));
         append_u16(out_, cell.value.number != 0.0 ? 1 : 0);
         break;
     case StoredKind::AddedString:
@@ -131,12 +130,12 @@ void CellRecordWriter::write(const StoredCell& cell) {
 
 void CellRecordWriter::write_string(const StoredCell& cell) {
     if (version_ == BiffVersion::Biff8) {
-        begin_cell(record::kLabelSst, 4, cell.column, cell.format);
+        begin_cell(record::kLabelSst, 4, cell.column, format_of(cell));
         append_u32(out_, strings_.first_index + static_cast<std::uint32_t>(cell.value.text));
         return;
     }
     const std::string bytes = strings_.bytes(cell.value.text);
-    begin_cell(record::kLabel, 2 + bytes.size(), cell.column, cell.format);
+    begin_cell(record::kLabel, 2 + bytes.size(), cell.column, format_of(cell));
     append_u16(out_, static_cast<std::uint16_t>(bytes.size()));
     out_ += bytes;
 }

@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::size_t kColInfoBytes = 10; ///< without the last two, which some writers leave out
 constexpr std::uint16_t kWidthIsSet = 0x0002; ///< of the options
-constexpr std::uint16_t kDefaultFormat = 15;  ///< of cells (MS-XLS 2.4.353: the first cell XF)
 constexpr double kWidthUnits = 256.0;
 
 struct ColumnRecord {
@@ -41,7 +40,7 @@ void append_record(const ColumnRecord& columns, std::string& out) {
 
 void append_column_records(const std::vector<std::string_view>& records,
                            const std::map<int, double>& widths, BiffVersion version,
-                           std::string& out) {
+                           std::uint16_t default_format, std::string& out) {
     if (version == BiffVersion::Biff2) {
         // Of records for one column the last counts.
         for (const auto& [column, width] : widths) {
@@ -77,7 +76,7 @@ void append_column_records(const std::vector<std::string_view>& records,
     for (const auto& [column, width] : widths)
         if (!is_known[static_cast<std::size_t>(column)])
             columns.push_back(
-                {column, column, width_units(width), kDefaultFormat, kWidthIsSet, {"\0\0", 2}});
+                {column, column, width_units(width), default_format, kWidthIsSet, {"\0\0", 2}});
     std::stable_sort(
         columns.begin(), columns.end(),
         [](const ColumnRecord& one, const ColumnRecord& other) { return one.first < other.first; });

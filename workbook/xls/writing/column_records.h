@@ -4,6 +4,7 @@
 // columns set: records are split where needed, everything else that they say stays.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
@@ -14,9 +15,9 @@
 namespace workbook {
 
 /// `records` is the data of the sheet's records in their order; `widths` are in characters by
-/// zero-based column. Appends the new records.
+/// zero-based column; columns that had no record get `default_format`. Appends the new records.
 void append_column_records(const std::vector<std::string_view>& records,
                            const std::map<int, double>& widths, BiffVersion version,
-                           std::string& out);
+                           std::uint16_t default_format, std::string& out);
 
 } // namespace workbook

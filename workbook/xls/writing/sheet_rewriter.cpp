@@ -21,7 +21,7 @@ constexpr int kBlockRows = 32;             ///< rows that share a DBCELL record 
 constexpr std::size_t kMostRegions = 1026; ///< of one MERGECELLS record (MS-XLS 2.4.168)
 constexpr std::size_t kRowBytes = 16;      ///< data of a ROW record
 constexpr std::uint16_t kDefaultRowHeight = 0x80FF; ///< twips, and that it is the default one
-constexpr std::uint16_t kRowOptions = 0x0100, kDefaultFormat = 15;
+constexpr std::uint16_t kRowOptions = 0x0100;
 
 // The INDEX record (MS-XLS 2.4.144; with 16-bit rows in BIFF5).
 constexpr std::size_t index_header(BiffVersion version) {
@@ -35,7 +35,7 @@ class SheetWriter {
           table_(survey_cells(sheet.stream, sheet.position, sheet.version)),
           groups_(sheet.stream, sheet.version, table_, sheet.cells, sheet.changes.cleared),
           cleared_(sheet.changes.cleared),
-          cells_(sheet.version, sheet.strings, block_),
+          cells_(sheet.version, sheet.default_format, sheet.strings, block_),
           records_(out_) {}
 
     std::string run() {
@@ -151,7 +151,8 @@ class SheetWriter {
                 if (other.id == record::kColInfo)
                     old.push_back(sheet_.stream.substr(other.begin, other.end - other.begin)
                                       .substr(RecordStream::kHeaderBytes));
-        append_column_records(old, sheet_.changes.column_widths, sheet_.version, out_);
+        append_column_records(old, sheet_.changes.column_widths, sheet_.version,
+                              sheet_.default_format, out_);
     }
 
     void write_protection() {
@@ -279,7 +280,7 @@ class SheetWriter {
         } else if (sheet_.version >= BiffVersion::Biff3) {
             records_.begin(record::kRow);
             for (const int value : {plan.row, first_column, plan.end_column, int{kDefaultRowHeight},
-                                    0, 0, int{kRowOptions}, int{kDefaultFormat}})
+                                    0, 0, int{kRowOptions}, int{sheet_.default_format}})
                 records_.u16(static_cast<std::uint16_t>(value));
             records_.end();
         }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -24,7 +25,8 @@ struct SheetRewrite {
     /// For a copy of the sheet: drawings, whose numbers are the book's, and what the sheet is
     /// called in macros do not go with it.
     bool is_copy = false;
-    const CellStore& cells; ///< changed ones are marked
+    std::uint16_t default_format = 0; ///< of cells, rows and columns without one of their own
+    const CellStore& cells;           ///< changed ones are marked
     const SheetChanges& changes;
     const AddedStrings& strings;
 };
