@@ -8,7 +8,7 @@
 namespace workbook {
 
 /// Returns for a file that may be a ZIP container. Throws `Error` that names what the file is
-/// otherwise: empty, an encrypted workbook, an XLS workbook, text.
+/// else: empty, an encrypted workbook, an XLS workbook, text.
 void require_zip_container(foundation::files::RandomAccessFile& file);
 
 } // namespace workbook

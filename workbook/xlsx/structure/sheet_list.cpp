@@ -1,49 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a sheet may be called, and where it stands.
+// Which names a sheet may have, and where it is.
 #include "workbook/xlsx/structure/sheet_list.h"
 
 #include <algorithm>
 
 #include "foundation/case_folding.h"
-#include "foundation/code_points.h"
 #include "foundation/unicode.h"
+#include "workbook/cells/sheet_name.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
 
 namespace workbook {
-
-namespace {
-
-constexpr std::size_t kMaxNameUnits = 31;
-constexpr std::u16string_view kForbidden = u":\\/?*[]";
-
-[[noreturn]] void refuse_name(std::u16string_view name, std::string_view why) {
-    throw Error::refused("a sheet cannot be named \"" + foundation::unicode::to_utf8(name) +
-                         "\": " + std::string{why});
-}
-
-/// Characters that XML has no way to write (XML 1.0, 2.2), and controls.
-bool is_writable(char32_t c) {
-    using foundation::unicode::is_high_surrogate;
-    using foundation::unicode::is_low_surrogate;
-    return c >= 0x20 && c != 0x7F && c != 0xFFFE && c != 0xFFFF && !is_high_surrogate(c) &&
-           !is_low_surrogate(c);
-}
-
-void check_characters(std::u16string_view name) {
-    if (name.empty()) refuse_name(name, "the name is empty");
-    if (name.size() > kMaxNameUnits) refuse_name(name, "names have at most 31 characters");
-    if (name.find_first_of(kForbidden) != std::u16string_view::npos)
-        refuse_name(name, "names hold none of : \\ / ? * [ ]");
-    if (name.front() == u'\'' || name.back() == u'\'')
-        refuse_name(name, "names neither begin nor end with an apostrophe");
-    for (std::size_t i = 0; i < name.size();)
-        if (!is_writable(foundation::unicode::next_code_point(name, i)))
-            refuse_name(name, "it holds a character that no file can hold");
-}
-
-} // namespace
 
 SheetList::SheetList(WorkbookPart& workbook) : workbook_(workbook) {
     records_.reserve(workbook.sheets.size());
@@ -62,10 +30,10 @@ SheetList::SheetList(WorkbookPart& workbook) : workbook_(workbook) {
 }
 
 void SheetList::check_name(std::u16string_view name, const SheetEntry* own) const {
-    check_characters(name);
+    check_sheet_name(name);
     if (own != nullptr && foundation::unicode::equal_ignoring_case(own->name, name)) return;
     if (folded_names_.contains(foundation::unicode::fold_case(name)))
-        refuse_name(name, "another sheet of the book has this name");
+        refuse_sheet_name(name, "another sheet of the book has this name");
 }
 
 void SheetList::check_room(std::size_t index) const {
@@ -73,7 +41,7 @@ void SheetList::check_room(std::size_t index) const {
         throw Error::missing("the workbook has no place of index " + std::to_string(index) +
                              " for a sheet");
     if (entries().size() >= kMaxSheets)
-        throw Error::refused("a workbook holds at most " + std::to_string(kMaxSheets) + " sheets");
+        throw Error::limit("the workbook", "more than " + std::to_string(kMaxSheets) + " sheets");
 }
 
 void SheetList::check_index(std::size_t index) const {
@@ -107,7 +75,7 @@ void SheetList::remove(std::size_t index) {
     auto& sheets = workbook_.sheets;
     SheetRecord& gone = record(*sheets[index]);
     gone.before = index > 0 ? &record(*sheets[index - 1]) : nullptr;
-    gone.behind = index + 1 < sheets.size() ? &record(*sheets[index + 1]) : nullptr;
+    gone.after = index + 1 < sheets.size() ? &record(*sheets[index + 1]) : nullptr;
     gone.entry = nullptr;
     by_entry_.erase(sheets[index].get());
     folded_names_.erase(foundation::unicode::fold_case(sheets[index]->name));
