@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # Short names for the usual work. Each installs the Debian packages that it misses; CMake presets do the rest.
-.PHONY: help deps demo google-demo test asan format format-check install-test windows docs bench fuzz clean
+.PHONY: help deps demo google-demo test asan format format-check lint install-test windows docs bench fuzz clean
 .DEFAULT_GOAL := help
 
 PRESET ?= dev
@@ -24,7 +24,7 @@ demo: deps  ## build the program and read a workbook with it
 	build/release/bin/zxsheet read $(BOOK) -s Summary --to json
 
 google-demo:  ## serve a sample spreadsheet like Google Sheets does, without an account (GOOGLE_PORT=8420)
-	@python3 tests/google_emulator --port $(GOOGLE_PORT) --state demo --hint
+	@python3 tools/google_emulator --port $(GOOGLE_PORT) --state demo --hint
 
 test: deps  ## build and run all tests (PRESET=dev or release)
 	$(call CONFIGURE,$(PRESET))
@@ -41,6 +41,11 @@ format: deps  ## format the C++ sources
 
 format-check: deps  ## fail if a C++ source is not formatted
 	@tools/format --check
+
+lint: deps  ## look for faults with clang-tidy (.clang-tidy has the checks)
+	@tools/install-deps lint
+	@$(call CONFIGURE,fuzz)
+	@tools/lint
 
 install-test: deps  ## install into a scratch folder and build programs against it
 	@$(call CONFIGURE,release)
@@ -61,14 +66,16 @@ windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file
 
 docs:  ## reference of the public headers into build/docs
 	@tools/install-deps docs
-	@mkdir -p build/docs && doxygen docs/Doxyfile && echo "see build/docs/html/index.html"
+	@$(call CONFIGURE,release)
+	@$(call BUILD,release) --target docs
+	@echo "see build/docs/html/index.html"
 
 bench:  ## build and run the benchmarks (BENCH_ARGUMENTS='--yardstick PROGRAM --peers')
 	@tools/install-deps bench
 	@$(call CONFIGURE,bench)
 	@$(call BUILD,bench)
-	build/bench/bin/reading_benchmark
-	bench/compare $(BENCH_ARGUMENTS) build/bench/bin/read_book
+	build/release/bin/reading_benchmark
+	bench/compare $(BENCH_ARGUMENTS) build/release/bin/read_book
 
 fuzz:  ## build the fuzzers and run each for FUZZ_SECONDS (60)
 	@tools/install-deps fuzz

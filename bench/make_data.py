@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Writes the workbooks that the benchmarks read. Seeded: two runs give the same cells.
 
-usage: make_data.py FOLDER [NAME ...]      names: numbers mixed strings wide sheets small far
+usage: make_data.py FOLDER [NAME ...]      names: numbers mixed strings wide sheets small far xls
 
 Existing files are kept. Needs the standard library only; packs with zlib level 6 as applications do."""
 import os
@@ -10,6 +10,8 @@ import random
 import sys
 import zipfile
 from xml.sax.saxutils import escape
+
+import make_xls
 
 MAIN = "http://schemas.openxmlformats.org/spreadsheetml/2006/main"
 OFFICE = "http://schemas.openxmlformats.org/officeDocument/2006/relationships"
@@ -122,15 +124,19 @@ def fill(book, name, rng):
 def main():
     folder = sys.argv[1]
     os.makedirs(folder, exist_ok=True)
-    for name in sys.argv[2:] or "numbers mixed strings wide sheets small far".split():
-        path = os.path.join(folder, name + ".xlsx")
+    for name in sys.argv[2:] or "numbers mixed strings wide sheets small far xls".split():
+        file_name = "mixed.xls" if name == "xls" else name + ".xlsx"
+        path = os.path.join(folder, file_name)
         if os.path.exists(path):
             continue
-        book = Book(path + ".part")
-        fill(book, name, random.Random(name))
-        book.close()
+        if name == "xls":
+            make_xls.write(path + ".part", random.Random(name))
+        else:
+            book = Book(path + ".part")
+            fill(book, name, random.Random(name))
+            book.close()
         os.replace(path + ".part", path)
-        print("%-14s %9d bytes" % (name + ".xlsx", os.path.getsize(path)), flush=True)
+        print("%-14s %9d bytes" % (file_name, os.path.getsize(path)), flush=True)
 
 
 if __name__ == "__main__":

@@ -46,6 +46,11 @@ std::u16string fold_case(std::u16string_view text) {
     return folded;
 }
 
+char16_t upper_case(char16_t unit) {
+    const auto upper = utf8proc_toupper(static_cast<utf8proc_int32_t>(unit));
+    return upper < 0x10000 ? static_cast<char16_t>(upper) : unit;
+}
+
 bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) {
     // A simple folding never leaves its plane, so equal texts have equal lengths.
     if (a.size() != b.size()) return false;

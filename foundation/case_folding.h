@@ -11,4 +11,7 @@ namespace foundation::unicode {
 /// Equal for two texts exactly when `equal_ignoring_case` is true for them.
 std::u16string fold_case(std::u16string_view text);
 
+/// The simple upper-case form of one UTF-16 unit; surrogates stay.
+char16_t upper_case(char16_t unit);
+
 } // namespace foundation::unicode

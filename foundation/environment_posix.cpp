@@ -4,6 +4,8 @@
 #include "foundation/environment.h"
 #include "foundation/unicode.h"
 
+// The header says when a change is allowed.
+// NOLINTBEGIN(concurrency-mt-unsafe)
 namespace foundation {
 
 std::u16string environment_variable(const char* name) {
@@ -19,3 +21,4 @@ void set_environment_variable(const char* name, const std::u16string& value) {
 }
 
 } // namespace foundation
+// NOLINTEND(concurrency-mt-unsafe)

@@ -29,6 +29,12 @@ Registry& known_services() {
     return instance.get();
 }
 
+std::vector<Entry>::iterator find_entry(Registry& known, std::size_t identifier) {
+    return std::find_if(
+        known.entries.begin(), known.entries.end(),
+        [identifier](const Entry& entry) { return entry.identifier == identifier; });
+}
+
 } // namespace
 
 std::size_t registry::add(std::type_index type, std::shared_ptr<void> service) {
@@ -41,26 +47,31 @@ std::size_t registry::add(std::type_index type, std::shared_ptr<void> service) {
 
 void registry::remove(std::size_t identifier) {
     Registry& known = known_services();
-    std::shared_ptr<void> last; // destroyed behind the lock
+    std::shared_ptr<void> last; // destroyed after the lock is released
     const std::scoped_lock lock(known.mutex);
-    const auto found =
-        std::find_if(known.entries.begin(), known.entries.end(),
-                     [identifier](const Entry& entry) { return entry.identifier == identifier; });
-    if (found == known.entries.end()) return;
+    const auto found = find_entry(known, identifier);
+    if (found == known.entries.end()) throw std::logic_error("the service is not registered");
     last = std::move(found->service);
     known.entries.erase(found);
     if (known.entries.empty()) known.entries.shrink_to_fit(); // the library may be unloaded next
 }
 
-std::vector<std::shared_ptr<void>> registry::find(std::type_index type, const std::string& filter) {
+std::vector<std::size_t> registry::find(std::type_index type, const std::string& filter) {
     if (!filter.empty())
-        throw std::invalid_argument("the service registry knows no filter but the empty one");
+        throw std::invalid_argument("the service registry supports only the empty filter");
     Registry& known = known_services();
     const std::scoped_lock lock(known.mutex);
-    std::vector<std::shared_ptr<void>> found;
+    std::vector<std::size_t> found;
     for (const Entry& entry : known.entries)
-        if (entry.type == type) found.push_back(entry.service);
+        if (entry.type == type) found.push_back(entry.identifier);
     return found;
+}
+
+std::shared_ptr<void> registry::get(std::size_t identifier) {
+    Registry& known = known_services();
+    const std::scoped_lock lock(known.mutex);
+    const auto found = find_entry(known, identifier);
+    return found == known.entries.end() ? nullptr : found->service;
 }
 
 BundleContext bundle_context() {

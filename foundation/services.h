@@ -27,43 +27,44 @@ using cppmicroservices::BundleContext;
 using cppmicroservices::ServiceReference;
 using cppmicroservices::ServiceRegistration;
 
-/// Looks services up in the host's framework instead of the library's own; an invalid context goes
-/// back to that. Before the first request.
+/// Makes the library look services up in the host's framework instead of its own; an invalid
+/// context goes back to its own. To be called before `initialize` and again, with an invalid
+/// context, before the host's framework stops.
 void use_bundle_context(BundleContext context);
 
 #else
-
-class BundleContext;
-
-/// One registered service of interface `Interface`.
-template <class Interface>
-class ServiceReference {
-  public:
-    ServiceReference() = default;
-    explicit operator bool() const noexcept { return !service_.expired(); }
-
-  private:
-    friend class BundleContext;
-    explicit ServiceReference(std::weak_ptr<Interface> service) : service_(std::move(service)) {}
-    std::weak_ptr<Interface> service_;
-};
 
 namespace registry {
 
 std::size_t add(std::type_index type, std::shared_ptr<void> service);
 void remove(std::size_t identifier);
-std::vector<std::shared_ptr<void>> find(std::type_index type, const std::string& filter);
+std::vector<std::size_t> find(std::type_index type, const std::string& filter);
+/// Null where the service has been unregistered.
+std::shared_ptr<void> get(std::size_t identifier);
 
 } // namespace registry
 
-/// Ends a service's registration; the service itself lives as long as somebody holds it. One that
-/// was made by no registration is false.
+/// One registered service of interface `Interface`; false once it has been unregistered.
+template <class Interface>
+class ServiceReference {
+  public:
+    ServiceReference() = default;
+    explicit operator bool() const { return registry::get(identifier_) != nullptr; }
+
+  private:
+    friend class BundleContext;
+    explicit ServiceReference(std::size_t identifier) : identifier_(identifier) {}
+    std::size_t identifier_ = 0;
+};
+
+/// Ends a service's registration; the service itself lives as long as somebody holds it. A
+/// default-constructed registration is false.
 template <class Interface>
 class ServiceRegistration {
   public:
     ServiceRegistration() = default;
     explicit operator bool() const noexcept { return identifier_ != 0; }
-    /// A second call does nothing.
+    /// Throws std::logic_error at a second call, and for a default-constructed registration.
     void Unregister() { registry::remove(identifier_); }
 
   private:
@@ -88,16 +89,17 @@ class BundleContext {
     std::vector<ServiceReference<Interface>>
     GetServiceReferences(const std::string& filter = std::string()) const {
         std::vector<ServiceReference<Interface>> references;
-        for (const std::shared_ptr<void>& service : registry::find(typeid(Interface), filter))
-            references.push_back(
-                ServiceReference<Interface>(std::static_pointer_cast<Interface>(service)));
+        for (const std::size_t identifier : registry::find(typeid(Interface), filter))
+            references.push_back(ServiceReference<Interface>(identifier));
         return references;
     }
 
-    /// Null when the service has been unregistered and dropped.
+    /// Throws std::invalid_argument where the service has been unregistered.
     template <class Interface>
     std::shared_ptr<Interface> GetService(const ServiceReference<Interface>& reference) const {
-        return reference.service_.lock();
+        auto service = std::static_pointer_cast<Interface>(registry::get(reference.identifier_));
+        if (service == nullptr) throw std::invalid_argument("the service is not registered");
+        return service;
     }
 };
 
@@ -106,13 +108,16 @@ class BundleContext {
 /// The context that the library looks services up in.
 BundleContext bundle_context();
 
-/// The first registered service of an interface, null when there is none. `Context` is the
-/// registry's context: the one above or the framework's.
-template <class Interface, class Context>
-std::shared_ptr<Interface> find_service(Context context) {
-    const auto references = context.template GetServiceReferences<Interface>("");
+/// The first registered service of an interface, null when there is none.
+template <class Interface>
+std::shared_ptr<Interface> find_service(BundleContext context) {
+    const auto references = context.GetServiceReferences<Interface>("");
     if (references.empty()) return nullptr;
-    return context.GetService(references.front());
+    try {
+        return context.GetService(references.front());
+    } catch (const std::invalid_argument&) {
+        return nullptr; // unregistered by another thread since
+    }
 }
 
 } // namespace foundation::services

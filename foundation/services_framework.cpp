@@ -2,6 +2,8 @@
 //
 // The registry in builds with CppMicroServices: the host's framework, or one of the library's own.
 #include <mutex>
+#include <optional>
+#include <utility>
 
 #include <cppmicroservices/Framework.h>
 #include <cppmicroservices/FrameworkFactory.h>
@@ -16,18 +18,14 @@ namespace {
 struct Contexts {
     std::mutex mutex;
     BundleContext host;
-    BundleContext own;
+    /// Contexts are valid only while the framework object lives, so it is kept. Never stopped: the
+    /// library cannot know when the last user of a context has gone.
+    std::optional<cppmicroservices::Framework> own;
 };
 
 Contexts& contexts() {
     static NeverDestroyed<Contexts> instance;
     return instance.get();
-}
-
-BundleContext start_own_framework() {
-    cppmicroservices::Framework framework = cppmicroservices::FrameworkFactory().NewFramework();
-    framework.Start();
-    return framework.GetBundleContext();
 }
 
 } // namespace
@@ -42,8 +40,12 @@ BundleContext bundle_context() {
     Contexts& known = contexts();
     const std::scoped_lock lock(known.mutex);
     if (known.host) return known.host;
-    if (!known.own) known.own = start_own_framework();
-    return known.own;
+    if (!known.own) {
+        auto framework = cppmicroservices::FrameworkFactory().NewFramework();
+        framework.Start();
+        known.own = std::move(framework);
+    }
+    return known.own->GetBundleContext();
 }
 
 } // namespace foundation::services

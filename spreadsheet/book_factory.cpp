@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Chooses the back-end of a book, runs its `init_` operation, checks what callers pass. The only
-// source that knows every back-end.
+// Has a back-end make a book, runs its `init_` operation, checks what callers pass.
 #include "spreadsheet/book_factory.h"
 
 #include <algorithm>
@@ -14,10 +13,11 @@
 #include "foundation/files.h"
 #include "foundation/never_destroyed.h"
 #include "foundation/unicode.h"
+#include "spreadsheet/back_ends.h"
+#include "spreadsheet/book_extras.h"
 #include "spreadsheet/exception.h"
-#include "spreadsheet/gsheet/gsheet_book.h"
-#include "spreadsheet/gsheet/utils/shared_client.h"
-#include "spreadsheet/libxl/libxl_book.h"
+#include "spreadsheet/limits.h"
+#include "spreadsheet/with_failure.h"
 
 namespace spreadsheet {
 namespace {
@@ -31,25 +31,11 @@ std::mutex& start_and_stop() {
     return instance.get();
 }
 
-void log_unavailable(const char* back_end) {
-    auto& logger = getLogger();
-    if (!logger.enabled(foundation::log::error)) return;
-    logger.write(foundation::log::error,
-                 std::string("[BOOK FACTORY MSG]: this version does not serve ") + back_end);
-}
-
-/// An empty book of the back-end; null when there is none.
-std::shared_ptr<IBook> make_book(book::interactive mode) {
-    switch (mode) {
-    case book::interactive::file:
-        return std::make_shared<LibXLBook>();
-    case book::interactive::application:
-        log_unavailable("spreadsheet applications");
-        break;
-    case book::interactive::google:
-        return std::make_shared<GSheetWorkbook>();
-    }
-    return nullptr;
+Exception no_back_end(book::interactive mode, error_id id) {
+    if (mode != book::interactive::application) return Exception(id);
+    return with_failure(Exception(id),
+                        {FailureKind::NoApplication,
+                         "This version of the library does not serve spreadsheet applications."});
 }
 
 /// Makes a book and runs `init` on it; `Exception` `failure` when there is no loaded book in the
@@ -57,7 +43,7 @@ std::shared_ptr<IBook> make_book(book::interactive mode) {
 template <class Init>
 std::shared_ptr<IBook> make_initialized_book(book::interactive mode, error_id failure, Init init) {
     std::shared_ptr<IBook> book = make_book(mode);
-    if (!book) throw Exception(failure);
+    if (!book) throw no_back_end(mode, failure);
     init(*book);
     if (!book->is_loaded()) throw Exception(failure);
     return book;
@@ -82,22 +68,21 @@ std::size_t find_sheet(const std::u16string& path, book::format format, book::in
         const auto candidate = names->get_sheet_name(static_cast<int>(index));
         if (candidate && foundation::unicode::equal_ignoring_case(*candidate, name)) return index;
     }
-    throw Exception(error_id::sheet_not_opened);
+    throw with_failure(
+        Exception(error_id::sheet_not_opened),
+        {FailureKind::Missing,
+         "The workbook has no sheet named \"" + foundation::unicode::to_utf8(name) + "\".", path});
 }
 
-constexpr std::size_t kMaxSheetNameLength = 31;
-constexpr std::size_t kMaxGoogleSheetNameLength = 100;
-constexpr std::u16string_view kForbiddenInSheetNames = u":\\/?*[]";
-
 void check_google_sheet_names(const std::u16string& name, const std::u16string& second_name) {
-    if (name.empty() || name.size() > kMaxGoogleSheetNameLength ||
-        second_name.size() > kMaxGoogleSheetNameLength)
+    if (name.empty() || name.size() > kMaxGoogleSheetNameUnits ||
+        second_name.size() > kMaxGoogleSheetNameUnits)
         throw Exception(error_id::google_sheet_name_invalid);
 }
 
 void check_sheet_names(const std::u16string& name, const std::u16string& second_name) {
     const auto is_valid = [](const std::u16string& text) {
-        return text.size() <= kMaxSheetNameLength &&
+        return text.size() <= kMaxSheetNameUnits &&
                text.find_first_of(kForbiddenInSheetNames) == std::u16string::npos;
     };
     if (name.empty() || !is_valid(name) || !is_valid(second_name))
@@ -194,18 +179,19 @@ std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std::size_
 }
 
 void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to) {
-    if (auto* const spreadsheet = dynamic_cast<GSheetWorkbook*>(book.get()))
-        return spreadsheet->reorder_sheet(from, to);
-    auto* const workbook_file = dynamic_cast<LibXLBook*>(book.get());
-    if (workbook_file == nullptr) throw Exception(error_id::sheet_not_copied);
-    workbook_file->reorder_sheet(from, to);
+    auto* const extras = dynamic_cast<IBookExtras*>(book.get());
+    if (extras == nullptr) throw Exception(error_id::sheet_not_copied);
+    extras->reorder_sheet(from, to);
 }
 
 SaveSummary last_save(const std::shared_ptr<IBook>& book) {
-    const auto* const workbook_file = dynamic_cast<const LibXLBook*>(book.get());
-    if (workbook_file == nullptr) return {};
-    const workbook::SaveCounts counts = workbook_file->last_save();
-    return {counts.kept, counts.written, counts.dropped};
+    const auto* const extras = dynamic_cast<const IBookExtras*>(book.get());
+    return extras != nullptr ? extras->last_save() : SaveSummary{};
+}
+
+std::optional<Failure> take_unreported_failure(const std::shared_ptr<IBook>& book) {
+    auto* const extras = dynamic_cast<IBookExtras*>(book.get());
+    return extras != nullptr ? extras->take_unreported_failure() : std::nullopt;
 }
 
 void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
@@ -216,13 +202,13 @@ void save_book(const std::shared_ptr<IBook>& book, const std::u16string& path) {
 
 void initialize() {
     const std::scoped_lock lock(start_and_stop());
-    if (initialize_count == 0) gsheet::start_service();
+    if (initialize_count == 0) start_back_ends();
     ++initialize_count; // not when the start has failed
 }
 
 void release() {
     const std::scoped_lock lock(start_and_stop());
-    if (--initialize_count == 0) gsheet::stop_service();
+    if (--initialize_count == 0) stop_back_ends();
 }
 
 foundation::log::basic_diagnostic_logger<char>& getLogger() {

@@ -7,12 +7,14 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "foundation/export.h"
 #include "foundation/log.h"
 #include "spreadsheet/book.h"
 #include "spreadsheet/book_format.h"
+#include "spreadsheet/failure.h"
 #include "spreadsheet/sheet.h"
 
 namespace spreadsheet {
@@ -78,10 +80,9 @@ ZX_API std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std
                                          const std::u16string& name,
                                          const std::u16string& second_name);
 
-/// Moves the sheet at `from` of a workbook file or a Google spreadsheet so that it stands at `to`;
-/// both zero-based. What refers to the sheet keeps doing so, and all sheet objects stay valid.
-/// Throws `Exception` 6 for an index out of range, 7 when the sheet cannot be moved or the back-end
-/// moves none.
+/// Moves the sheet at `from` of a workbook file or a Google spreadsheet to `to`; both zero-based.
+/// References to the sheet follow, and all sheet objects stay valid. Throws `Exception` 6 for an
+/// index out of range, 7 when the sheet cannot be moved or the back-end moves none.
 ZX_API void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to);
 
 /// What saving a workbook file did to its parts.
@@ -91,8 +92,14 @@ struct SaveSummary {
     std::size_t parts_dropped = 0; ///< of the loaded file, no longer there
 };
 
-/// What the book's last save did; all 0 before the first and for a book that is no workbook file.
+/// What the book's last save did; all 0 before the first and for a book that is not a workbook
+/// file.
 ZX_API SaveSummary last_save(const std::shared_ptr<IBook>& book);
+
+/// The first failure since the last call among the operations that report none: a cell that a write
+/// could not store, a sheet's name, protection or column widths that stay as they were. nullopt
+/// when all of them succeeded.
+ZX_API std::optional<Failure> take_unreported_failure(const std::shared_ptr<IBook>& book);
 
 /// Saves the book. Throws `Exception` 20 when the path does not end with the extension of the
 /// book's format or has no name before it, 4 when the book cannot be saved.

@@ -76,7 +76,7 @@ constexpr std::array<const char*, 55> kMessages{
     ZX_MESSAGE("The cell is beyond the bounds of a workbook in this format or is a named "
                "range that does not exist in this sheet."),
     // 26
-    ZX_MESSAGE("Invalid sheet name. Name must have 1-31 characters, excluding :, \\\\, /, "
+    ZX_MESSAGE("Invalid sheet name. Name must have 1-31 characters, excluding :, \\, /, "
                "?, *, [, and ]."),
     // 27
     ZX_MESSAGE("Error removing merged cells."),

@@ -7,10 +7,26 @@
 
 namespace spreadsheet {
 
+using Base = foundation::core::except::Exception<foundation::core::except::IInternalException,
+                                                 std::exception>;
+
 Exception::Exception(error_id id) : id_(id) {}
 Exception::Exception(error_id id, std::string detail) : id_(id), detail_(std::move(detail)) {}
-Exception::Exception(const Exception&) = default;
-Exception& Exception::operator=(const Exception&) = default;
+
+// Boost's own copy would share what the exception carries and count the owners without a lock:
+// copies in different threads must not have anything in common.
+Exception::Exception(const Exception& other)
+    : clone_base(), Base(), id_(other.id_), detail_(other.detail_) {
+    boost::exception_detail::copy_boost_exception(this, &other);
+}
+
+Exception& Exception::operator=(const Exception& other) {
+    id_ = other.id_;
+    detail_ = other.detail_;
+    boost::exception_detail::copy_boost_exception(this, &other);
+    return *this;
+}
+
 Exception::~Exception() noexcept = default;
 
 const char* Exception::what() const noexcept {

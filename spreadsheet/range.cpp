@@ -7,12 +7,11 @@
 #include <string_view>
 
 #include "spreadsheet/exception.h"
+#include "spreadsheet/limits.h"
 #include "spreadsheet/sheet.h"
 
 namespace spreadsheet {
 namespace {
-
-constexpr std::int64_t kGoogleMaxCells = 10'000'000;
 
 /// Appends column letters and the row number; `int64_t`, so that one past the greatest int still
 /// fits.
@@ -33,11 +32,11 @@ bool is_within_google_limits(const Range& range) {
     if (cells == 1) {
         const std::int64_t row = std::max(range.first_row, 1);
         const std::int64_t column = std::max(range.first_column, 1);
-        if (row * column > kGoogleMaxCells) return false;
+        if (row * column > kMaxGoogleCells) return false;
     }
     const int last_valid_column = book::get_col_limit(book::format::GSHEET);
     return range.first_column <= last_valid_column && range.last_column <= last_valid_column &&
-           cells <= kGoogleMaxCells && range.first_column <= range.last_column &&
+           cells <= kMaxGoogleCells && range.first_column <= range.last_column &&
            range.first_row <= range.last_row;
 }
 

@@ -9,6 +9,8 @@
 #include "spreadsheet/cell_exchange.h"
 #include "spreadsheet/cell_iterator.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/failure.h"
+#include "spreadsheet/limits.h"
 #include "spreadsheet/range.h"
 #include "spreadsheet/sheet.h"
 #include "spreadsheet/version.h"

@@ -3,21 +3,28 @@
 // The creators.
 #include <new>
 
-#include "workbook/library.h"
-#include "workbook/xlsx/xlsx_book.h"
+#include "workbook/detecting_book.h"
 
 namespace workbook {
 
-std::unique_ptr<Book> xlCreateBookW() {
-    return nullptr;
-}
+namespace {
 
-std::unique_ptr<Book> xlCreateXMLBookW() {
+std::unique_ptr<Book> create(BookFamily family) {
     try {
-        return std::make_unique<XlsxBook>();
+        return std::make_unique<DetectingBook>(family);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
+}
+
+} // namespace
+
+std::unique_ptr<Book> xlCreateBookW() {
+    return create(BookFamily::Xls);
+}
+
+std::unique_ptr<Book> xlCreateXMLBookW() {
+    return create(BookFamily::OpenXml);
 }
 
 } // namespace workbook

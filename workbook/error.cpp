@@ -26,7 +26,8 @@ Error Error::file(std::string_view reason) {
 }
 
 Error Error::not_a_workbook(std::string_view what) {
-    return {ErrorKind::NotAWorkbook, joined("the file is not an Open XML workbook", ": ", what)};
+    return {ErrorKind::NotAWorkbook,
+            joined("the file is not a workbook that can be read", ": ", what)};
 }
 
 Error Error::encrypted() {

@@ -4,10 +4,9 @@
 #include "zxsheet/book_access.h"
 
 #include <charconv>
-#include <string_view>
 
 #include "foundation/unicode.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
 
 namespace zxsheet {
 namespace {
@@ -15,20 +14,17 @@ namespace {
 namespace unicode = foundation::unicode;
 using namespace spreadsheet;
 
-constexpr std::string_view kGooglePrefix = "gsheet:";
-
-/// What the library takes as the path.
-std::u16string location_of(const Options& options) {
-    return unicode::to_utf16(google_id(options.book).value_or(options.book));
+CommandError not_found(const BookLocation& location, const std::string& what) {
+    return {ExitCode::NotFound, location.text() + ": " + what};
 }
 
-std::size_t first_worksheet(const IBook& book) {
+std::size_t first_worksheet(const IBook& book, const BookLocation& location) {
     for (std::size_t i = 0; i < book.num_sheets(); ++i)
         if (book.sheet_type(i) == sheet::type::worksheet) return i;
-    throw Exception(error_id::sheet_not_found, "The book has no worksheet.");
+    throw not_found(location, "The book has no worksheet.");
 }
 
-/// The rows of a range that can be told without the sheet: one or two corners.
+/// The range, where its text alone says the rows: one or two corners.
 std::optional<Range> corners_of(const std::u16string& text, book::format format) {
     try {
         range_type type{};
@@ -36,7 +32,7 @@ std::optional<Range> corners_of(const std::u16string& text, book::format format)
             parse_range(text.data(), text.size(), format, {0, 0, -1, -1}, false, &type, nullptr);
         if (type == range_type::two_corner || type == range_type::single_cell) return range;
     } catch (const Exception&) {
-        // A defined name, or wrong; the sheet will tell.
+        // A defined name, or wrong; the sheet decides.
     }
     return {};
 }
@@ -58,26 +54,21 @@ bool is_about_range(error_id id) {
     }
 }
 
-Range find_range(const Selection& selection, const Options& options, book::format format) {
-    if (options.range.empty()) return selection.sheet->used_range();
-    return range_on_sheet(options.range, selection.sheet, selection.sheet_name, format);
-}
-
 struct Rows {
     int first, last;
 };
 
-std::shared_ptr<IBook> load_sheet(const Options& options, std::size_t index,
+std::shared_ptr<IBook> load_sheet(const BookLocation& location, std::size_t index,
                                   const std::optional<Rows>& rows) {
-    const std::u16string path = location_of(options);
-    const book::format format = format_of(options);
-    if (!rows) return load_book_from_file_with_sheet_index(path, format, mode_of(options), index);
-    return load_book_from_file_with_range(path, format, mode_of(options), index,
-                                          static_cast<std::size_t>(rows->first),
-                                          static_cast<std::size_t>(rows->last));
+    if (!rows)
+        return load_book_from_file_with_sheet_index(location.library_path(), location.format(),
+                                                    location.mode(), index);
+    return load_book_from_file_with_range(
+        location.library_path(), location.format(), location.mode(), index,
+        static_cast<std::size_t>(rows->first), static_cast<std::size_t>(rows->last));
 }
 
-/// The rows to load; all of them when there is none. Rows cannot be left out altogether.
+/// The rows to load; nullopt for all of them. At least one row has to be loaded.
 std::optional<Rows> rows_to_load(Extent extent, const std::optional<Range>& corners) {
     if (extent == Extent::NoCells) return Rows{0, 0};
     if (extent == Extent::WholeSheet || !corners) return {};
@@ -86,43 +77,15 @@ std::optional<Rows> rows_to_load(Extent extent, const std::optional<Range>& corn
 
 } // namespace
 
-std::optional<std::string> google_id(const std::string& book) {
-    if (book.rfind(kGooglePrefix, 0) != 0) return {};
-    return book.substr(kGooglePrefix.size());
-}
-
-std::filesystem::path native_path(const std::string& path) {
-    return std::filesystem::path(std::u8string(path.begin(), path.end()));
-}
-
-book::interactive mode_of(const Options& options) {
-    if (google_id(options.book)) return book::interactive::google;
-    return options.application ? book::interactive::application : book::interactive::file;
-}
-
-book::format format_of(const Options& options) {
-    if (google_id(options.book)) return book::format::GSHEET;
-    const std::u8string extension = native_path(options.book).extension().u8string();
-    const std::u16string dotted =
-        unicode::to_utf16(std::string(extension.begin(), extension.end()));
-    if (dotted.empty()) return book::format::XLSX;
-    try {
-        const book::format format = book::create_format(dotted.substr(1));
-        return format == book::format::GSHEET ? book::format::XLSX : format;
-    } catch (const Exception&) {
-        return book::format::XLSX;
-    }
-}
-
-std::shared_ptr<IBook> open_book(const Options& options) {
+std::shared_ptr<IBook> open_book(const BookLocation& location) {
     // A spreadsheet online is never loaded as a whole; it hands all of its sheets out.
-    if (google_id(options.book)) return load_sheet(options, 0, {});
-    return load_book_from_file(location_of(options), format_of(options), mode_of(options));
+    if (location.is_online()) return load_sheet(location, 0, {});
+    return load_book_from_file(location.library_path(), location.format(), location.mode());
 }
 
-std::shared_ptr<IBook> open_sheet_list(const Options& options) {
-    if (options.application || google_id(options.book)) return open_book(options);
-    return load_book_from_file_with_sheetNames(location_of(options), format_of(options));
+std::shared_ptr<IBook> open_sheet_list(const BookLocation& location) {
+    if (!location.is_file()) return open_book(location);
+    return load_book_from_file_with_sheetNames(location.library_path(), location.format());
 }
 
 std::u16string sheet_name(const IBook& book, std::size_t index) {
@@ -142,42 +105,45 @@ std::optional<std::size_t> sheet_number(const std::string& text) {
     return number;
 }
 
-std::size_t find_sheet(const IBook& book, const std::string& wanted) {
-    if (wanted.empty()) return first_worksheet(book);
+std::size_t find_sheet(const IBook& book, const BookLocation& location, const std::string& wanted) {
+    if (wanted.empty()) return first_worksheet(book, location);
     if (const auto index = find_sheet_name(book, unicode::to_utf16(wanted))) return *index;
     const auto number = sheet_number(wanted);
     if (number && *number <= book.num_sheets()) return *number - 1;
-    throw Exception(error_id::sheet_not_found, "There is no sheet '" + wanted + "'.");
+    throw not_found(location, "There is no sheet '" + wanted + "'.");
 }
 
-Range range_on_sheet(const std::string& text, const std::shared_ptr<ISheet>& sheet,
-                     const std::u16string& name_of_sheet, book::format format) {
+Range range_on_sheet(const std::string& text, const Selection& selection,
+                     const BookLocation& location) {
     const std::u16string units = unicode::to_utf16(text);
     try {
-        return sheet_range(units.data(), units.size(), sheet, format, false, nullptr, nullptr);
+        return sheet_range(units.data(), units.size(), selection.sheet, selection.book->format(),
+                           false, nullptr, nullptr);
     } catch (const Exception& e) {
         if (!is_about_range(e.id())) throw;
-        throw Exception(e.id(), "There is no range or name '" + text + "' on sheet '" +
-                                    unicode::to_utf8(name_of_sheet) + "'.");
+        throw not_found(location, "There is no range or name '" + text + "' on sheet '" +
+                                      unicode::to_utf8(selection.sheet_name) + "'.");
     }
 }
 
-Selection open_selection(const Options& options, Extent extent) {
+Selection open_selection(const CellSelector& wanted, Extent extent) {
+    const BookLocation& location = wanted.book;
     Selection selection;
-    const bool is_online = google_id(options.book).has_value();
-    const auto list = open_sheet_list(options);
-    const std::size_t index = find_sheet(*list, options.sheet);
+    const auto list = open_sheet_list(location);
+    const std::size_t index = find_sheet(*list, location, wanted.sheet);
     selection.sheet_name = sheet_name(*list, index);
     if (list->sheet_type(index) == sheet::type::chart)
-        throw Exception(error_id::chart_sheet_unsupported,
-                        "The sheet '" + unicode::to_utf8(selection.sheet_name) +
-                            "' is a chart sheet, which has no cells.");
-    const auto corners = corners_of(unicode::to_utf16(options.range), format_of(options));
-    selection.book = is_online ? list : load_sheet(options, index, rows_to_load(extent, corners));
+        throw not_found(location, "The sheet '" + unicode::to_utf8(selection.sheet_name) +
+                                      "' is a chart sheet, which has no cells.");
+    const auto corners = corners_of(unicode::to_utf16(wanted.range), location.format());
+    selection.book =
+        location.is_online() ? list : load_sheet(location, index, rows_to_load(extent, corners));
     selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : index);
     if (!selection.sheet) throw Exception(error_id::sheet_not_opened);
     if (extent == Extent::NoCells) return selection;
-    selection.range = corners ? *corners : find_range(selection, options, format_of(options));
+    selection.range = corners                ? *corners
+                      : wanted.range.empty() ? selection.sheet->used_range()
+                                             : range_on_sheet(wanted.range, selection, location);
     return selection;
 }
 

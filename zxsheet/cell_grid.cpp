@@ -61,7 +61,7 @@ std::string error_text(const ISheet& sheet, int row, int column) {
     return text;
 }
 
-/// Builders get errors as empty texts; their own are read one by one.
+/// Builders get errors as empty strings; the error codes are read one by one.
 void read_error_texts(const ISheet& sheet, Band& band) {
     for (std::size_t i = 0; i < band.cells.size(); ++i) {
         if (band.types[i] != cell_type::error) continue;
@@ -83,14 +83,15 @@ bool has_type(const Band& band, std::initializer_list<cell_type> wanted) {
            band.types.end();
 }
 
-struct MergedRules {
+/// Rules for both directions.
+struct BothRules {
     MergedCellColumnRule columns;
     MergedCellRowRule rows;
 };
 
 /// Puts the values of one element type where cells have the type asked for.
 template <class Element, class NumberOf>
-void read_ruled(ISheet& sheet, Band& band, const MergedRules& rules, cell_type wanted,
+void read_ruled(ISheet& sheet, Band& band, const BothRules& rules, cell_type wanted,
                 NumberOf number_of) {
     if (!has_type(band, {wanted})) return;
     const auto values = std::make_unique<Element[]>(band.cells.size());
@@ -99,18 +100,18 @@ void read_ruled(ISheet& sheet, Band& band, const MergedRules& rules, cell_type w
         if (band.types[i] == wanted) band.cells[i].number = number_of(values[i]);
 }
 
-void read_ruled_texts(ISheet& sheet, Band& band, const MergedRules& rules) {
+void read_ruled_texts(ISheet& sheet, Band& band, const BothRules& rules) {
     Cursor cursor{band.cells.data()};
     sheet.read(band.range, StringBuilder{&cursor, put_text}, rules.columns, rules.rows);
 }
 
 /// The library's builder read knows no rules, so there is one read for each kind of value.
-void read_values(ISheet& sheet, Band& band, const MergedRules& rules) {
+void read_values(ISheet& sheet, Band& band, const BothRules& rules) {
     read_ruled<double>(sheet, band, rules, cell_type::number, [](double v) { return v; });
     read_ruled<SerialDatenum>(sheet, band, rules, cell_type::date,
                               [](SerialDatenum v) { return v.value; });
     read_ruled<bool>(sheet, band, rules, cell_type::boolean, [](bool v) { return v ? 1.0 : 0.0; });
-    // Always, since this is the read that tells which rows and columns are left out.
+    // Always, since this read determines which rows and columns are omitted.
     read_ruled_texts(sheet, band, rules);
 }
 
@@ -138,9 +139,9 @@ void visit_rows(const Band& band, const std::vector<bool>& omitted_rows,
 }
 
 /// Rules need the whole range at once: what they leave out depends on every row.
-void visit_ruled(const Selection& selection, const Options& options, const RowVisitor& visit) {
-    const MergedRules rules{options.merged_columns.value_or(MergedCellColumnRule::first),
-                            options.merged_rows.value_or(MergedCellRowRule::first)};
+void visit_ruled(const Selection& selection, const MergedRules& wanted, const RowVisitor& visit) {
+    const BothRules rules{wanted.columns.value_or(MergedCellColumnRule::first),
+                          wanted.rows.value_or(MergedCellRowRule::first)};
     ISheet& sheet = *selection.sheet;
     Band band{selection.range, {}, {}};
     band.types.resize(static_cast<std::size_t>(selection.range.count()));
@@ -153,11 +154,11 @@ void visit_ruled(const Selection& selection, const Options& options, const RowVi
 
 } // namespace
 
-void for_each_row(const Selection& selection, const Options& options, Content content,
+void for_each_row(const Selection& selection, const MergedRules& rules, Content content,
                   const RowVisitor& visit) {
     const Range& whole = selection.range;
     if (whole.count() <= 0) return;
-    if (options.has_merged_rules()) return visit_ruled(selection, options, visit);
+    if (rules.columns || rules.rows) return visit_ruled(selection, rules, visit);
     const std::int64_t columns = std::int64_t{whole.last_column} - whole.first_column + 1;
     const auto band_rows = static_cast<int>(std::max<std::int64_t>(1, kCellsPerBand / columns));
     Band band;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,10 +26,15 @@ using RowVisitor = std::function<void(const std::vector<const CellValue*>& row)>
 /// Whether a pass needs the values of the cells or their types alone.
 enum class Content { Types, Values };
 
-/// Calls `visit` for every row of the selection from the top; none for an empty selection.
-/// Merged-cell rules of `options` are applied; rows and columns that a rule leaves out are not
-/// visited.
-void for_each_row(const Selection& selection, const Options& options, Content content,
+/// What merged cells deliver; without a rule their first cell alone has the value.
+struct MergedRules {
+    std::optional<spreadsheet::MergedCellColumnRule> columns;
+    std::optional<spreadsheet::MergedCellRowRule> rows;
+};
+
+/// Calls `visit` for every row of the selection from the top; none for an empty selection. Rows and
+/// columns that a rule omits are not visited.
+void for_each_row(const Selection& selection, const MergedRules& rules, Content content,
                   const RowVisitor& visit);
 
 } // namespace zxsheet

@@ -135,7 +135,7 @@ std::optional<double> take_day(std::string_view& rest) {
     return static_cast<double>(static_cast<double>(serial) < kFirstSafeDay ? serial - 1 : serial);
 }
 
-/// Seconds behind the point: one to six digits.
+/// Fraction of a second: one to six digits.
 std::optional<double> take_fraction(std::string_view& rest) {
     const std::string_view digits = take_digits(rest);
     if (digits.empty() || digits.size() > 6) return {};

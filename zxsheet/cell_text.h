@@ -7,9 +7,10 @@
 #include <string_view>
 
 #include "zxsheet/cell_grid.h"
-#include "zxsheet/options.h"
 
 namespace zxsheet {
+
+enum class DateStyle { Iso, Serial };
 
 /// The shortest decimal text that reads back as the same number; without an exponent between 1e-5
 /// and 1e15. "nan" and "inf" are not avoided.

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "foundation/unicode.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
 
 namespace zxsheet {
 namespace {
@@ -84,8 +84,8 @@ void DelimitedReader::check_encoding(const std::string& field) const {
 }
 
 void DelimitedReader::fail(const std::string& what) const {
-    throw Failure(ExitCode::Failed,
-                  input_.name() + ": Line " + std::to_string(field_line_) + ": " + what);
+    throw CommandError(ExitCode::Failed,
+                       input_.name() + ": Line " + std::to_string(field_line_) + ": " + what);
 }
 
 } // namespace zxsheet

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Fields of CSV and TSV text (RFC 4180), one after the other, with what real files have besides:
-// lines that end with LF or CR, text behind a closing quote, rows of different lengths, no line
-// end behind the last row.
+// lines that end with LF or CR, text after a closing quote, rows of different lengths, no line
+// end after the last row.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@
 
 namespace zxsheet {
 
-/// What comes behind a field.
+/// What follows a field.
 enum class FieldEnd { Separator, Row };
 
 class DelimitedReader {

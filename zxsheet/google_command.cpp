@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// `zxsheet google ...`: the host's functions, called as a host would.
 #include "zxsheet/google_command.h"
 
 #include <memory>
@@ -8,12 +10,14 @@
 
 #include "foundation/host_array.h"
 #include "foundation/unicode.h"
-#include "spreadsheet/exception.h"
+#include "spreadsheet/failure.h"
 #include "spreadsheet/gsheet/builtins.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/host_errors.h"
-#include "zxsheet/book_access.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
+#include "zxsheet/command_table.h"
+#include "zxsheet/input_file.h"
+#include "zxsheet/library_error.h"
 
 namespace zxsheet {
 namespace {
@@ -22,18 +26,22 @@ namespace unicode = foundation::unicode;
 using foundation::HostArray;
 using foundation::HostArrayPtr;
 using spreadsheet::error_id;
-using spreadsheet::Exception;
 using Builtin = void (*)(int, HostArrayPtr*, int, const HostArray**);
 
-/// A text as the host's functions take it.
-HostArrayPtr string_array(const std::vector<std::string>& texts) {
-    auto array = std::make_unique<foundation::StringArray>(1, texts.size());
-    for (std::size_t i = 0; i < texts.size(); ++i)
-        array->data()[i] = unicode::to_utf16(texts[i]);
+struct GoogleOptions : BookOptions {
+    std::vector<std::string> arguments; ///< those that must be given
+    std::vector<std::string> more;
+};
+
+/// Strings as the host's functions take them.
+HostArrayPtr string_array(const std::vector<std::string>& strings) {
+    auto array = std::make_unique<foundation::StringArray>(1, strings.size());
+    for (std::size_t i = 0; i < strings.size(); ++i)
+        array->data()[i] = unicode::to_utf16(strings[i]);
     return array;
 }
 
-/// Which of the library's exceptions a message identifier stands for.
+/// The library's identifier for a message identifier.
 constexpr struct {
     std::string_view identifier;
     error_id id;
@@ -46,24 +54,28 @@ constexpr struct {
     {"Zentra:spreadsheet:gsheet:TypeNotSupported", error_id::google_sheet_type_unsupported},
 };
 
-[[noreturn]] void throw_as_own(const foundation::core::except::IMessageId& error,
-                               const Options& options) {
-    if (error.identifier() == "Zentra:spreadsheet:gsheet:UnknownMimeType")
-        throw Failure(ExitCode::NotAWorkbook, options.book +
-                                                  ": The file is no Google spreadsheet; "
-                                                  "its type is " +
-                                                  error.argument() + ".");
+/// Other errors differ by the status of the service's reply.
+error_id identifier_of(const foundation::core::except::IMessageId& error,
+                       const spreadsheet::Failure& failure) {
     for (const auto& known : kKnownErrors)
-        if (error.identifier() == known.identifier) throw Exception(known.id);
-    // These have no identifier of their own, but their texts are passed on as they are.
-    for (const error_id id : {error_id::google_sheet_not_found, error_id::internal})
-        if (error.argument() == Exception(id).what()) throw Exception(id);
-    throw Exception(error_id::google_unavailable, error.argument());
+        if (error.identifier() == known.identifier) return known.id;
+    return failure.service.http_status == 404 ? error_id::google_sheet_not_found
+                                              : error_id::google_unavailable;
+}
+
+CommandError command_error(const foundation::core::except::IMessageId& error,
+                           const GoogleOptions& options) {
+    if (error.identifier() == "Zentra:spreadsheet:gsheet:UnknownMimeType")
+        return {ExitCode::NotAWorkbook, options.book.text() +
+                                            ": The file is not a Google spreadsheet; its type is " +
+                                            error.argument() + "."};
+    const spreadsheet::Failure failure = spreadsheet::failure_of(error);
+    return command_error(identifier_of(error, failure), failure, options);
 }
 
 /// The output of a function of the host.
 HostArrayPtr call(Builtin builtin, const std::vector<HostArrayPtr>& inputs,
-                  const Options& options) {
+                  const GoogleOptions& options) {
     std::vector<const HostArray*> pointers;
     for (const HostArrayPtr& input : inputs)
         pointers.push_back(input.get());
@@ -71,14 +83,14 @@ HostArrayPtr call(Builtin builtin, const std::vector<HostArrayPtr>& inputs,
     try {
         builtin(1, &output, static_cast<int>(pointers.size()), pointers.data());
     } catch (const foundation::core::except::IMessageId& error) {
-        throw_as_own(error, options);
+        throw command_error(error, options);
     }
     return output;
 }
 
-HostArrayPtr call_with_texts(Builtin builtin, const Options& options) {
+HostArrayPtr call_with_arguments(Builtin builtin, const GoogleOptions& options) {
     std::vector<HostArrayPtr> inputs;
-    for (const std::string& text : options.google_texts)
+    for (const std::string& text : options.arguments)
         inputs.push_back(string_array({text}));
     return call(builtin, inputs, options);
 }
@@ -89,51 +101,49 @@ void print_text(const HostArray& array, OutputSink& out) {
     out.write(text);
 }
 
-void create(const Options& options, OutputSink& out) {
+void create(const GoogleOptions& options, OutputSink& out) {
     std::vector<HostArrayPtr> inputs;
-    inputs.push_back(string_array({options.google_texts.front()}));
-    const auto sheets = options.google_texts.begin() + 1;
-    if (sheets != options.google_texts.end())
-        inputs.push_back(string_array({sheets, options.google_texts.end()}));
+    inputs.push_back(string_array({options.arguments.front()}));
+    if (!options.more.empty()) inputs.push_back(string_array(options.more));
     print_text(*call(gsheet::createGoogleWorkbookBuiltin, inputs, options), out);
 }
 
-void remove_file(const Options& options, OutputSink&) {
-    const auto result = call_with_texts(gsheet::deleteGoogleSpreadsheet, options);
+void remove_file(const GoogleOptions& options, OutputSink&) {
+    const auto result = call_with_arguments(gsheet::deleteGoogleSpreadsheet, options);
     if (!*result->logicals())
-        throw Failure(ExitCode::Service,
-                      options.book + ": The file was not deleted; check that it exists and that "
-                                     "the access token may delete it.");
+        throw CommandError(ExitCode::Service, options.book.text() +
+                                                  ": The file was not deleted; check that it "
+                                                  "exists and that the access token may delete "
+                                                  "it.");
 }
 
-void size(const Options& options, OutputSink& out) {
-    const auto bytes = call_with_texts(gsheet::fileAttributesForGoogleSheet, options);
+void size(const GoogleOptions& options, OutputSink& out) {
+    const auto bytes = call_with_arguments(gsheet::fileAttributesForGoogleSheet, options);
     out.write(std::to_string(static_cast<long long>(*bytes->doubles())) + '\n');
 }
 
-/// A file that cannot be opened is told apart from a service that does not take it.
-void upload(const Options& options, OutputSink& out) {
-    if (!can_be_opened(options.book))
-        throw Failure(ExitCode::NotReadable, options.book + ": The file cannot be read.");
-    print_text(*call_with_texts(gsheet::uploadSheetToGdrive, options), out);
+/// A file that cannot be read and a service that does not take it are different failures.
+void upload(const GoogleOptions& options, OutputSink& out) {
+    open_input_file(options.book.text());
+    print_text(*call_with_arguments(gsheet::uploadSheetToGdrive, options), out);
 }
 
 template <Builtin builtin>
-void print_result(const Options& options, OutputSink& out) {
-    print_text(*call_with_texts(builtin, options), out);
+void print_result(const GoogleOptions& options, OutputSink& out) {
+    print_text(*call_with_arguments(builtin, options), out);
 }
 
-/// One command: what stands behind its name, and what runs.
+/// One command: its name, its arguments, what runs.
 struct Verb {
     const char* name;
     const char* what;
     std::vector<const char*> arguments;
-    bool has_more; ///< any number of further arguments
-    void (*run)(const Options&, OutputSink&);
+    bool has_sheets; ///< any number of further arguments, names of sheets
+    void (*run)(const GoogleOptions&, OutputSink&);
 };
 
-const std::vector<Verb>& verbs() {
-    static const std::vector<Verb> known = {
+std::vector<Verb> verbs() {
+    return {
         {"create", "Make a spreadsheet, with sheets of these names", {"TITLE"}, true, create},
         {"delete", "Delete a file of the Drive", {"ID"}, false, remove_file},
         {"size", "Bytes that a file takes of the quota", {"ID"}, false, size},
@@ -154,74 +164,56 @@ const std::vector<Verb>& verbs() {
          print_result<gsheet::writeToGoogleSheet>},
         {"upload", "Put a workbook file into the Drive", {"FILE"}, false, upload},
     };
-    return known;
 }
 
-/// The texts of one command while the line is parsed.
-struct Texts {
-    std::vector<std::string> wanted;
-    std::vector<std::string> more;
-};
-
-/// IDs may be written as books are.
-void take_arguments(const Verb& verb, const Texts& texts, Options& options) {
-    options.google = verb.name;
-    options.google_texts = texts.wanted;
-    options.google_texts.insert(options.google_texts.end(), texts.more.begin(), texts.more.end());
-    std::string& first = options.google_texts.front();
-    if (std::string_view(verb.arguments.front()) == "ID") first = google_id(first).value_or(first);
-    options.book = first;
+/// The first argument of all commands names what they work on; IDs may be written as books are.
+void take_first(const std::string& text, bool is_id, GoogleOptions& options) {
+    const BookLocation location(text);
+    const bool has_prefix = is_id && location.is_online();
+    options.arguments.front() = has_prefix ? location.id() : text;
+    options.book = BookLocation::online(options.arguments.front());
 }
 
-void add_verb(CLI::App& group, const Verb& verb, Options& options,
-              const std::function<void()>& choose) {
-    CLI::App* command = group.add_subcommand(verb.name, verb.what);
-    const auto texts = std::make_shared<Texts>();
-    texts->wanted.resize(verb.arguments.size());
+Command command_of(const Verb& verb) {
+    const auto options = std::make_shared<GoogleOptions>();
+    options->arguments.resize(verb.arguments.size());
+    Command command{"google", verb.name, verb.what, {}, {}, options};
     for (std::size_t i = 0; i < verb.arguments.size(); ++i)
-        command->add_option(verb.arguments[i], texts->wanted[i])->required()->option_text(" ");
-    if (verb.has_more)
-        command->add_option("SHEETS", texts->more, "Names of its sheets")->option_text(" ");
-    command->callback([&verb, &options, texts, choose] {
-        take_arguments(verb, *texts, options);
-        choose();
-    });
+        command.parameters.push_back(
+            Parameter{verb.arguments[i], "", "", &options->arguments[i]}.required());
+    if (verb.has_sheets)
+        command.parameters.push_back({"SHEETS", "", "Names of its sheets", &options->more});
+    const bool is_id = std::string_view(verb.arguments.front()) == "ID";
+    command.parameters.front().target = [&target = *options, is_id](const std::string& text) {
+        take_first(text, is_id, target);
+    };
+    command.read = [options, run = verb.run](OutputSink& out) { run(*options, out); };
+    return command;
 }
 
 } // namespace
 
-void add_google_root(CLI::App& app, Options& options) {
-    app.add_option("--google-root", options.google_root,
-                   "Address of a service to use in Google's place (or ZX_GOOGLE_ROOT)")
-        ->envname("ZX_GOOGLE_ROOT")
-        ->option_text("URL");
-}
-
-void add_google_commands(CLI::App& app, Options& options, const std::function<void()>& choose) {
-    CLI::App* group = app.add_subcommand("google", "Files of Google Sheets and Drive");
-    group->require_subcommand(1);
+std::vector<Command> google_commands() {
+    std::vector<Command> commands;
     for (const Verb& verb : verbs())
-        add_verb(*group, verb, options, choose);
+        commands.push_back(command_of(verb));
+    return commands;
 }
 
-void use_google_root(const Options& options) {
+void use_google_root(const std::string& root) {
     gsheet::Endpoints endpoints;
-    if (!options.google_root.empty()) {
-        const std::u16string root = unicode::to_utf16(options.google_root);
-        endpoints = {root, root, root};
+    if (!root.empty()) {
+        const std::u16string address = unicode::to_utf16(root);
+        endpoints = {address, address, address};
     }
     try {
         gsheet::set_endpoints(endpoints);
     } catch (const std::invalid_argument&) {
-        throw Failure(ExitCode::Usage, "--google-root " + options.google_root +
-                                           ": The address must be https://HOST, or http:// and "
-                                           "this machine, without a path");
+        throw CommandError(ExitCode::Usage,
+                           "--google-root " + root +
+                               ": The address must be https://HOST, or http:// and "
+                               "this machine, without a path");
     }
-}
-
-void run_google(const Options& options, OutputSink& out) {
-    for (const Verb& verb : verbs())
-        if (options.google == verb.name) return verb.run(options, out);
 }
 
 } // namespace zxsheet

@@ -6,7 +6,7 @@
 
 #include "foundation/unicode.h"
 #include "zxsheet/book_access.h"
-#include "zxsheet/commands.h"
+#include "zxsheet/command_table.h"
 #include "zxsheet/json_text.h"
 
 namespace zxsheet {
@@ -15,7 +15,11 @@ namespace {
 using namespace spreadsheet;
 using foundation::unicode::to_utf8;
 
-/// What there is to tell about a sheet; only a worksheet has more than a name.
+struct InfoOptions : BookOptions {
+    bool json = false;
+};
+
+/// What there is to say about a sheet; only a worksheet has more than a name.
 struct SheetInfo {
     std::string name;
     std::string kind; ///< "worksheet", "chart" or "other"
@@ -66,8 +70,8 @@ std::string json_or_null(const std::optional<std::string>& text) {
     return text ? json_string(*text) : "null";
 }
 
-void write_json_info(const IBook& book, const Options& options, OutputSink& out) {
-    out.write("{\"path\":" + json_string(options.book));
+void write_json_info(const IBook& book, const InfoOptions& options, OutputSink& out) {
+    out.write("{\"path\":" + json_string(options.book.text()));
     out.write(",\"format\":" + json_string(to_utf8(book::to_string(book.format()))));
     out.write(",\"date_system\":" + date_system(book) + ",\"sheets\":[");
     std::size_t index = 0;
@@ -84,8 +88,8 @@ void write_json_info(const IBook& book, const Options& options, OutputSink& out)
     out.write("]}\n");
 }
 
-void write_plain_info(const IBook& book, const Options& options, OutputSink& out) {
-    out.write("path:        " + options.book + '\n');
+void write_plain_info(const IBook& book, const InfoOptions& options, OutputSink& out) {
+    out.write("path:        " + options.book.text() + '\n');
     out.write("format:      " + to_utf8(book::to_string(book.format())) + '\n');
     out.write("date system: " + date_system(book) + '\n');
     std::size_t index = 0;
@@ -99,11 +103,17 @@ void write_plain_info(const IBook& book, const Options& options, OutputSink& out
     }
 }
 
+void run_info(const InfoOptions& options, OutputSink& out) {
+    const auto book = open_book(options.book);
+    options.json ? write_json_info(*book, options, out) : write_plain_info(*book, options, out);
+}
+
 } // namespace
 
-void run_info(const Options& options, OutputSink& out) {
-    const auto book = open_book(options);
-    options.json ? write_json_info(*book, options, out) : write_plain_info(*book, options, out);
+Command info_command() {
+    const auto options = std::make_shared<InfoOptions>();
+    return reading_command("info", "Format, date system and sheets of a book", options,
+                           {json_flag(options->json)}, run_info);
 }
 
 } // namespace zxsheet

@@ -1,79 +1,53 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Follows the parser's events; the types of all cells are kept, one byte each.
+// Follows the parser's events; of the cells only their types are kept, one byte each.
 #include "zxsheet/json_reader.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <boost/json/basic_parser_impl.hpp>
 
 #include "zxsheet/cell_guess.h"
 #include "zxsheet/cell_text.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
 
 namespace zxsheet {
 namespace {
 
 using spreadsheet::cell_type;
+using ErrorCode = boost::json::error_code;
 
-/// Of members that are passed over.
-constexpr int kMaxDepth = 1000;
+/// Of members that are skipped.
+constexpr std::size_t kMaxDepth = 1000;
 
 /// The longest text of a cell is a fifth of it when every character is escaped.
 constexpr std::size_t kMaxTokenBytes = 1 << 20;
 
-/// How far the parser has come.
+/// How far the text has been parsed; lines from 1, columns in characters.
 struct Position {
-    TextInput& input;
     std::size_t line = 1;
     std::size_t column = 0;
-    std::size_t token_bytes = 0; ///< since the parser's last event
 
-    void advance() {
-        const int byte = input.next();
-        if (++token_bytes > kMaxTokenBytes) fail("A value is too long.");
-        if (byte == '\n') {
-            ++line;
+    void advance(std::string_view text) {
+        const std::size_t last_feed = text.rfind('\n');
+        if (last_feed != text.npos) {
+            line += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
             column = 0;
-        } else if ((byte & 0xC0) != 0x80) {
-            ++column;
+            text.remove_prefix(last_feed + 1);
         }
+        column += static_cast<std::size_t>(std::count_if(
+            text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
     }
-
-    [[noreturn]] void fail(const std::string& what) const {
-        throw Failure(ExitCode::Failed, input.name() + ": Line " + std::to_string(line) +
-                                            ", column " + std::to_string(column) + ": " + what);
-    }
-};
-
-/// The input as the parser wants it.
-class Characters {
-  public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = char;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const char*;
-    using reference = char;
-
-    Characters() = default;
-    explicit Characters(Position& position) : position_(&position) {}
-    char operator*() const { return static_cast<char>(position_->input.peek()); }
-    Characters& operator++() {
-        position_->advance();
-        return *this;
-    }
-    void operator++(int) { ++*this; }
-    bool operator==(const Characters& other) const { return at_end() == other.at_end(); }
-    bool operator!=(const Characters& other) const { return !(*this == other); }
-
-  private:
-    bool at_end() const { return !position_ || position_->input.peek() == TextInput::kEnd; }
-    Position* position_ = nullptr;
 };
 
 std::optional<cell_type> type_of_name(const std::string& name) {
@@ -102,83 +76,126 @@ class TypeRows {
     std::vector<std::size_t> row_ends_;
 };
 
-class CellEvents : public nlohmann::json_sax<nlohmann::json> {
+/// What the cells of a text are, from the events of the parser. An event that is not allowed ends
+/// the parsing with `problem`.
+class CellEvents {
   public:
-    CellEvents(Position& position, CellSink& sink) : position_(position), sink_(sink) {}
+    explicit CellEvents(CellSink& sink) : sink_(sink) {}
 
-    bool null() override {
-        return scalar("null", [this] { put_null(); });
-    }
-    bool boolean(bool value) override {
-        return scalar("true or false", [&] { put(cell_type::boolean, value ? 1.0 : 0.0, {}); });
-    }
-    bool number_integer(number_integer_t value) override {
-        return put_number(static_cast<double>(value));
-    }
-    bool number_unsigned(number_unsigned_t value) override {
-        return put_number(static_cast<double>(value));
-    }
-    bool number_float(number_float_t value, const string_t&) override { return put_number(value); }
-    bool string(string_t& text) override {
-        return scalar("text", [&] { put_string(text); });
-    }
-    bool binary(binary_t&) override { return false; } // not in JSON text
+    const std::string& problem() const { return problem_; }
+    /// Whether the character after those that were parsed belongs to the problem: brackets and
+    /// closing quotes come after their events.
+    bool is_ahead() const { return is_ahead_; }
 
-    bool start_object(std::size_t) override {
-        position_.token_bytes = 0;
-        if (depth_ > 0 && member_ != Member::Other) wrong("An object does not belong here.");
-        go_deeper();
+    // What the parser calls. False ends the parsing.
+
+    static constexpr std::size_t max_array_size = static_cast<std::size_t>(-1);
+    static constexpr std::size_t max_object_size = static_cast<std::size_t>(-1);
+    static constexpr std::size_t max_string_size = static_cast<std::size_t>(-1);
+    static constexpr std::size_t max_key_size = static_cast<std::size_t>(-1);
+
+    bool on_document_begin(ErrorCode&) { return true; }
+    bool on_document_end(ErrorCode&) { return true; }
+    bool on_comment_part(std::string_view, ErrorCode&) { return true; }
+    bool on_comment(std::string_view, ErrorCode&) { return true; }
+
+    bool on_object_begin(ErrorCode& code) {
+        is_ahead_ = true;
+        if (depth_ > 0 && member_ != Member::Other)
+            return stop(code, "An object does not belong here.");
+        ++depth_;
         return true;
     }
-    bool key(string_t& name) override {
-        position_.token_bytes = 0;
-        if (depth_ == 1) start_member(name);
+    bool on_object_end(std::size_t, ErrorCode& code) {
+        is_ahead_ = true;
+        if (--depth_ == 0 && !has_values_) return stop(code, "The object has no \"values\".");
         return true;
     }
-    bool end_object() override {
-        position_.token_bytes = 0;
-        if (--depth_ == 0 && !has_values_) wrong("The object has no \"values\".");
-        return true;
-    }
-    bool start_array(std::size_t) override {
-        position_.token_bytes = 0;
-        if (depth_ == 0) wrong("The data must be an object with \"values\".");
+    bool on_array_begin(ErrorCode& code) {
+        is_ahead_ = true;
+        if (depth_ == 0) return stop(code, kNoObject);
         if (member_ != Member::Other && (!is_matrix() || depth_ > 2))
-            wrong("An array does not belong here.");
+            return stop(code, "An array does not belong here.");
         if (depth_ == 1 && member_ == Member::Values) start_values();
-        go_deeper();
+        ++depth_;
         return true;
     }
-    bool end_array() override {
-        position_.token_bytes = 0;
+    bool on_array_end(std::size_t, ErrorCode& code) {
+        is_ahead_ = true;
         --depth_;
-        if (is_matrix() && depth_ == 2) end_row();
-        if (member_ == Member::Values && depth_ == 1) end_values();
-        return true;
+        if (is_matrix() && depth_ == 2) return end_row(code);
+        return member_ != Member::Values || depth_ != 1 || end_values(code);
     }
-    bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& e) override {
-        if (dynamic_cast<const nlohmann::json::out_of_range*>(&e) != nullptr)
-            wrong("The number is too large.");
-        const std::string text = e.what();
-        const std::size_t reason = text.find(" - ");
-        wrong("This is not JSON" +
-              (reason == text.npos
-                   ? std::string(".")
-                   : ": " + text.substr(reason + 3, text.find("; last read") - reason - 3) + "."));
+
+    bool on_key_part(std::string_view part, std::size_t, ErrorCode& code) {
+        return append(part, code);
     }
+    bool on_key(std::string_view part, std::size_t, ErrorCode& code) {
+        is_ahead_ = true;
+        if (!append(part, code)) return false;
+        const std::string name = std::exchange(token_, {});
+        return depth_ != 1 || start_member(name, code);
+    }
+    bool on_string_part(std::string_view part, std::size_t, ErrorCode& code) {
+        return append(part, code);
+    }
+    bool on_string(std::string_view part, std::size_t, ErrorCode& code) {
+        is_ahead_ = true;
+        if (!append(part, code)) return false;
+        const bool taken = take_scalar("text", code, [&] { return put_string(code); });
+        token_.clear();
+        return taken;
+    }
+    bool on_number_part(std::string_view part, ErrorCode& code) { return append(part, code); }
+    bool on_int64(std::int64_t value, std::string_view, ErrorCode& code) {
+        return put_number(static_cast<double>(value), code);
+    }
+    bool on_uint64(std::uint64_t value, std::string_view, ErrorCode& code) {
+        return put_number(static_cast<double>(value), code);
+    }
+    bool on_double(double value, std::string_view part, ErrorCode& code) {
+        is_ahead_ = false;
+        if (!append(part, code)) return false;
+        // The parser's own conversion can be one unit off in the last place.
+        double exact = 0.0;
+        const char* const end = token_.data() + token_.size();
+        const auto [parsed_end, failure] = std::from_chars(token_.data(), end, exact);
+        if (failure == std::errc::result_out_of_range) exact = std::fabs(value) < 1.0 ? 0.0 : value;
+        if (!std::isfinite(exact) || (failure != std::errc() && exact != 0.0))
+            return stop(code, kNumberTooLarge);
+        return put_number(exact, code);
+    }
+    bool on_bool(bool value, ErrorCode& code) {
+        is_ahead_ = false;
+        return take_scalar("true or false", code,
+                           [&] { return put(cell_type::boolean, value ? 1.0 : 0.0, code); });
+    }
+    bool on_null(ErrorCode& code) {
+        is_ahead_ = false;
+        return take_scalar("null", code, [&] { return put_null(code); });
+    }
+
+    static constexpr const char* kNumberTooLarge = "The number is too large.";
 
   private:
     enum class Member { Sheet, Range, Types, Values, Other };
 
+    static constexpr const char* kNoObject = "The data must be an object with \"values\".";
+
     bool is_matrix() const { return member_ == Member::Types || member_ == Member::Values; }
 
-    [[noreturn]] void wrong(const std::string& what) const { position_.fail(what); }
-
-    void go_deeper() {
-        if (++depth_ > kMaxDepth) wrong("The data is nested too deeply.");
+    bool stop(ErrorCode& code, const std::string& problem) {
+        problem_ = problem;
+        code = boost::json::error::exception; // any error; the problem is the one to report
+        return false;
+    }
+    bool append(std::string_view part, ErrorCode& code) {
+        if (token_.size() + part.size() > kMaxTokenBytes) return stop(code, "A value is too long.");
+        token_ += part;
+        return true;
     }
 
-    void start_member(const std::string& name) {
+    bool start_member(const std::string& name, ErrorCode& code) {
         constexpr std::array<std::pair<std::string_view, Member>, 4> kMembers{
             {{"sheet", Member::Sheet},
              {"range", Member::Range},
@@ -188,8 +205,10 @@ class CellEvents : public nlohmann::json_sax<nlohmann::json> {
         for (const auto& [known, member] : kMembers)
             if (name == known) member_ = member;
         if (member_ != Member::Other && has_values_)
-            wrong('"' + name + "\" must come before \"values\", and only once.");
-        if (member_ == Member::Types && !types_.empty()) wrong("There are \"types\" already.");
+            return stop(code, '"' + name + "\" must come before \"values\", and only once.");
+        if (member_ == Member::Types && !types_.empty())
+            return stop(code, "There are \"types\" already.");
+        return true;
     }
 
     void start_values() {
@@ -197,94 +216,105 @@ class CellEvents : public nlohmann::json_sax<nlohmann::json> {
         sink_.set_place(place_);
     }
 
-    void end_row() {
-        if (member_ == Member::Types) return types_.end_row();
+    bool end_row(ErrorCode& code) {
+        if (member_ == Member::Types) {
+            types_.end_row();
+            return true;
+        }
         if (!types_.empty() && column_ != types_.columns(row_))
-            wrong("The row has " + std::to_string(column_) + " values but " +
-                  std::to_string(types_.columns(row_)) + " types.");
+            return stop(code, "The row has " + std::to_string(column_) + " values but " +
+                                  std::to_string(types_.columns(row_)) + " types.");
         sink_.end_row();
         ++row_;
         column_ = 0;
+        return true;
     }
 
-    void end_values() {
-        if (!types_.empty() && row_ != types_.rows())
-            wrong("There are " + std::to_string(row_) + " rows of values but " +
-                  std::to_string(types_.rows()) + " of types.");
+    bool end_values(ErrorCode& code) {
+        if (types_.empty() || row_ == types_.rows()) return true;
+        return stop(code, "There are " + std::to_string(row_) + " rows of values but " +
+                              std::to_string(types_.rows()) + " of types.");
     }
 
     /// Any value without parts: `take` puts it where the member wants it.
     template <class Take>
-    bool scalar(const char* kind, Take take) {
-        position_.token_bytes = 0;
-        if (depth_ == 0) wrong("The data must be an object with \"values\".");
+    bool take_scalar(const char* kind, ErrorCode& code, Take take) {
+        if (depth_ == 0) return stop(code, kNoObject);
         if (member_ == Member::Other) return true;
         if (is_matrix() && depth_ != 3)
-            wrong(std::string("An array must stand here, not ") + kind + ".");
-        take();
+            return stop(code, std::string("An array is expected here, not ") + kind + ".");
+        return take();
+    }
+
+    bool put_number(double value, ErrorCode& code) {
+        is_ahead_ = false;
+        token_.clear();
+        return take_scalar("a number", code, [&] { return put(cell_type::number, value, code); });
+    }
+
+    bool put_null(ErrorCode& code) {
+        if (member_ == Member::Types) return stop(code, "The name of a type is expected here.");
+        return member_ != Member::Values || put(cell_type::empty, 0.0, code);
+    }
+
+    bool put_string(ErrorCode& code) {
+        switch (member_) {
+        case Member::Sheet:
+            place_.sheet = token_;
+            return true;
+        case Member::Range:
+            place_.range = token_;
+            return true;
+        case Member::Types:
+            return add_type(code);
+        default:
+            return put(cell_type::text, 0.0, code);
+        }
+    }
+
+    bool add_type(ErrorCode& code) {
+        const auto type = type_of_name(token_);
+        if (!type) return stop(code, "There is no type '" + token_ + "'.");
+        types_.add(*type);
         return true;
     }
 
-    bool put_number(double value) {
-        return scalar("a number", [&] { put(cell_type::number, value, {}); });
-    }
-
-    void put_null() {
-        if (member_ == Member::Types) wrong("The name of a type must stand here.");
-        if (member_ == Member::Values) put(cell_type::empty, 0.0, {});
-    }
-
-    void put_string(std::string& text) {
-        switch (member_) {
-        case Member::Sheet:
-            place_.sheet = text;
-            return;
-        case Member::Range:
-            place_.range = text;
-            return;
-        case Member::Types:
-            return add_type(text);
-        default:
-            put(cell_type::text, 0.0, text);
-        }
-    }
-
-    void add_type(const std::string& name) {
-        const auto type = type_of_name(name);
-        if (!type) wrong("There is no type '" + name + "'.");
-        types_.add(*type);
-    }
-
-    /// One value of the kind that JSON has for it.
-    void put(cell_type kind, double number, const std::string& text) {
-        if (member_ != Member::Values) wrong("Text must stand here.");
+    /// One value of the kind that JSON has for it; its text is `token_`.
+    bool put(cell_type kind, double number, ErrorCode& code) {
+        if (member_ != Member::Values) return stop(code, "Text is expected here.");
         cell_.type = kind;
         cell_.number = number;
-        cell_.text = text;
-        if (!types_.empty()) adopt_type();
+        cell_.text = token_;
+        if (!types_.empty() && !adopt_type(code)) return false;
         sink_.add(cell_);
         ++column_;
+        return true;
     }
 
     /// Makes the cell what its type says.
-    void adopt_type() {
-        if (column_ >= types_.columns(row_)) wrong("The row has more values than types.");
+    bool adopt_type(ErrorCode& code) {
+        if (column_ >= types_.columns(row_))
+            return stop(code, "The row has more values than types.");
         const cell_type wanted = types_.at(row_, column_);
         const cell_type kind = cell_.type;
-        if (kind == wanted || kind == cell_type::empty) return;
-        if (kind == cell_type::text && wanted == cell_type::error) return;
+        if (kind == wanted || kind == cell_type::empty) return true;
+        if (kind == cell_type::text && wanted == cell_type::error) return true;
         if (wanted == cell_type::date && kind == cell_type::text) {
             const auto serial = date_serial(cell_.text);
-            if (!serial) wrong("'" + cell_.text + "' is not an ISO 8601 date.");
+            if (!serial) return stop(code, "'" + cell_.text + "' is not an ISO 8601 date.");
             cell_.number = *serial;
         } else if (wanted != cell_type::date || kind != cell_type::number) {
-            wrong("The value is not of the type '" + std::string(type_name(wanted)) + "'.");
+            return stop(code,
+                        "The value is not of the type '" + std::string(type_name(wanted)) + "'.");
         }
         cell_.type = wanted;
+        return true;
     }
 
-    Position& position_;
     CellSink& sink_;
+    std::string token_; ///< the text or number that is being read
+    std::string problem_;
+    bool is_ahead_ = false;
     int depth_ = 0; ///< 1 in the object, 2 in a matrix, 3 in a row
     Member member_ = Member::Other;
     bool has_values_ = false;
@@ -295,12 +325,69 @@ class CellEvents : public nlohmann::json_sax<nlohmann::json> {
     CellValue cell_;
 };
 
+/// One JSON text, fed to the parser block by block.
+class JsonReader {
+  public:
+    JsonReader(TextInput& input, CellSink& sink) : input_(input), parser_(options(), sink) {}
+
+    void read() {
+        for (std::string_view block; !(block = input_.ahead()).empty();) {
+            ErrorCode code;
+            const std::size_t parsed = parser_.write_some(true, block.data(), block.size(), code);
+            position_.advance(block.substr(0, parsed));
+            if (code) fail(code, block.substr(parsed));
+            if (parsed < block.size()) fail_ahead("This is not JSON: more data after the object.");
+            input_.skip(parsed);
+        }
+        ErrorCode code;
+        parser_.write_some(false, nullptr, 0, code);
+        if (code) fail(code, {});
+    }
+
+  private:
+    static boost::json::parse_options options() {
+        boost::json::parse_options options;
+        options.max_depth = kMaxDepth;
+        return options;
+    }
+
+    [[noreturn]] void fail(const std::string& what) const {
+        throw CommandError(ExitCode::Failed, input_.name() + ": Line " +
+                                                 std::to_string(position_.line) + ", column " +
+                                                 std::to_string(position_.column) + ": " + what);
+    }
+
+    /// About the next character.
+    [[noreturn]] void fail_ahead(const std::string& what) {
+        ++position_.column;
+        fail(what);
+    }
+
+    /// `rest` is what follows the text that was parsed.
+    [[noreturn]] void fail(const ErrorCode& code, std::string_view rest) {
+        using boost::json::error;
+        const CellEvents& events = parser_.handler();
+        if (!events.problem().empty())
+            events.is_ahead() ? fail_ahead(events.problem()) : fail(events.problem());
+        if (code == error::too_deep) fail_ahead("The data is nested too deeply.");
+        if (code == error::exponent_overflow) fail(CellEvents::kNumberTooLarge);
+        if (code == error::incomplete) fail("This is not JSON: unexpected end of input.");
+        if (rest.empty() || static_cast<unsigned char>(rest.front()) < 0x20)
+            fail_ahead("This is not JSON: " + code.message() + ".");
+        const bool is_ascii = static_cast<unsigned char>(rest.front()) < 0x80;
+        fail_ahead(is_ascii ? std::string("This is not JSON: unexpected '") + rest.front() + "'."
+                            : "This is not JSON: the text is not UTF-8.");
+    }
+
+    TextInput& input_;
+    Position position_;
+    boost::json::basic_parser<CellEvents> parser_;
+};
+
 } // namespace
 
 void read_json(TextInput& input, CellSink& sink) {
-    Position position{input};
-    CellEvents events(position, sink);
-    nlohmann::json::sax_parse(Characters(position), Characters(), &events);
+    JsonReader(input, sink).read();
 }
 
 } // namespace zxsheet

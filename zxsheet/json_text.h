@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "zxsheet/cell_grid.h"
+#include "zxsheet/cell_text.h"
 
 namespace zxsheet {
 

@@ -3,25 +3,43 @@
 // `zxsheet new`: a book of empty sheets.
 #include <filesystem>
 
-#include "zxsheet/book_access.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
+#include "zxsheet/command_table.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
+namespace {
 
-std::string run_new(const Options& options, ChangeTools& tools) {
-    if (google_id(options.book))
-        throw Failure(ExitCode::Usage,
-                      options.book + ": 'zxsheet google create' makes spreadsheets online.");
+struct NewOptions : BookOptions {
+    std::optional<std::size_t> sheet_count;
+    bool force = false;
+};
+
+std::string run_new(const NewOptions& options, ChangeTools& tools) {
+    const BookLocation& location = options.book;
+    if (location.is_online())
+        throw CommandError(ExitCode::Usage, location.text() + ": 'zxsheet google create' makes "
+                                                              "spreadsheets online.");
     std::error_code ignored;
-    if (mode_of(options) == spreadsheet::book::interactive::file && !options.force &&
-        std::filesystem::exists(native_path(options.book), ignored))
-        throw Failure(ExitCode::NotWritten,
-                      options.book + ": There is such a file already; --force replaces it.");
-    const auto book = make_book(options, options.sheet_count);
-    return save_changes(book, options, tools, "Made with " + counted(options.sheet_count, "sheet"),
-                        Origin::Made);
+    if (location.is_file() && !options.force && std::filesystem::exists(location.path(), ignored))
+        throw CommandError(ExitCode::NotWritten,
+                           location.text() + ": There is such a file already; --force replaces "
+                                             "it.");
+    const std::size_t count = options.sheet_count.value_or(1);
+    const auto book = make_book(location, count);
+    return save_changes(book, options, tools, "Made with " + counted(count, "sheet"), Origin::Made);
+}
+
+} // namespace
+
+Command new_command() {
+    const auto options = std::make_shared<NewOptions>();
+    return changing_command("", "new", "Make a book of empty sheets", options,
+                            {{"--sheets", "N", "Number of sheets (default: 1)",
+                              &options->sheet_count, false, kMaxSheets},
+                             {"--force", "", "Replace a file that is there", &options->force}},
+                            run_new, "new book.xlsx --sheets 3");
 }
 
 } // namespace zxsheet

@@ -5,8 +5,8 @@
 
 #include <utility>
 
-#include "zxsheet/book_access.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/book_location.h"
+#include "zxsheet/command_error.h"
 
 namespace zxsheet {
 namespace {
@@ -36,7 +36,8 @@ void OutputSink::flush() {
     if (before_first_) std::exchange(before_first_, nullptr)();
     if (!file_name_.empty() && !file_.is_open()) {
         file_.open(native_path(file_name_), std::ios::binary | std::ios::trunc);
-        if (!file_) throw Failure(ExitCode::NotWritten, file_name_ + ": The file cannot be made.");
+        if (!file_)
+            throw CommandError(ExitCode::NotWritten, file_name_ + ": The file cannot be made.");
     }
     std::ostream& target = file_.is_open() ? file_ : out_;
     target.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
@@ -46,7 +47,8 @@ void OutputSink::flush() {
 
 void OutputSink::fail() const {
     const std::string name = file_name_.empty() ? "standard output" : file_name_;
-    throw Failure(ExitCode::NotWritten, name + ": It cannot be written; the disk may be full.");
+    throw CommandError(ExitCode::NotWritten,
+                       name + ": It cannot be written; the disk may be full.");
 }
 
 } // namespace zxsheet

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The thread that shows the line, and erasing it.
 #include "zxsheet/progress_line.h"
 
 #include <algorithm>

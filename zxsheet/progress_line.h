@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A line on the terminal that tells what takes so long: shown after a while, kept up to date by a
+// A line on the terminal that says what takes so long: shown after a while, kept up to date by a
 // thread of its own, erased at the end.
 #pragma once
 

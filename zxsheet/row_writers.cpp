@@ -38,53 +38,53 @@ void write_array(const std::vector<const CellValue*>& row, DateStyle dates, Cell
     out.write(']');
 }
 
-void write_matrix(const Selection& selection, const Options& options, Content content,
+void write_matrix(const Selection& selection, const PrintStyle& style, Content content,
                   CellToText to_text, OutputSink& out) {
     bool first = true;
     out.write('[');
-    for_each_row(selection, options, content, [&](const std::vector<const CellValue*>& row) {
+    for_each_row(selection, style.merged, content, [&](const std::vector<const CellValue*>& row) {
         if (!first) out.write(',');
         first = false;
-        write_array(row, options.dates, to_text, out);
+        write_array(row, style.dates, to_text, out);
     });
     out.write(']');
 }
 
 } // namespace
 
-void write_separated(const Selection& selection, const Options& options, char separator,
+void write_separated(const Selection& selection, const PrintStyle& style, char separator,
                      OutputSink& out) {
-    for_each_row(selection, options, Content::Values,
+    for_each_row(selection, style.merged, Content::Values,
                  [&](const std::vector<const CellValue*>& row) {
                      // A line without a comma but with semicolons is taken to be separated by them.
                      const char also = row.size() == 1 && separator == ',' ? ';' : separator;
                      for (std::size_t i = 0; i < row.size(); ++i) {
                          if (i != 0) out.write(separator);
-                         out.write(quoted(plain_text(*row[i], options.dates), separator, also));
+                         out.write(quoted(plain_text(*row[i], style.dates), separator, also));
                      }
                      out.write('\n');
                  });
 }
 
-void write_json_lines(const Selection& selection, const Options& options, OutputSink& out) {
-    for_each_row(selection, options, Content::Values,
+void write_json_lines(const Selection& selection, const PrintStyle& style, OutputSink& out) {
+    for_each_row(selection, style.merged, Content::Values,
                  [&](const std::vector<const CellValue*>& row) {
-                     write_array(row, options.dates, json_value, out);
+                     write_array(row, style.dates, json_value, out);
                      out.write('\n');
                  });
 }
 
-void write_json(const Selection& selection, const Options& options, Content content,
+void write_json(const Selection& selection, const PrintStyle& style, Content content,
                 OutputSink& out) {
     namespace unicode = foundation::unicode;
     const std::string range = unicode::to_utf8(spreadsheet::range_string(selection.range));
     out.write("{\"sheet\":" + json_string(unicode::to_utf8(selection.sheet_name)));
     out.write(",\"range\":" + (range.empty() ? "null" : json_string(range)));
     out.write(",\"types\":");
-    write_matrix(selection, options, Content::Types, type_value, out);
+    write_matrix(selection, style, Content::Types, type_value, out);
     if (content == Content::Values) {
         out.write(",\"values\":");
-        write_matrix(selection, options, Content::Values, json_value, out);
+        write_matrix(selection, style, Content::Values, json_value, out);
     }
     out.write("}\n");
 }

@@ -4,72 +4,26 @@
 #include "zxsheet/run.h"
 
 #include <algorithm>
-#include <memory>
+#include <new>
 #include <ostream>
-#include <utility>
-
-#include <CLI/CLI.hpp>
 
 #include "spreadsheet/spreadsheet.h"
-#include "zxsheet/arguments.h"
-#include "zxsheet/book_access.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
+#include "zxsheet/command_line.h"
 #include "zxsheet/google_command.h"
+#include "zxsheet/library_error.h"
 
 namespace zxsheet {
 namespace {
 
-constexpr const char* kExitCodes =
-    "Exit codes: 0 done; 1 failed for another reason; 2 wrong usage; 3 file or spreadsheet not "
-    "found "
-    "or not readable;\n4 not a workbook of that format; 5 no such sheet, range or name; 6 could "
-    "not "
-    "write or save; 7 service, credential or\nnetwork; 8 application not available.";
-
-/// The parser; parsing fills `options` and `chosen`.
-std::unique_ptr<CLI::App> make_parser(Options& options, ChosenCommand& chosen) {
-    auto app = std::make_unique<CLI::App>("Reads and writes spreadsheets.", "zxsheet");
-    app->set_version_flag("--version", std::string("zxsheet ") + spreadsheet::version());
-    app->footer(kExitCodes);
-    app->require_subcommand(1);
-    app->allow_windows_style_options(false); // "/data/book.xlsx" is a path everywhere
-    add_reading_commands(*app, options, chosen);
-    add_changing_commands(*app, options, chosen);
-    add_google_root(*app, options);
-    add_google_commands(*app, options, [&chosen] { chosen.read = run_google; });
-    return app;
-}
-
-/// Prints one line that ends with a full stop, whatever a file put into the sentence.
-int report(ExitCode code, std::string sentence, std::ostream& err) {
-    const auto is_control = [](char c) {
-        return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-    };
-    std::replace_if(sentence.begin(), sentence.end(), is_control, ' ');
-    if (!sentence.ends_with('.')) sentence += '.';
-    err << "zxsheet: " << sentence << '\n';
-    return static_cast<int>(code);
-}
-
-/// What is wrong with the arguments, from the parser that found it.
-std::string usage_sentence(const CLI::ParseError& error, const CLI::App& app) {
-    std::string name = "zxsheet";
-    const CLI::App* command = &app;
-    while (!command->get_subcommands().empty()) {
-        command = command->get_subcommands().front();
-        name += ' ' + command->get_name();
-    }
-    const std::string hint = "; see '" + name + " --help'";
-    const std::string what = error.what();
-    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
-        return what.substr(0, what.find(':')) + " needs exactly one value" + hint;
-    const bool is_group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
-    if (!is_group) return what + hint;
-    const auto rest = command->remaining();
-    if (rest.empty()) return "A command is missing" + hint;
-    const char* const kind = rest[0].starts_with('-') ? "option" : "command";
-    return std::string("There is no ") + kind + " '" + rest[0] + "'" + hint;
-}
+/// Keeps the library started.
+class LibrarySession {
+  public:
+    LibrarySession() { spreadsheet::initialize(); }
+    LibrarySession(const LibrarySession&) = delete;
+    LibrarySession& operator=(const LibrarySession&) = delete;
+    ~LibrarySession() { spreadsheet::release(); }
+};
 
 struct Streams {
     std::istream& in;
@@ -78,50 +32,53 @@ struct Streams {
     bool err_is_terminal;
 };
 
-void read_book(const Options& options, const ChosenCommand& chosen, const Streams& streams) {
+/// Prints one line that ends with a full stop, whatever a file put into the sentence.
+void print_sentence(std::string sentence, std::ostream& err) {
+    const auto is_control = [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+    };
+    std::replace_if(sentence.begin(), sentence.end(), is_control, ' ');
+    if (!sentence.ends_with('.')) sentence += '.';
+    err << "zxsheet: " << sentence << '\n';
+}
+
+void read_book(const Command& command, const Streams& streams) {
+    const std::string& output = command.options->output;
     ProgressLine progress(streams.err_is_terminal ? &streams.err : nullptr,
-                          "Reading " + options.book);
-    OutputSink sink(streams.out, options.output, [&] {
+                          "Reading " + command.options->book.text());
+    OutputSink sink(streams.out, output, [&] {
         // The terminal may show the data as well, and a pipe may end the program here.
-        if (options.output.empty()) return progress.finish();
-        progress.set_text("Writing " + options.output);
+        if (output.empty()) return progress.finish();
+        progress.set_text("Writing " + output);
     });
-    chosen.read(options, sink);
+    command.read(sink);
     sink.finish();
 }
 
-void change_book(const Options& options, const ChosenCommand& chosen, const Streams& streams,
-                 LibraryLog& log) {
+void change_book(const Command& command, const Streams& streams) {
     ProgressLine progress(streams.err_is_terminal ? &streams.err : nullptr,
-                          "Opening " + options.book);
-    ChangeTools tools{streams.in, progress, log};
-    const std::string done = chosen.change(options, tools);
+                          "Opening " + command.options->book.text());
+    ChangeTools tools{streams.in, progress};
+    const std::string done = command.change(tools);
     progress.finish();
-    report(ExitCode::Done, done, streams.err);
+    print_sentence(done, streams.err);
 }
 
-int execute(const Options& options, const ChosenCommand& chosen, const Streams& streams) {
-    LibraryLog log;
-    std::ostream& err = streams.err;
+/// Runs the command; whatever it throws leaves as a `CommandError`.
+void execute(const Command& command, const Streams& streams) {
+    const BookLocation& book = command.options->book;
     try {
-        use_google_root(options);
-        if (chosen.change != nullptr)
-            change_book(options, chosen, streams, log);
-        else
-            read_book(options, chosen, streams);
-        return static_cast<int>(ExitCode::Done);
+        command.change ? change_book(command, streams) : read_book(command, streams);
+    } catch (const CommandError&) {
+        throw;
     } catch (const spreadsheet::Exception& e) {
-        const Failure failure = describe(e, options, log.cause());
-        return report(failure.code(), failure.what(), err);
-    } catch (const Failure& e) {
-        return report(e.code(), e.what(), err);
+        throw command_error(e.id(), spreadsheet::failure_of(e), *command.options);
     } catch (const std::bad_alloc&) {
-        return report(ExitCode::Failed, options.book + ": There is not enough memory.", err);
+        throw CommandError(ExitCode::Failed, book.text() + ": There is not enough memory.");
     } catch (const std::exception& e) {
         // What the library does not turn into an error of its own is the network's.
-        const bool is_service = google_id(options.book).has_value();
-        return report(is_service ? ExitCode::Service : ExitCode::Failed,
-                      options.book + ": " + e.what(), err);
+        throw CommandError(book.is_online() ? ExitCode::Service : ExitCode::Failed,
+                           book.text() + ": " + e.what());
     }
 }
 
@@ -129,17 +86,21 @@ int execute(const Options& options, const ChosenCommand& chosen, const Streams& 
 
 int run(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
         std::ostream& err, bool err_is_terminal) {
-    Options options;
-    ChosenCommand chosen;
-    const auto parser = make_parser(options, chosen);
     try {
-        // The parser takes the arguments from the back.
-        parser->parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-    } catch (const CLI::ParseError& e) {
-        if (e.get_exit_code() != 0) return report(ExitCode::Usage, usage_sentence(e, *parser), err);
-        return parser->exit(e, out, err);
+        const CommandTable table = make_command_table();
+        const ParsedLine line = parse_command_line(arguments, table);
+        if (line.command == nullptr) {
+            out << line.text << std::flush;
+            return static_cast<int>(ExitCode::Done);
+        }
+        const LibrarySession session;
+        use_google_root(line.google_root);
+        execute(*line.command, {in, out, err, err_is_terminal});
+        return static_cast<int>(ExitCode::Done);
+    } catch (const CommandError& e) {
+        print_sentence(e.what(), err);
+        return static_cast<int>(e.code());
     }
-    return execute(options, chosen, {in, out, err, err_is_terminal});
 }
 
 } // namespace zxsheet

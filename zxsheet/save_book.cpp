@@ -4,8 +4,8 @@
 #include "zxsheet/save_book.h"
 
 #include "foundation/unicode.h"
-#include "zxsheet/book_access.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
+#include "zxsheet/library_error.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -18,15 +18,17 @@ constexpr std::u16string_view kForbiddenInSheetNames = u":\\/?*[]";
 constexpr std::size_t kMaxSheetNameLength = 31;
 constexpr std::size_t kMaxOnlineSheetNameLength = 100;
 
-bool has_ending(const std::string& path, book::format format) {
-    const std::u8string ending = native_path(path).extension().u8string();
-    const std::u16string dotted = unicode::to_utf16(std::string(ending.begin(), ending.end()));
+bool has_extension(const std::string& path, book::format format) {
+    const std::u8string extension = native_path(path).extension().u8string();
+    const std::u16string dotted =
+        unicode::to_utf16(std::string(extension.begin(), extension.end()));
     return unicode::equal_ignoring_case(dotted, u"." + book::to_string(format));
 }
 
 bool can_be_made(book::format format) {
-    return format == book::format::XLSX || format == book::format::XLSM ||
-           format == book::format::XLTX || format == book::format::XLTM;
+    return format == book::format::XLS || format == book::format::XLSX ||
+           format == book::format::XLSM || format == book::format::XLTX ||
+           format == book::format::XLTM;
 }
 
 std::string parts_text(const SaveSummary& parts, Origin origin) {
@@ -43,33 +45,32 @@ std::string parts_text(const SaveSummary& parts, Origin origin) {
 
 } // namespace
 
-const std::string& target_of(const Options& options) {
-    return options.output.empty() ? options.book : options.output;
+const std::string& save_target(const BookOptions& options) {
+    return options.output.empty() ? options.book.text() : options.output;
 }
 
-std::shared_ptr<IBook> make_book(const Options& options, std::size_t sheet_count) {
-    const book::format format = format_of(options);
-    const book::interactive mode = mode_of(options);
-    if (mode == book::interactive::file &&
-        (!can_be_made(format) || !has_ending(options.book, format)))
-        throw Failure(ExitCode::NotWritten,
-                      options.book + ": Such a book cannot be made; give it a name that ends with "
-                                     ".xlsx, .xlsm, .xltx or .xltm.");
-    return create_new_book(sheet_count, format, mode, u"");
+std::shared_ptr<IBook> make_book(const BookLocation& location, std::size_t sheet_count) {
+    const book::format format = location.format();
+    if (location.is_file() && (!can_be_made(format) || !has_extension(location.text(), format)))
+        throw CommandError(ExitCode::NotWritten,
+                           location.text() + ": Such a book cannot be made; give it a name that "
+                                             "ends with .xls, .xlsx, .xlsm, .xltx or .xltm.");
+    return create_new_book(sheet_count, format, location.mode(), u"");
 }
 
-void check_target(const Options& options) {
-    if (google_id(options.book) && !options.output.empty())
-        throw Failure(ExitCode::Usage, options.book + ": A spreadsheet online is changed where it "
-                                                      "is; leave --output out.");
-    if (mode_of(options) == book::interactive::file &&
-        !has_ending(target_of(options), format_of(options)))
+void check_target(const BookOptions& options) {
+    const BookLocation& book = options.book;
+    if (book.is_online() && !options.output.empty())
+        throw CommandError(ExitCode::Usage, book.text() +
+                                                ": A spreadsheet online is changed in place; leave "
+                                                "--output out.");
+    if (book.is_file() && !has_extension(save_target(options), book.format()))
         throw Exception(error_id::file_name_incompatible);
 }
 
-void check_sheet_name(const std::string& name, const Options& options) {
+void check_sheet_name(const std::string& name, const BookLocation& location) {
     const std::u16string units = unicode::to_utf16(name);
-    if (google_id(options.book)) {
+    if (location.is_online()) {
         if (units.empty() || units.size() > kMaxOnlineSheetNameLength)
             throw Exception(error_id::google_sheet_name_invalid);
         return;
@@ -79,26 +80,23 @@ void check_sheet_name(const std::string& name, const Options& options) {
         throw Exception(error_id::sheet_name_invalid);
 }
 
-void check_unlocked(ISheet& sheet, const Range& range, const Options& options) {
+void check_unlocked(ISheet& sheet, const Range& range, const BookLocation& location) {
     if (sheet.is_range_writeable(range)) return;
-    throw Failure(ExitCode::NotWritten, options.book + ": " + place_text(sheet.name(), range) +
-                                            " is protected; 'zxsheet sheet unprotect' lifts the "
-                                            "protection.");
+    throw CommandError(ExitCode::NotWritten,
+                       location.text() + ": " + place_text(sheet.name(), range) +
+                           " is protected; 'zxsheet sheet unprotect' lifts the protection.");
 }
 
-void check_log(const Options& options, const ChangeTools& tools) {
-    if (google_id(options.book)) return;
-    const std::string cause = tools.log.cause();
-    if (!cause.empty())
-        throw Failure(ExitCode::NotWritten, options.book + ": " + as_sentence(cause));
+void check_done(const std::shared_ptr<IBook>& book, const BookOptions& options) {
+    if (const auto failure = take_unreported_failure(book))
+        throw command_error(error_id::write_failed, *failure, options);
 }
 
-std::string save_changes(const std::shared_ptr<IBook>& book, const Options& options,
+std::string save_changes(const std::shared_ptr<IBook>& book, const BookOptions& options,
                          ChangeTools& tools, const std::string& done, Origin origin) {
-    if (google_id(options.book)) return options.book + ": " + done; // it is there already
-    const std::string& target = target_of(options);
+    if (options.book.is_online()) return options.book.text() + ": " + done; // saved already
+    const std::string& target = save_target(options);
     tools.progress.set_text("Saving " + target);
-    tools.log.forget();
     save_book(book, unicode::to_utf16(target));
     return target + ": " + done + "; " + parts_text(last_save(book), origin);
 }

@@ -8,38 +8,39 @@
 #include <string>
 
 #include "spreadsheet/spreadsheet.h"
-#include "zxsheet/commands.h"
+#include "zxsheet/command.h"
 
 namespace zxsheet {
 
-/// The file that a changed book goes to: the book itself unless `-o` names another.
-const std::string& target_of(const Options& options);
+/// The file that a changed book is saved to: the book itself unless `-o` names another.
+const std::string& save_target(const BookOptions& options);
 
-/// A new book of the format that the name tells, with sheets Sheet1, Sheet2, ... in it. Throws
-/// `Failure` for a name without one of the endings that can be written.
-std::shared_ptr<spreadsheet::IBook> make_book(const Options& options, std::size_t sheet_count);
+/// A new book of the format that the name's extension says, with sheets Sheet1, Sheet2, ... in it.
+/// Throws `CommandError` for a name without one of the extensions that can be written.
+std::shared_ptr<spreadsheet::IBook> make_book(const BookLocation& location,
+                                              std::size_t sheet_count);
 
-/// Throws error 20 of the library when the target's ending is not that of the book's format, which
-/// the library would say only after all the work. A spreadsheet online has no other target.
-void check_target(const Options& options);
+/// Throws error 20 of the library when the target's extension is not that of the book's format,
+/// which the library would say only after all the work. A spreadsheet online has no other target.
+void check_target(const BookOptions& options);
 
-/// Throws error 26 of the library (41 online) for a text that cannot be a sheet's name.
-void check_sheet_name(const std::string& name, const Options& options);
+/// Throws error 26 of the library (41 online) for text that cannot be a sheet's name.
+void check_sheet_name(const std::string& name, const BookLocation& location);
 
-/// Throws `Failure` when the sheet's protection locks a cell of the range.
+/// Throws `CommandError` when the sheet's protection locks a cell of the range.
 void check_unlocked(spreadsheet::ISheet& sheet, const spreadsheet::Range& range,
-                    const Options& options);
+                    const BookLocation& location);
 
-/// Throws `Failure` with the cause if the library has logged a failure since `tools.log.forget()`.
-/// Online every failure is thrown, and the log tells of repeated requests.
-void check_log(const Options& options, const ChangeTools& tools);
+/// Throws `CommandError` if the book or a sheet of it could not do something since the last call
+/// that does not throw by itself: writing cells, renaming, protecting, fitting columns.
+void check_done(const std::shared_ptr<spreadsheet::IBook>& book, const BookOptions& options);
 
 /// Where a book comes from.
 enum class Origin { Loaded, Made };
 
 /// Saves the book and returns the sentence: target, what was `done`, what became of the parts.
-std::string save_changes(const std::shared_ptr<spreadsheet::IBook>& book, const Options& options,
-                         ChangeTools& tools, const std::string& done,
+std::string save_changes(const std::shared_ptr<spreadsheet::IBook>& book,
+                         const BookOptions& options, ChangeTools& tools, const std::string& done,
                          Origin origin = Origin::Loaded);
 
 } // namespace zxsheet

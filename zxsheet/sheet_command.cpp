@@ -4,7 +4,8 @@
 // whose cells do not matter are not loaded.
 #include "foundation/unicode.h"
 #include "zxsheet/book_access.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
+#include "zxsheet/command_table.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
 
@@ -14,6 +15,28 @@ namespace {
 using namespace spreadsheet;
 namespace unicode = foundation::unicode;
 
+struct SheetOptions : BookOptions {
+    std::string sheet;
+};
+
+struct AddOptions : BookOptions {
+    std::string name;
+    std::optional<std::size_t> position; ///< from 1
+    std::string copied_sheet;            ///< empty for a new, empty sheet
+};
+
+struct RenameOptions : SheetOptions {
+    std::string new_name;
+};
+
+struct MoveOptions : SheetOptions {
+    std::optional<std::size_t> position; ///< from 1
+};
+
+struct HideOptions : SheetOptions {
+    bool very_hidden = false;
+};
+
 /// A book whose sheets are known by name, and one of them.
 struct ListedSheet {
     std::shared_ptr<IBook> book;
@@ -21,47 +44,46 @@ struct ListedSheet {
     std::u16string name;
 };
 
-ListedSheet list_sheet(const Options& options) {
-    ListedSheet listed{open_sheet_list(options), 0, {}};
+ListedSheet list_sheet(const SheetOptions& options) {
+    ListedSheet listed{open_sheet_list(options.book), 0, {}};
     check_target(options);
-    listed.index = find_sheet(*listed.book, options.sheet);
+    listed.index = find_sheet(*listed.book, options.book, options.sheet);
     listed.name = sheet_name(*listed.book, listed.index);
     return listed;
 }
 
 /// The sheet itself, without its cells.
-Selection open_sheet(const Options& options) {
-    Selection selection = open_selection(options, Extent::NoCells);
+Selection open_sheet(const SheetOptions& options) {
+    Selection selection = open_selection({options.book, options.sheet}, Extent::NoCells);
     check_target(options);
     return selection;
 }
 
-/// The index that `--at` or `--to` means; `places` are there.
-std::size_t wanted_index(const Options& options, std::size_t places) {
-    if (*options.position <= places) return *options.position - 1;
-    throw Failure(ExitCode::NotFound, options.book + ": There is no place " +
-                                          grouped(*options.position) +
-                                          " for a sheet; the last is " + grouped(places) + ".");
+/// The index that `--at` or `--to` means; there are `places`.
+std::size_t wanted_index(std::size_t position, std::size_t places, const BookLocation& location) {
+    if (position <= places) return position - 1;
+    throw CommandError(ExitCode::NotFound, location.text() + ": There is no place " +
+                                               grouped(position) + " for a sheet; the last is " +
+                                               grouped(places) + ".");
 }
 
-std::string set_visibility(const Options& options, ChangeTools& tools, sheet::hidden state,
+std::string set_visibility(const SheetOptions& options, ChangeTools& tools, sheet::hidden state,
                            const std::string& adjective) {
     const Selection selection = open_sheet(options);
     selection.sheet->hidden(state);
     if (selection.sheet->hidden() != state)
-        throw Exception(google_id(options.book) ? error_id::google_unsupported
-                                                : error_id::hidden_state_not_set);
+        throw Exception(options.book.is_online() ? error_id::google_unsupported
+                                                 : error_id::hidden_state_not_set);
     return save_changes(selection.book, options, tools,
                         "Made sheet " + quoted_sheet(selection.sheet_name) + ' ' + adjective);
 }
 
-std::string set_protection(const Options& options, ChangeTools& tools, bool on) {
+std::string set_protection(const SheetOptions& options, ChangeTools& tools, bool on) {
     const Selection selection = open_sheet(options);
-    tools.log.forget();
-    // Protection that is there may have a password, which must stay.
+    // Protection that exists may have a password, which must stay.
     const bool changes = selection.sheet->is_protected() != on;
     if (changes) selection.sheet->set_protected(on);
-    if (selection.sheet->is_protected() != on) check_log(options, tools);
+    check_done(selection.book, options);
     const std::string name = quoted_sheet(selection.sheet_name);
     const std::string unchanged =
         "Sheet " + name + (on ? " was protected already" : " was not protected");
@@ -69,77 +91,142 @@ std::string set_protection(const Options& options, ChangeTools& tools, bool on) 
     return save_changes(selection.book, options, tools, changes ? changed : unchanged);
 }
 
-} // namespace
-
-std::string run_sheet_add(const Options& options, ChangeTools& tools) {
-    check_sheet_name(options.new_name, options);
+std::string run_add(const AddOptions& options, ChangeTools& tools) {
+    check_sheet_name(options.name, options.book);
     std::shared_ptr<IBook> book;
     std::u16string source;
     if (options.copied_sheet.empty()) {
-        book = open_sheet_list(options);
+        book = open_sheet_list(options.book);
     } else {
-        Options source_options = options;
-        source_options.sheet = options.copied_sheet;
-        const Selection selection = open_selection(source_options, Extent::WholeSheet);
+        const Selection selection =
+            open_selection({options.book, options.copied_sheet}, Extent::WholeSheet);
         book = selection.book;
         source = selection.sheet_name;
     }
     check_target(options);
     const std::size_t count = book->num_sheets();
-    const std::size_t index = options.position ? wanted_index(options, count + 1) : count;
-    const std::u16string name = unicode::to_utf16(options.new_name);
+    const std::size_t index =
+        options.position ? wanted_index(*options.position, count + 1, options.book) : count;
+    const std::u16string name = unicode::to_utf16(options.name);
     add_sheet(book, index, name, source);
     std::string done = "Added sheet " + quoted_sheet(name) + " as number " + grouped(index + 1);
     if (!source.empty()) done += ", a copy of " + quoted_sheet(source);
     return save_changes(book, options, tools, done);
 }
 
-std::string run_sheet_remove(const Options& options, ChangeTools& tools) {
+std::string run_remove(const SheetOptions& options, ChangeTools& tools) {
     const ListedSheet listed = list_sheet(options);
     listed.book->remove_sheet(listed.index);
     return save_changes(listed.book, options, tools, "Removed sheet " + quoted_sheet(listed.name));
 }
 
-std::string run_sheet_rename(const Options& options, ChangeTools& tools) {
-    check_sheet_name(options.new_name, options);
+std::string run_rename(const RenameOptions& options, ChangeTools& tools) {
+    check_sheet_name(options.new_name, options.book);
     const Selection selection = open_sheet(options);
     const std::u16string name = unicode::to_utf16(options.new_name);
-    tools.log.forget();
     selection.sheet->name(name);
-    // The interface has no answer; the name itself tells.
-    if (selection.sheet->name() != name) {
-        check_log(options, tools);
-        throw Exception(error_id::sheet_name_invalid);
-    }
+    check_done(selection.book, options);
+    if (selection.sheet->name() != name) throw Exception(error_id::sheet_name_invalid);
     return save_changes(selection.book, options, tools,
                         "Renamed sheet " + quoted_sheet(selection.sheet_name) + " to " +
                             quoted_sheet(name));
 }
 
-std::string run_sheet_move(const Options& options, ChangeTools& tools) {
+std::string run_move(const MoveOptions& options, ChangeTools& tools) {
     const ListedSheet listed = list_sheet(options);
-    const std::size_t index = wanted_index(options, listed.book->num_sheets());
+    const std::size_t index =
+        wanted_index(*options.position, listed.book->num_sheets(), options.book);
     reorder_sheet(listed.book, listed.index, index);
     return save_changes(listed.book, options, tools,
                         "Moved sheet " + quoted_sheet(listed.name) + " to place " +
                             grouped(index + 1));
 }
 
-std::string run_sheet_hide(const Options& options, ChangeTools& tools) {
+std::string run_hide(const HideOptions& options, ChangeTools& tools) {
     const auto state = options.very_hidden ? sheet::hidden::very_hidden : sheet::hidden::hidden;
     return set_visibility(options, tools, state, options.very_hidden ? "very hidden" : "hidden");
 }
 
-std::string run_sheet_show(const Options& options, ChangeTools& tools) {
+std::string run_show(const SheetOptions& options, ChangeTools& tools) {
     return set_visibility(options, tools, sheet::hidden::visible, "visible");
 }
 
-std::string run_sheet_protect(const Options& options, ChangeTools& tools) {
+std::string run_protect(const SheetOptions& options, ChangeTools& tools) {
     return set_protection(options, tools, true);
 }
 
-std::string run_sheet_unprotect(const Options& options, ChangeTools& tools) {
+std::string run_unprotect(const SheetOptions& options, ChangeTools& tools) {
     return set_protection(options, tools, false);
+}
+
+/// A command for one sheet; `more` is between SHEET and the output.
+template <class Options>
+Command sheet_command(const char* name, const char* summary,
+                      const std::shared_ptr<Options>& options, const std::vector<Parameter>& more,
+                      std::string (*run)(const Options&, ChangeTools&), const char* example) {
+    std::vector<Parameter> parameters{
+        Parameter{"SHEET", "", "Name of the sheet, or its number from 1", &options->sheet}
+            .required(),
+        save_option(options->output)};
+    parameters.insert(parameters.end(), more.begin(), more.end());
+    return changing_command("sheet", name, summary, options, std::move(parameters), run, example);
+}
+
+Command add_command() {
+    const auto options = std::make_shared<AddOptions>();
+    return changing_command(
+        "sheet", "add", "Add an empty sheet or a copy of one", options,
+        {Parameter{"NAME", "", "Name of the new sheet", &options->name}.required(),
+         {"--at", "N", "Its place from 1 (default: the end)", &options->position, false,
+          kMaxSheets},
+         {"--copy", "SHEET", "Copy this sheet", &options->copied_sheet},
+         save_option(options->output)},
+        run_add, "sheet add book.xlsx Results --at 1");
+}
+
+Command rename_command() {
+    const auto options = std::make_shared<RenameOptions>();
+    return sheet_command("rename", "Rename a sheet", options,
+                         {Parameter{"NAME", "", "The new name", &options->new_name}.required()},
+                         run_rename, "sheet rename book.xlsx Sheet1 Data");
+}
+
+Command move_command() {
+    const auto options = std::make_shared<MoveOptions>();
+    return sheet_command(
+        "move", "Move a sheet", options,
+        {{"--to", "N", "Its new place, from 1", &options->position, true, kMaxSheets}}, run_move,
+        "sheet move book.xlsx Results --to 1");
+}
+
+Command hide_command() {
+    const auto options = std::make_shared<HideOptions>();
+    return sheet_command(
+        "hide", "Hide a sheet", options,
+        {{"--very", "", "So that a user cannot show it again", &options->very_hidden}}, run_hide,
+        "sheet hide book.xlsx Results");
+}
+
+Command simple_command(const char* name, const char* summary,
+                       std::string (*run)(const SheetOptions&, ChangeTools&), const char* example) {
+    return sheet_command(name, summary, std::make_shared<SheetOptions>(), {}, run, example);
+}
+
+} // namespace
+
+std::vector<Command> sheet_commands() {
+    return {
+        add_command(),
+        simple_command("remove", "Remove a sheet", run_remove, "sheet remove book.xlsx Results"),
+        rename_command(),
+        move_command(),
+        hide_command(),
+        simple_command("show", "Make a hidden sheet visible", run_show,
+                       "sheet show book.xlsx Results"),
+        simple_command("protect", "Protect a sheet, without a password", run_protect,
+                       "sheet protect book.xlsx Results"),
+        simple_command("unprotect", "Lift the protection of a sheet", run_unprotect,
+                       "sheet unprotect book.xlsx Results")};
 }
 
 } // namespace zxsheet

@@ -7,9 +7,8 @@
 #include <algorithm>
 
 #include "foundation/unicode.h"
-#include "zxsheet/book_access.h"
 #include "zxsheet/cell_text.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
 
@@ -39,7 +38,7 @@ bool is_too_long(const std::string& text, std::size_t max_units) {
 
 } // namespace
 
-SheetWriter::SheetWriter(const Options& options, ChangeTools& tools)
+SheetWriter::SheetWriter(const WriteOptions& options, ChangeTools& tools)
     : options_(options), tools_(tools) {}
 
 void SheetWriter::set_place(const DataPlace& place) {
@@ -49,16 +48,16 @@ void SheetWriter::set_place(const DataPlace& place) {
 
 void SheetWriter::add(const CellValue& cell) {
     const std::size_t column = count_ - open_row_begin_;
-    if (column > static_cast<std::size_t>(book::get_col_limit(format_of(options_))))
+    if (column > static_cast<std::size_t>(book::get_col_limit(options_.book.format())))
         fail(next_row(), "has more columns than a sheet");
-    const std::size_t max_units = google_id(options_.book) ? kMaxOnlineTextUnits : kMaxTextUnits;
+    const std::size_t max_units = options_.book.is_online() ? kMaxOnlineTextUnits : kMaxTextUnits;
     if (is_too_long(cell.text, max_units))
         fail(next_row(),
-             "has a text of more than the " + grouped(max_units) + " characters that a cell holds");
+             "has text of more than the " + grouped(max_units) + " characters that a cell holds");
     if (count_ == cells_.size()) cells_.emplace_back();
     CellValue& added = cells_[count_++];
     added = cell;
-    // Of a cell without a value no text may remain.
+    // A cell without a value has no text.
     if (cell.type == cell_type::empty || cell.type == cell_type::other) added.text.clear();
     if (cell.type == cell_type::date && dates_1904_ && cell.number < kFirstDay1904) {
         added.type = cell_type::text;
@@ -79,18 +78,18 @@ void SheetWriter::finish() {
 }
 
 Range SheetWriter::written() const {
-    const Range& room = target_.room;
+    const Range& room = target_.cells.range;
     return {room.first_row, room.first_column, room.first_row + rows_ - 1,
             room.first_column + columns_ - 1};
 }
 
 void SheetWriter::open() {
-    if (target_.book) return;
-    tools_.progress.set_text("Opening " + options_.book);
-    target_ = open_write_target(options_, place_, tools_);
-    used_before_ = target_.sheet->used_range();
-    dates_1904_ = target_.book->are_dates_1904();
-    tools_.progress.set_text("Writing " + options_.book);
+    if (target_.cells.book) return;
+    tools_.progress.set_text("Opening " + options_.book.text());
+    target_ = open_write_target(options_, place_);
+    used_before_ = target_.cells.sheet->used_range();
+    dates_1904_ = target_.cells.book->are_dates_1904();
+    tools_.progress.set_text("Writing " + options_.book.text());
 }
 
 void SheetWriter::flush() {
@@ -103,7 +102,7 @@ void SheetWriter::flush() {
     count_ = 0;
     open_row_begin_ = 0;
     row_ends_.clear();
-    tools_.progress.set_text("Writing " + options_.book + ", " +
+    tools_.progress.set_text("Writing " + options_.book.text() + ", " +
                              counted(static_cast<std::uint64_t>(rows_), "row"));
 }
 
@@ -132,7 +131,7 @@ void SheetWriter::write_piece(std::size_t first, int rows) {
     for (int i = 0; i < rows; ++i)
         columns = std::max(columns, columns_of(first + static_cast<std::size_t>(i)));
     check_room(rows, columns);
-    const Range& room = target_.room;
+    const Range& room = target_.cells.range;
     const int row = room.first_row + rows_;
     if (columns > 0)
         write_range({row, room.first_column, row + rows - 1, room.first_column + columns - 1},
@@ -146,16 +145,17 @@ void SheetWriter::write_piece(std::size_t first, int rows) {
 }
 
 void SheetWriter::check_room(int rows, int columns) const {
-    const Range& room = target_.room;
+    const Range& room = target_.cells.range;
     const int most_rows = room.last_row - room.first_row + 1;
     const int most_columns = room.last_column - room.first_column + 1;
     if (rows <= most_rows - rows_ && columns <= most_columns) return;
     const bool are_rows = rows > most_rows - rows_;
-    throw Failure(ExitCode::NotWritten,
-                  options_.book + ": The data does not fit: there is room for " +
-                      (are_rows ? counted(static_cast<std::uint64_t>(most_rows), "row")
+    throw CommandError(ExitCode::NotWritten,
+                       options_.book.text() + ": The data does not fit: there is room for " +
+                           (are_rows
+                                ? counted(static_cast<std::uint64_t>(most_rows), "row")
                                 : counted(static_cast<std::uint64_t>(most_columns), "column")) +
-                      " in " + place_text(target_.sheet_name, room) + '.');
+                           " in " + place_text(target_.cells.sheet_name, room) + '.');
 }
 
 void SheetWriter::write_range(const Range& range, std::size_t first_row) {
@@ -171,15 +171,14 @@ void SheetWriter::write_range(const Range& range, std::size_t first_row) {
 }
 
 void SheetWriter::write_patch(CellPatch& patch, const Range& range) {
-    check_unlocked(*target_.sheet, range, options_);
-    tools_.log.forget();
-    patch.write(*target_.sheet, used_before_, options_.keep_format);
-    check_log(options_, tools_);
+    check_unlocked(*target_.cells.sheet, range, options_.book);
+    patch.write(*target_.cells.sheet, used_before_, options_.keep_format);
+    check_done(target_.cells.book, options_);
 }
 
 void SheetWriter::empty_rest() {
     for (const Piece& piece : pieces_) {
-        const int first_column = target_.room.first_column;
+        const int first_column = target_.cells.range.first_column;
         const Range& used = used_before_;
         const Range rest{std::max(piece.first_row, used.first_row),
                          std::max(first_column + piece.columns, used.first_column),
@@ -205,8 +204,8 @@ std::size_t SheetWriter::next_row() const {
 }
 
 void SheetWriter::fail(std::size_t row_number, const std::string& what) const {
-    throw Failure(ExitCode::NotWritten,
-                  options_.book + ": Row " + grouped(row_number) + " of the data " + what + '.');
+    throw CommandError(ExitCode::NotWritten, options_.book.text() + ": Row " + grouped(row_number) +
+                                                 " of the data " + what + '.');
 }
 
 } // namespace zxsheet

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Takes rows of cells and writes them to a sheet block by block, so that what waits stays small.
+// Takes rows of cells and writes them to a sheet block by block, so that little data is held.
 #pragma once
 
 #include <cstdint>
@@ -17,15 +17,15 @@ namespace zxsheet {
 /// empty in it.
 class SheetWriter : public CellSink {
   public:
-    SheetWriter(const Options& options, ChangeTools& tools);
+    SheetWriter(const WriteOptions& options, ChangeTools& tools);
 
-    /// Opens the target; the first block of cells does so, too.
+    /// Opens the target; so does the first block of cells.
     void open();
     void set_place(const DataPlace& place) override;
     void add(const CellValue& cell) override;
     void end_row() override;
 
-    /// Writes what waits, and empties what rows lack that are shorter than others.
+    /// Writes the remaining rows and empties what rows lack that are shorter than others.
     void finish();
 
     const WriteTarget& target() const { return target_; }
@@ -56,14 +56,14 @@ class SheetWriter : public CellSink {
     std::size_t next_row() const;
     [[noreturn]] void fail(std::size_t row_number, const std::string& what) const;
 
-    const Options& options_;
+    const WriteOptions& options_;
     ChangeTools& tools_;
     DataPlace place_;
     WriteTarget target_; ///< without a book until the first block is written
     spreadsheet::Range used_before_{0, 0, -1, -1};
     bool dates_1904_ = false;
 
-    std::vector<CellValue> cells_; ///< row after row; those behind `count_` are spare
+    std::vector<CellValue> cells_; ///< row after row; those after `count_` are spare
     std::size_t count_ = 0;
     std::vector<std::size_t> row_ends_; ///< in `cells_`
     std::size_t open_row_begin_ = 0;    ///< of the row that is not complete

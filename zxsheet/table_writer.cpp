@@ -21,7 +21,7 @@ std::size_t width_of(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins_character));
 }
 
-/// At most `kMaxWidth` characters; the last one tells that there is more.
+/// At most `kMaxWidth` characters; an ellipsis in place of the rest.
 std::string clipped(const std::string& text) {
     std::size_t characters = 0;
     std::size_t cut = 0;
@@ -53,8 +53,8 @@ bool is_number(const CellValue& cell) {
 
 class TableWriter {
   public:
-    TableWriter(const Selection& selection, const Options& options, OutputSink& out)
-        : selection_(selection), options_(options), out_(out) {}
+    TableWriter(const Selection& selection, const PrintStyle& style, OutputSink& out)
+        : selection_(selection), style_(style), out_(out) {}
 
     void write() {
         measure();
@@ -70,7 +70,7 @@ class TableWriter {
 
   private:
     void visit(const RowVisitor& visitor) {
-        for_each_row(selection_, options_, Content::Values, visitor);
+        for_each_row(selection_, style_.merged, Content::Values, visitor);
     }
 
     void measure() {
@@ -79,7 +79,7 @@ class TableWriter {
             ++rows;
             widths_.resize(std::max(widths_.size(), row.size()), 1);
             for (std::size_t i = 0; i < row.size(); ++i)
-                widths_[i] = std::max(widths_[i], width_of(shown(*row[i], options_.dates)));
+                widths_[i] = std::max(widths_[i], width_of(shown(*row[i], style_.dates)));
         });
         // With rows or columns left out, the names of those that remain are not known.
         const spreadsheet::Range& range = selection_.range;
@@ -102,7 +102,7 @@ class TableWriter {
                     const std::vector<const CellValue*>& row) {
         std::string line = std::string(number_width - number.size(), ' ') + number;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const std::string text = shown(*row[i], options_.dates);
+            const std::string text = shown(*row[i], style_.dates);
             const std::string padding(widths_[i] - width_of(text), ' ');
             line += "  " + (is_number(*row[i]) ? padding + text : text + padding);
         }
@@ -116,7 +116,7 @@ class TableWriter {
     }
 
     const Selection& selection_;
-    const Options& options_;
+    const PrintStyle& style_;
     OutputSink& out_;
     std::vector<std::size_t> widths_;
     bool numbered_ = true;
@@ -124,8 +124,8 @@ class TableWriter {
 
 } // namespace
 
-void write_table(const Selection& selection, const Options& options, OutputSink& out) {
-    TableWriter(selection, options, out).write();
+void write_table(const Selection& selection, const PrintStyle& style, OutputSink& out) {
+    TableWriter(selection, style, out).write();
 }
 
 } // namespace zxsheet

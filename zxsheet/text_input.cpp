@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "foundation/unicode.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/command_error.h"
 
 namespace zxsheet {
 namespace {
@@ -44,7 +44,7 @@ bool TextInput::read_block() {
     in_.read(bytes_.data() + kept, static_cast<std::streamsize>(kBlockBytes));
     const auto count = static_cast<std::size_t>(in_.gcount());
     bytes_.resize(kept + count);
-    if (in_.bad()) throw Failure(ExitCode::NotReadable, name_ + ": It cannot be read.");
+    if (in_.bad()) throw CommandError(ExitCode::NotReadable, name_ + ": It cannot be read.");
     return count != 0;
 }
 
@@ -72,7 +72,7 @@ void TextInput::decode_utf16(bool is_last) {
     text_ = foundation::unicode::to_generalized_utf8(units);
     bytes_.erase(0, units.size() * 2);
     if (is_last && !bytes_.empty())
-        throw Failure(ExitCode::Failed, name_ + ": The UTF-16 text ends within a character.");
+        throw CommandError(ExitCode::Failed, name_ + ": The UTF-16 text ends within a character.");
 }
 
 } // namespace zxsheet

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The characters of a text file one after the other, as UTF-8, read in blocks: UTF-16 is told by
-// its byte order mark, and marks are left out.
+// The characters of a text file one after the other, as UTF-8, read in blocks: UTF-16 is detected
+// by its byte order mark, and marks are left out.
 #pragma once
 
 #include <cstddef>
@@ -20,10 +20,12 @@ class TextInput {
 
     /// The next byte, 0 to 255, or `kEnd`. Throws `Failure` when the input cannot be read.
     int peek() { return has_text() ? static_cast<unsigned char>(text_[position_]) : kEnd; }
-    /// As `peek`; goes on to the byte behind.
+    /// As `peek`; moves to the next byte.
     int next() { return has_text() ? static_cast<unsigned char>(text_[position_++]) : kEnd; }
     /// Some of the text that comes next; empty at the end only.
     std::string_view ahead();
+    /// Goes on by `count` bytes of what `ahead` returned.
+    void skip(std::size_t count) { position_ += count; }
 
     const std::string& name() const { return name_; }
 

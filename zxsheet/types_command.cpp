@@ -1,23 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// `zxsheet types`: what kind of cell stands where.
+// `zxsheet types`: the types of the cells of a range.
 #include "zxsheet/cell_text.h"
-#include "zxsheet/commands.h"
+#include "zxsheet/command_table.h"
 #include "zxsheet/row_writers.h"
 
 namespace zxsheet {
+namespace {
 
-void run_types(const Options& options, OutputSink& out) {
-    const Selection selection = open_selection(options);
-    if (options.json) return write_json(selection, options, Content::Types, out);
-    for_each_row(selection, options, Content::Types,
-                 [&out](const std::vector<const CellValue*>& row) {
-                     for (std::size_t i = 0; i < row.size(); ++i) {
-                         if (i != 0) out.write('\t');
-                         out.write(type_name(row[i]->type));
-                     }
-                     out.write('\n');
-                 });
+struct TypesOptions : BookOptions {
+    std::string sheet;
+    std::string range;
+    bool json = false;
+};
+
+void run_types(const TypesOptions& options, OutputSink& out) {
+    const Selection selection = open_selection({options.book, options.sheet, options.range});
+    if (options.json) return write_json(selection, {}, Content::Types, out);
+    for_each_row(selection, {}, Content::Types, [&out](const std::vector<const CellValue*>& row) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            if (i != 0) out.write('\t');
+            out.write(type_name(row[i]->type));
+        }
+        out.write('\n');
+    });
+}
+
+} // namespace
+
+Command types_command() {
+    const auto options = std::make_shared<TypesOptions>();
+    return reading_command("types", "Types of the cells of a range", options,
+                           {sheet_option(options->sheet),
+                            range_option(options->range, kReadRangeHelp), json_flag(options->json)},
+                           run_types);
 }
 
 } // namespace zxsheet

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Counts, names and ranges as text.
 #include "zxsheet/wording.h"
 
 #include "foundation/unicode.h"

@@ -5,31 +5,40 @@
 #include <fstream>
 #include <optional>
 
-#include "zxsheet/book_access.h"
 #include "zxsheet/cell_guess.h"
+#include "zxsheet/command_table.h"
 #include "zxsheet/delimited_reader.h"
-#include "zxsheet/failure.h"
+#include "zxsheet/input_file.h"
 #include "zxsheet/json_reader.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/sheet_writer.h"
 #include "zxsheet/wording.h"
+#include "zxsheet/write_target.h"
 
 namespace zxsheet {
 namespace {
 
 using spreadsheet::cell_type;
 
-bool is_standard_input(const Options& options) {
+enum class Format { Csv, Tsv, Json };
+
+struct DataOptions : WriteOptions {
+    std::string input;            ///< the data; empty or "-" for standard input
+    std::optional<Format> from{}; ///< of the data; by the name of `input` when not given
+    bool as_text = false;         ///< guess no types
+};
+
+bool is_standard_input(const DataOptions& options) {
     return options.input.empty() || options.input == "-";
 }
 
-DataFormat format_of_input(const Options& options) {
+Format format_of_input(const DataOptions& options) {
     if (options.from) return *options.from;
-    std::u8string ending = native_path(options.input).extension().u8string();
-    for (char8_t& c : ending)
+    std::u8string extension = native_path(options.input).extension().u8string();
+    for (char8_t& c : extension)
         if (c >= u8'A' && c <= u8'Z') c = static_cast<char8_t>(c + (u8'a' - u8'A'));
-    if (ending == u8".tsv" || ending == u8".tab") return DataFormat::Tsv;
-    return ending == u8".json" ? DataFormat::Json : DataFormat::Csv;
+    if (extension == u8".tsv" || extension == u8".tab") return Format::Tsv;
+    return extension == u8".json" ? Format::Json : Format::Csv;
 }
 
 void read_delimited(TextInput& input, char separator, bool as_text, CellSink& sink) {
@@ -45,52 +54,72 @@ void read_delimited(TextInput& input, char separator, bool as_text, CellSink& si
     }
 }
 
-void read_input(TextInput& input, const Options& options, CellSink& sink) {
+void read_input(TextInput& input, const DataOptions& options, CellSink& sink) {
     switch (format_of_input(options)) {
-    case DataFormat::Json:
+    case Format::Json:
         return read_json(input, sink);
-    case DataFormat::Tsv:
+    case Format::Tsv:
         return read_delimited(input, '\t', options.as_text, sink);
     default:
         return read_delimited(input, '\0', options.as_text, sink);
     }
 }
 
-std::ifstream open_input(const std::string& name) {
-    const std::filesystem::path path = native_path(name);
-    std::ifstream file(path, std::ios::binary);
-    std::error_code ignored;
-    if (file && !std::filesystem::is_directory(path, ignored)) return file;
-    const char* const reason =
-        std::filesystem::is_directory(path, ignored) ? "It is a folder, not a file."
-        : std::filesystem::exists(path, ignored) ? "The file cannot be read; check the permissions."
-                                                 : "There is no such file.";
-    throw Failure(ExitCode::NotReadable, name + ": " + reason);
-}
-
-std::string what_was_done(const SheetWriter& writer) {
+std::string summary_of(const SheetWriter& writer) {
     const WriteTarget& target = writer.target();
     if (writer.written().count() <= 0)
-        return target.preparation + "nothing to " + quoted_sheet(target.sheet_name);
+        return target.preparation + "nothing to " + quoted_sheet(target.cells.sheet_name);
     return target.preparation + counted(writer.values(), "cell") + " to " +
-           place_text(target.sheet_name, writer.written());
+           place_text(target.cells.sheet_name, writer.written());
 }
 
-} // namespace
-
-std::string run_write(const Options& options, ChangeTools& tools) {
+std::string run_write(const DataOptions& options, ChangeTools& tools) {
     std::ifstream file;
-    if (!is_standard_input(options)) file = open_input(options.input);
+    if (!is_standard_input(options)) file = open_input_file(options.input);
     TextInput input(file.is_open() ? file : tools.in,
                     file.is_open() ? options.input : "standard input");
     SheetWriter writer(options, tools);
-    // JSON may tell where it belongs; anything else need not be read before a wrong target is told.
-    if (format_of_input(options) != DataFormat::Json) writer.open();
+    // JSON may say where it belongs; with anything else a wrong target is reported before the data
+    // is read.
+    if (format_of_input(options) != Format::Json) writer.open();
     tools.progress.set_text("Reading " + input.name());
     read_input(input, options, writer);
     writer.finish();
-    return save_changes(writer.target().book, options, tools, what_was_done(writer),
+    return save_changes(writer.target().cells.book, options, tools, summary_of(writer),
                         writer.target().origin);
+}
+
+constexpr const char* kFooter =
+    "Fields become numbers (12, -2.5, .5, 1e3), dates (2024-03-01, 2024-03-01T13:05:00) and\n"
+    "true or false, also when they are quoted; empty ones leave the cell empty. What would lose\n"
+    "something stays text: leading zeros and plus signs, whole numbers of more than 15 digits,\n"
+    "1,234 and 1,5, surrounding blanks. CSV may have semicolons instead of commas, and UTF-16.\n"
+    "JSON is what 'zxsheet read --to json' prints; its sheet and range count unless -s and -r are\n"
+    "given, and its errors become text.\n\n"
+    "Example: zxsheet write book.xlsx -s Data -r B2 data.csv";
+
+} // namespace
+
+Command write_command() {
+    const auto options = std::make_shared<DataOptions>();
+    Command command = changing_command(
+        "", "write", "Write data into a new or existing book", options,
+        {{"FILE", "", "The data; standard input when missing or -", &options->input},
+         {"-s,--sheet", "SHEET",
+          "Name of the sheet, made if there is none, or its number from 1\n"
+          "(default: the first worksheet)",
+          &options->sheet},
+         {"-r,--range", "CELL", "First cell (default: A1), or a range that the data must fit into",
+          &options->range},
+         choice<std::optional<Format>, Format>(
+             "--from", "FORMAT", "csv, tsv or json (default: as FILE ends, else csv)",
+             options->from, {{"csv", Format::Csv}, {"tsv", Format::Tsv}, {"json", Format::Json}}),
+         {"--text", "", "Write every field of CSV and TSV as text", &options->as_text},
+         {"--keep-format", "", "Cells keep the formats that they have", &options->keep_format},
+         save_option(options->output)},
+        run_write, "");
+    command.footer = kFooter;
+    return command;
 }
 
 } // namespace zxsheet

@@ -1,30 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Where `zxsheet write` writes: a sheet of a book that is there or of one that is made, a sheet
-// that is there or is added.
+// Where `zxsheet write` writes: to a sheet of an existing or new book, itself existing or added.
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "spreadsheet/spreadsheet.h"
+#include "zxsheet/book_access.h"
 #include "zxsheet/cell_sink.h"
-#include "zxsheet/commands.h"
+#include "zxsheet/command.h"
 #include "zxsheet/save_book.h"
 
 namespace zxsheet {
 
+/// What the command line says about the target.
+struct WriteOptions : BookOptions {
+    std::string sheet;
+    std::string range;        ///< the first cell, or all that may be written to
+    bool keep_format = false; ///< cells keep the formats that they have
+};
+
 struct WriteTarget {
-    std::shared_ptr<spreadsheet::IBook> book;
-    std::shared_ptr<spreadsheet::ISheet> sheet;
-    std::u16string sheet_name;
-    spreadsheet::Range room; ///< data starts in its first cell and must fit into it
+    Selection cells; ///< data starts in the first cell of the range and must fit into it
     Origin origin = Origin::Loaded;
     std::string preparation; ///< what was done already, such as "Made the book, "
 };
 
 /// Opens the target that the options name; `place` counts where they do not. Only a path at which
-/// there is nothing becomes a new book.
-WriteTarget open_write_target(const Options& options, const DataPlace& place, ChangeTools& tools);
+/// there is no file becomes a new book.
+WriteTarget open_write_target(const WriteOptions& options, const DataPlace& place);
 
 } // namespace zxsheet

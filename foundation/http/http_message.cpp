@@ -57,7 +57,7 @@ const char* to_string(HttpMethod method) noexcept {
     return "";
 }
 
-HttpRequest::HttpRequest(HttpMethod method, std::string url, HttpHeaders headers)
+HttpRequest::HttpRequest(HttpMethod method, std::string url, const HttpHeaders& headers)
     : method_(method), url_(std::move(url)) {
     for (const auto& [name, value] : headers)
         setHeader(name, value);

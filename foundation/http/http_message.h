@@ -31,7 +31,7 @@ using QueryParameters = std::vector<std::pair<std::string, std::string>>;
 /// A request that has not been sent yet. `url` may have a query already.
 class HttpRequest {
   public:
-    HttpRequest(HttpMethod method, std::string url, HttpHeaders headers = {});
+    HttpRequest(HttpMethod method, std::string url, const HttpHeaders& headers = {});
 
     HttpMethod method() const noexcept { return method_; }
     const HttpHeaders& headers() const noexcept { return headers_; }

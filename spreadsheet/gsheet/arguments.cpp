@@ -13,6 +13,7 @@
 #include "spreadsheet/gsheet/utils/host_errors.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 #include "spreadsheet/gsheet/utils/util_gsheet.h"
+#include "spreadsheet/with_failure.h"
 
 namespace gsheet {
 
@@ -33,6 +34,16 @@ void check_counts(const HostCall& call, InputCounts counts) {
     if (call.input_count < counts.least) throw_host_error<Zentra::builtins::TooFewInputs>();
 }
 
+/// Throws the host's error for the exception, with the same cause.
+[[noreturn]] void translate(const spreadsheet::Exception& exception) {
+    try {
+        translateToHostError(exception);
+    } catch (const foundation::core::except::IMessageId& error) {
+        spreadsheet::pass_failure(exception, error);
+        throw;
+    }
+}
+
 HostArrayPtr with_host_errors(const std::function<HostArrayPtr()>& work) {
     try {
         return work();
@@ -41,7 +52,7 @@ HostArrayPtr with_host_errors(const std::function<HostArrayPtr()>& work) {
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const spreadsheet::Exception& error) {
-        translateToHostError(error);
+        translate(error);
     } catch (const std::exception& error) {
         throw_host_error<Zentra::spreadsheet::book::internalError>(without_secrets(error.what()));
     }

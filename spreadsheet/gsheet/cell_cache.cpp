@@ -3,14 +3,15 @@
 
 #include <limits>
 
+#include "spreadsheet/limits.h"
+
 namespace gsheet {
 
 namespace {
 
 using spreadsheet::cell_type;
 
-/// The service's limit for a whole spreadsheet.
-constexpr std::size_t kMaxCells = 10'000'000;
+constexpr auto kMaxCells = static_cast<std::size_t>(spreadsheet::kMaxGoogleCells);
 
 } // namespace
 

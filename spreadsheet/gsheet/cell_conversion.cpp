@@ -60,41 +60,17 @@ void assign_text(std::u16string& out, const CellCache& cells, const CachedCell& 
     }
 }
 
-void deliver(const spreadsheet::CellBuilder& builder, const CellCache& cells,
-             const CachedCell& cell, cell_type wanted, std::u16string& buffer) {
-    switch (wanted) {
-    case cell_type::number:
-        return builder.number(builder.context, number_of(cell));
-    case cell_type::date: // a number is as good as a serial date
-        return builder.date(builder.context, number_of(cell));
-    case cell_type::boolean:
-        return builder.boolean(builder.context, boolean_of(cell));
-    case cell_type::text:
-        assign_text(buffer, cells, cell);
-        return builder.text(builder.context, buffer);
-    default:
-        buffer.clear();
-        builder.text(builder.context, buffer);
-    }
+double CachedValue::number() const {
+    return number_of(cell_);
 }
 
-void deliver(spreadsheet::output::CellOutputBuilder& builder, const CellCache& cells,
-             const CachedCell& cell, cell_type wanted, bool dates_as_numbers,
-             std::u16string& buffer) {
-    switch (wanted) {
-    case cell_type::number:
-        return builder.add_number(number_of(cell));
-    case cell_type::date:
-        return dates_as_numbers ? builder.add_number(number_of(cell))
-                                : builder.add_date(number_of(cell));
-    case cell_type::boolean:
-        return builder.add_boolean(boolean_of(cell));
-    case cell_type::text:
-        assign_text(buffer, cells, cell);
-        return builder.add_text(buffer);
-    default:
-        builder.add_empty();
-    }
+bool CachedValue::boolean() const {
+    return boolean_of(cell_);
+}
+
+const std::u16string& CachedValue::text() {
+    assign_text(text_, cells_, cell_);
+    return text_;
 }
 
 } // namespace gsheet

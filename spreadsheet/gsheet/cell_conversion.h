@@ -24,11 +24,26 @@ bool boolean_of(const CachedCell& cell);
 /// shortest decimal that gives them back, TRUE and FALSE; empty for empty cells and errors.
 void assign_text(std::u16string& out, const CellCache& cells, const CachedCell& cell);
 
-/// Calls the member of `builder` that stands for `wanted`.
-void deliver(const spreadsheet::CellBuilder& builder, const CellCache& cells,
-             const CachedCell& cell, spreadsheet::cell_type wanted, std::u16string& buffer);
-void deliver(spreadsheet::output::CellOutputBuilder& builder, const CellCache& cells,
-             const CachedCell& cell, spreadsheet::cell_type wanted, bool dates_as_numbers,
-             std::u16string& buffer);
+/// One cell at a time for `deliver` (spreadsheet/typed_cells.h). A number is as good as a serial
+/// date.
+class CachedValue {
+  public:
+    explicit CachedValue(const CellCache& cells) : cells_(cells) {}
+
+    CachedValue& select(const CachedCell& cell) {
+        cell_ = cell;
+        return *this;
+    }
+    double number() const;
+    double date() const { return number(); }
+    double stored_date() const { return number(); }
+    bool boolean() const;
+    const std::u16string& text();
+
+  private:
+    const CellCache& cells_;
+    CachedCell cell_;
+    std::u16string text_;
+};
 
 } // namespace gsheet

@@ -9,6 +9,7 @@
 
 #include "foundation/json.h"
 #include "foundation/unicode.h"
+#include "spreadsheet/range_walk.h"
 
 namespace spreadsheet {
 
@@ -35,31 +36,36 @@ void append_array(std::string& json, std::size_t count, AppendElement append_ele
 
 CellsToWrite::CellsToWrite(const Range& range, const cell_type* types, const CellProvider& provider)
     : range_(range),
-      rows_(static_cast<std::size_t>(range.last_row - range.first_row) + 1),
-      columns_(static_cast<std::size_t>(range.last_column - range.first_column) + 1) {
+      rows_(extent(range.first_row, range.last_row)),
+      columns_(extent(range.first_column, range.last_column)) {
     cells_.reserve(rows_ * columns_);
     for (std::size_t index = 0; index < rows_ * columns_; ++index)
-        cells_.push_back(take(types[index], provider));
+        take_cell(provider, types[index], [this](const auto& value) { append(value); });
 }
 
-CellsToWrite::Cell CellsToWrite::take(cell_type type, const CellProvider& provider) {
-    const auto of_number = [type](double value) {
-        return std::isfinite(value) ? Cell{type, value, 0} : Cell{};
-    };
-    switch (type) {
-    case cell_type::number:
-        return of_number(provider.number(provider.context));
-    case cell_type::date:
-        return of_number(provider.date(provider.context).value);
-    case cell_type::boolean:
-        return {type, provider.boolean(provider.context) ? 1.0 : 0.0, 0};
-    case cell_type::text:
-        texts_.push_back(foundation::unicode::to_utf8(provider.text(provider.context)));
-        return {type, 0.0, static_cast<std::uint32_t>(texts_.size() - 1)};
-    default:
-        provider.skip(provider.context);
-        return {};
-    }
+void CellsToWrite::add(cell_type type, double number) {
+    cells_.push_back(std::isfinite(number) ? Cell{type, number, 0} : Cell{});
+}
+
+void CellsToWrite::append(double number) {
+    add(cell_type::number, number);
+}
+
+void CellsToWrite::append(SerialDatenum date) {
+    add(cell_type::date, date.value);
+}
+
+void CellsToWrite::append(bool value) {
+    add(cell_type::boolean, value ? 1.0 : 0.0);
+}
+
+void CellsToWrite::append(const std::u16string& text) {
+    cells_.push_back({cell_type::text, 0.0, static_cast<std::uint32_t>(texts_.size())});
+    texts_.push_back(foundation::unicode::to_utf8(text));
+}
+
+void CellsToWrite::append(NoValue) {
+    cells_.emplace_back();
 }
 
 void CellsToWrite::append_value(std::string& json, const Cell& cell) const {
@@ -136,7 +142,7 @@ std::vector<Range> CellsToWrite::date_runs() const {
     return runs;
 }
 
-/// An empty text is none to the service, which leaves it out at the end of its values.
+/// An empty text is not a value to the service, which leaves it out at the end of its values.
 bool CellsToWrite::has_value(const Cell& cell) const {
     if (cell.type == cell_type::text) return !texts_[cell.text].empty();
     return cell.type != cell_type::empty;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The cells of a write, taken from the host's provider, and their JSON in the two shapes that the
-// service wants. The texts are built directly: a tree of a million cells would take ten times their
+// service wants. The text is built directly: a tree of a million cells would take ten times their
 // memory.
 #pragma once
 
@@ -13,6 +13,7 @@
 
 #include "spreadsheet/cell_exchange.h"
 #include "spreadsheet/range.h"
+#include "spreadsheet/typed_cells.h"
 
 namespace spreadsheet {
 
@@ -38,7 +39,14 @@ class CellsToWrite {
         std::uint32_t text = 0;            ///< index in `texts_`
     };
 
-    Cell take(cell_type type, const CellProvider& provider);
+    // Each appends the next cell.
+    void append(double number);
+    void append(SerialDatenum date);
+    void append(bool value);
+    void append(const std::u16string& text);
+    void append(NoValue);
+    void add(cell_type type, double number);
+
     const Cell& at(std::size_t row, std::size_t column) const {
         return cells_[column * rows_ + row];
     }

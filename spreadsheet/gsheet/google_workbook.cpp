@@ -9,14 +9,12 @@
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
 #include "spreadsheet/gsheet/service_requests.h"
-#include "spreadsheet/gsheet/trace.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
+#include "spreadsheet/trace.h"
 
 namespace spreadsheet {
 
 namespace {
-
-constexpr const char* kUnit = "gsheet/google_workbook";
 
 using gsheet::Array;
 using gsheet::Object;
@@ -50,7 +48,7 @@ std::string title_body(const std::u16string& title) {
 GoogleSheetWorkbook::GoogleSheetWorkbook(std::u16string id) : id_(std::move(id)) {}
 
 std::shared_ptr<GoogleSheetWorkbook> GoogleSheetWorkbook::create(const std::u16string& title) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     auto request = gsheet::createAuthorizedRequest(
         foundation::http::HttpMethod::Post, gsheet::endpoints().sheets + u"/v4/spreadsheets");
     request.setRequestBody(title_body(title));
@@ -106,29 +104,29 @@ GoogleSheetWorkbook::Entry GoogleSheetWorkbook::make_entry(SheetProperties prope
 }
 
 void GoogleSheetWorkbook::load_names() {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     fetch(Known::names);
 }
 
 void GoogleSheetWorkbook::load_metadata() {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     fetch(Known::everything);
 }
 
 const std::u16string& GoogleSheetWorkbook::title() {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     need(Known::everything);
     return title_;
 }
 
 std::size_t GoogleSheetWorkbook::sheet_count(bool names_only) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     need(names_only ? Known::names : Known::everything);
     return sheets_.size();
 }
 
 std::vector<std::u16string> GoogleSheetWorkbook::sheet_names(bool names_only) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     need(names_only ? Known::names : Known::everything);
     std::vector<std::u16string> names;
     for (const Entry& sheet : sheets_)
@@ -137,7 +135,7 @@ std::vector<std::u16string> GoogleSheetWorkbook::sheet_names(bool names_only) {
 }
 
 std::optional<std::u16string> GoogleSheetWorkbook::sheet_name(int index, bool names_only) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     need(names_only ? Known::names : Known::everything);
     if (index < 0 || static_cast<std::size_t>(index) >= sheets_.size()) return std::nullopt;
     return sheets_[static_cast<std::size_t>(index)].properties->title;
@@ -150,12 +148,12 @@ GoogleSheetWorkbook::Entry& GoogleSheetWorkbook::entry(std::size_t index) {
 }
 
 gsheet::SheetKind GoogleSheetWorkbook::sheet_kind(std::size_t index) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return entry(index).properties->kind;
 }
 
 std::shared_ptr<GoogleSheetWorksheet> GoogleSheetWorkbook::worksheet(std::size_t index) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const Entry& sheet = entry(index);
     return sheet.properties->kind == gsheet::SheetKind::other ? nullptr : sheet.worksheet;
 }
@@ -171,7 +169,7 @@ std::size_t GoogleSheetWorkbook::index_of(std::int64_t sheet_id) {
 // --- Changes
 
 std::size_t GoogleSheetWorkbook::add_sheet(std::size_t index, const std::u16string& name) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     need(Known::everything);
     Object properties;
     properties["title"] = gsheet::json_text(name);
@@ -195,7 +193,7 @@ std::size_t GoogleSheetWorkbook::add_sheet(std::size_t index, const std::u16stri
 
 std::size_t GoogleSheetWorkbook::copy_sheet(std::size_t source, std::size_t index,
                                             const std::u16string& name) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const std::u16string path =
         u"/sheets/" +
         foundation::unicode::to_utf16(std::to_string(entry(source).properties->sheet_id)) +
@@ -233,7 +231,7 @@ void GoogleSheetWorkbook::place_copy(std::int64_t sheet_id, std::size_t index,
 }
 
 void GoogleSheetWorkbook::remove_sheet(std::size_t index) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const std::int64_t sheet_id = entry(index).properties->sheet_id;
     gsheet::batch_update(id_, "deleteSheet", Object({{"sheetId", sheet_id}}));
     sheets_[index].properties->removed = true;
@@ -241,7 +239,7 @@ void GoogleSheetWorkbook::remove_sheet(std::size_t index) {
 }
 
 void GoogleSheetWorkbook::move_sheet(std::size_t from, std::size_t to) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     Object properties;
     properties["sheetId"] = entry(from).properties->sheet_id;
     // The service counts positions before the sheet has left its own.

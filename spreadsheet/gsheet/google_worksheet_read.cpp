@@ -13,18 +13,20 @@
 #include "foundation/unicode.h"
 #include "spreadsheet/cell_iterator.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/failure.h"
 #include "spreadsheet/gsheet/cell_conversion.h"
 #include "spreadsheet/gsheet/cell_reply.h"
 #include "spreadsheet/gsheet/google_worksheet.h"
 #include "spreadsheet/gsheet/service_requests.h"
-#include "spreadsheet/gsheet/trace.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
+#include "spreadsheet/limits.h"
+#include "spreadsheet/range_walk.h"
+#include "spreadsheet/trace.h"
+#include "spreadsheet/typed_cells.h"
 
 namespace spreadsheet {
 
 namespace {
-
-constexpr const char* kUnit = "gsheet/google_worksheet_read";
 
 using foundation::unicode::to_utf16;
 using foundation::unicode::to_utf8;
@@ -35,7 +37,7 @@ using gsheet::Object;
 /// The most rows that one reply is asked for, counted as last minus first.
 constexpr std::int64_t kMaxRowSpan = 500'000;
 /// No sheet has a cell there.
-constexpr int kEndIndex = 10'000'000;
+constexpr int kEndIndex = static_cast<int>(kMaxGoogleCells);
 
 constexpr const char* kCellFields =
     "sheets.data.rowData.values(userEnteredFormat/numberFormat,userEnteredValue,effectiveValue,"
@@ -47,10 +49,6 @@ void check_row_span(const Range& range) {
     gsheet::log_line(foundation::log::error,
                      "Read Request Row size exceeds : " + std::to_string(span));
     throw Exception(error_id::google_rows_too_many);
-}
-
-bool is_empty(const Range& range) {
-    return range.last_row < range.first_row || range.last_column < range.first_column;
 }
 
 /// The smallest range with all cells of a walk.
@@ -99,10 +97,12 @@ const Object* find_named_range(const Object& reply, const std::u16string& name) 
     return nullptr;
 }
 
-/// The service says so of a name that it does not know.
+/// Whether the service refused the name that was the request's only argument. Refusals for another
+/// cause, such as an API key that is not valid, give a reason.
 bool is_unknown_range(const Exception& failure) {
-    return failure.id() == error_id::google_unavailable &&
-           std::string_view(failure.what()).find("Unable to parse range") != std::string_view::npos;
+    const ServiceReason service = failure_of(failure).service;
+    return service.http_status == 400 && service.status == "INVALID_ARGUMENT" &&
+           service.reason.empty();
 }
 
 } // namespace
@@ -112,7 +112,7 @@ GoogleSheetWorksheet::GoogleSheetWorksheet(std::u16string spreadsheet_id,
     : spreadsheet_id_(std::move(spreadsheet_id)), properties_(std::move(properties)) {}
 
 const gsheet::SheetProperties& GoogleSheetWorksheet::properties() const {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet();
 }
 
@@ -155,7 +155,7 @@ int GoogleSheetWorksheet::count_of(const char* major_dimension) const {
 }
 
 Range GoogleSheetWorksheet::used_range() {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet();
     if (used_range_known_) return used_range_;
     const int columns = count_of("COLUMNS");
@@ -169,7 +169,7 @@ Range GoogleSheetWorksheet::used_range() {
 }
 
 Range GoogleSheetWorksheet::named_range(const std::u16string& name) const {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const gsheet::SheetProperties& self = sheet();
     std::optional<Object> reply;
     try {
@@ -189,18 +189,16 @@ Range GoogleSheetWorksheet::named_range(const std::u16string& name) const {
 // --- Types and typed reads
 
 void GoogleSheetWorksheet::fetch_types(const Range& range, cell_type* out) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet();
     if (is_empty(range)) return;
     fetch(range);
     if (out == nullptr) return;
-    for (int column = range.first_column; column <= range.last_column; ++column)
-        for (int row = range.first_row; row <= range.last_row; ++row)
-            *out++ = cells_.at(row, column).type();
+    for_each_cell(range, [&](int row, int column) { *out++ = cells_.at(row, column).type(); });
 }
 
 void GoogleSheetWorksheet::cell_types(const CellIterator& cells, cell_type* out) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const Range bounds = bounds_of(cells);
     sheet();
     if (is_empty(bounds)) return;
@@ -211,7 +209,7 @@ void GoogleSheetWorksheet::cell_types(const CellIterator& cells, cell_type* out)
 
 GoogleSheetWorksheet::ReadFunction
 GoogleSheetWorksheet::allReadFunction(const ReadTarget& target) const {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const auto cell = [this](int row, int column) { return cells_.at(row, column); };
     if (std::holds_alternative<double*>(target))
         return [cell](ReadTarget& out, int row, int column) {
@@ -237,40 +235,38 @@ GoogleSheetWorksheet::allReadFunction(const ReadTarget& target) const {
 }
 
 void GoogleSheetWorksheet::read(const Range& range, ReadTarget target) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet();
     if (is_empty(range)) return;
     hold(range);
     const ReadFunction append = allReadFunction(target);
-    for (int column = range.first_column; column <= range.last_column; ++column)
-        for (int row = range.first_row; row <= range.last_row; ++row)
-            append(target, row, column);
+    for_each_cell(range, [&](int row, int column) { append(target, row, column); });
 }
 
 void GoogleSheetWorksheet::read(const Range& range, const cell_type* types,
                                 const CellBuilder& builder) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet();
     if (is_empty(range)) return;
     hold(range);
-    std::u16string buffer;
-    for (int column = range.first_column; column <= range.last_column; ++column)
-        for (int row = range.first_row; row <= range.last_row; ++row)
-            gsheet::deliver(builder, cells_, cells_.at(row, column), *types++, buffer);
+    gsheet::CachedValue value(cells_);
+    for_each_cell(range, [&](int row, int column) {
+        deliver(builder, *types++, value.select(cells_.at(row, column)));
+    });
 }
 
 void GoogleSheetWorksheet::read_cell_array(CellTypeIterator& cells,
                                            output::CellOutputBuilder& builder,
                                            bool dates_as_numbers) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet();
     const Range bounds = bounds_of(cells);
     if (!is_empty(bounds)) hold(bounds);
     builder.begin(cells.rows(), cells.columns());
-    std::u16string buffer;
+    gsheet::CachedValue value(cells_);
     for (cells.rewind(); !cells.at_end(); ++cells)
-        gsheet::deliver(builder, cells_, cells_.at((*cells).row, (*cells).column), cells.type(),
-                        dates_as_numbers, buffer);
+        deliver(builder, cells.type(), dates_as_numbers,
+                value.select(cells_.at((*cells).row, (*cells).column)));
 }
 
 } // namespace spreadsheet

@@ -11,14 +11,12 @@
 #include "spreadsheet/gsheet/cells_to_write.h"
 #include "spreadsheet/gsheet/google_worksheet.h"
 #include "spreadsheet/gsheet/service_requests.h"
-#include "spreadsheet/gsheet/trace.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
+#include "spreadsheet/trace.h"
 
 namespace spreadsheet {
 
 namespace {
-
-constexpr const char* kUnit = "gsheet/google_worksheet_write";
 
 using foundation::json::to_text;
 using foundation::unicode::to_utf8;
@@ -57,7 +55,7 @@ void GoogleSheetWorksheet::send(std::string_view request_name, Object request) c
 
 void GoogleSheetWorksheet::write(const Range& range, const cell_type* types,
                                  const CellProvider& provider, bool preserve_format) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     fit_grid(range);
     const CellsToWrite cells(range, types, provider);
     forget_cells(); // a write that fails may have taken effect
@@ -101,7 +99,7 @@ void GoogleSheetWorksheet::write_preserve_format(const Range& range, const Cells
 }
 
 void GoogleSheetWorksheet::clear(const Range& range) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     gsheet::check_range(range);
     const std::u16string suffix =
         u"/values/" + gsheet::encoded_range(sheet().title, range) + u":clear";
@@ -153,7 +151,7 @@ void GoogleSheetWorksheet::grow_grid(const char* dimension, std::int64_t length,
 // --- The sheet
 
 void GoogleSheetWorksheet::rename(const std::u16string& title) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     Object properties;
     properties["sheetId"] = sheet().sheet_id;
     properties["title"] = gsheet::json_text(title);
@@ -174,14 +172,14 @@ GoogleSheetWorksheet::protected_ranges(const std::u16string& range) const {
 }
 
 bool GoogleSheetWorksheet::is_range_writeable(const Range& range) const {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     gsheet::check_range(range);
     return gsheet::is_writeable(range,
                                 protected_ranges(gsheet::qualified_range(sheet().title, range)));
 }
 
 void GoogleSheetWorksheet::set_protected(bool on) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     gsheet::SheetProperties& self = sheet();
     if (on) {
         Object range({{"sheetId", self.sheet_id}});
@@ -205,7 +203,7 @@ void GoogleSheetWorksheet::set_protected(bool on) {
 }
 
 void GoogleSheetWorksheet::unmerge(const Range& range) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     gsheet::check_range(range);
     Object request;
     request["range"] = grid_range_json(sheet().sheet_id, range);
@@ -214,7 +212,7 @@ void GoogleSheetWorksheet::unmerge(const Range& range) {
 }
 
 void GoogleSheetWorksheet::auto_fit_column_widths(const Range& range) {
-    const gsheet::Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     gsheet::check_range(range);
     Object dimensions({{"sheetId", sheet().sheet_id},
                        {"dimension", "COLUMNS"},

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "spreadsheet/exception.h"
+#include "spreadsheet/limits.h"
 
 namespace gsheet {
 
@@ -11,9 +12,9 @@ namespace {
 
 using spreadsheet::error_id;
 using spreadsheet::Exception;
+using spreadsheet::kMaxGoogleCells;
 using spreadsheet::Range;
 
-constexpr std::int64_t kMaxGridCells = 10'000'000;
 constexpr std::int64_t kMaxColumns = 18'278;
 
 [[noreturn]] void fail_too_large() {
@@ -22,12 +23,12 @@ constexpr std::int64_t kMaxColumns = 18'278;
 
 /// The most of one dimension, fewer than there are, that `other` of the other leave room for.
 std::int64_t largest_fitting(std::int64_t count, std::int64_t other) {
-    return std::min(count - 1, kMaxGridCells / other);
+    return std::min(count - 1, kMaxGoogleCells / other);
 }
 
 /// The grid after its end was cut so that a block of `rows` by `columns` has room beside it.
 GridSize cut_grid(const GridSize& grid, std::int64_t rows, std::int64_t columns) {
-    if (std::max(rows, grid.rows) * std::max(columns, grid.columns) <= kMaxGridCells) return grid;
+    if (std::max(rows, grid.rows) * std::max(columns, grid.columns) <= kMaxGoogleCells) return grid;
     GridSize cut = grid;
     if (grid.columns <= columns) {
         if (grid.rows <= rows) fail_too_large();
@@ -58,7 +59,7 @@ GridPlan plan_grid(const GridSize& grid, const Range& target,
     plan.wanted = {std::max(plan.cut.rows, std::int64_t{target.last_row} + 1),
                    std::max(plan.cut.columns, std::int64_t{target.last_column} + 1)};
     // Nothing is deleted for a range that would not fit all the same.
-    if (plan.wanted.rows * plan.wanted.columns > kMaxGridCells) fail_too_large();
+    if (plan.wanted.rows * plan.wanted.columns > kMaxGoogleCells) fail_too_large();
     if (plan.cut.columns < grid.columns && plan.cut.columns < used_range().last_column)
         fail_too_large();
     return plan;

@@ -9,16 +9,13 @@
 #include "spreadsheet/exception.h"
 #include "spreadsheet/gsheet/gsheet_chart_sheet.h"
 #include "spreadsheet/gsheet/gsheet_sheet.h"
-#include "spreadsheet/gsheet/trace.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
+#include "spreadsheet/trace.h"
 
 namespace spreadsheet {
 namespace {
 
 using gsheet::SheetKind;
-using gsheet::Trace;
-
-constexpr const char* kUnit = "gsheet/gsheet_book";
 
 [[noreturn]] void refuse(std::string_view reason, error_id id) {
     gsheet::log_line(foundation::log::error, reason);
@@ -30,7 +27,7 @@ constexpr const char* kUnit = "gsheet/gsheet_book";
 GSheetWorkbook::GSheetWorkbook(book::format format) : format_(format) {}
 
 GSheetWorkbook::~GSheetWorkbook() {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
 }
 
 GoogleSheetWorkbook& GSheetWorkbook::implementation() const {
@@ -41,32 +38,32 @@ GoogleSheetWorkbook& GSheetWorkbook::implementation() const {
 // --- What the book tells about itself
 
 bool GSheetWorkbook::is_interactive() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return loaded_;
 }
 
 book::format GSheetWorkbook::format() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return format_;
 }
 
 bool GSheetWorkbook::are_dates_1904() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return false;
 }
 
 std::size_t GSheetWorkbook::num_sheets() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return implementation().sheet_count(sheet_names_only_);
 }
 
 std::optional<std::u16string> GSheetWorkbook::get_sheet_name(const int index) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return implementation().sheet_name(index, sheet_names_only_);
 }
 
 sheet::type GSheetWorkbook::sheet_type(std::size_t index) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     switch (implementation().sheet_kind(index)) {
     case SheetKind::grid:
         return sheet::type::worksheet;
@@ -78,40 +75,40 @@ sheet::type GSheetWorkbook::sheet_type(std::size_t index) const {
 }
 
 const std::u16string GSheetWorkbook::get_file_name(bool) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return implementation_ != nullptr ? implementation_->id() : std::u16string();
 }
 
 bool GSheetWorkbook::is_loaded() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return implementation_ != nullptr;
 }
 
 bool GSheetWorkbook::is_sheet_loaded() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return false;
 }
 
 bool GSheetWorkbook::sheet_names_only_required() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet_names_only_;
 }
 
 std::vector<std::u16string> GSheetWorkbook::get_sheet_names() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return implementation().sheet_names(sheet_names_only_);
 }
 
 // --- Sheets
 
 std::shared_ptr<ISheet> GSheetWorkbook::sheet(std::size_t index) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const Sheets& sheets = listed_sheets();
     return index < sheets.size() ? sheets[index] : nullptr;
 }
 
 std::shared_ptr<ISheet> GSheetWorkbook::sheet(const std::u16string& name) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const std::size_t index = index_of(name);
     const Sheets& sheets = listed_sheets();
     return index < sheets.size() ? sheets[index] : nullptr;
@@ -163,7 +160,7 @@ const GSheetWorkbook::Sheets& GSheetWorkbook::listed_sheets() const {
 
 std::shared_ptr<ISheet> GSheetWorkbook::add_sheet(std::size_t index, const std::u16string& name,
                                                   const std::u16string& second_name) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     std::size_t place = index;
     if (second_name.empty()) {
         place = implementation().add_sheet(index, name);
@@ -176,14 +173,14 @@ std::shared_ptr<ISheet> GSheetWorkbook::add_sheet(std::size_t index, const std::
 }
 
 void GSheetWorkbook::remove_sheet(std::size_t index) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     implementation().remove_sheet(index);
     init_sheets();
 }
 
 std::shared_ptr<ISheet> GSheetWorkbook::move_sheet(const std::shared_ptr<ISheet>& sheet,
                                                    std::size_t index) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     if (index >= implementation().sheet_count(false))
         throw Exception(error_id::iterator_out_of_bounds);
     const Sheets& sheets = listed_sheets();
@@ -199,7 +196,7 @@ std::shared_ptr<ISheet> GSheetWorkbook::move_sheet(const std::shared_ptr<ISheet>
 }
 
 void GSheetWorkbook::reorder_sheet(std::size_t from, std::size_t to) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     const std::size_t count = implementation().sheet_count(false);
     const Sheets& sheets = listed_sheets();
     if (from >= std::min(count, sheets.size()) || to >= count)
@@ -217,25 +214,25 @@ void GSheetWorkbook::init_with(std::shared_ptr<GoogleSheetWorkbook> implementati
 }
 
 void GSheetWorkbook::init_from_file(const std::u16string&, book::format) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse("Loading the entire spreadsheet from Google Sheets is not supported.",
            error_id::google_unsupported);
 }
 
 void GSheetWorkbook::init_from_file_with_sheet(const std::u16string& id, book::format,
                                                std::size_t) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     init_with(std::make_shared<GoogleSheetWorkbook>(id));
 }
 
 void GSheetWorkbook::init_from_file_with_range(const std::u16string& id, book::format, std::size_t,
                                                std::size_t, std::size_t) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     init_with(std::make_shared<GoogleSheetWorkbook>(id));
 }
 
 void GSheetWorkbook::init_from_file_only_sheetNames(const std::u16string& id, book::format) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     auto names = std::make_shared<GoogleSheetWorkbook>(id);
     names->load_names();
     implementation_ = std::move(names);
@@ -245,22 +242,22 @@ void GSheetWorkbook::init_from_file_only_sheetNames(const std::u16string& id, bo
 }
 
 void GSheetWorkbook::init_new(std::size_t, book::format, const std::u16string& title) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     init_with(GoogleSheetWorkbook::create(title));
 }
 
 void GSheetWorkbook::init_from_memory(const void*, std::size_t, book::format) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse("Loading from memory is not supported with Google Sheets.",
            error_id::load_from_memory_unsupported);
 }
 
 void GSheetWorkbook::save(const std::u16string&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
 }
 
 void GSheetWorkbook::save_to_memory(std::vector<unsigned char>&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse("Saving to memory is not a supported operation with Google Sheets.",
            error_id::save_to_memory_unsupported);
 }

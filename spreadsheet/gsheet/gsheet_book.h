@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "spreadsheet/book.h"
+#include "spreadsheet/book_extras.h"
 #include "spreadsheet/gsheet/google_workbook.h"
 
 namespace spreadsheet {
@@ -20,7 +21,7 @@ namespace spreadsheet {
 /// was. Sheet objects stay the same through every change; that of a removed sheet throws
 /// `Exception` 6 from then on. The list of sheets ends before the first one that is neither a grid
 /// nor a chart.
-class GSheetWorkbook : public IBook {
+class GSheetWorkbook : public IBook, public IBookExtras {
   public:
     explicit GSheetWorkbook(book::format format = book::format::GSHEET);
     GSheetWorkbook(const GSheetWorkbook&) = delete;
@@ -58,11 +59,11 @@ class GSheetWorkbook : public IBook {
     void save(const std::u16string& name) override;
     void save_to_memory(std::vector<unsigned char>& bytes) override;
 
-    /// Moves a sheet of this book so that it stands at `index`, and returns it. `Exception` 32 for
+    /// Moves a sheet of this book to `index` and returns it. `Exception` 32 for
     /// an index that no sheet has, 6 for a sheet that is not in the list.
     std::shared_ptr<ISheet> move_sheet(const std::shared_ptr<ISheet>& sheet, std::size_t index);
     /// The same by indices; `Exception` 6 when one of them is out of range.
-    void reorder_sheet(std::size_t from, std::size_t to);
+    void reorder_sheet(std::size_t from, std::size_t to) override;
 
   private:
     using Sheets = std::vector<std::shared_ptr<ISheet>>;

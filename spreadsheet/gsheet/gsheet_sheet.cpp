@@ -7,15 +7,11 @@
 #include <utility>
 
 #include "spreadsheet/exception.h"
-#include "spreadsheet/gsheet/trace.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
+#include "spreadsheet/trace.h"
 
 namespace spreadsheet {
 namespace {
-
-using gsheet::Trace;
-
-constexpr const char* kUnit = "gsheet/gsheet_sheet";
 
 [[noreturn]] void refuse(std::string_view reason) {
     gsheet::log_line(foundation::log::error, reason);
@@ -36,242 +32,242 @@ GSheetWorksheet::GSheetWorksheet(std::shared_ptr<GoogleSheetWorksheet> sheet)
     : sheet_(std::move(sheet)) {}
 
 void GSheetWorksheet::name(const std::u16string& new_name) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->rename(new_name);
 }
 
 std::u16string GSheetWorksheet::name() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet_->properties().title;
 }
 
 void GSheetWorksheet::hidden(sheet::hidden) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     // The service has the state, but this back-end only reads it.
 }
 
 sheet::hidden GSheetWorksheet::hidden() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet_->properties().hidden ? sheet::hidden::hidden : sheet::hidden::visible;
 }
 
 bool GSheetWorksheet::is_protected() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet_->properties().is_protected;
 }
 
 void GSheetWorksheet::set_protected(bool on) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->set_protected(on);
 }
 
 Range GSheetWorksheet::used_range() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet_->used_range();
 }
 
 void GSheetWorksheet::clear(Cell) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     // Ranges are cleared, single cells are not.
 }
 
 void GSheetWorksheet::clear(Range range) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->clear(range);
 }
 
 Range GSheetWorksheet::named_range(const std::u16string& name) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet_->named_range(name);
 }
 
 void GSheetWorksheet::cell_types(const CellIterator& cells, cell_type* out) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->cell_types(cells, out);
 }
 
 bool GSheetWorksheet::cell_types(Range, cell_type*, const MergedCellColumnRule&,
                                  const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_rules();
 }
 
 void GSheetWorksheet::cell_types(Range range, cell_type* out) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->fetch_types(range, out);
 }
 
 std::vector<bool> GSheetWorksheet::get_merged_cells_vector() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return {};
 }
 
 std::vector<int> GSheetWorksheet::get_omit_rows_vector() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return {};
 }
 
 std::vector<int> GSheetWorksheet::get_omit_vars_vector() const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return {};
 }
 
 void GSheetWorksheet::reset_merged_cells_vector() {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
 }
 
 void GSheetWorksheet::reset_omit_vars_bool() {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
 }
 
 void GSheetWorksheet::set_return_empty_vars_bool(const bool) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
 }
 
 cell_type GSheetWorksheet::typeCheck(int, int) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     gsheet::log_line(foundation::log::error, "typeCheck method should never be called");
     return cell_type::error;
 }
 
 bool GSheetWorksheet::read(Range, unsigned char*, const MergedCellColumnRule&,
                            const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_rules();
 }
 
 void GSheetWorksheet::read(Range range, unsigned char* out) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->read(range, out);
 }
 
 bool GSheetWorksheet::read(Range, bool*, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_rules();
 }
 
 void GSheetWorksheet::read(Range range, bool* out) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->read(range, out);
 }
 
 bool GSheetWorksheet::read(Range, SerialDatenum*, const MergedCellColumnRule&,
                            const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_rules();
 }
 
 void GSheetWorksheet::read(Range range, SerialDatenum* out) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->read(range, out);
 }
 
 bool GSheetWorksheet::read(Range, double*, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_rules();
 }
 
 void GSheetWorksheet::read(Range range, double* out) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->read(range, out);
 }
 
 bool GSheetWorksheet::read(Range, const StringBuilder&, const MergedCellColumnRule&,
                            const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_rules();
 }
 
 void GSheetWorksheet::read(Range range, const StringBuilder& builder) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->read(range, builder);
 }
 
 void GSheetWorksheet::read(Range range, const cell_type* types, const CellBuilder& builder) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->read(range, types, builder);
 }
 
 void GSheetWorksheet::write(Range, const unsigned char*) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_variables();
 }
 
 void GSheetWorksheet::write(Range, const bool*) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_variables();
 }
 
 void GSheetWorksheet::write(Range, const SerialDatenum*) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_variables();
 }
 
 void GSheetWorksheet::write(Range, const double*) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_variables();
 }
 
 void GSheetWorksheet::write(Range, const StringProvider&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_variables();
 }
 
 void GSheetWorksheet::write(Range range, const cell_type* types, const CellProvider& provider,
                             bool preserve_format) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->write(range, types, provider, preserve_format);
 }
 
 void GSheetWorksheet::auto_fit_column_widths(Range range) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->auto_fit_column_widths(range);
 }
 
 void GSheetWorksheet::unmerge(Range range) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->unmerge(range);
 }
 
 bool GSheetWorksheet::is_range_writeable(Range range) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet_->is_range_writeable(range);
 }
 
 Range GSheetWorksheet::get_data_span(Range, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     return sheet_->used_range();
 }
 
 void GSheetWorksheet::get_types(cell_type*) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
 }
 
 void GSheetWorksheet::read_cell_array(CellTypeIterator&, output::CellOutputBuilder&, const bool,
                                       const MergedCellColumnRule&, const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_rules();
 }
 
 void GSheetWorksheet::read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
                                       const bool dates_as_numbers) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->read_cell_array(cells, builder, dates_as_numbers);
 }
 
 bool GSheetWorksheet::readDatesAsDoubles(Range, double*, const MergedCellColumnRule&,
                                          const MergedCellRowRule&) {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     refuse_rules();
 }
 
 void GSheetWorksheet::readDatesAsDoubles(Range range, double* out) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->read(range, out);
 }
 
 void GSheetWorksheet::prefetch(Range range, cell_type* out) const {
-    const Trace trace(kUnit, __PRETTY_FUNCTION__, __LINE__);
+    const Trace trace;
     sheet_->fetch_types(range, out);
 }
 

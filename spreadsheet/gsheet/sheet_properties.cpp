@@ -3,15 +3,16 @@
 
 #include <algorithm>
 
+#include "spreadsheet/limits.h"
+
 namespace gsheet {
 
 namespace {
 
-/// More cells than any sheet may have: counts beyond it are not counts.
-constexpr std::int64_t kMaxGridCount = 10'000'000;
-
+/// No sheet has more rows or columns than a spreadsheet has cells.
 std::int64_t count_in(const Object& grid, std::string_view key) {
-    return std::clamp<std::int64_t>(integer_in(grid, key).value_or(0), 0, kMaxGridCount);
+    return std::clamp<std::int64_t>(integer_in(grid, key).value_or(0), 0,
+                                    spreadsheet::kMaxGoogleCells);
 }
 
 SheetKind kind_in(const Object& properties) {

@@ -6,11 +6,11 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 
 #include "spreadsheet/cell_exchange.h"
 #include "spreadsheet/range.h"
+#include "spreadsheet/range_walk.h"
 #include "workbook/library.h"
 
 namespace spreadsheet {
@@ -88,25 +88,18 @@ struct TextReader {
     }
 };
 
-/// Reads all cells of `range`. The library keeps cells by rows, so that rows are walked where the
-/// order does not show.
+/// Reads all cells of `range`. The library keeps cells by rows, so rows are walked where the order
+/// does not show.
 template <class Reader>
 void read_range(Reader reader, const Range& range) {
-    if (range.count() <= 0 || range.last_row < range.first_row) return;
-    const std::size_t rows =
-        static_cast<std::size_t>(std::int64_t{range.last_row} - range.first_row + 1);
+    if (is_empty(range)) return;
     if constexpr (Reader::kAnyOrder) {
-        for (int row = range.first_row; row <= range.last_row; ++row) {
-            std::size_t index = static_cast<std::size_t>(row - range.first_row);
-            for (int column = range.first_column; column <= range.last_column;
-                 ++column, index += rows)
-                reader.cell(index, row, column);
-        }
+        for_each_cell_by_row(range, [&](std::size_t index, int row, int column) {
+            reader.cell(index, row, column);
+        });
     } else {
         std::size_t index = 0;
-        for (int column = range.first_column; column <= range.last_column; ++column)
-            for (int row = range.first_row; row <= range.last_row; ++row)
-                reader.cell(index++, row, column);
+        for_each_cell(range, [&](int row, int column) { reader.cell(index++, row, column); });
     }
 }
 
@@ -127,48 +120,29 @@ inline TextReader make_reader(const workbook::Sheet& sheet, const StringBuilder&
     return {sheet, builder};
 }
 
-/// Hands one cell at a time to a builder of cell arrays.
-class CellArrayFeeder {
+/// One cell at a time for `deliver` (spreadsheet/typed_cells.h).
+class LibraryCell {
   public:
-    CellArrayFeeder(const workbook::Sheet& sheet, output::CellOutputBuilder& builder,
-                    bool dates_as_numbers, double date_offset)
-        : sheet_(sheet),
-          builder_(builder),
-          dates_as_numbers_(dates_as_numbers),
-          date_offset_(date_offset) {}
+    LibraryCell(const workbook::Sheet& sheet, double date_offset)
+        : sheet_(sheet), date_offset_(date_offset) {}
 
-    void add(int row, int column, cell_type type) {
-        switch (type) {
-        case cell_type::number:
-            builder_.add_number(sheet_.read_num(row, column));
-            break;
-        case cell_type::text:
-            text_.assign(sheet_.read_str(row, column));
-            builder_.add_text(text_);
-            break;
-        case cell_type::date:
-            add_date(sheet_.read_num(row, column));
-            break;
-        case cell_type::boolean:
-            builder_.add_boolean(sheet_.read_bool(row, column));
-            break;
-        default:
-            builder_.add_empty();
-        }
+    LibraryCell& select(int row, int column) {
+        row_ = row;
+        column_ = column;
+        return *this;
     }
+    double number() const { return sheet_.read_num(row_, column_); }
+    double date() const { return number() + date_offset_; }
+    double stored_date() const { return number(); }
+    bool boolean() const { return sheet_.read_bool(row_, column_); }
+    /// Lives until the next call.
+    const std::u16string& text() { return text_.assign(sheet_.read_str(row_, column_)); }
 
   private:
-    void add_date(double stored) {
-        if (dates_as_numbers_)
-            builder_.add_number(stored);
-        else
-            builder_.add_date(stored + date_offset_);
-    }
-
     const workbook::Sheet& sheet_;
-    output::CellOutputBuilder& builder_;
-    const bool dates_as_numbers_;
     const double date_offset_;
+    int row_ = 0;
+    int column_ = 0;
     std::u16string text_;
 };
 

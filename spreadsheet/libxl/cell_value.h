@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "spreadsheet/cell_exchange.h"
+#include "spreadsheet/limits.h"
 
 namespace spreadsheet {
 
@@ -26,19 +27,19 @@ struct CellValue {
         return {{}, std::isinf(value) ? kInfinityInCells : value, Kind::Number};
     }
 
-    /// `offset` days lie between the workbook's date system and that of 1900.
+    /// `offset` is the number of days between the workbook's date system and that of 1900. A date
+    /// that is not finite is no value.
     static CellValue of(SerialDatenum date, double offset) {
-        if (std::isnan(date.value)) return {};
+        if (!std::isfinite(date.value)) return {};
         return {{}, date.value - offset, Kind::Date};
     }
 
     static CellValue of(bool value) { return {{}, value ? 1.0 : 0.0, Kind::Boolean}; }
 
-    /// An empty text is no value; cells hold at most 32,767 UTF-16 units.
+    /// An empty text is no value; one that is too long is cut.
     static CellValue of(std::u16string value) {
-        constexpr std::size_t kMaxUnits = 32'767;
         if (value.empty()) return {};
-        if (value.size() > kMaxUnits) value.resize(kMaxUnits);
+        if (value.size() > kMaxCellTextUnits) value.resize(kMaxCellTextUnits);
         return {std::move(value), 0.0, Kind::Text};
     }
 };

@@ -3,6 +3,8 @@
 // Grows a box from one cell, a side at a time, until no side adds a cell.
 #include "spreadsheet/libxl/data_span.h"
 
+#include <cstdint>
+
 namespace spreadsheet {
 namespace {
 
@@ -27,8 +29,8 @@ class SpanSearch {
     /// to have no content; the box only grows, so they need no second look.
     struct Side {
         int line = -1;
-        int first = 0;
-        int last = -1;
+        std::int64_t first = 0;
+        std::int64_t last = -1;
     };
 
     bool has_content(int row, int column) const {
@@ -44,11 +46,12 @@ class SpanSearch {
 
     template <class HasContent>
     static bool touches_content(Side& side, int line, int first, int last, HasContent content_at) {
-        if (side.line != line) side = {line, first, first - 1};
-        for (int i = first; i < side.first; ++i)
-            if (content_at(i)) return true;
-        for (int i = side.last + 1; i <= last; ++i)
-            if (content_at(i)) return true;
+        if (side.line != line) side = {line, first, std::int64_t{first} - 1};
+        // The box may end at the greatest int, which a counter of that type never passes.
+        for (std::int64_t i = first; i < side.first; ++i)
+            if (content_at(static_cast<int>(i))) return true;
+        for (std::int64_t i = side.last + 1; i <= last; ++i)
+            if (content_at(static_cast<int>(i))) return true;
         side.first = first;
         side.last = last;
         return false;

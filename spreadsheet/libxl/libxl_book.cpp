@@ -6,15 +6,11 @@
 
 #include <algorithm>
 #include <exception>
-#include <new>
 #include <utility>
-
-#include <climits>
 
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
 #include "spreadsheet/libxl/chart_sheet.h"
-#include "spreadsheet/libxl/library_failure.h"
 #include "spreadsheet/libxl/libxl_sheet.h"
 
 namespace spreadsheet {
@@ -23,17 +19,6 @@ namespace {
 /// The built-in number format of a date with a time (ECMA-376 part 1, 18.8.30).
 constexpr int kDateTimeNumberFormat = 22;
 
-/// Runs one load of the library. Memory that runs out ends every attempt: the whole, to which a
-/// failed part would fall back, needs more.
-template <class Load>
-bool run_load(std::string_view tag, Load load) {
-    try {
-        return load();
-    } catch (const std::bad_alloc&) {
-        libxl::fail_without_memory(tag, error_id::book_not_loaded);
-    }
-}
-
 } // namespace
 
 LibXLBook::LibXLBook(LibraryCreators creators) : creators_(std::move(creators)) {}
@@ -41,14 +26,14 @@ LibXLBook::LibXLBook(LibraryCreators creators) : creators_(std::move(creators)) 
 LibXLBook::~LibXLBook() {
     if (!book_) return;
     try {
-        libxl::log_library_message("[LIBXL BOOK OBJ DTOR MSG]:", *book_);
+        reporter_->log("[LIBXL BOOK OBJ DTOR MSG]:");
     } catch (const std::exception&) {
         // A record that cannot be delivered must not keep the book from being released.
     }
     book_.reset();
 }
 
-// --- What the book tells about itself
+// --- What the book says about itself
 
 bool LibXLBook::is_interactive() const {
     return false;
@@ -115,8 +100,7 @@ std::shared_ptr<ISheet> LibXLBook::sheet(const std::u16string& name) const {
 std::u16string LibXLBook::cached_sheet_name(std::size_t position) const {
     const int index = library_indices_[position];
     if (book_->sheet_type(index) != workbook::SheetKind::Chart) return sheets_[position]->name();
-    if (!book_->get_sheet(index))
-        libxl::log_library_message("[LIBXL BOOK SHEET METHOD MSG]:", *book_);
+    if (!book_->get_sheet(index)) reporter_->log("[LIBXL BOOK SHEET METHOD MSG]:");
     return std::u16string(book_->get_sheet_name(index));
 }
 
@@ -147,15 +131,19 @@ void LibXLBook::cache_sheet(int index, std::string_view tag, const SheetsByHandl
     if (workbook::Sheet* sheet = book_->get_sheet(index)) {
         const auto found = known.find(sheet);
         append_sheet(found != known.end() ? found->second
-                                          : std::make_shared<LibXLSheet>(*sheet, date_format_,
-                                                                         dates_1904_, book_.get()),
+                                          : std::make_shared<LibXLSheet>(*sheet, common()),
                      index);
         return;
     }
-    libxl::log_library_message(tag, *book_);
     const workbook::SheetKind kind = book_->sheet_type(index);
-    if (kind == workbook::SheetKind::Unknown) throw Exception(error_id::format_unsupported);
+    if (kind == workbook::SheetKind::Unknown) reporter_->fail(tag, error_id::format_unsupported);
+    reporter_->log(tag);
     if (kind == workbook::SheetKind::Chart) append_sheet(std::make_shared<ChartSheet>(), index);
+}
+
+LibXLSheet::Common LibXLBook::common() {
+    const workbook::Format* default_format = book_->format_size() > 0 ? book_->format(0) : nullptr;
+    return {date_format_, default_format, dates_1904_, &*reporter_};
 }
 
 void LibXLBook::append_sheet(std::shared_ptr<ISheet> sheet, int index) {
@@ -182,6 +170,7 @@ void LibXLBook::create_library_book(book::format format) {
         throw Exception(error_id::format_unsupported);
     }
     if (!book_) throw Exception(error_id::book_not_created);
+    reporter_.emplace(*book_, file_name_);
 }
 
 void LibXLBook::find_date_format(book::format format) {
@@ -209,8 +198,9 @@ void LibXLBook::init_from_file(const std::u16string& name, book::format format) 
 void LibXLBook::init_from_file_common(const std::u16string& name, book::format format) {
     constexpr std::string_view tag = "[LIBXL BOOK OBJ INIT_FROM_FILE_COMMON MSG]:";
     file_name_ = name;
-    if (!run_load(tag, [&] { return book_->load(name); }))
-        libxl::fail(tag, *book_, error_id::book_not_loaded);
+    if (!reporter_->run(tag, error_id::book_not_loaded, [&] { return book_->load(name); }))
+        reporter_->fail(tag, error_id::book_not_loaded);
+    reporter_->log_load_warnings();
     set_date_system(format);
     init_sheets();
 }
@@ -221,7 +211,8 @@ void LibXLBook::init_from_file_with_sheet(const std::u16string& name, book::form
     create_library_book(format);
     file_name_ = name;
     sheet_loaded_ = true;
-    if (run_load(tag, [&] { return book_->load_sheet(name, libxl::library_index(sheet_index)); }))
+    if (reporter_->run(tag, error_id::book_not_loaded,
+                       [&] { return book_->load_sheet(name, libxl::library_index(sheet_index)); }))
         finish_partial_load(format, sheet_index);
     else
         fall_back(tag, name, format);
@@ -233,7 +224,7 @@ void LibXLBook::init_from_file_with_range(const std::u16string& name, book::form
     constexpr std::string_view tag = "[LIBXL BOOK OBJ INIT_FROM_FILE_WITH_RANGE MSG]:";
     create_library_book(format);
     file_name_ = name;
-    const bool loaded = run_load(tag, [&] {
+    const bool loaded = reporter_->run(tag, error_id::book_not_loaded, [&] {
         return book_->load_partially(name, libxl::library_index(sheet_index),
                                      libxl::library_index(first_row),
                                      libxl::library_index(last_row));
@@ -247,13 +238,14 @@ void LibXLBook::init_from_file_with_range(const std::u16string& name, book::form
 }
 
 void LibXLBook::finish_partial_load(book::format format, std::size_t sheet_index) {
+    reporter_->log_load_warnings();
     set_date_system(format);
     clear_sheets();
     set_sheets_in_book(book_->sheet_count() < 2 ? 0 : libxl::library_index(sheet_index));
 }
 
 void LibXLBook::fall_back(std::string_view tag, const std::u16string& name, book::format format) {
-    libxl::log_library_message(tag, *book_);
+    reporter_->log(tag);
     sheet_loaded_ = false;
     sheet_names_only_ = false;
     init_from_file_common(name, format);
@@ -265,7 +257,7 @@ void LibXLBook::init_from_file_only_sheetNames(const std::u16string& name, book:
     create_library_book(format);
     file_name_ = name;
     sheet_names_only_ = true;
-    if (!run_load(tag, [&] { return book_->load_info(name); })) {
+    if (!reporter_->run(tag, error_id::book_not_loaded, [&] { return book_->load_info(name); })) {
         fall_back(tag, name, format);
         return;
     }
@@ -279,9 +271,8 @@ void LibXLBook::init_from_file_only_sheetNames(const std::u16string& name, book:
         if (sheet_name.data())
             sheet_names_.emplace_back(sheet_name);
         else
-            libxl::log_library_message(
-                "[LIBXL BOOK OBJ INIT_FROM_FILE_ONLY_SHEETNAMES GETSHEETNAME FAILURE MSG]:",
-                *book_);
+            reporter_->log(
+                "[LIBXL BOOK OBJ INIT_FROM_FILE_ONLY_SHEETNAMES GETSHEETNAME FAILURE MSG]:");
     }
 }
 

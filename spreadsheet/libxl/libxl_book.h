@@ -13,13 +13,16 @@
 #include <vector>
 
 #include "spreadsheet/book.h"
+#include "spreadsheet/book_extras.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/libxl/library_failure.h"
+#include "spreadsheet/libxl/libxl_sheet.h"
 #include "workbook/library.h"
 
 namespace spreadsheet {
 
-/// How library books are made: one creator for XLS, one for the Open XML formats. Either may answer
-/// null.
+/// How library books are made: one creator for XLS, one for the Open XML formats. Either may
+/// return null.
 struct LibraryCreators {
     using Creator = std::function<std::unique_ptr<workbook::Book>()>;
     Creator binary = workbook::xlCreateBookW;
@@ -29,7 +32,7 @@ struct LibraryCreators {
 /// Failures of the library are logged as one line that begins with a bracketed tag and ends with
 /// the library's reason, then thrown as `Exception`. A load of a part of a workbook that fails
 /// becomes a load of the whole.
-class LibXLBook : public IBook {
+class LibXLBook : public IBook, public IBookExtras {
   public:
     explicit LibXLBook(LibraryCreators creators = {});
     LibXLBook(const LibXLBook&) = delete;
@@ -71,15 +74,12 @@ class LibXLBook : public IBook {
     /// loaded.
     virtual void init_from_file_common(const std::u16string& name, book::format format);
 
-    /// Moves the sheet at `from` so that it stands at `to` (zero-based); references to it and all
-    /// sheet objects stay valid. `Exception` 6 for an index out of range, 7 when it cannot be
-    /// moved.
-    virtual void reorder_sheet(std::size_t from, std::size_t to);
-    /// What the last save did to the parts of the file.
-    workbook::SaveCounts last_save() const;
+    void reorder_sheet(std::size_t from, std::size_t to) override;
+    SaveSummary last_save() const override;
+    std::optional<Failure> take_unreported_failure() override;
 
     /// Inserts a copy of a sheet of this book, under its own name, at `new_index`, deletes the
-    /// sheet two places behind the original, and returns the sheet then at `new_index`. `Exception`
+    /// sheet two places after the original, and returns the sheet then at `new_index`. `Exception`
     /// 6 for a sheet that is not this book's, 7 when it cannot be copied, 8 when nothing can be
     /// deleted. A library that holds names to be unique refuses the copy; `reorder_sheet` moves.
     std::shared_ptr<ISheet> move_sheet(const std::shared_ptr<ISheet>& sheet, std::size_t new_index);
@@ -87,7 +87,7 @@ class LibXLBook : public IBook {
   private:
     void create_library_book(book::format format);
     void find_date_format(book::format format);
-    /// Ends a failed load of a part: logs why and loads the whole.
+    /// Ends a failed load of a part: logs why and loads the whole file.
     void fall_back(std::string_view tag, const std::u16string& name, book::format format);
     void finish_partial_load(book::format format, std::size_t sheet_index);
     /// `Exception` 2 when the library refuses.
@@ -95,6 +95,9 @@ class LibXLBook : public IBook {
                                   const workbook::Sheet* source);
     /// `Exception` `id` when the library refuses; the sheet's object is detached.
     void delete_sheet(int index, std::string_view tag, error_id id);
+    /// Throws `Exception` 30 when the list of sheets could not be rebuilt after a change, because
+    /// the library does not know the kind of a sheet other than `removed`.
+    void check_kinds(int removed = -1) const;
     void clear_sheets();
     void init_sheets();
     void set_sheets_in_book(int index);
@@ -105,17 +108,19 @@ class LibXLBook : public IBook {
     void cache_sheet(int index, std::string_view tag, const SheetsByHandle& known);
     /// The cached object of a sheet of the library; null when there is none.
     std::shared_ptr<ISheet> cached(const workbook::Sheet* handle) const;
+    LibXLSheet::Common common();
     void append_sheet(std::shared_ptr<ISheet> sheet, int index);
     std::u16string cached_sheet_name(std::size_t position) const;
 
     const LibraryCreators creators_;
-    std::unique_ptr<workbook::Book> book_; ///< null until a load has begun
+    std::u16string file_name_;
+    std::unique_ptr<workbook::Book> book_;           ///< null until a load has begun
+    std::optional<libxl::FailureReporter> reporter_; ///< as long as `book_`
     book::format format_ = book::format::XLS;
     std::vector<std::shared_ptr<ISheet>> sheets_;
     std::vector<int> library_indices_; ///< of the sheets in `sheets_`
     workbook::Format* date_format_ = nullptr;
     bool dates_1904_ = false;
-    std::u16string file_name_;
     bool sheet_loaded_ = false;
     bool sheet_names_only_ = false;
     std::vector<std::u16string> sheet_names_;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "spreadsheet/exception.h"
+#include "spreadsheet/libxl/library_failure.h"
 #include "spreadsheet/libxl/merged_cells.h"
 #include "spreadsheet/sheet.h"
 #include "workbook/library.h"
@@ -25,10 +26,14 @@ class LibXLSheet : public ISheet {
     /// A sheet without a handle, for `ChartSheet`: whatever would ask the library throws
     /// `Exception` 31.
     LibXLSheet() = default;
-    /// `date_format` is the format that dates are written with; `dates_1904` the workbook's date
-    /// system. `library` gives the reasons of failures for the log; without it they are not logged.
-    LibXLSheet(workbook::Sheet& sheet, workbook::Format* date_format, bool dates_1904,
-               const workbook::Book* library = nullptr);
+    /// What the sheets of a book have in common.
+    struct Common {
+        const workbook::Format* date_format = nullptr;    ///< that dates are written with
+        const workbook::Format* default_format = nullptr; ///< of cells that have no other
+        bool dates_1904 = false;
+        libxl::FailureReporter* reporter = nullptr; ///< without it failures are not logged
+    };
+    LibXLSheet(workbook::Sheet& sheet, const Common& common);
 
     /// The library's sheet, null for a chart sheet and a removed one.
     workbook::Sheet* handle() const { return sheet_; }
@@ -105,8 +110,13 @@ class LibXLSheet : public ISheet {
 
     /// The library's sheet; `Exception` 31 without one, 6 when it was removed.
     const workbook::Sheet& library_sheet() const;
-    /// The same for an operation that changes it: spans found before count no longer.
+    /// The same for an operation that changes it, which makes spans found before invalid.
     workbook::Sheet& changeable_sheet();
+    /// The library's sheet, with rows `first_row` to `last_row` (inclusive) or what follows the
+    /// cells (merged regions, protection) read if a load of other rows left them out. `Exception` 9
+    /// when they cannot be read.
+    const workbook::Sheet& sheet_with_rows(int first_row, int last_row) const;
+    const workbook::Sheet& sheet_with_tail() const;
     /// Writes the values of `next_value()`, one per cell, column after column, without formats.
     template <class NextValue>
     void write_all(const Range& range, NextValue next_value);
@@ -115,8 +125,10 @@ class LibXLSheet : public ISheet {
     template <class WriteCell>
     void write_cells(const Range& range, WriteCell write_cell);
     void note_dates(const Range& range);
-    /// Logs the library's reason and throws `Exception` `id`.
+    /// Reports that an operation failed, with the library's reason, and throws `Exception` `id`.
     [[noreturn]] void fail(std::string_view tag, error_id id) const;
+    /// Reports a failure that the operation's interface has no way to return.
+    void note_failure(std::string_view tag) const;
     void read_all(const Range& range, const Destination& destination) const;
     bool read_with_rules(const Range& range, const Destination& destination,
                          const MergeRules& rules);
@@ -132,8 +144,9 @@ class LibXLSheet : public ISheet {
     void keep(MergeRecord record);
 
     workbook::Sheet* sheet_ = nullptr;
-    const workbook::Book* library_ = nullptr;
-    workbook::Format* date_format_ = nullptr;
+    libxl::FailureReporter* reporter_ = nullptr;
+    const workbook::Format* date_format_ = nullptr;
+    const workbook::Format* default_format_ = nullptr;
     double date_offset_ = 0.0; ///< days, added to every date read, taken from every date written
     bool data_span_cached_ = false;
     Range data_span_;

@@ -9,26 +9,40 @@
 #include "spreadsheet/libxl/cell_readers.h"
 #include "spreadsheet/libxl/data_span.h"
 #include "spreadsheet/libxl/libxl_sheet.h"
+#include "spreadsheet/limits.h"
+#include "spreadsheet/range_walk.h"
+#include "spreadsheet/typed_cells.h"
 
 namespace spreadsheet {
 namespace {
 
-/// Days between the epochs of the 1900 and the 1904 date system.
-constexpr double kDateSystemOffsetDays = 1462.0;
+constexpr std::string_view kLoadTag = "[LIBXL SHEET LOAD MSG]:";
 
 } // namespace
 
-LibXLSheet::LibXLSheet(workbook::Sheet& sheet, workbook::Format* date_format, bool dates_1904,
-                       const workbook::Book* library)
+LibXLSheet::LibXLSheet(workbook::Sheet& sheet, const Common& common)
     : sheet_(&sheet),
-      library_(library),
-      date_format_(date_format),
-      date_offset_(dates_1904 ? kDateSystemOffsetDays : 0.0) {}
+      reporter_(common.reporter),
+      date_format_(common.date_format),
+      default_format_(common.default_format),
+      date_offset_(common.dates_1904 ? kDateSystemOffsetDays : 0.0) {}
 
 const workbook::Sheet& LibXLSheet::library_sheet() const {
     if (removed_) throw Exception(error_id::sheet_not_found);
     if (!sheet_) throw Exception(error_id::chart_sheet_unsupported);
     return *sheet_;
+}
+
+const workbook::Sheet& LibXLSheet::sheet_with_rows(int first_row, int last_row) const {
+    const workbook::Sheet& sheet = library_sheet();
+    if (!sheet.need_rows(first_row, last_row)) fail(kLoadTag, error_id::book_not_loaded);
+    return sheet;
+}
+
+const workbook::Sheet& LibXLSheet::sheet_with_tail() const {
+    const workbook::Sheet& sheet = library_sheet();
+    if (!sheet.need_tail()) fail(kLoadTag, error_id::book_not_loaded);
+    return sheet;
 }
 
 void LibXLSheet::detach() {
@@ -70,13 +84,10 @@ cell_type LibXLSheet::typeCheck(int row, int column) {
 }
 
 void LibXLSheet::cell_types(Range range, cell_type* out) const {
-    const workbook::Sheet& sheet = library_sheet();
-    const std::ptrdiff_t rows = std::ptrdiff_t{range.last_row} - range.first_row + 1;
-    for (int row = range.first_row; row <= range.last_row; ++row) {
-        cell_type* cell = out + (row - range.first_row);
-        for (int column = range.first_column; column <= range.last_column; ++column, cell += rows)
-            *cell = classify(sheet, row, column);
-    }
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
+    for_each_cell_by_row(range, [&](std::size_t index, int row, int column) {
+        out[index] = classify(sheet, row, column);
+    });
 }
 
 void LibXLSheet::cell_types(const CellIterator& cells, cell_type* out) const {
@@ -88,11 +99,9 @@ void LibXLSheet::cell_types(const CellIterator& cells, cell_type* out) const {
 // --- Typed reads
 
 void LibXLSheet::read_all(const Range& range, const Destination& destination) const {
-    std::visit(
-        [&](const auto& out) {
-            read_range(make_reader(library_sheet(), out, date_offset_), range);
-        },
-        destination);
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
+    std::visit([&](const auto& out) { read_range(make_reader(sheet, out, date_offset_), range); },
+               destination);
 }
 
 void LibXLSheet::read(Range range, unsigned char* out) const {
@@ -120,36 +129,18 @@ void LibXLSheet::read(Range range, const StringBuilder& builder) const {
 }
 
 void LibXLSheet::read(Range range, const cell_type* types, const CellBuilder& builder) const {
-    const workbook::Sheet& sheet = library_sheet();
-    const std::u16string no_text;
-    std::u16string text;
-    for (int column = range.first_column; column <= range.last_column; ++column)
-        for (int row = range.first_row; row <= range.last_row; ++row)
-            switch (*types++) {
-            case cell_type::number:
-                builder.number(builder.context, sheet.read_num(row, column));
-                break;
-            case cell_type::text:
-                text.assign(sheet.read_str(row, column));
-                builder.text(builder.context, text);
-                break;
-            case cell_type::date:
-                builder.date(builder.context, sheet.read_num(row, column) + date_offset_);
-                break;
-            case cell_type::boolean:
-                builder.boolean(builder.context, sheet.read_bool(row, column));
-                break;
-            default:
-                builder.text(builder.context, no_text);
-            }
+    LibraryCell cell(sheet_with_rows(range.first_row, range.last_row), date_offset_);
+    for_each_cell(
+        range, [&](int row, int column) { deliver(builder, *types++, cell.select(row, column)); });
 }
 
 void LibXLSheet::read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
                                  const bool dates_as_numbers) const {
-    CellArrayFeeder feeder(library_sheet(), builder, dates_as_numbers, date_offset_);
+    LibraryCell cell(library_sheet(), date_offset_);
     builder.begin(cells.rows(), cells.columns());
     for (cells.rewind(); !cells.at_end(); ++cells)
-        feeder.add((*cells).row, (*cells).column, cells.type());
+        deliver(builder, cells.type(), dates_as_numbers,
+                cell.select((*cells).row, (*cells).column));
 }
 
 void LibXLSheet::prefetch(Range, cell_type*) const {

@@ -3,13 +3,14 @@
 // Reads that take merged-cell rules: each cell is resolved to the cell that gives it its value,
 // then read like any other.
 #include <cstddef>
-#include <cstdint>
 #include <utility>
 
 #include "spreadsheet/cell_iterator.h"
 #include "spreadsheet/libxl/cell_readers.h"
 #include "spreadsheet/libxl/libxl_sheet.h"
 #include "spreadsheet/libxl/merge_record.h"
+#include "spreadsheet/range_walk.h"
+#include "spreadsheet/typed_cells.h"
 
 namespace spreadsheet {
 namespace {
@@ -20,15 +21,11 @@ bool cell_has_value(const workbook::Sheet& sheet, const MergeSource& source) {
     return kind != workbook::CellKind::Empty && kind != workbook::CellKind::Blank;
 }
 
-std::size_t extent(int first, int last) {
-    return last < first ? 0 : static_cast<std::size_t>(std::int64_t{last} - first + 1);
-}
-
 } // namespace
 
 MergedCells& LibXLSheet::merged_cells_of_sheet() {
     if (!merge_map_) {
-        const workbook::Sheet& sheet = library_sheet();
+        const workbook::Sheet& sheet = sheet_with_tail();
         std::vector<Range> regions;
         for (int index = 0; index < sheet.merge_size(); ++index) {
             Range region;
@@ -56,9 +53,9 @@ bool LibXLSheet::walk_with_rules(const Range& range, const MergeRules& rules, Pe
     merged_cells_of_sheet().map_cells(range);
     MergeRecord record(extent(range.first_row, range.last_row),
                        extent(range.first_column, range.last_column), !return_empty_vars_);
-    for (int column = range.first_column; column <= range.last_column; ++column)
-        for (int row = range.first_row; row <= range.last_row; ++row)
-            per_cell(resolve_and_record({row, column}, rules, record));
+    for_each_cell(range, [&](int row, int column) {
+        per_cell(resolve_and_record({row, column}, rules, record));
+    });
     keep(std::move(record));
     return omitted_vars_;
 }
@@ -72,7 +69,7 @@ void LibXLSheet::keep(MergeRecord record) {
 
 bool LibXLSheet::cell_types(Range range, cell_type* out, const MergedCellColumnRule& column_rule,
                             const MergedCellRowRule& row_rule) {
-    const workbook::Sheet& sheet = library_sheet();
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
     return walk_with_rules(range, {column_rule, row_rule}, [&](const MergeSource& source) {
         *out++ = source.has_value() ? classify(sheet, source.row, source.column) : cell_type::empty;
     });
@@ -80,9 +77,10 @@ bool LibXLSheet::cell_types(Range range, cell_type* out, const MergedCellColumnR
 
 bool LibXLSheet::read_with_rules(const Range& range, const Destination& destination,
                                  const MergeRules& rules) {
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
     return std::visit(
         [&](const auto& out) {
-            auto reader = make_reader(library_sheet(), out, date_offset_);
+            auto reader = make_reader(sheet, out, date_offset_);
             std::size_t index = 0;
             return walk_with_rules(range, rules, [&](const MergeSource& source) {
                 if (source.has_value())
@@ -130,7 +128,7 @@ void LibXLSheet::read_cell_array(CellTypeIterator& cells, output::CellOutputBuil
                                  const bool dates_as_numbers,
                                  const MergedCellColumnRule& column_rule,
                                  const MergedCellRowRule& row_rule) {
-    CellArrayFeeder feeder(library_sheet(), builder, dates_as_numbers, date_offset_);
+    LibraryCell cell(library_sheet(), date_offset_);
     merged_cells_of_sheet().map_cells(cells.row_blocks(), cells.column_indices());
     MergeRecord record(cells.rows(), cells.columns(), !return_empty_vars_);
     builder.begin(cells.rows(), cells.columns());
@@ -139,7 +137,8 @@ void LibXLSheet::read_cell_array(CellTypeIterator& cells, output::CellOutputBuil
         const MergeSource source =
             resolve_and_record({at.row, at.column}, {column_rule, row_rule}, record);
         if (source.has_value())
-            feeder.add(source.row, source.column, cells.type());
+            deliver(builder, cells.type(), dates_as_numbers,
+                    cell.select(source.row, source.column));
         else
             builder.add_empty();
     }

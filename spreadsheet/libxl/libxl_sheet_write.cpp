@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The changing side of a worksheet: typed writes, clearing, name, visibility, protection, merged
-// regions, column widths. A cell that the library does not take (there is no such row or column)
-// does not end a write; the first one is logged.
+// regions, column widths. A cell that the library refuses, such as one beyond the last row, does
+// not end a write.
 #include <cstdint>
-#include <new>
+#include <type_traits>
+#include <utility>
 
 #include "spreadsheet/exception.h"
 #include "spreadsheet/libxl/cell_value.h"
-#include "spreadsheet/libxl/library_failure.h"
 #include "spreadsheet/libxl/libxl_sheet.h"
+#include "spreadsheet/range_walk.h"
+#include "spreadsheet/typed_cells.h"
 
 namespace spreadsheet {
 namespace {
@@ -17,55 +19,46 @@ namespace {
 /// Columns of dates are at least this wide after a fit: room for a date with its time.
 constexpr double kLeastDateColumnWidth = 14.71;
 
-/// Calls `visit(row, column)` column after column; a range may end at the greatest `int`.
-template <class Visit>
-void for_each_cell(const Range& range, Visit visit) {
-    for (std::int64_t column = range.first_column; column <= range.last_column; ++column)
-        for (std::int64_t row = range.first_row; row <= range.last_row; ++row)
-            visit(static_cast<int>(row), static_cast<int>(column));
-}
+constexpr std::string_view kWriteTag = "[LIBXL SHEET WRITE MSG]:";
 
 } // namespace
 
-/// Cells on their way into the library.
+/// Cells on their way into the library. The first that it refuses is reported.
 class LibXLSheet::CellWriter {
   public:
-    CellWriter(workbook::Sheet& sheet, const workbook::Format* date_format, const Range& range)
-        : sheet_(sheet), date_format_(date_format) {
-        sheet.expect_cells(range.first_row, range.last_row, range.first_column, range.last_column);
+    CellWriter(LibXLSheet& owner, const Range& range)
+        : owner_(owner), sheet_(owner.changeable_sheet()) {
+        sheet_.expect_cells(range.first_row, range.last_row, range.first_column, range.last_column);
     }
 
     void put(int row, int column, const CellValue& value, const workbook::Format* format) {
-        bool written = false;
         switch (value.kind) {
         case CellValue::Kind::Blank:
-            written = sheet_.write_blank(row, column, format);
-            break;
+            return check(sheet_.write_blank(row, column, format));
         case CellValue::Kind::Number:
-            written = sheet_.write_num(row, column, value.number, format);
-            break;
+            return check(sheet_.write_num(row, column, value.number, format));
         case CellValue::Kind::Text:
-            written = sheet_.write_str(row, column, value.text, format);
-            break;
+            return check(sheet_.write_str(row, column, value.text, format));
         case CellValue::Kind::Date:
-            written = sheet_.write_num(row, column, value.number, date_format_);
-            break;
+            return check(sheet_.write_num(row, column, value.number, owner_.date_format_));
         case CellValue::Kind::Boolean:
-            written = sheet_.write_bool(row, column, value.number != 0.0, format);
-            break;
+            return check(sheet_.write_bool(row, column, value.number != 0.0, format));
         }
-        failed_ |= !written;
     }
 
     void put_empty_text(int row, int column, const workbook::Format* format) {
-        failed_ |= !sheet_.write_str(row, column, u"", format);
+        check(sheet_.write_str(row, column, u"", format));
     }
 
-    bool failed() const { return failed_; }
-
   private:
+    void check(bool is_written) {
+        if (is_written || failed_) return;
+        failed_ = true;
+        owner_.note_failure(kWriteTag);
+    }
+
+    LibXLSheet& owner_;
     workbook::Sheet& sheet_;
-    const workbook::Format* date_format_;
     bool failed_ = false;
 };
 
@@ -84,14 +77,14 @@ void LibXLSheet::write_all(const Range& range, NextValue next_value) {
 
 template <class WriteCell>
 void LibXLSheet::write_cells(const Range& range, WriteCell write_cell) {
-    constexpr std::string_view tag = "[LIBXL SHEET WRITE MSG]:";
-    try {
-        CellWriter writer(changeable_sheet(), date_format_, range);
+    const auto write = [&] {
+        CellWriter writer(*this, range);
         for_each_cell(range, [&](int row, int column) { write_cell(writer, row, column); });
-        if (writer.failed() && library_) libxl::log_library_message(tag, *library_);
-    } catch (const std::bad_alloc&) {
-        libxl::fail_without_memory(tag, error_id::write_failed);
-    }
+    };
+    if (reporter_ != nullptr)
+        reporter_->run(kWriteTag, error_id::write_failed, write);
+    else
+        write();
 }
 
 void LibXLSheet::note_dates(const Range& range) {
@@ -122,28 +115,21 @@ void LibXLSheet::write(Range range, const StringProvider& provider) {
 
 void LibXLSheet::write(Range range, const cell_type* types, const CellProvider& provider,
                        bool preserve_format) {
-    const workbook::Sheet& sheet = library_sheet();
+    const workbook::Sheet& sheet =
+        preserve_format ? sheet_with_rows(range.first_row, range.last_row) : library_sheet();
     write_cells(range, [&](CellWriter& writer, int row, int column) {
         const workbook::Format* format = preserve_format ? sheet.cell_format(row, column) : nullptr;
-        switch (*types++) {
-        case cell_type::number:
-            writer.put(row, column, CellValue::of(provider.number(provider.context)), format);
-            break;
-        case cell_type::text:
-            writer.put(row, column, CellValue::of(provider.text(provider.context)), format);
-            break;
-        case cell_type::date:
-            writer.put(row, column, CellValue::of(provider.date(provider.context), date_offset_),
-                       format);
-            date_columns_.insert(column);
-            break;
-        case cell_type::boolean:
-            writer.put(row, column, CellValue::of(provider.boolean(provider.context)), format);
-            break;
-        default:
-            provider.skip(provider.context);
-            writer.put_empty_text(row, column, format);
-        }
+        take_cell(provider, *types++, [&](auto value) {
+            using Value = decltype(value);
+            if constexpr (std::is_same_v<Value, NoValue>) {
+                writer.put_empty_text(row, column, format);
+            } else if constexpr (std::is_same_v<Value, SerialDatenum>) {
+                writer.put(row, column, CellValue::of(value, date_offset_), format);
+                date_columns_.insert(column);
+            } else {
+                writer.put(row, column, CellValue::of(std::move(value)), format);
+            }
+        });
     });
 }
 
@@ -152,14 +138,14 @@ void LibXLSheet::clear(Cell cell) {
 }
 
 void LibXLSheet::clear(Range range) {
-    if (!changeable_sheet().clear(range.first_row, range.last_row, range.first_column,
-                                  range.last_column))
+    workbook::Sheet& sheet = changeable_sheet();
+    if (is_empty(range)) return; // such as the used range of an empty sheet
+    if (!sheet.clear(range.first_row, range.last_row, range.first_column, range.last_column))
         fail("[LIBXL SHEET CLEAR MSG]:", error_id::range_not_cleared);
 }
 
 void LibXLSheet::name(const std::u16string& new_name) {
-    if (!changeable_sheet().set_name(new_name) && library_)
-        libxl::log_library_message("[LIBXL SHEET NAME MSG]:", *library_);
+    if (!changeable_sheet().set_name(new_name)) note_failure("[LIBXL SHEET NAME MSG]:");
 }
 
 std::u16string LibXLSheet::name() const {
@@ -185,15 +171,15 @@ sheet::hidden LibXLSheet::hidden() const {
 }
 
 bool LibXLSheet::is_protected() const {
-    return library_sheet().protect();
+    return sheet_with_tail().protect();
 }
 
 void LibXLSheet::set_protected(bool on) {
-    if (!changeable_sheet().set_protect(on) && library_)
-        libxl::log_library_message("[LIBXL SHEET PROTECT MSG]:", *library_);
+    if (!changeable_sheet().set_protect(on)) note_failure("[LIBXL SHEET PROTECT MSG]:");
 }
 
 void LibXLSheet::unmerge(Range range) {
+    sheet_with_tail();
     workbook::Sheet& sheet = changeable_sheet();
     merge_map_.reset();
     for (int index = sheet.merge_size() - 1; index >= 0; --index) {
@@ -210,14 +196,14 @@ void LibXLSheet::unmerge(Range range) {
 }
 
 bool LibXLSheet::is_range_writeable(Range range) {
-    const workbook::Sheet& sheet = library_sheet();
-    if (!sheet.protect()) return true;
+    if (!sheet_with_tail().protect()) return true;
+    const workbook::Sheet& sheet = sheet_with_rows(range.first_row, range.last_row);
     for (std::int64_t row = range.first_row; row <= range.last_row; ++row)
         for (std::int64_t column = range.first_column; column <= range.last_column; ++column) {
-            // Without a format a cell is locked, as every format is by default (ECMA-376 part 1,
-            // 18.8.33).
             const workbook::Format* format =
                 sheet.cell_format(static_cast<int>(row), static_cast<int>(column));
+            if (format == nullptr) format = default_format_;
+            // A format is locked unless it says otherwise (ECMA-376 part 1, 18.8.33).
             if (!format || format->locked()) return false;
         }
     return true;
@@ -230,12 +216,16 @@ void LibXLSheet::auto_fit_column_widths(Range range) {
          column != date_columns_.end() && *column <= range.last_column; ++column)
         if (sheet.column_width(*column) < kLeastDateColumnWidth)
             done &= sheet.set_column_width(*column, kLeastDateColumnWidth);
-    if (!done && library_) libxl::log_library_message("[LIBXL SHEET AUTOFIT MSG]:", *library_);
+    if (!done) note_failure("[LIBXL SHEET AUTOFIT MSG]:");
 }
 
 void LibXLSheet::fail(std::string_view tag, error_id id) const {
-    if (library_) libxl::fail(tag, *library_, id);
+    if (reporter_ != nullptr) reporter_->fail(tag, id);
     throw Exception(id);
+}
+
+void LibXLSheet::note_failure(std::string_view tag) const {
+    if (reporter_ != nullptr) reporter_->note(tag);
 }
 
 } // namespace spreadsheet

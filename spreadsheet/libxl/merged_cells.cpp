@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Resolution of merged cells, rule by rule, and the map behind it.
+// Resolution of merged cells, rule by rule, and the map that finds a cell's region.
 #include "spreadsheet/libxl/merged_cells.h"
 
 #include <algorithm>
 #include <cstring>
-#include <numeric>
 #include <utility>
 
 #include "spreadsheet/exception.h"
+#include "spreadsheet/range_walk.h"
 
 namespace spreadsheet {
 namespace {
@@ -115,14 +115,14 @@ MergedCells::MergedCells(std::vector<Range> regions) : regions_(std::move(region
 }
 
 void MergedCells::map_cells(const Range& range) {
-    if (regions_.empty() || range.last_row < range.first_row ||
-        range.last_column < range.first_column)
-        return;
+    if (regions_.empty() || is_empty(range)) return;
     if (mapped_ && mapped_->first_row <= range.first_row && range.last_row <= mapped_->last_row &&
         mapped_->first_column <= range.first_column && range.last_column <= mapped_->last_column)
         return;
-    std::vector<int> columns(static_cast<std::size_t>(range.last_column - range.first_column) + 1);
-    std::iota(columns.begin(), columns.end(), range.first_column);
+    std::vector<int> columns;
+    columns.reserve(extent(range.first_column, range.last_column));
+    for (std::int64_t column = range.first_column; column <= range.last_column; ++column)
+        columns.push_back(static_cast<int>(column));
     map_cells({range.first_row, range.last_row}, std::move(columns));
     mapped_ = range;
 }
@@ -135,8 +135,7 @@ void MergedCells::map_cells(const std::vector<int>& row_blocks, std::vector<int>
     std::size_t cells = 0;
     for (std::size_t i = 0; i + 1 < row_blocks.size(); i += 2) {
         blocks.push_back({row_blocks[i], row_blocks[i + 1]});
-        cells +=
-            static_cast<std::size_t>(blocks.back().last - blocks.back().first + 1) * columns.size();
+        cells += extent(blocks.back().first, blocks.back().last) * columns.size();
     }
     std::size_t visits_left = cells * kMaxVisitsPerCell;
     for (std::size_t index = 0; index < regions_.size(); ++index) {
@@ -157,10 +156,10 @@ void MergedCells::map_region(std::size_t index, const std::vector<RowBlock>& blo
         const int first_row = std::max(block->first, region.first_row);
         const int last_row = std::min(block->last, region.last_row);
         for (auto column = first_column; column != end_column; ++column)
-            for (int row = first_row; row <= last_row; ++row) {
+            for (std::int64_t row = first_row; row <= last_row; ++row) {
                 if (visits_left == 0) return;
                 --visits_left;
-                merge_map_.try_emplace(Cell{row, *column}, index);
+                merge_map_.try_emplace(Cell{static_cast<int>(row), *column}, index);
             }
     }
 }

@@ -17,6 +17,8 @@ namespace {
 
 using Json = nlohmann::json;
 
+constexpr const char* kNameOfOnlySheet = "Sheet1";
+
 Verdict parse_verdict(const std::string& text) {
     if (text == "conflict") return Verdict::Conflict;
     if (text == "one-reader-only") return Verdict::OneReader;
@@ -96,6 +98,11 @@ Oracle load_oracle(const std::string& folder, const std::string& file_name) {
         oracle.places.push_back({place.at(0), place.at(2).get<std::string>() == "chartsheet"});
     for (const Json& sheet : json.at("sheets"))
         oracle.sheets.push_back(parse_sheet(sheet));
+    // A stream without a container has one sheet, whose name each reader makes up.
+    if (oracle.places.empty() && oracle.sheets.size() == 1) {
+        oracle.sheets.front().name = kNameOfOnlySheet;
+        oracle.places.push_back({kNameOfOnlySheet, false});
+    }
     return oracle;
 }
 

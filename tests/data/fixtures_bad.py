@@ -44,7 +44,8 @@ def fixtures():
     yield "text.xlsx", b"name,value\nline,1\n", "text file"
     yield "truncated.xlsx", plain().bytes()[:-300], "truncated"
     yield "encrypted.xlsx", compound_file(["EncryptionInfo", "EncryptedPackage"]), "encrypted"
-    yield "compound_file.xlsx", compound_file(["Workbook"]), "compound file"
+    yield "compound_file.xlsx", compound_file(["WordDocument"]), "compound file"
+    yield "empty_stream.xls", compound_file(["Workbook"]), "it is empty"
     yield "binary_workbook.xlsx", zip_bytes([
         ("_rels/.rels", relationships([("r", REL + "/officeDocument", "xl/workbook.bin")]).encode()),
         ("xl/workbook.bin", b"\x83\x01\x00")]), "XLSB"

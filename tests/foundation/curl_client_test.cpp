@@ -124,13 +124,6 @@ TEST_F(CurlClientTest, SendsMethodsHeadersAndBodiesAsTheyAre) {
     }
 }
 
-TEST_F(CurlClientTest, TakesAReplyWithoutABody) {
-    service.order_fault({{"fault", "status"}, {"status", 204}});
-    const HttpResponse response = get();
-    EXPECT_EQ(response.status, 204);
-    EXPECT_EQ(response.body, "");
-}
-
 TEST_F(CurlClientTest, EndsRequestsThatTakeTooLong) {
     const struct {
         json::Object fault;

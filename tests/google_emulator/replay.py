@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Replays exchanges that were recorded against the real service and tells where the emulator answers otherwise.
+"""Replays exchanges that were recorded against the real service and reports where the emulator answers otherwise.
 
-Run python3 -m google_emulator.replay FILE in tests/ for a report. Identifiers are mapped; times, editors and
+PYTHONPATH=../../tools python3 replay.py FILE prints a report. Identifiers are mapped; times, editors and
 spreadsheet-level properties other than the title are left out of the comparison."""
 
 import collections
@@ -13,10 +13,10 @@ import threading
 from typing import NamedTuple
 from urllib.parse import urlsplit
 
-from .methods import find_method
-from .errors import NoSuchPath
-from .schema import MESSAGES, UNSERVED
-from .server import Emulator
+from google_emulator.methods import find_method
+from google_emulator.errors import NoSuchPath, ServiceError
+from google_emulator.schema import MESSAGES, UNSERVED
+from google_emulator.server import Emulator
 
 ID_FIELDS = ("id", "spreadsheetId", "sheetId", "protectedRangeId", "namedRangeId", "destinationSpreadsheetId")
 LEFT_OUT = ("createdTime", "modifiedTime", "editors")
@@ -148,7 +148,7 @@ class Replay:
         book = next(iter(re.findall(r"[-_A-Za-z0-9]{40,}", url.path)), None)
         try:
             method, _ = find_method(exchange["method"], url.path)
-        except NoSuchPath:
+        except (NoSuchPath, ServiceError):
             if exchange["method"] != "GET" and not url.path.endswith("/copy"):
                 changed_elsewhere.add(book)
             path = re.sub(r"[-_A-Za-z0-9]{40,}", "ID", url.path)

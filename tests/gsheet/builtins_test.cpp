@@ -128,12 +128,8 @@ TEST_F(BuiltinsTest, TurnFailuresIntoTheHostsErrors) {
         Outcome outcome;
         std::string error, argument;
     } cases[] = {
-        {reply(401), kGsheet + "AccessForbidden", ""},
-        {reply(429), kGsheet + "TooManyRequests", ""},
-        {reply(408), kGsheet + "RequestTimedOut", ""},
         {busy, kGsheet + "ServiceUnavailable", "too busy"},
         {reply(400, "{\"message\": \"wrong\"}"), kGsheet + "InternalError", "wrong"},
-        {time_out(), kInternalBookError, "The server did not answer in time."},
         {failure(http::HttpRequestException("No way.")), kInternalBookError, "No way."},
     };
     for (const auto& builtin : kBuiltins) {

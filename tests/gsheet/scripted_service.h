@@ -65,7 +65,9 @@ class ScriptedClient : public http::HttpClient {
                 pending = std::get<std::exception_ptr>(outcome);
             else
                 response = std::get<http::HttpResponse>(outcome);
-            if (configuration.retryStrategy(request, response, pending, attempt, attempt)) continue;
+            if (retries &&
+                configuration.retryStrategy(request, response, pending, attempt, attempt))
+                continue;
             if (pending) std::rethrow_exception(pending);
             return response;
         }
@@ -73,6 +75,7 @@ class ScriptedClient : public http::HttpClient {
 
     http::HttpClientConfiguration configuration;
     int times_configured = 0;
+    bool retries = true; ///< false: every outcome is the last
     std::deque<Outcome> script;
     std::vector<http::HttpRequest> requests;
 };
@@ -159,6 +162,7 @@ class ScriptedServiceTest : public testing::Test {
     ScriptedServiceTest() {
         client.script.clear();
         client.requests.clear();
+        client.retries = true;
     }
 
     ScriptedClient& client = scripted_client();

@@ -158,6 +158,9 @@ TEST(CreateCellTypeIterator, RefusesOtherArraysAndShapes) {
         {nullptr, &cols, &types, 18},   {&rows, &types, &types, 18},
         {&rows, &repeated, &types, 36}, {&odd, &cols, &types, 33},
         {&none, &cols, &no_types, -1},  {&none, &cols, &types, 18},
+        {&odd, &cols, &wide, 18},     // the shape of the types before the rows
+        {&odd, &repeated, &tall, 36}, // columns before rows, rows before their number
+        {&odd, &cols, &tall, 33},
     };
     for (const auto& c : cases)
         EXPECT_EQ(

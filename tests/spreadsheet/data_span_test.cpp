@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The block of content around a cell, over drawn sheets.
+#include <algorithm>
+#include <map>
 #include <string>
 #include <vector>
 
+#include <climits>
 #include <gtest/gtest.h>
 
 #include "spreadsheet/libxl/data_span.h"
@@ -14,32 +17,27 @@ namespace {
 
 /// x a number, t a text, b a blank cell, e an error, . nothing.
 fake::FakeSheet drawn_sheet(const std::vector<std::string>& rows) {
+    using workbook::CellKind;
+    const std::map<char, CellKind> kinds{{'x', CellKind::Number},
+                                         {'t', CellKind::String},
+                                         {'b', CellKind::Blank},
+                                         {'e', CellKind::Error}};
     fake::FakeSheet sheet;
-    for (int row = 0; row < static_cast<int>(rows.size()); ++row)
-        for (int column = 0; column < static_cast<int>(rows[0].size()); ++column) {
-            const auto put = [&](fake::FakeCell cell) { sheet.cells[{row, column}] = cell; };
-            switch (rows[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)]) {
-            case 'x':
-                put(fake::number(1));
-                break;
-            case 't':
-                put(fake::text(u"t"));
-                break;
-            case 'b':
-                put(fake::blank());
-                break;
-            case 'e':
-                put(fake::error(u"#N/A"));
-                break;
-            default:
-                break;
-            }
-        }
+    for (std::size_t row = 0; row < rows.size(); ++row)
+        for (std::size_t column = 0; column < rows[row].size(); ++column)
+            if (const auto kind = kinds.find(rows[row][column]); kind != kinds.end())
+                sheet.kinds[{static_cast<int>(row), static_cast<int>(column)}] = kind->second;
     return sheet;
 }
 
+/// The smallest rectangle with all cells.
 Range bounds_of(const fake::FakeSheet& sheet) {
-    return {sheet.first_row(), sheet.first_column(), sheet.end_row() - 1, sheet.end_column() - 1};
+    Range bounds{INT_MAX, INT_MAX, -1, -1};
+    for (const auto& [cell, kind] : sheet.kinds)
+        bounds = {std::min(bounds.first_row, cell.first),
+                  std::min(bounds.first_column, cell.second), std::max(bounds.last_row, cell.first),
+                  std::max(bounds.last_column, cell.second)};
+    return bounds.last_row < 0 ? Range{0, 0, -1, -1} : bounds;
 }
 
 TEST(FindDataSpan, GrowsOverContentThatTouchesTheBox) {
@@ -66,6 +64,7 @@ TEST(FindDataSpan, GrowsOverContentThatTouchesTheBox) {
         {"an empty start alone", {"x...x"}, {0, 2}, {0, 2, 0, 2}},
         {"a start beyond the used area", {"xx", "xx"}, {7, 9}, {7, 9, 7, 9}},
         {"an empty sheet", {"..."}, {0, 0}, {0, 0, 0, 0}},
+        {"the greatest indices", {"xx"}, {INT_MAX, INT_MAX}, {INT_MAX, INT_MAX, INT_MAX, INT_MAX}},
     };
     for (const auto& test : cases) {
         const fake::FakeSheet sheet = drawn_sheet(test.rows);
@@ -84,7 +83,7 @@ TEST(FindDataSpan, LooksAtACellOncePerSideAtMost) {
     const int steps = 100;
     fake::FakeSheet sheet;
     for (int i = 0; i < steps; ++i)
-        sheet.cells[{i, i}] = sheet.cells[{i, i + 1}] = fake::number(1);
+        sheet.kinds[{i, i}] = sheet.kinds[{i, i + 1}] = workbook::CellKind::Number;
     EXPECT_EQ(find_data_span(sheet, {0, 0}, {0, 0, steps, steps}), (Range{0, 0, 99, 100}));
     EXPECT_LE(sheet.calls, 2 * (steps + 1) * (steps + 1));
 }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "spreadsheet/exception.h"
+#include "spreadsheet/with_failure.h"
 
 namespace spreadsheet {
 namespace {
@@ -49,7 +50,7 @@ TEST(ErrorIdMessage, KeepsItsWording) {
          "Could not parse a valid range from the given string. A valid range is of the form 'A1' "
          "(cell), 'A:B' (column-select), '1:5' (row-select) or 'A1:B5' (rectangle-select)."},
         {26,
-         R"(Invalid sheet name. Name must have 1-31 characters, excluding :, \\, /, ?, *, [, and ].)"},
+         R"(Invalid sheet name. Name must have 1-31 characters, excluding :, \, /, ?, *, [, and ].)"},
         {29, "Invalid format. Must be XLS, XLSX, XLSM, XLSB, XLTX, XLTM, or ODS."},
         {31, "Chart Sheets are currently not supported."},
         {39, "Merged rows found in sheet. Set MergedCellRowRule to any value other than 'error'."},
@@ -79,7 +80,8 @@ boost::exception_ptr carry(const std::function<void()>& action) {
 }
 
 TEST(Exception, TravelsThroughBoostWithoutSlicing) {
-    const Exception original(error_id::merged_rows, "detail");
+    const Exception original = with_failure(Exception(error_id::merged_rows, "detail"),
+                                            {FailureKind::Service, "", u"f", {403, "S", "r", "m"}});
     const struct {
         const char* what;
         boost::exception_ptr carried;
@@ -98,10 +100,41 @@ TEST(Exception, TravelsThroughBoostWithoutSlicing) {
             const auto& same = dynamic_cast<const Exception&>(e);
             EXPECT_EQ(same.id(), error_id::merged_rows);
             EXPECT_STREQ(same.what(), "detail");
+            const Failure failure = failure_of(same);
+            EXPECT_EQ(failure.kind, FailureKind::Service);
+            EXPECT_EQ(failure.cause, "detail");
+            EXPECT_EQ(failure.file, u"f");
+            EXPECT_EQ(failure.service.http_status, 403);
+            EXPECT_EQ(failure.service.message, "m");
         }
         EXPECT_THROW(boost::rethrow_exception(test.carried), std::exception);
     }
     EXPECT_THROW(original.rethrow(), Exception);
+}
+
+TEST(FailureOf, FallsBackOnTheIdentifier) {
+    const struct {
+        error_id id;
+        FailureKind kind;
+    } cases[] = {{error_id::sheet_not_opened, FailureKind::Missing},
+                 {error_id::chart_sheet_unsupported, FailureKind::Unsupported},
+                 {error_id::book_not_loaded, FailureKind::Unknown}};
+    for (const auto& c : cases) {
+        const Failure failure = failure_of(Exception(c.id));
+        EXPECT_EQ(failure.kind, c.kind);
+        EXPECT_EQ("[spreadsheet_err]: " + failure.cause, error_id_message(c.id));
+    }
+}
+
+TEST(FailureOf, IsNotSharedByCopies) {
+    Exception original = with_failure(Exception(error_id::internal), {FailureKind::Damaged, "a"});
+    const Exception copy = original;
+    Exception assigned(error_id::internal);
+    assigned = original;
+    original = with_failure(std::move(original), {FailureKind::Limit, "b"});
+    EXPECT_EQ(failure_of(copy).cause, "a");
+    EXPECT_EQ(failure_of(assigned).cause, "a");
+    EXPECT_EQ(failure_of(original).cause, "b");
 }
 
 } // namespace

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A workbook library that follows a script: what the sheets hold, which operations fail, in which
+// A workbook library that follows a script: which sheets there are, which operations fail, in which
 // order they were called. `FakeWorkbook` outlives the books made from it.
 #pragma once
 
-#include <algorithm>
 #include <deque>
 #include <map>
 #include <memory>
@@ -14,210 +13,78 @@
 #include <utility>
 #include <vector>
 
-#include <climits>
-
 #include "foundation/unicode.h"
 #include "spreadsheet/libxl/libxl_book.h"
-#include "spreadsheet/range.h"
 #include "workbook/library.h"
 
 namespace fake {
 
-struct FakeCell {
-    workbook::CellKind kind = workbook::CellKind::Empty;
-    double number = 0.0;
-    bool is_date = false;
-    std::u16string text{};
-};
-
-inline FakeCell number(double value) {
-    return {workbook::CellKind::Number, value};
-}
-inline FakeCell date(double serial) {
-    return {workbook::CellKind::Number, serial, true};
-}
-inline FakeCell text(std::u16string value) {
-    return {workbook::CellKind::String, 0.0, false, std::move(value)};
-}
-inline FakeCell boolean(bool value) {
-    return {workbook::CellKind::Boolean, value ? 1.0 : 0.0};
-}
-inline FakeCell blank() {
-    return {workbook::CellKind::Blank};
-}
-inline FakeCell error(std::u16string value) {
-    return {workbook::CellKind::Error, 0.0, false, std::move(value)};
-}
-
 class FakeFormat final : public workbook::Format {
   public:
-    explicit FakeFormat(int num_format = 0, bool locked = true)
-        : num_format_(num_format), locked_(locked) {}
+    explicit FakeFormat(int num_format = 0) : num_format_(num_format) {}
     int num_format() const override { return num_format_; }
     void set_num_format(int identifier) override { num_format_ = identifier; }
-    bool locked() const override { return locked_; }
+    bool locked() const override { return true; }
 
   private:
     int num_format_;
-    bool locked_;
 };
 
+/// Has one merged region, A1, and nothing in its cells but what `kinds` says.
 class FakeSheet final : public workbook::Sheet {
   public:
     std::u16string sheet_name;
-    workbook::SheetState state = workbook::SheetState::Visible;
-    bool is_protected = false;
-    std::map<std::pair<int, int>, FakeCell> cells;
-    std::map<std::pair<int, int>, FakeFormat> formats;
-    std::vector<spreadsheet::Range> regions;
-    std::map<std::u16string, spreadsheet::Range, std::less<>> names;
+    std::map<std::pair<int, int>, workbook::CellKind> kinds;
     mutable int calls = 0; ///< cells asked for
+    bool can_change = true;
 
     std::u16string_view name() const override { return sheet_name; }
-    workbook::SheetState hidden() const override { return state; }
-    bool protect() const override { return is_protected; }
-
+    workbook::SheetState hidden() const override { return workbook::SheetState::Visible; }
+    bool protect() const override { return false; }
     workbook::CellKind cell_type(int row, int column) const override {
-        return at(row, column).kind;
-    }
-    bool is_date(int row, int column) const override { return at(row, column).is_date; }
-    double read_num(int row, int column) const override { return at(row, column).number; }
-    bool read_bool(int row, int column) const override {
-        const FakeCell& cell = at(row, column);
-        return cell.kind == workbook::CellKind::Boolean && cell.number != 0.0;
-    }
-    std::u16string_view read_str(int row, int column) const override {
-        const FakeCell& cell = at(row, column);
-        if (cell.kind == workbook::CellKind::String || cell.kind == workbook::CellKind::Error)
-            return cell.text;
-        return {};
-    }
-    const workbook::Format* cell_format(int row, int column) const override {
-        const auto found = formats.find({row, column});
-        return found == formats.end() ? nullptr : &found->second;
-    }
-
-    int first_row() const override { return bounds(true).first_row; }
-    int end_row() const override { return bounds(true).last_row; }
-    int first_column() const override { return bounds(true).first_column; }
-    int end_column() const override { return bounds(true).last_column; }
-    int first_filled_row() const override { return bounds(false).first_row; }
-    int end_filled_row() const override { return bounds(false).last_row; }
-    int first_filled_column() const override { return bounds(false).first_column; }
-    int end_filled_column() const override { return bounds(false).last_column; }
-
-    int merge_size() const override { return static_cast<int>(regions.size()); }
-    bool merge(int index, int& first_row, int& last_row, int& first_column,
-               int& last_column) const override {
-        if (index < 0 || index >= merge_size()) return false;
-        return take(regions[static_cast<std::size_t>(index)], first_row, last_row, first_column,
-                    last_column);
-    }
-    bool named_range(std::u16string_view name, int& first_row, int& last_row, int& first_column,
-                     int& last_column) const override {
-        const auto found = names.find(name);
-        if (found == names.end()) return false;
-        return take(found->second, first_row, last_row, first_column, last_column);
-    }
-
-    std::vector<std::string> changes; ///< in the order of the calls
-    bool can_change = true;
-    std::map<int, double> widths;
-
-    bool set_name(std::u16string_view name) override {
-        if (can_change) sheet_name = name;
-        return can_change;
-    }
-    bool set_hidden(workbook::SheetState wanted) override {
-        if (can_change) state = wanted;
-        return can_change;
-    }
-    bool set_protect(bool on) override {
-        is_protected = on;
-        return can_change;
-    }
-    void expect_cells(int, int, int, int) override {}
-    bool write_num(int row, int column, double value, const workbook::Format* format) override {
-        return write(row, column, number(value), format);
-    }
-    bool write_str(int row, int column, std::u16string_view value,
-                   const workbook::Format* format) override {
-        return write(row, column, text(std::u16string(value)), format);
-    }
-    bool write_bool(int row, int column, bool value, const workbook::Format* format) override {
-        return write(row, column, boolean(value), format);
-    }
-    bool write_blank(int row, int column, const workbook::Format* format) override {
-        return write(row, column, blank(), format);
-    }
-    bool clear(int first_row, int last_row, int first_column, int last_column) override {
-        if (!can_change) return false;
-        std::erase_if(cells, [&](const auto& cell) {
-            const auto [row, column] = cell.first;
-            return row >= first_row && row <= last_row && column >= first_column &&
-                   column <= last_column;
-        });
-        return true;
-    }
-    bool delete_merge(int index) override {
-        changes.push_back("delete_merge " + std::to_string(index));
-        if (can_change) regions.erase(regions.begin() + index);
-        return can_change;
-    }
-    double column_width(int column) const override {
-        const auto found = widths.find(column);
-        return found == widths.end() ? 8.43 : found->second;
-    }
-    bool set_column_width(int column, double width) override {
-        widths[column] = width;
-        return can_change;
-    }
-    bool auto_fit_columns(int first_column, int last_column) override {
-        changes.push_back("auto_fit_columns " + std::to_string(first_column) + " " +
-                          std::to_string(last_column));
-        return can_change;
-    }
-
-  private:
-    bool write(int row, int column, FakeCell cell, const workbook::Format* format) {
-        const bool has_format = format != nullptr;
-        changes.push_back(std::to_string(row) + "," + std::to_string(column) +
-                          (has_format ? " format " + std::to_string(format->num_format()) : ""));
-        cell.is_date = has_format && format->num_format() == 22;
-        cells[{row, column}] = std::move(cell);
-        return can_change;
-    }
-
-    static bool take(const spreadsheet::Range& range, int& first_row, int& last_row,
-                     int& first_column, int& last_column) {
-        first_row = range.first_row;
-        last_row = range.last_row;
-        first_column = range.first_column;
-        last_column = range.last_column;
-        return true;
-    }
-
-    const FakeCell& at(int row, int column) const {
-        static const FakeCell empty;
         ++calls;
-        const auto found = cells.find({row, column});
-        return found == cells.end() ? empty : found->second;
+        const auto found = kinds.find({row, column});
+        return found == kinds.end() ? workbook::CellKind::Empty : found->second;
     }
+    bool is_date(int, int) const override { return false; }
+    double read_num(int, int) const override { return 0.0; }
+    bool read_bool(int, int) const override { return false; }
+    std::u16string_view read_str(int, int) const override { return {}; }
+    const workbook::Format* cell_format(int, int) const override { return nullptr; }
+    int first_row() const override { return 0; }
+    int end_row() const override { return 0; }
+    int first_column() const override { return 0; }
+    int end_column() const override { return 0; }
+    int first_filled_row() const override { return 0; }
+    int end_filled_row() const override { return 0; }
+    int first_filled_column() const override { return 0; }
+    int end_filled_column() const override { return 0; }
+    int merge_size() const override { return 1; }
+    bool merge(int, int& first_row, int& last_row, int& first_column,
+               int& last_column) const override {
+        first_row = last_row = first_column = last_column = 0;
+        return true;
+    }
+    bool named_range(std::u16string_view, int&, int&, int&, int&) const override { return false; }
 
-    /// First and one-past-the-end indices.
-    spreadsheet::Range bounds(bool with_blanks) const {
-        spreadsheet::Range box{INT_MAX, INT_MAX, 0, 0};
-        for (const auto& [place, cell] : cells) {
-            if (!with_blanks && cell.kind == workbook::CellKind::Blank) continue;
-            box = {std::min(box.first_row, place.first), std::min(box.first_column, place.second),
-                   std::max(box.last_row, place.first + 1),
-                   std::max(box.last_column, place.second + 1)};
-        }
-        return box.last_row == 0 ? spreadsheet::Range{} : box;
+    bool set_name(std::u16string_view) override { return can_change; }
+    bool set_hidden(workbook::SheetState) override { return can_change; }
+    bool set_protect(bool) override { return can_change; }
+    void expect_cells(int, int, int, int) override {}
+    bool write_num(int, int, double, const workbook::Format*) override { return can_change; }
+    bool write_str(int, int, std::u16string_view, const workbook::Format*) override {
+        return can_change;
     }
+    bool write_bool(int, int, bool, const workbook::Format*) override { return can_change; }
+    bool write_blank(int, int, const workbook::Format*) override { return can_change; }
+    bool clear(int, int, int, int) override { return can_change; }
+    bool delete_merge(int) override { return can_change; }
+    double column_width(int) const override { return 8.43; }
+    bool set_column_width(int, double) override { return can_change; }
+    bool auto_fit_columns(int, int) override { return can_change; }
 };
 
-/// What stands at one index of the book. Only a worksheet that is `readable` is handed out.
+/// What is at one index of the book. Only a worksheet that is `readable` is handed out.
 struct FakeEntry {
     std::u16string name;
     workbook::SheetKind kind = workbook::SheetKind::Worksheet;

@@ -27,8 +27,6 @@ constexpr auto kXlsx = book::format::XLSX;
 fake::FakeWorkbook three_sheets() {
     fake::FakeWorkbook workbook;
     workbook.entries = {{u"Data"}, {u"Chart", SheetKind::Chart}, {u"Notes"}};
-    workbook.sheets.resize(3);
-    workbook.sheets[2].state = workbook::SheetState::VeryHidden;
     workbook.message = "why";
     return workbook;
 }
@@ -135,6 +133,45 @@ TEST(LibXLBook, ReportsAFileThatCannotBeLoaded) {
     }
 }
 
+TEST(LibXLBook, CarriesWhyAFileCannotBeLoadedOrSaved) {
+    using foundation::files::FileProblem;
+    using workbook::ErrorKind;
+    const struct {
+        ErrorKind kind;
+        std::optional<FileProblem> problem;
+        FailureKind loading, saving;
+    } cases[] = {
+        {ErrorKind::None, {}, FailureKind::Unknown, FailureKind::Unknown},
+        {ErrorKind::File, FileProblem::NotFound, FailureKind::FileNotFound,
+         FailureKind::FileNotWritten},
+        {ErrorKind::File, FileProblem::AccessDenied, FailureKind::FileNotReadable,
+         FailureKind::FileNotWritten},
+        {ErrorKind::NotAWorkbook, {}, FailureKind::NotAWorkbook, FailureKind::NotAWorkbook},
+        {ErrorKind::Encrypted, {}, FailureKind::Encrypted, FailureKind::Encrypted},
+        {ErrorKind::Damaged, {}, FailureKind::Damaged, FailureKind::Damaged},
+        {ErrorKind::Limit, {}, FailureKind::Limit, FailureKind::Limit},
+        {ErrorKind::Missing, {}, FailureKind::Missing, FailureKind::Missing},
+        {ErrorKind::Refused, {}, FailureKind::Refused, FailureKind::Refused},
+        {ErrorKind::Memory, {}, FailureKind::OutOfMemory, FailureKind::OutOfMemory},
+    };
+    for (const auto& test : cases) {
+        fake::FakeWorkbook script = three_sheets();
+        script.message = "the reason";
+        LibXLBook book(fake::creators(script));
+        book.init_from_file(u"f", kXlsx);
+        script.error_kind = test.kind;
+        script.file_problem = test.problem;
+        script.can_load = script.can_save = false;
+        const Failure saving = failure_of_thrown([&] { book.save(u"g.xlsx"); });
+        EXPECT_EQ(saving.kind, test.saving);
+        EXPECT_EQ(saving.file, u"g.xlsx");
+        const Failure loading = failure_of_thrown([&] { book.init_from_file(u"f", kXlsx); });
+        EXPECT_EQ(loading.kind, test.loading);
+        EXPECT_EQ(loading.cause, "The reason");
+        EXPECT_EQ(loading.file, u"f");
+    }
+}
+
 TEST(LibXLBook, GivesUpWhenMemoryRunsOut) {
     const struct {
         std::function<void(LibXLBook&)> load;
@@ -157,6 +194,7 @@ TEST(LibXLBook, GivesUpWhenMemoryRunsOut) {
         EXPECT_EQ(log.take(), Lines{std::string("[LIBXL BOOK OBJ ") + test.tag +
                                     " MSG]: there is not enough memory for the workbook"});
         EXPECT_EQ(script.calls.size(), 1u) << "the whole would need even more";
+        EXPECT_EQ(failure_of_thrown([&] { test.load(book); }).kind, FailureKind::OutOfMemory);
     }
 }
 
@@ -203,7 +241,6 @@ TEST(LibXLBook, KeepsAPlaceForAChartSheet) {
     EXPECT_EQ(book.sheet_type(9), sheet::type::worksheet) << "unknown kinds count as worksheets";
     EXPECT_EQ(book.get_sheet_name(1), u"Chart");
     EXPECT_EQ(book.get_sheet_name(7), u"");
-    EXPECT_EQ(book.sheet(std::size_t{2})->hidden(), sheet::hidden::very_hidden);
     ASSERT_NE(book.sheet(std::size_t{1}), nullptr);
     EXPECT_EQ(thrown_id([&] { book.sheet(std::size_t{1})->name(); }), 31);
 }

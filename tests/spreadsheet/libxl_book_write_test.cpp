@@ -49,6 +49,8 @@ TEST(NewBook, HasNumberedSheetsAndTheSystemOf1900) {
     } cases[] = {
         {3, u"", {u"Sheet1", u"Sheet2", u"Sheet3"}},
         {2, u"Run ", {u"Run 1", u"Run 2"}},
+        {1, u"a name of thirty-one characters", {u"a name of thirty-one character1"}},
+        {1, u"a pair is cut as a whole ....\U0001F600", {u"a pair is cut as a whole ....1"}},
         {0, u"", {}},
     };
     for (const auto& test : cases) {
@@ -97,6 +99,20 @@ TEST(BookChanges, WorkOnABookOfWhichOneSheetWasLoaded) {
     book.init_from_file_with_sheet(u"f", kXlsx, 2);
     const std::shared_ptr<ISheet> added = book.add_sheet(0, u"New", u"");
     EXPECT_EQ(added->name(), u"New") << "the cache has fewer sheets than the book";
+}
+
+TEST(BookChanges, AreNotMadeBesideASheetOfUnknownKind) {
+    const std::function<void(LibXLBook&)> changes_of_sheets[] = {
+        [](auto& b) { b.add_sheet(0, u"n", u""); }, [](auto& b) { b.remove_sheet(0); },
+        [](auto& b) { b.reorder_sheet(0, 1); }, [](auto& b) { b.move_sheet(b.sheet(0), 1); }};
+    for (const auto& change : changes_of_sheets) {
+        fake::FakeWorkbook script = three_sheets();
+        script.entries[1].kind = SheetKind::Unknown;
+        LibXLBook book(fake::creators(script));
+        book.init_from_file_with_sheet(u"f", kXlsx, 0);
+        EXPECT_EQ(thrown_id([&] { change(book); }), 30);
+        EXPECT_EQ(changes(script), Lines{});
+    }
 }
 
 TEST(MoveSheet, InsertsACopyAndDeletesTwoBehindTheOriginal) {

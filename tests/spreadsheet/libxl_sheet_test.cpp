@@ -3,6 +3,7 @@
 // What cells are and how they arrive in buffers and builders, with and without merged-cell rules.
 #include <array>
 #include <functional>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,12 +12,14 @@
 
 #include "spreadsheet/cell_iterator.h"
 #include "spreadsheet/libxl/chart_sheet.h"
-#include "spreadsheet/libxl/libxl_sheet.h"
-#include "tests/spreadsheet/fake_library.h"
+#include "tests/spreadsheet/drawn_book.h"
 #include "tests/spreadsheet/thrown_id.h"
 
 namespace spreadsheet {
 namespace {
+
+using test::Drawing;
+using test::DrawnBook;
 
 constexpr auto kRepeatColumns = MergedCellColumnRule::repeat;
 constexpr auto kRepeatRows = MergedCellRowRule::repeat;
@@ -64,87 +67,56 @@ class ArrayJournal : public output::CellOutputBuilder {
     void add_empty() override { journal.entries.push_back("-"); }
 };
 
-std::vector<int> types_of(const std::vector<cell_type>& types) {
-    std::vector<int> numbers;
+/// The digits of the types, one after another.
+std::string digits_of(const std::vector<cell_type>& types) {
+    std::string digits;
     for (const cell_type type : types)
-        numbers.push_back(static_cast<int>(type));
-    return numbers;
+        digits.push_back(static_cast<char>('0' + static_cast<int>(type)));
+    return digits;
 }
 
 TEST(LibXLSheet, ClassifiesCells) {
-    const struct {
-        const char* what;
-        fake::FakeCell cell;
-        int type;
-    } cases[] = {
-        {"empty", {}, 0},
-        {"number", fake::number(5), 1},
-        {"time of day", fake::date(0.5), 1},
-        {"just below a day", fake::date(0.9999999), 1},
-        {"negative date", fake::date(-3), 1},
-        {"first day", fake::date(1.0), 3},
-        {"date", fake::date(44000.25), 3},
-        {"text", fake::text(u"x"), 2},
-        {"boolean", fake::boolean(false), 4},
-        {"blank", fake::blank(), 5},
-        {"error", fake::error(u"#N/A"), 6},
-        {"strict date", {workbook::CellKind::StrictDate, 0.25}, 3},
-        {"a kind to come", {static_cast<workbook::CellKind>(7)}, 6},
-    };
-    for (const auto& test : cases) {
-        fake::FakeSheet fake;
-        fake.cells[{3, 4}] = test.cell;
-        LibXLSheet sheet(fake, nullptr, false);
-        EXPECT_EQ(static_cast<int>(sheet.typeCheck(3, 4)), test.type) << test.what;
-    }
+    // Dates below 1 are times of day, whatever their format; ISO dates are dates.
+    DrawnBook drawn({{". 5 d0.5 d0.9999999 d-3 d1 d44000.25 'x FALSE b #N/A 1900-01-01"}});
+    EXPECT_EQ(digits_of(drawn->cell_types(Range{0, 0, 0, 11})), "011113324563");
+    EXPECT_EQ(drawn->typeCheck(0, 6), cell_type::date);
+    EXPECT_EQ(drawn->typeCheck(7, 7), cell_type::empty);
 }
 
-/// Two rows, three columns: 1.5 true 7 / "ab" date(10) #N/A.
-fake::FakeSheet six_cells() {
-    fake::FakeSheet fake;
-    fake.cells[{0, 0}] = fake::number(1.5);
-    fake.cells[{1, 0}] = fake::text(u"ab");
-    fake.cells[{0, 1}] = fake::boolean(true);
-    fake.cells[{1, 1}] = fake::date(10);
-    fake.cells[{0, 2}] = fake::number(7);
-    fake.cells[{1, 2}] = fake::error(u"#N/A");
-    return fake;
-}
-
+/// Two rows, three columns.
+const Drawing kSixCells{.rows = {"1.5 TRUE 7", "'ab d10 #N/A"}, .dates_1904 = true};
 constexpr Range kSix{0, 0, 1, 2};
 
 TEST(LibXLSheet, ReadsColumnAfterColumn) {
-    fake::FakeSheet fake = six_cells();
-    const LibXLSheet sheet(fake, nullptr, true);
-    EXPECT_EQ(types_of(sheet.cell_types(kSix)), (std::vector<int>{1, 2, 4, 3, 1, 6}));
+    DrawnBook drawn(kSixCells);
+    EXPECT_EQ(digits_of(drawn->cell_types(kSix)), "124316");
 
     std::array<double, 6> numbers{};
-    sheet.read(kSix, numbers.data());
+    drawn->read(kSix, numbers.data());
     EXPECT_EQ(numbers, (std::array<double, 6>{1.5, 0, 1, 10, 7, 0}));
-    sheet.readDatesAsDoubles(kSix, numbers.data());
+    drawn->readDatesAsDoubles(kSix, numbers.data());
     EXPECT_EQ(numbers[3], 10) << "raw, though the workbook counts from 1904";
     std::array<SerialDatenum, 6> dates{};
-    sheet.read(kSix, dates.data());
+    drawn->read(kSix, dates.data());
     EXPECT_EQ(dates[3].value, 1472);
     EXPECT_EQ(dates[1].value, 1462);
     std::array<bool, 6> booleans{};
-    sheet.read(kSix, booleans.data());
+    drawn->read(kSix, booleans.data());
     EXPECT_EQ(booleans, (std::array<bool, 6>{false, false, true, false, false, false}));
     std::array<unsigned char, 6> bytes{};
-    sheet.read(kSix, bytes.data());
+    drawn->read(kSix, bytes.data());
     EXPECT_EQ(bytes, (std::array<unsigned char, 6>{0, 0, 1, 0, 0, 0})) << "7 is no logical value";
     Journal journal;
-    sheet.read(kSix, StringBuilder{&journal, Journal::text});
+    drawn->read(kSix, StringBuilder{&journal, Journal::text});
     EXPECT_EQ(journal.entries, (std::vector<std::string>{"s", "sab", "s", "s", "s", "s#N/A"}));
 }
 
 TEST(LibXLSheet, ReadsEveryCellAsTheTypeAskedFor) {
-    fake::FakeSheet fake = six_cells();
-    const LibXLSheet sheet(fake, nullptr, true);
+    DrawnBook drawn(kSixCells);
     const std::vector<cell_type> types = {cell_type::number, cell_type::text,  cell_type::boolean,
                                           cell_type::date,   cell_type::other, cell_type::error};
     Journal journal;
-    sheet.read(
+    drawn->read(
         kSix, types.data(),
         CellBuilder{&journal, Journal::text, Journal::number, Journal::date, Journal::boolean});
     EXPECT_EQ(journal.entries,
@@ -152,21 +124,44 @@ TEST(LibXLSheet, ReadsEveryCellAsTheTypeAskedFor) {
 }
 
 TEST(LibXLSheet, DoesNothingForAnEmptyRange) {
-    fake::FakeSheet fake = six_cells();
-    fake.regions = {{0, 0, 1, 0}};
-    LibXLSheet sheet(fake, nullptr, false);
+    DrawnBook drawn({.rows = {"1"}, .merges = {"A1:A2"}});
     for (const Range& range : {Range{0, 0, -1, -1}, Range{5, 0, 4, 2}, Range{0, 5, 1, 4}}) {
-        sheet.read(range, static_cast<double*>(nullptr));
-        sheet.cell_types(range, nullptr);
-        EXPECT_FALSE(sheet.read(range, static_cast<double*>(nullptr), kRepeatColumns, kRepeatRows));
-        EXPECT_TRUE(sheet.get_merged_cells_vector().empty());
+        drawn->read(range, static_cast<double*>(nullptr));
+        drawn->cell_types(range, nullptr);
+        EXPECT_FALSE(
+            drawn->read(range, static_cast<double*>(nullptr), kRepeatColumns, kRepeatRows));
+        EXPECT_TRUE(drawn->get_merged_cells_vector().empty());
+        drawn->clear(range);
+    }
+    EXPECT_EQ(drawn->typeCheck(0, 0), cell_type::number);
+}
+
+TEST(LibXLSheet, EndsReadsOfRangesThatEndWhereIntegersEnd) {
+    DrawnBook drawn({.rows = {"1 2"}, .merges = {"A1:B1"}});
+    constexpr int kLast = std::numeric_limits<int>::max();
+    for (const Range& range : {Range{kLast - 1, 0, kLast, 1}, Range{0, kLast - 1, 1, kLast}}) {
+        std::array<double, 4> numbers{9, 9, 9, 9};
+        constexpr std::array<double, 4> zeros{};
+        drawn->read(range, numbers.data());
+        EXPECT_EQ(numbers, zeros);
+        numbers.fill(9);
+        drawn->read(range, numbers.data(), kRepeatColumns, kRepeatRows);
+        EXPECT_EQ(numbers, zeros);
+        EXPECT_EQ(digits_of(drawn->cell_types(range)), "0000");
+        const std::vector<cell_type> types(4, cell_type::text);
+        Journal journal;
+        drawn->read(range, StringBuilder{&journal, Journal::text});
+        drawn->read(range, types.data(), CellBuilder{&journal, Journal::text, {}, {}, {}});
+        EXPECT_EQ(journal.entries, std::vector<std::string>(8, "s"));
+        const Range start{range.first_row, range.first_column, range.first_row, range.first_column};
+        EXPECT_EQ(drawn->get_data_span(range, column_rule(1), row_rule(0)), start);
     }
 }
 
 TEST(LibXLSheet, BuildsCellArrays) {
-    fake::FakeSheet fake = six_cells();
-    fake.regions = {{0, 0, 0, 1}};
-    LibXLSheet sheet(fake, nullptr, true);
+    Drawing drawing = kSixCells;
+    drawing.merges = {"A1:B1"};
+    DrawnBook drawn(drawing);
     const std::vector<cell_type> types = {cell_type::number, cell_type::date,  cell_type::error,
                                           cell_type::number, cell_type::empty, cell_type::text};
     CellTypeIterator cells({0, 1, 5, 5}, {1, 0}, types.data(), types.size());
@@ -177,39 +172,29 @@ TEST(LibXLSheet, BuildsCellArrays) {
                  {true, {"3x2", "n1.00", "n10.0", "-", "n1.50", "-", "s"}}};
     for (const auto& test : cases) {
         ArrayJournal array;
-        sheet.read_cell_array(cells, array, test.dates_as_numbers);
+        drawn->read_cell_array(cells, array, test.dates_as_numbers);
         EXPECT_EQ(array.journal.entries, test.entries);
     }
     ArrayJournal array;
-    sheet.read_cell_array(cells, array, false, column_rule(4), row_rule(0));
+    drawn->read_cell_array(cells, array, false, column_rule(4), row_rule(0));
     EXPECT_EQ(array.journal.entries,
               (std::vector<std::string>{"3x2", "-", "d1472.0", "-", "-", "-", "s"}));
-    EXPECT_EQ(sheet.get_omit_vars_vector(), (std::vector<int>{0, 1})) << "places within the walk";
-    EXPECT_EQ(sheet.get_merged_cells_vector(),
+    EXPECT_EQ(drawn->get_omit_vars_vector(), (std::vector<int>{0, 1})) << "places within the walk";
+    EXPECT_EQ(drawn->get_merged_cells_vector(),
               (std::vector<bool>{true, false, false, true, false, false}));
 }
 
 TEST(LibXLSheet, AnswersTypesOfAnIrregularSelection) {
-    fake::FakeSheet fake = six_cells();
-    const LibXLSheet sheet(fake, nullptr, false);
-    std::array<cell_type, 4> types{};
-    sheet.cell_types(CellIterator({0, 0, 2, 2}, {1, 0}), types.data());
-    EXPECT_EQ(types, (std::array<cell_type, 4>{cell_type::boolean, cell_type::empty,
-                                               cell_type::number, cell_type::empty}));
+    DrawnBook drawn(kSixCells);
+    std::vector<cell_type> types(4);
+    drawn->cell_types(CellIterator({0, 0, 2, 2}, {1, 0}), types.data());
+    EXPECT_EQ(digits_of(types), "4010");
 }
 
 /// 4 rows by 4 columns of 1..16 in reading order, with a horizontal region at A1:B1, a vertical one
 /// at D2:D4 and a block at A3:B4. Cells other than a region's first are absent, as in real files.
-fake::FakeSheet merged_sheet() {
-    fake::FakeSheet fake;
-    fake.regions = {{0, 0, 0, 1}, {1, 3, 3, 3}, {2, 0, 3, 1}};
-    for (int row = 0; row < 4; ++row)
-        for (int column = 0; column < 4; ++column)
-            fake.cells[{row, column}] = fake::number(row * 4 + column + 1);
-    for (const auto& [row, column] : {std::pair{0, 1}, {2, 3}, {3, 3}, {2, 1}, {3, 0}, {3, 1}})
-        fake.cells.erase({row, column});
-    return fake;
-}
+const Drawing kMerged{.rows = {"1 . 3 4", "5 6 7 8", "9 . 11 .", ". . 15 ."},
+                      .merges = {"A1:B1", "D2:D4", "A3:B4"}};
 
 TEST(LibXLSheet, AppliesMergedCellRules) {
     const struct {
@@ -227,8 +212,8 @@ TEST(LibXLSheet, AppliesMergedCellRules) {
     const Range all{0, 0, 3, 3};
     for (const auto& test : cases) {
         SCOPED_TRACE(std::to_string(test.columns) + " " + std::to_string(test.rows));
-        fake::FakeSheet fake = merged_sheet();
-        LibXLSheet sheet(fake, nullptr, false);
+        DrawnBook drawn(kMerged);
+        LibXLSheet& sheet = drawn.sheet();
         const MergedCellColumnRule columns = column_rule(test.columns);
         const MergedCellRowRule rows = row_rule(test.rows);
         std::array<double, 16> numbers{};
@@ -247,8 +232,8 @@ TEST(LibXLSheet, AppliesMergedCellRules) {
 }
 
 TEST(LibXLSheet, CountsOffsetsWithinTheRangeRead) {
-    fake::FakeSheet fake = merged_sheet();
-    LibXLSheet sheet(fake, nullptr, false);
+    DrawnBook drawn(kMerged);
+    LibXLSheet& sheet = drawn.sheet();
     std::array<double, 6> numbers{};
     EXPECT_FALSE(sheet.read({2, 1, 3, 3}, numbers.data(), column_rule(0), row_rule(4)));
     EXPECT_EQ(sheet.get_omit_rows_vector(), (std::vector<int>{0, 1}));
@@ -258,8 +243,8 @@ TEST(LibXLSheet, CountsOffsetsWithinTheRangeRead) {
 }
 
 TEST(LibXLSheet, KeepsTheOmissionFlagUntilReset) {
-    fake::FakeSheet fake = merged_sheet();
-    LibXLSheet sheet(fake, nullptr, false);
+    DrawnBook drawn(kMerged);
+    LibXLSheet& sheet = drawn.sheet();
     double number = 0;
     EXPECT_TRUE(sheet.read({0, 0, 0, 0}, &number, column_rule(4), row_rule(0)));
     EXPECT_TRUE(sheet.read({1, 1, 1, 1}, &number, column_rule(4), row_rule(0)));
@@ -271,12 +256,6 @@ TEST(LibXLSheet, KeepsTheOmissionFlagUntilReset) {
 }
 
 TEST(LibXLSheet, CountsColumnsWithoutValuesAsOmittedOnRequest) {
-    fake::FakeSheet fake;
-    fake.cells[{0, 0}] = fake::number(1);
-    fake.cells[{1, 1}] = fake::blank();
-    fake.cells[{1, 2}] = fake::error(u"#N/A");
-    fake.cells[{0, 3}] = fake::number(4);
-    fake.regions = {{0, 3, 0, 4}};
     const Range range{0, 0, 1, 5};
     const struct {
         bool return_empty;
@@ -287,7 +266,8 @@ TEST(LibXLSheet, CountsColumnsWithoutValuesAsOmittedOnRequest) {
         {false, 2, {1, 5}}, {false, 4, {1, 3, 4, 5}},
     };
     for (const auto& test : cases) {
-        LibXLSheet sheet(fake, nullptr, false);
+        DrawnBook drawn({.rows = {"1 . . 4", ". b #N/A"}, .merges = {"D1:E1"}});
+        LibXLSheet& sheet = drawn.sheet();
         sheet.set_return_empty_vars_bool(test.return_empty);
         std::array<cell_type, 12> types{};
         EXPECT_EQ(sheet.cell_types(range, types.data(), column_rule(test.column_rule), kRepeatRows),
@@ -297,11 +277,9 @@ TEST(LibXLSheet, CountsColumnsWithoutValuesAsOmittedOnRequest) {
 }
 
 TEST(LibXLSheet, DeliversCellsWithoutAValueLikeEmptyOnes) {
-    fake::FakeSheet fake;
-    fake.regions = {{0, 0, 0, 1}, {1, 0, 1, 1}};
-    fake.cells[{0, 0}] = fake::text(u"merged");
-    fake.cells[{1, 0}] = fake::boolean(true);
-    LibXLSheet sheet(fake, nullptr, true);
+    DrawnBook drawn(
+        {.rows = {"'merged", "TRUE"}, .merges = {"A1:B1", "A2:B2"}, .dates_1904 = true});
+    LibXLSheet& sheet = drawn.sheet();
     const Range range{0, 0, 1, 1};
     const auto columns = MergedCellColumnRule::last;
     Journal journal;
@@ -319,8 +297,8 @@ TEST(LibXLSheet, DeliversCellsWithoutAValueLikeEmptyOnes) {
 }
 
 TEST(LibXLSheet, RaisesTheErrorRules) {
-    fake::FakeSheet fake = merged_sheet();
-    LibXLSheet sheet(fake, nullptr, false);
+    DrawnBook drawn(kMerged);
+    LibXLSheet& sheet = drawn.sheet();
     std::array<unsigned char, 16> bytes{};
     const auto read = [&](Range range, int columns, int rows) {
         return thrown_id(
@@ -333,32 +311,45 @@ TEST(LibXLSheet, RaisesTheErrorRules) {
     EXPECT_EQ(read({1, 0, 1, 2}, 3, 3), -1) << "no region is met";
 }
 
-TEST(LibXLSheet, ReportsBoundsNamesAndProtection) {
-    fake::FakeSheet fake;
-    LibXLSheet sheet(fake, nullptr, false);
-    EXPECT_EQ(sheet.used_range(), (Range{0, 0, -1, -1}));
-    fake.cells[{2, 1}] = fake::number(1);
-    fake.cells[{9, 3}] = fake::blank();
-    EXPECT_EQ(sheet.used_range(), (Range{2, 1, 9, 3}));
-    fake.names[u"Totals"] = {1, 2, 3, 4};
-    EXPECT_EQ(sheet.named_range(u"Totals"), (Range{1, 2, 3, 4}));
-    EXPECT_EQ(thrown_id([&] { sheet.named_range(u"Nothing"); }), 23);
-    EXPECT_EQ(thrown_id([&] { sheet.prefetch({}, nullptr); }), 51);
+TEST(LibXLSheet, ReportsBoundsAndNames) {
+    EXPECT_EQ(DrawnBook({})->used_range(), (Range{0, 0, -1, -1}));
+    DrawnBook drawn({.rows = {". .", ". 1", ". . b"},
+                     .defined_names = "<definedName name=\"Totals\">Data!$C$2:$E$4</definedName>"});
+    EXPECT_EQ(drawn->used_range(), (Range{1, 1, 2, 2}));
+    EXPECT_EQ(drawn->named_range(u"totals"), (Range{1, 2, 3, 4}));
+    EXPECT_EQ(thrown_id([&] { drawn->named_range(u"Nothing"); }), 23);
+    EXPECT_EQ(thrown_id([&] { drawn->prefetch({}, nullptr); }), 51);
+}
 
-    fake.formats = {{{0, 0}, fake::FakeFormat(0, false)}, {{0, 1}, fake::FakeFormat(0, true)}};
-    EXPECT_TRUE(sheet.is_range_writeable({0, 0, 9, 9})) << "not protected";
-    fake.is_protected = true;
-    EXPECT_TRUE(sheet.is_protected());
-    EXPECT_TRUE(sheet.is_range_writeable({0, 0, 0, 0}));
-    EXPECT_FALSE(sheet.is_range_writeable({0, 0, 0, 1}));
-    EXPECT_FALSE(sheet.is_range_writeable({1, 0, 1, 0})) << "a cell that does not exist is locked";
+TEST(LibXLSheet, SaysWhetherProtectionLocksACellOfTheRange) {
+    // Two unlocked cells above a locked and an absent one.
+    Drawing drawing{.rows = {"1~u 2~u", "3"}, .is_protected = true};
+    const struct {
+        const char* what;
+        Range range;
+        bool is_writeable;
+        bool with_unlocked_default;
+    } cases[] = {
+        {"unlocked", {0, 0, 0, 1}, true, true},
+        {"locked in the second row", {0, 0, 1, 0}, false, true},
+        {"absent in the second row", {0, 1, 1, 1}, false, true},
+        {"absent", {9, 9, 9, 9}, false, true},
+    };
+    for (const auto& test : cases) {
+        drawing.is_default_unlocked = false;
+        EXPECT_EQ(DrawnBook(drawing)->is_range_writeable(test.range), test.is_writeable)
+            << test.what;
+        drawing.is_default_unlocked = true;
+        EXPECT_EQ(DrawnBook(drawing)->is_range_writeable(test.range), test.with_unlocked_default)
+            << test.what;
+    }
+    drawing.is_protected = drawing.is_default_unlocked = false;
+    EXPECT_TRUE(DrawnBook(drawing)->is_range_writeable({0, 0, 9, 9})) << "not protected";
 }
 
 TEST(LibXLSheet, CachesTheDataSpanByRule) {
-    fake::FakeSheet fake;
-    fake.cells[{0, 0}] = fake.cells[{0, 1}] = fake.cells[{5, 5}] = fake::number(1);
-    fake.cells[{9, 9}] = fake::blank();
-    LibXLSheet sheet(fake, nullptr, false);
+    DrawnBook drawn({{"1 1", "", "", "", "", ". . . . . 1", "", "", "", ". . . . . . . . . b"}});
+    LibXLSheet& sheet = drawn.sheet();
     const Range first{0, 0, 0, 1};
     const Range second{5, 5, 5, 5};
     EXPECT_EQ(sheet.get_data_span({0, 0, 8, 8}, column_rule(0), row_rule(0)), first);
@@ -368,6 +359,48 @@ TEST(LibXLSheet, CachesTheDataSpanByRule) {
     EXPECT_EQ(sheet.used_range(), (Range{0, 0, 5, 5})) << "filled bounds from now on";
     EXPECT_EQ(sheet.get_data_span({0, 0, 8, 8}, column_rule(0), row_rule(2)), first);
     EXPECT_EQ(sheet.get_data_span({5, 5, 8, 8}, column_rule(0), row_rule(0)), first) << "cached";
+    const double number = 1.0;
+    sheet.write({1, 0, 1, 0}, &number);
+    EXPECT_EQ(sheet.get_data_span({0, 0, 8, 8}, column_rule(0), row_rule(0)), (Range{0, 0, 1, 1}))
+        << "found again after a change";
+}
+
+TEST(LibXLSheet, LooksUpWhatALoadOfSomeRowsLeftOut) {
+    const Drawing drawing{
+        .rows = {"1~u", "2", "3~u", "4"}, .merges = {"A3:B3"}, .is_protected = true};
+    DrawnBook drawn(drawing, 0, 0);
+    EXPECT_EQ(drawn->used_range(), (Range{0, 0, 0, 0}));
+    EXPECT_TRUE(drawn->is_protected());
+    EXPECT_TRUE(drawn->is_range_writeable({2, 0, 2, 0})) << "unlocked outside the rows";
+    EXPECT_FALSE(drawn->is_range_writeable({0, 0, 3, 0}));
+    std::array<double, 2> numbers{};
+    drawn->read({2, 0, 2, 1}, numbers.data(), kRepeatColumns, kRepeatRows);
+    EXPECT_EQ(numbers, (std::array<double, 2>{3, 3}));
+}
+
+TEST(LibXLSheet, FailsWhereWhatALoadOfSomeRowsLeftOutIsDamaged) {
+    const Drawing drawing{.rows = {"1", "2"}, .is_damaged_after_cells = true};
+    EXPECT_EQ(thrown_id([&] { DrawnBook whole(drawing); }), 9);
+    DrawnBook drawn(drawing, 0, 0);
+    double number = 0;
+    const std::function<void()> actions[] = {
+        [&] { drawn->is_protected(); },
+        [&] {
+            drawn->is_range_writeable({0, 0, 0, 0});
+        },
+        [&] {
+            drawn->unmerge({0, 0, 9, 9});
+        },
+        [&] {
+            drawn->read({0, 0, 0, 0}, &number, kRepeatColumns, kRepeatRows);
+        },
+    };
+    for (std::size_t i = 0; i < std::size(actions); ++i) {
+        EXPECT_EQ(thrown_id(actions[i]), 9) << i;
+        EXPECT_EQ(failure_of_thrown(actions[i]).kind, FailureKind::Damaged) << i;
+    }
+    drawn->read({0, 0, 0, 0}, &number);
+    EXPECT_EQ(number, 1) << "what was loaded can be read";
 }
 
 TEST(ChartSheet, RefusesEveryOperationOnItsData) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "spreadsheet/exception.h"
+#include "spreadsheet/failure.h"
 
 namespace spreadsheet {
 
@@ -15,6 +16,17 @@ int thrown_id(Action action) {
         return static_cast<int>(e.id());
     }
     return -1;
+}
+
+/// The cause that the `Exception` carries; kind `Unknown` when there is no exception.
+template <class Action>
+Failure failure_of_thrown(Action action) {
+    try {
+        action();
+    } catch (const Exception& e) {
+        return failure_of(e);
+    }
+    return {};
 }
 
 } // namespace spreadsheet

@@ -536,7 +536,8 @@ TEST_P(Contract, CanBeSavedAgainAfterASaveThatFailed) {
 
 INSTANTIATE_TEST_SUITE_P(Engines, Contract,
                          testing::Values(Engine{"xlsx", xlCreateXMLBookW, u"xlsx", 1'048'576,
-                                                16'384}),
+                                                16'384},
+                                         Engine{"xls", xlCreateBookW, u"xls", 65'536, 256}),
                          [](const auto& engine) { return std::string(engine.param.name); });
 
 } // namespace

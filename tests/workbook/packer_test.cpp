@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What is packed unpacks to the same, by either engine.
+#include <cstdint>
 #include <random>
 #include <string>
 
@@ -64,6 +65,23 @@ TEST(Packer, RoundTripsThroughBothEngines) {
             }
     }
 }
+
+#ifdef _WIN32
+// By the platform's rules these registers belong to the caller.
+TEST(Packer, KeepsVectorRegistersOfItsCaller) {
+    const std::string text = rows(2000);
+    std::uint64_t before[4] = {1, 2, 3, 4}, after[4] = {};
+    const auto packer = make_packer(InflateEngine::Isal);
+    StringSink out;
+    __asm__ volatile("movups (%0), %%xmm8\n\tmovups 16(%0), %%xmm14" ::"r"(before)
+                     : "memory", "xmm8", "xmm14");
+    packer->pack(text.data(), text.size(), out);
+    packer->finish(out);
+    __asm__ volatile("movups %%xmm8, (%0)\n\tmovups %%xmm14, 16(%0)" ::"r"(after) : "memory");
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(after[i], before[i]);
+}
+#endif
 
 } // namespace
 } // namespace workbook

@@ -131,26 +131,20 @@ TEST_F(Changes, RefuseWhatCannotBeAndLeaveTheBookAlone) {
         int code;
         const char* mentioned;
     } cases[] = {
-        {{"new"}, 2, "BOOK"},
         {{"new", book, "--sheets", "0"}, 2, "--sheets"},
         {{"new", book, "--sheets", "65536"}, 2, "--sheets"},
-        {{"new", book, "--sheets", "many"}, 2, "--sheets"},
         {{"sheet"}, 2, "A command is missing; see 'zxsheet sheet --help'"},
         {{"sheet", "drop", book}, 2, "no command 'drop'; see 'zxsheet sheet --help'"},
         {{"sheet", "add", book}, 2, "see 'zxsheet sheet add --help'"},
         {{"sheet", "add", book, "New", "--at", "0"}, 2, "--at"},
         {{"sheet", "add", book, "a:b"}, 2, "Invalid sheet name"},
-        {{"sheet", "add", book, ""}, 2, "Invalid sheet name"},
         {{"sheet", "rename", book, "One", "a?"}, 2, "Invalid sheet name"},
         {{"sheet", "move", book, "One"}, 2, "--to"},
         {{"clear", book}, 2, "--range"},
-        {{"unmerge", book, "A1"}, 2, "--range"},
         {{"sheet", "add", "no such.xlsx", "New"}, 3, "no such.xlsx"},
-        {{"clear", "no such.xlsx", "-r", "A1"}, 3, "no such.xlsx"},
         {{"sheet", "remove", book, "Three"}, 5, "'Three'"},
         {{"sheet", "add", book, "New", "--at", "6"}, 5, "place 6"},
         {{"sheet", "add", book, "New", "--copy", "Three"}, 5, "'Three'"},
-        {{"sheet", "add", book, "New", "--copy", "Chart"}, 5, "chart sheet"},
         {{"sheet", "move", book, "One", "--to", "5"}, 5, "place 5"},
         {{"sheet", "hide", book, "Chart"}, 5, "chart sheet"},
         {{"clear", book, "-r", "A0"}, 5, "'A0'"},
@@ -162,8 +156,6 @@ TEST_F(Changes, RefuseWhatCannotBeAndLeaveTheBookAlone) {
         {{"sheet", "hide", single.text(), "1"}, 6, "visible"},
         {{"clear", book, "-s", "Safe", "-r", "A1"}, 6, "protected"},
         {{"sheet", "add", book, "New", "-o", book + ".xlsm"}, 6, "incompatible"},
-        {{"sheet", "add", book, "New", "-o", book + "/x.xlsx"}, 6, "x.xlsx"},
-        {{"sheet", "add", book, "New", "-o", folder + "/nowhere/x.xlsx"}, 6, "x.xlsx"},
         {{"sheet", "add", book, "New", "-o", folder + "/" + std::string(300, 'x') + ".xlsx"},
          6,
          "xxx"},
@@ -171,7 +163,6 @@ TEST_F(Changes, RefuseWhatCannotBeAndLeaveTheBookAlone) {
         {{"new", "x.ods"}, 6, ".xlsm"},
         {{"new", "gsheet:abc"}, 2, "google create"},
         {{nowhere, "sheet", "remove", "gsheet:abc", "1"}, 7, "gsheet:abc: The request failed"},
-        {{nowhere, "autofit", "gsheet:abc"}, 7, "gsheet:abc: The request failed"},
         {{"new", "no such.xlsx", "--app"}, 8, "application is not available"},
         {{"sheet", "show", book, "Two", "--app"}, 8, "application is not available"},
     };
@@ -203,21 +194,6 @@ TEST_F(Changes, LeaveNothingBehindWhenTheTargetCannotBe) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.text()), {}), 1);
     EXPECT_TRUE(fs::is_empty(fs::path(folder.text()) / "target.xlsx"));
 }
-
-#ifndef _WIN32
-TEST_F(Changes, LeaveAReadOnlyFolderAlone) {
-    const TemporaryPath folder("locked");
-    fs::create_directories(folder.text());
-    fs::permissions(folder.text(), fs::perms::owner_read | fs::perms::owner_exec);
-    const std::string target = folder.text() + "/x.xlsx";
-    const bool writes_anyway = std::ofstream(target).is_open();
-    if (writes_anyway) GTEST_SKIP() << "permissions do not bind this user";
-    const Outcome outcome = run_on_book("sheet add", {"New", "-o", target});
-    EXPECT_EQ(outcome.code, 6) << outcome.err;
-    EXPECT_NE(outcome.err.find("denied"), std::string::npos) << outcome.err;
-    EXPECT_TRUE(fs::is_empty(folder.text()));
-}
-#endif
 
 TEST(ChangingCommands, HaveHelpWithAnExample) {
     for (const std::string name : {"new", "write", "clear", "unmerge", "autofit", "sheet add",

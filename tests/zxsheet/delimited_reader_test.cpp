@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "zxsheet/command_error.h"
 #include "zxsheet/delimited_reader.h"
-#include "zxsheet/failure.h"
 
 namespace zxsheet {
 namespace {
@@ -115,7 +115,7 @@ TEST(DelimitedReader, NamesTheLineOfWhatIsWrong) {
         try {
             rows_of(c.text);
             ADD_FAILURE() << "taken: " << c.mentioned;
-        } catch (const Failure& e) {
+        } catch (const CommandError& e) {
             EXPECT_EQ(e.code(), ExitCode::Failed);
             EXPECT_NE(std::string(e.what()).find(c.mentioned), std::string::npos) << e.what();
             EXPECT_TRUE(std::string(e.what()).starts_with("data.csv: ")) << e.what();

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The line on the terminal, shown by a thread of its own.
 #include <condition_variable>
 #include <mutex>
 #include <sstream>

@@ -122,12 +122,6 @@ TEST_F(Commands, PrintTypes) {
               "{\"sheet\":\"Data\",\"range\":\"B2:C2\",\"types\":[[\"text\",\"text\"]]}\n");
 }
 
-TEST_F(Commands, WriteIntoAFile) {
-    const TemporaryPath target("out.csv");
-    EXPECT_EQ(output("read", {"-r", "B3:C3", "-o", target.text()}), "");
-    EXPECT_EQ(target.bytes(), "1900-02-29,true\n");
-}
-
 // More cells than are read at a time.
 TEST(ReadCommand, JoinsBandsOfRows) {
     std::string rows;

@@ -6,13 +6,15 @@
 #include <algorithm>
 #include <cstring>
 
+#include "foundation/large_block.h"
+
 namespace workbook {
 
 namespace {
 
-// 512 KiB, 1 MiB, then 2 MiB each.
+// 512 KiB, doubled up to 8 MiB.
 std::size_t chunk_cells(std::size_t chunks_before) {
-    return std::size_t{32 << 10} << std::min<std::size_t>(chunks_before, 2);
+    return std::size_t{32 << 10} << std::min<std::size_t>(chunks_before, 4);
 }
 
 bool by_column(const StoredCell& a, const StoredCell& b) {
@@ -46,6 +48,7 @@ void CellStore::begin_row(int row) {
         const std::size_t cells = std::max<std::size_t>(chunk_cells(chunks_.size()), max_columns_);
         chunks_.emplace_back(new StoredCell[cells]);
         open_end_ = chunks_.back().get();
+        foundation::expect_to_fill(open_end_, cells * sizeof(StoredCell));
         chunk_end_ = open_end_ + cells;
     }
     open_begin_ = open_end_;

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// Signatures, and a look into the directory of a compound file (MS-CFB 2.6) for an encrypted
-// package.
 #include "workbook/detect/file_kind.h"
 
 #include <algorithm>
-#include <string>
+#include <array>
 #include <string_view>
 
 #include "workbook/error.h"
@@ -15,87 +12,19 @@ namespace workbook {
 
 namespace {
 
-using foundation::files::RandomAccessFile;
-
 constexpr std::string_view kCompoundSignature{"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8};
-constexpr std::size_t kCompoundHeaderBytes = 512;
-constexpr std::size_t kDirectoryEntryBytes = 128;
-constexpr std::size_t kEntryNameBytes = 64;
-constexpr std::uint32_t kLastRegularSector = 0xFFFFFFFA;
-/// The first sectors of the directory hold the entries that matter.
-constexpr int kMaxDirectorySectors = 64;
-constexpr std::size_t kHeaderTableSectors = 109;
 
-std::string read_bytes(RandomAccessFile& file, std::uint64_t position, std::size_t count) {
-    std::string bytes(count, '\0');
-    bytes.resize(file.read_at(position, bytes.data(), count));
-    return bytes;
-}
-
-/// The name of a directory entry as far as it is ASCII.
-std::string entry_name(std::string_view entry) {
-    std::string name;
-    for (std::size_t i = 0; i + 1 < kEntryNameBytes; i += 2) {
-        const std::uint16_t unit = load_u16(entry.data() + i);
-        if (unit == 0) break;
-        name += unit < 0x80 ? static_cast<char>(unit) : '?';
-    }
-    return name;
-}
-
-/// Walks the sectors of a compound file's directory. Every sector number comes from the file and is
-/// followed only to bytes that exist, for a bounded number of steps.
-class CompoundDirectory {
-  public:
-    CompoundDirectory(RandomAccessFile& file, std::string header)
-        : file_(file), header_(std::move(header)) {
-        const std::uint16_t shift = load_u16(header_.data() + 30);
-        sector_bytes_ = shift == 12 ? 4096 : 512;
-    }
-
-    bool has_entry(std::string_view wanted) {
-        std::uint32_t sector = load_u32(header_.data() + 48);
-        for (int i = 0; i < kMaxDirectorySectors && sector <= kLastRegularSector; ++i) {
-            const std::string entries = read_bytes(file_, sector_position(sector), sector_bytes_);
-            for (std::size_t at = 0; at + kDirectoryEntryBytes <= entries.size();
-                 at += kDirectoryEntryBytes)
-                if (entry_name(std::string_view(entries).substr(at)) == wanted) return true;
-            sector = next_sector(sector);
-        }
-        return false;
-    }
-
-  private:
-    std::uint64_t sector_position(std::uint32_t sector) const {
-        return (std::uint64_t{sector} + 1) * sector_bytes_;
-    }
-
-    /// Only tables that the header lists are looked at: enough for the first 7 MB of a file.
-    std::uint32_t next_sector(std::uint32_t sector) {
-        constexpr std::uint32_t kNone = 0xFFFFFFFE;
-        const std::size_t per_table = sector_bytes_ / 4;
-        const std::size_t table = sector / per_table;
-        if (table >= kHeaderTableSectors) return kNone;
-        const std::uint32_t table_sector = load_u32(header_.data() + 76 + 4 * table);
-        if (table_sector > kLastRegularSector) return kNone;
-        const std::string link =
-            read_bytes(file_, sector_position(table_sector) + 4 * (sector % per_table), 4);
-        return link.size() == 4 ? load_u32(link.data()) : kNone;
-    }
-
-    RandomAccessFile& file_;
-    std::string header_;
-    std::size_t sector_bytes_;
-};
-
-[[noreturn]] void refuse_compound_file(RandomAccessFile& file) {
-    std::string header = read_bytes(file, 0, kCompoundHeaderBytes);
-    if (header.size() == kCompoundHeaderBytes) {
-        CompoundDirectory directory(file, std::move(header));
-        if (directory.has_entry("EncryptedPackage") || directory.has_entry("EncryptionInfo"))
-            throw Error::encrypted();
-    }
-    throw Error::not_a_workbook("it is a compound file, as XLS workbooks are");
+/// A BOF record of any version (MS-XLS 2.4.21): number, length, version, kind of substream.
+bool starts_with_bof(std::string_view bytes) {
+    constexpr std::size_t kLeastBytes = 8, kLongestData = 16;
+    if (bytes.size() < kLeastBytes) return false;
+    const std::uint16_t id = load_u16(bytes.data());
+    const std::size_t size = load_u16(bytes.data() + 2);
+    const std::uint16_t kind = load_u16(bytes.data() + 6);
+    const bool is_bof = id == 0x0009 || id == 0x0209 || id == 0x0409 || id == 0x0809;
+    const bool is_kind =
+        kind == 0x05 || kind == 0x10 || kind == 0x20 || kind == 0x40 || kind == 0x100;
+    return is_bof && size >= 4 && size <= kLongestData && is_kind;
 }
 
 bool looks_like_text(std::string_view bytes) {
@@ -106,14 +35,28 @@ bool looks_like_text(std::string_view bytes) {
 
 } // namespace
 
-void require_zip_container(RandomAccessFile& file) {
-    constexpr std::size_t kLookBytes = 512;
-    const std::string start = read_bytes(file, 0, kLookBytes);
-    if (start.empty()) throw Error::not_a_workbook("it is empty");
-    if (start.starts_with("PK")) return;
-    if (start.starts_with(kCompoundSignature)) refuse_compound_file(file);
-    if (looks_like_text(start)) throw Error::not_a_workbook("it is a text file");
-    // Other bytes may precede a container; the search for its directory decides.
+FileKind detect_file_kind(foundation::files::RandomAccessFile& file) {
+    std::array<char, 512> buffer;
+    const std::string_view start(buffer.data(), file.read_at(0, buffer.data(), buffer.size()));
+    if (start.empty()) return FileKind::Empty;
+    if (start.starts_with("PK")) return FileKind::ZipContainer;
+    if (start.starts_with(kCompoundSignature)) return FileKind::CompoundFile;
+    if (starts_with_bof(start)) return FileKind::RecordStream;
+    return looks_like_text(start) ? FileKind::Text : FileKind::Other;
+}
+
+void refuse_file_kind(FileKind kind) {
+    switch (kind) {
+    case FileKind::CompoundFile:
+    case FileKind::RecordStream:
+        throw Error::not_a_workbook("it is an XLS workbook or another compound file");
+    case FileKind::Empty:
+        throw Error::not_a_workbook("it is empty");
+    case FileKind::Text:
+        throw Error::not_a_workbook("it is a text file");
+    default:
+        throw Error::not_a_workbook("it is neither a ZIP container nor a compound file");
+    }
 }
 
 } // namespace workbook

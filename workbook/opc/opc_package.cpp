@@ -15,7 +15,9 @@ constexpr std::string_view kContentTypesPart = "[content_types].xml";
 
 std::unique_ptr<foundation::files::RandomAccessFile>
 checked(std::unique_ptr<foundation::files::RandomAccessFile> file) {
-    require_zip_container(*file);
+    const FileKind kind = detect_file_kind(*file);
+    // Other bytes may precede a container; the search for its directory decides.
+    if (kind != FileKind::ZipContainer && kind != FileKind::Other) refuse_file_kind(kind);
     return file;
 }
 

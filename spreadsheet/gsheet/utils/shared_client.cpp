@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <mutex>
+#include <stdexcept>
 #include <utility>
 
 #include "foundation/never_destroyed.h"
@@ -63,7 +64,12 @@ void stop_service() {
     std::shared_ptr<http::HttpClient> last; // its connections are closed behind the lock
     const std::scoped_lock lock(held.mutex);
     last = std::exchange(held.client, nullptr);
-    if (held.own_registration) std::exchange(held.own_registration, {}).Unregister();
+    if (!held.own_registration) return;
+    try {
+        std::exchange(held.own_registration, {}).Unregister();
+    } catch (const std::logic_error&) {
+        // The host's framework has stopped before, which ended the registration.
+    }
 }
 
 } // namespace gsheet

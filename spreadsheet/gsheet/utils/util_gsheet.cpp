@@ -11,6 +11,8 @@
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/host_errors.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
+#include "spreadsheet/gsheet/utils/service_reason.h"
+#include "spreadsheet/with_failure.h"
 
 namespace gsheet {
 
@@ -22,6 +24,8 @@ using foundation::unicode::to_utf16;
 using foundation::unicode::to_utf8;
 using spreadsheet::error_id;
 using spreadsheet::Exception;
+using spreadsheet::FailureKind;
+using spreadsheet::ServiceReason;
 
 std::string code_and_reason(const http::HttpResponse& response) {
     return "[RESPONSE CODE]: " + std::to_string(response.status) +
@@ -30,6 +34,38 @@ std::string code_and_reason(const http::HttpResponse& response) {
 
 void remove_line_feeds(std::string& text) {
     text.erase(std::remove(text.begin(), text.end(), '\n'), text.end());
+}
+
+/// Throws `exception` with what is known about its cause, an empty `cause` being the exception's
+/// own text.
+[[noreturn]] void fail(Exception exception, std::string cause, ServiceReason reason = {}) {
+    throw spreadsheet::with_failure(
+        std::move(exception),
+        {FailureKind::Service, without_secrets(cause), {}, std::move(reason)});
+}
+
+Exception exception_for(const http::HttpResponse& response) {
+    constexpr std::string_view kLastSheet = "You can't remove all the sheets in a document.";
+    switch (response.status) {
+    case 401:
+    case 403:
+        return Exception(error_id::google_identity_required);
+    case 404:
+        return Exception(error_id::google_sheet_not_found);
+    case 408:
+        return Exception(error_id::google_timed_out);
+    case 429:
+        return Exception(error_id::google_too_many_requests);
+    default:
+        break;
+    }
+    std::string body = response.body;
+    const std::string message = extractErrorMessage(body);
+    if (response.status == 400 && message.find(kLastSheet) != std::string::npos)
+        return Exception(error_id::google_last_sheet);
+    const error_id id =
+        response.status == 503 ? error_id::google_unavailable_again : error_id::google_unavailable;
+    return Exception(id, without_secrets(message));
 }
 
 /// Logs an exception that escapes `action` and lets it pass.
@@ -83,7 +119,9 @@ void set_bearer(http::HttpRequest& request, const std::string& token) {
 std::string executeRequestWithToken(http::HttpRequest&& request) {
     return with_failures_logged([&] {
         const std::shared_ptr<http::HttpClient> client = sharedHttpClient();
-        if (client == nullptr) throw Exception(error_id::google_unavailable_again);
+        if (client == nullptr)
+            fail(Exception(error_id::google_unavailable_again),
+                 "No HTTP client is registered; call initialize first.");
         http::HttpResponse response = client->send(std::move(request));
         if (response.status != 200) throwForHttpStatus(response);
         log_line(severity::info, code_and_reason(response));
@@ -92,29 +130,10 @@ std::string executeRequestWithToken(http::HttpRequest&& request) {
 }
 
 void throwForHttpStatus(const http::HttpResponse& response) {
-    constexpr std::string_view kLastSheet = "You can't remove all the sheets in a document.";
     log_line(severity::error,
              code_and_reason(response) + " [RESPONSE BODY STRING:] " + response.body);
-    switch (response.status) {
-    case 401:
-    case 403:
-        throw Exception(error_id::google_identity_required);
-    case 404:
-        throw Exception(error_id::google_sheet_not_found);
-    case 408:
-        throw Exception(error_id::google_timed_out);
-    case 429:
-        throw Exception(error_id::google_too_many_requests);
-    default:
-        break;
-    }
-    std::string body = response.body;
-    const std::string message = extractErrorMessage(body);
-    if (response.status == 400 && message.find(kLastSheet) != std::string::npos)
-        throw Exception(error_id::google_last_sheet);
-    const error_id id =
-        response.status == 503 ? error_id::google_unavailable_again : error_id::google_unavailable;
-    throw Exception(id, without_secrets(message));
+    const ServiceReason reason = reason_of(response);
+    fail(exception_for(response), reason.message, reason);
 }
 
 std::string extractErrorMessage(std::string& body) {
@@ -144,7 +163,8 @@ void throwForUnreadableBody(const std::string& body, std::string_view reason) {
     log_line(severity::error, "JSON response Parsing failed:" + body);
     log_line(severity::error, "Exception caught: " + std::string(reason));
     const bool is_limit = body.find("RATE_LIMIT_EXCEEDED") != std::string::npos;
-    throw Exception(is_limit ? error_id::google_too_many_requests : error_id::internal);
+    fail(Exception(is_limit ? error_id::google_too_many_requests : error_id::internal),
+         "The service's reply cannot be understood: " + std::string(reason) + ".");
 }
 
 void translateToHostError(const Exception& error) {

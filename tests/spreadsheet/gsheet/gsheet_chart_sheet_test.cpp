@@ -2,6 +2,7 @@
 //
 // The placeholder of an object sheet refuses everything.
 #include <functional>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -24,63 +25,58 @@ TEST_F(GSheetChart, RefusesEveryOperation) {
     const MergedCellRowRule rows{};
     const Range cell{0, 0, 0, 0};
     double* const numbers = nullptr;
-    SerialDatenum* const dates = nullptr;
-    bool* const booleans = nullptr;
-    unsigned char* const bytes = nullptr;
     cell_type* const types = nullptr;
     output::CellArrayBuilder builder;
     CellTypeIterator selection({}, {}, nullptr, 0);
-    const std::function<void()> actions[] = {
-        [&] { (void)(chart == chart); },
-        [&] { chart.get_sheet(); },
-        [&] { sheet->name(u"x"); },
-        [&] { sheet->name(); },
-        [&] { sheet->hidden(sheet::hidden::visible); },
-        [&] { sheet->hidden(); },
-        [&] { sheet->is_protected(); },
-        [&] { sheet->set_protected(true); },
-        [&] { sheet->used_range(); },
-        [&] { sheet->clear(Cell{}); },
-        [&] { sheet->clear(cell); },
-        [&] { sheet->named_range(u"x"); },
-        [&] { sheet->cell_types(CellIterator({}, {}), types); },
-        [&] { sheet->cell_types(cell, types, columns, rows); },
-        [&] { sheet->cell_types(cell, types); },
-        [&] { sheet->get_merged_cells_vector(); },
-        [&] { sheet->get_omit_rows_vector(); },
-        [&] { sheet->get_omit_vars_vector(); },
-        [&] { sheet->reset_merged_cells_vector(); },
-        [&] { sheet->reset_omit_vars_bool(); },
-        [&] { sheet->set_return_empty_vars_bool(true); },
-        [&] { sheet->typeCheck(0, 0); },
-        [&] { sheet->read(cell, bytes, columns, rows); },
-        [&] { sheet->read(cell, bytes); },
-        [&] { sheet->read(cell, booleans, columns, rows); },
-        [&] { sheet->read(cell, booleans); },
-        [&] { sheet->read(cell, dates, columns, rows); },
-        [&] { sheet->read(cell, dates); },
-        [&] { sheet->read(cell, numbers, columns, rows); },
-        [&] { sheet->read(cell, numbers); },
-        [&] { sheet->read(cell, StringBuilder{}, columns, rows); },
-        [&] { sheet->read(cell, StringBuilder{}); },
-        [&] { sheet->read(cell, types, CellBuilder{}); },
-        [&] { sheet->write(cell, bytes); },
-        [&] { sheet->write(cell, booleans); },
-        [&] { sheet->write(cell, dates); },
-        [&] { sheet->write(cell, numbers); },
-        [&] { sheet->write(cell, StringProvider{}); },
-        [&] { sheet->write(cell, types, CellProvider{}, true); },
-        [&] { sheet->auto_fit_column_widths(cell); },
-        [&] { sheet->unmerge(cell); },
-        [&] { sheet->is_range_writeable(cell); },
-        [&] { sheet->get_data_span(cell, columns, rows); },
-        [&] { sheet->get_types(types); },
-        [&] { sheet->read_cell_array(selection, builder, true, columns, rows); },
-        [&] { sheet->read_cell_array(selection, builder, true); },
-        [&] { sheet->readDatesAsDoubles(cell, numbers, columns, rows); },
-        [&] { sheet->readDatesAsDoubles(cell, numbers); },
-        [&] { sheet->prefetch(cell, types); },
+    std::vector<std::function<void()>> actions;
+    const auto add_typed = [&](auto... values) {
+        (actions.insert(actions.end(),
+                        {[=] { sheet->read(cell, values, columns, rows); },
+                         [=] { sheet->read(cell, values); }, [=] { sheet->write(cell, values); }}),
+         ...);
     };
+    add_typed(numbers, static_cast<SerialDatenum*>(nullptr), static_cast<bool*>(nullptr),
+              static_cast<unsigned char*>(nullptr));
+    actions.insert(actions.end(),
+                   {
+                       [&] { (void)(chart == chart); },
+                       [&] { chart.get_sheet(); },
+                       [&] { sheet->name(u"x"); },
+                       [&] { sheet->name(); },
+                       [&] { sheet->hidden(sheet::hidden::visible); },
+                       [&] { sheet->hidden(); },
+                       [&] { sheet->is_protected(); },
+                       [&] { sheet->set_protected(true); },
+                       [&] { sheet->used_range(); },
+                       [&] { sheet->clear(Cell{}); },
+                       [&] { sheet->clear(cell); },
+                       [&] { sheet->named_range(u"x"); },
+                       [&] { sheet->cell_types(CellIterator({}, {}), types); },
+                       [&] { sheet->cell_types(cell, types, columns, rows); },
+                       [&] { sheet->cell_types(cell, types); },
+                       [&] { sheet->get_merged_cells_vector(); },
+                       [&] { sheet->get_omit_rows_vector(); },
+                       [&] { sheet->get_omit_vars_vector(); },
+                       [&] { sheet->reset_merged_cells_vector(); },
+                       [&] { sheet->reset_omit_vars_bool(); },
+                       [&] { sheet->set_return_empty_vars_bool(true); },
+                       [&] { sheet->typeCheck(0, 0); },
+                       [&] { sheet->read(cell, StringBuilder{}, columns, rows); },
+                       [&] { sheet->read(cell, StringBuilder{}); },
+                       [&] { sheet->read(cell, types, CellBuilder{}); },
+                       [&] { sheet->write(cell, StringProvider{}); },
+                       [&] { sheet->write(cell, types, CellProvider{}, true); },
+                       [&] { sheet->auto_fit_column_widths(cell); },
+                       [&] { sheet->unmerge(cell); },
+                       [&] { sheet->is_range_writeable(cell); },
+                       [&] { sheet->get_data_span(cell, columns, rows); },
+                       [&] { sheet->get_types(types); },
+                       [&] { sheet->read_cell_array(selection, builder, true, columns, rows); },
+                       [&] { sheet->read_cell_array(selection, builder, true); },
+                       [&] { sheet->readDatesAsDoubles(cell, numbers, columns, rows); },
+                       [&] { sheet->readDatesAsDoubles(cell, numbers); },
+                       [&] { sheet->prefetch(cell, types); },
+                   });
     for (const auto& action : actions) {
         const std::size_t before = log_lines("gsheet/gsheet_chart_sheet").size();
         EXPECT_EQ(thrown_id(action), 31) << before;

@@ -42,57 +42,54 @@ TEST_F(GSheetRanges, AsksForTheUsedRangeOnce) {
 }
 
 TEST_F(GSheetRanges, FindsNamedRanges) {
-    const std::string corner =
-        R"("startRowIndex": 1, "endRowIndex": 4, "startColumnIndex": 1, "endColumnIndex": 4)";
     const auto entry = [](const std::string& name, const std::string& range) {
         return R"({"namedRangeId": "5", "name": ")" + name + R"(", "range": {)" + range + "}}";
     };
+    const std::string seven = R"("sheetId": 7)";
+    const std::string corner =
+        R"(, "startRowIndex": 1, "endRowIndex": 4, "startColumnIndex": 1, "endColumnIndex": 4)";
+    const std::string far = R"(, "startRowIndex": -9999999999, "endRowIndex": 9999999999)";
     const struct {
         const char* about;
-        std::vector<std::string> entries;
+        std::string entries;
         int id;
         Range range;
     } cases[] = {
-        {"a block", {entry("Sales", R"("sheetId": 7, )" + corner)}, -1, {1, 1, 3, 3}},
-        {"among others, in other letters",
-         {entry("Other", R"("sheetId": 7)"), entry("sALES", R"("sheetId": 7, )" + corner)},
+        {"a block", entry("Sales", seven + corner), -1, {1, 1, 3, 3}},
+        {"among others",
+         entry("X", seven) + "," + entry("sALES", seven + corner),
          -1,
          {1, 1, 3, 3}},
-        {"whole columns",
-         {entry("Sales", R"("sheetId": 7, "startColumnIndex": 2, "endColumnIndex": 3)")},
+        {"columns",
+         entry("Sales", seven + R"(, "startColumnIndex": 2, "endColumnIndex": 3)"),
          -1,
          {0, 2, 999, 2}},
-        {"the whole sheet", {entry("Sales", R"("sheetId": 7)")}, -1, {0, 0, 999, 25}},
-        {"absent", {entry("Other", R"("sheetId": 7, )" + corner)}, 23, {}},
-        {"none at all", {}, 23, {}},
-        {"on another sheet", {entry("Sales", R"("sheetId": 8, )" + corner)}, 23, {}},
-        {"on the sheet with the identifier 0", {entry("Sales", corner)}, 23, {}},
+        {"the whole sheet", entry("Sales", seven), -1, {0, 0, 999, 25}},
+        {"out of all bounds", entry("Sales", seven + far), -1, {0, 0, 999, 25}},
+        {"absent", entry("Other", seven + corner), 23, {}},
+        {"none at all", "", 23, {}},
+        {"on another sheet", entry("Sales", R"("sheetId": 8)" + corner), 23, {}},
+        {"on the sheet with the identifier 0", entry("Sales", corner.substr(2)), 23, {}},
         {"upside down",
-         {entry("Sales", R"("sheetId": 7, "startRowIndex": 5, "endRowIndex": 5)")},
+         entry("Sales", seven + R"(, "startRowIndex": 5, "endRowIndex": 5)"),
          23,
          {}},
-        {"out of all bounds",
-         {entry(
-             "Sales",
-             R"("sheetId": 7, "startRowIndex": -9999999999, "endRowIndex": 9999999999, "endColumnIndex": 1)")},
-         -1,
-         {0, 0, 999, 0}},
     };
     const auto sheet = open_sheet();
     for (const auto& c : cases) {
         SCOPED_TRACE(c.about);
-        std::string list;
-        for (const std::string& text : c.entries)
-            list += (list.empty() ? "" : ",") + text;
-        answer(c.entries.empty() ? "{}" : R"({"namedRanges": [)" + list + "]}");
+        answer(R"({"namedRanges": [)" + c.entries + "]}");
         Range range;
         EXPECT_EQ(thrown_id([&] { range = sheet->named_range(u"Sales"); }), c.id);
         EXPECT_EQ(range, c.range);
         EXPECT_EQ(requests(),
                   (std::vector<Sent>{{"GET", "/book?ranges=Sales&fields=namedRanges"}}));
     }
-    answer({refusal(400, "Unable to parse range: Sales"), refusal(400, "Something else"),
-            refusal(404, "Unable to parse range: Sales")});
+    answer(
+        {refusal(400, "Unable to parse range: Sales"),
+         {R"({"error": {"status": "INVALID_ARGUMENT", "details": [{"reason": "API_KEY_INVALID"}]}})",
+          400},
+         refusal(404, "Unable to parse range: Sales")});
     for (const int id : {23, 47, 42})
         EXPECT_EQ(thrown_id([&] { sheet->named_range(u"Sales"); }), id);
     requests();

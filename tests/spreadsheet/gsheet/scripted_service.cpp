@@ -5,47 +5,13 @@
 #include <ostream>
 #include <utility>
 
-#include "foundation/environment.h"
-#include "foundation/services.h"
 #include "spreadsheet/book_factory.h"
 
 namespace spreadsheet::test {
 
 namespace {
 
-using foundation::http::HttpClientConfiguration;
 using foundation::http::HttpRequest;
-using foundation::http::HttpResponse;
-
-class ScriptedClient : public foundation::http::HttpClient {
-  public:
-    HttpClientConfiguration defaultConfiguration() const override { return {}; }
-    void configure(HttpClientConfiguration) override {}
-    HttpResponse send(HttpRequest&& request) override {
-        sent.push_back(request);
-        if (replies.empty()) {
-            ADD_FAILURE() << "not in the script: " << request.fullUrl();
-            return {500, "Internal Server Error", {}, "{}"};
-        }
-        const Reply reply = std::move(replies.front());
-        replies.pop_front();
-        if (reply.is_time_out)
-            throw foundation::http::HttpRequestTimeoutException("the server took too long");
-        return {reply.status, "reason", {}, reply.body};
-    }
-
-    std::vector<HttpRequest> sent;
-    std::deque<Reply> replies;
-};
-
-ScriptedClient& client() {
-    static const auto instance = [] {
-        auto made = std::make_shared<ScriptedClient>();
-        foundation::services::bundle_context().RegisterService<foundation::http::HttpClient>(made);
-        return made;
-    }();
-    return *instance;
-}
 
 std::string decoded(const std::string& text) {
     std::string plain;
@@ -84,51 +50,41 @@ void PrintTo(const Sent& sent, std::ostream* out) {
 Reply refusal(int status, const std::string& message) {
     const std::string code = std::to_string(status);
     return {"{\n  \"error\": {\n    \"code\": " + code + ",\n    \"message\": \"" + message +
-                "\",\n    \"status\": \"STATUS\"\n  }\n}\n",
+                "\",\n    \"status\": \"INVALID_ARGUMENT\"\n  }\n}\n",
             status};
 }
 
-ScriptedService::ScriptedService()
-    : sink_(std::make_shared<foundation::log::CollectingSink>()), mask_(getLogger().level_mask()) {
-    foundation::set_environment_variable("ZX_ACCESS_TOKEN", u"the-secret-token");
-    foundation::set_environment_variable("ZX_API_KEY", u"");
-    getLogger().add_sink(sink_);
+ScriptedService::ScriptedService() : mask_(getLogger().level_mask()) {
     getLogger().set_level_mask(~std::uint32_t{0});
-    client().sent.clear();
-    client().replies.clear();
+    client_.requests.clear();
+    client_.script.clear();
+    client_.retries = false;
 }
 
 ScriptedService::~ScriptedService() {
     book_.reset();
     getLogger().set_level_mask(mask_);
-    getLogger().remove_sink(sink_);
-    EXPECT_TRUE(client().replies.empty()) << "not asked for";
+    EXPECT_TRUE(client_.script.empty()) << "not asked for";
     EXPECT_TRUE(log_lines(kToken).empty());
 }
 
-void ScriptedService::answer(std::vector<Reply> replies) {
-    for (Reply& reply : replies)
-        client().replies.push_back(std::move(reply));
+void ScriptedService::answer(const std::vector<Reply>& replies) {
+    for (const Reply& reply : replies)
+        client_.script.push_back(reply.is_time_out ? gsheet::test::time_out()
+                                                   : gsheet::test::reply(reply.status, reply.body));
 }
 
 std::vector<Sent> ScriptedService::requests() {
     std::vector<Sent> seen;
-    for (const HttpRequest& request : std::exchange(client().sent, {}))
+    for (const HttpRequest& request : std::exchange(client_.requests, {}))
         seen.push_back(to_sent(request));
     return seen;
 }
 
-std::vector<std::string> ScriptedService::last_headers() const {
-    std::vector<std::string> lines;
-    for (const auto& [name, value] : client().sent.back().headers())
-        lines.push_back(name + ": " + value);
-    return lines;
-}
-
 std::vector<std::string> ScriptedService::log_lines(const std::string& part) const {
-    std::vector<std::string> lines;
-    for (const foundation::log::Record& record : sink_->records())
-        if (record.text.find(part) != std::string::npos) lines.push_back(record.text);
+    std::vector<std::string> lines = log_.lines();
+    std::erase_if(lines,
+                  [&](const std::string& line) { return line.find(part) == std::string::npos; });
     return lines;
 }
 

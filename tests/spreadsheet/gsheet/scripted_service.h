@@ -1,21 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The service as a script: a client that records requests and answers them in turn. It is
-// registered once for the test program and told anew by every test.
+// The service as a script for books and sheets: requests are recorded and answered in turn, and no
+// request is repeated.
 #pragma once
 
-#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "foundation/http/http_client.h"
 #include "foundation/json.h"
-#include "foundation/log.h"
 #include "spreadsheet/book.h"
 #include "spreadsheet/sheet.h"
+#include "tests/gsheet/scripted_service.h"
 
 namespace spreadsheet::test {
 
@@ -48,12 +46,10 @@ class ScriptedService : public testing::Test {
     ScriptedService();
     ~ScriptedService() override;
 
-    void answer(std::vector<Reply> replies);
-    void answer(const std::string& body, int status = 200) { answer({Reply{body, status}}); }
+    void answer(const std::vector<Reply>& replies);
+    void answer(const std::string& body) { answer({Reply{body}}); }
     /// The requests since the last call.
     std::vector<Sent> requests();
-    /// The headers of the last request as lines.
-    std::vector<std::string> last_headers() const;
     /// The log's lines since the last call that contain `part`.
     std::vector<std::string> log_lines(const std::string& part) const;
     bool is_logged(const std::string& line) const;
@@ -64,7 +60,9 @@ class ScriptedService : public testing::Test {
     std::shared_ptr<ISheet> open_sheet(int rows = 1000, int columns = 26);
 
   private:
-    std::shared_ptr<foundation::log::CollectingSink> sink_;
+    gsheet::test::ScriptedClient& client_ = gsheet::test::scripted_client();
+    gsheet::test::Credentials credentials_{kToken, ""};
+    gsheet::test::Log log_;
     std::uint32_t mask_;
     std::shared_ptr<IBook> book_;
 };

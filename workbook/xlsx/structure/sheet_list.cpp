@@ -7,7 +7,7 @@
 
 #include "foundation/case_folding.h"
 #include "foundation/unicode.h"
-#include "workbook/cells/sheet_name.h"
+#include "workbook/cells/sheet_name_rules.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
 

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbook/xls/reading/workbook_stream.h"
+
+#include <utility>
+
+#include "workbook/detect/file_kind.h"
+#include "workbook/error.h"
+#include "workbook/xls/xls_limits.h"
+
+namespace workbook {
+
+namespace {
+
+using foundation::files::RandomAccessFile;
+
+void require_stream_size(std::uint64_t size) {
+    if (size > kMaxXlsStreamBytes)
+        throw Error::limit("the workbook stream",
+                           "more than " + std::to_string(kMaxXlsStreamBytes) + " bytes");
+}
+
+[[noreturn]] void refuse_other_content(const CompoundFile& container) {
+    for (const char16_t* name : {u"EncryptedPackage", u"EncryptionInfo"})
+        if (container.find_stream(name) != nullptr) throw Error::encrypted();
+    throw Error::not_a_workbook("it is a compound file without a workbook");
+}
+
+WorkbookStream read_from_container(std::unique_ptr<RandomAccessFile> file) {
+    WorkbookStream result;
+    result.container = std::make_unique<CompoundFile>(std::move(file));
+    for (const char16_t* name : {u"Workbook", u"Book"}) {
+        const CompoundEntry* entry = result.container->find_stream(name);
+        if (entry == nullptr) continue;
+        require_stream_size(entry->size);
+        result.name = entry->name;
+        result.bytes = result.container->read_stream(*entry);
+        return result;
+    }
+    refuse_other_content(*result.container);
+}
+
+WorkbookStream read_whole_file(RandomAccessFile& file) {
+    require_stream_size(file.size());
+    WorkbookStream result;
+    result.bytes.resize(static_cast<std::size_t>(file.size()));
+    result.bytes.resize(file.read_at(0, result.bytes.data(), result.bytes.size()));
+    return result;
+}
+
+WorkbookStream read_encrypted_or_not(std::unique_ptr<RandomAccessFile> file) {
+    const FileKind kind = detect_file_kind(*file);
+    if (kind == FileKind::CompoundFile) return read_from_container(std::move(file));
+    if (kind == FileKind::RecordStream) return read_whole_file(*file);
+    refuse_file_kind(kind);
+}
+
+} // namespace
+
+WorkbookStream read_workbook_stream(std::unique_ptr<RandomAccessFile> file) {
+    WorkbookStream result = read_encrypted_or_not(std::move(file));
+    result.encryption = decrypt_workbook_stream(result.bytes);
+    return result;
+}
+
+} // namespace workbook

@@ -1,0 +1,279 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbook/xls/writing/book_saver.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "foundation/files.h"
+#include "workbook/cfb/compound_writer.h"
+#include "workbook/error.h"
+#include "workbook/xls/record_ids.h"
+#include "workbook/xls/record_stream.h"
+#include "workbook/xls/writing/blank_workbook.h"
+#include "workbook/xls/writing/byte_encoder.h"
+#include "workbook/xls/writing/globals_rewriter.h"
+#include "workbook/xls/writing/record_writer.h"
+#include "workbook/xls/writing/shared_strings_writer.h"
+#include "workbook/xls/writing/sheet_rewriter.h"
+#include "workbook/xls/xls_limits.h"
+#include "workbook/xls/xls_sheet.h"
+
+namespace workbook {
+
+namespace {
+
+constexpr const char* kStreamName = "the workbook stream";
+
+/// One past the last byte of the substream at `position`; the stream's end when it is cut.
+std::size_t end_of_substream(std::string_view stream, std::size_t position) {
+    RecordStream records(stream, position);
+    int depth = 0;
+    while (records.next()) {
+        const Record& record = records.record();
+        if (record::is_bof(record.id)) ++depth;
+        if (record.id == record::kEof && --depth <= 0)
+            return record.position + RecordStream::kHeaderBytes;
+    }
+    return stream.size();
+}
+
+class StreamWriter {
+  public:
+    explicit StreamWriter(const XlsContents& book)
+        : book_(book), old_(book.source.bytes), byte_encoder_(book.globals.byte_text) {
+        for (const auto& entry : book.entries)
+            sheets_.push_back({entry->name, entry->state, entry->original, entry->copy_of});
+    }
+
+    std::string run() {
+        if (sheets_.empty()) throw Error::refused("a workbook needs at least one sheet");
+        if (!has_changes()) return std::string(old_);
+        check_version();
+        prepare_strings();
+        if (version() < BiffVersion::Biff5) return rewritten(0);
+        write_globals();
+        for (std::size_t i = 0; i < sheets_.size(); ++i)
+            append_sheet(i);
+        return std::move(written_.bytes);
+    }
+
+  private:
+    BiffVersion version() const { return book_.globals.version; }
+
+    const XlsSheet* sheet(std::size_t i) const { return book_.sheets[i].get(); }
+
+    bool has_changed_cells() const {
+        return std::any_of(book_.sheets.begin(), book_.sheets.end(), [](const auto& one) {
+            return one != nullptr && one->has_changed_cells();
+        });
+    }
+
+    bool has_changed_list() const {
+        if (sheets_.size() != book_.globals.sheets.size()) return true;
+        for (std::size_t i = 0; i < sheets_.size(); ++i) {
+            const XlsSheetEntry& old = book_.globals.sheets[i];
+            if (sheets_[i].original != i || sheets_[i].name != old.name ||
+                sheets_[i].state != old.state)
+                return true;
+        }
+        return false;
+    }
+
+    bool has_changes() const {
+        const bool has_changed_sheet =
+            std::any_of(book_.sheets.begin(), book_.sheets.end(),
+                        [](const auto& one) { return one != nullptr && one->is_changed(); });
+        return has_changed_sheet || has_changed_list() || book_.is_new ||
+               book_.date_1904 != book_.globals.date_1904;
+    }
+
+    std::size_t known_formats() const { return book_.globals.formats.cell_formats().size(); }
+
+    /// Throws `Error` for changes that the book's version cannot hold.
+    void check_version() const {
+        const bool has_new_formats = book_.used_formats_end > known_formats();
+        if (has_new_formats && book_.used_formats_end > kMaxSavedFormats)
+            throw Error::limit(kStreamName,
+                               "it would have more than 4,050 cell formats, which no application "
+                               "opens; save the workbook as XLSX");
+        if (version() >= BiffVersion::Biff8) return;
+        constexpr const char* kAdvice =
+            " cannot be changed in a workbook of this age; save it as XLSX first";
+        if (has_changed_list()) throw Error::refused(std::string("the list of sheets") + kAdvice);
+        if (version() >= BiffVersion::Biff5) return;
+        if (has_new_formats) throw Error::refused(std::string("cell formats") + kAdvice);
+        if (book_.entries.size() > 1)
+            throw Error::refused("a workspace of several sheets cannot be changed; save it as "
+                                 "XLSX first");
+    }
+
+    void prepare_strings() {
+        if (version() < BiffVersion::Biff8) {
+            strings_.bytes = [this](std::uint64_t index) {
+                return byte_encoder_.encode(book_.added_strings[index]);
+            };
+        } else if (book_.globals.shared_strings) {
+            strings_.first_index = shared_string_count(old_, *book_.globals.shared_strings);
+        }
+    }
+
+    std::uint64_t added_uses() const {
+        std::uint64_t uses = 0;
+        for (const auto& one : book_.sheets)
+            if (one != nullptr && one->uses_added_strings()) uses += one->added_string_cells();
+        return uses;
+    }
+
+    void write_globals() {
+        const bool has_added_strings =
+            std::any_of(book_.sheets.begin(), book_.sheets.end(), [](const auto& one) {
+                return one != nullptr && one->uses_added_strings();
+            });
+        static const StringPool kNone;
+        std::optional<bool> date_1904;
+        if (book_.date_1904 != book_.globals.date_1904) date_1904 = book_.date_1904;
+        written_ = rewrite_globals(
+            {.stream = old_,
+             .version = version(),
+             .sheets = sheets_,
+             .original_count = book_.globals.sheets.size(),
+             .formats = book_.cell_formats,
+             .first_new_format = known_formats(),
+             .formats_end = std::max(book_.used_formats_end, known_formats()),
+             .old_strings = book_.globals.shared_strings,
+             .added_strings = has_added_strings ? book_.added_strings.pool() : kNone,
+             .added_uses = has_added_strings ? added_uses() : 0,
+             .date_1904 = date_1904,
+             .has_changed_cells = has_changed_cells()});
+    }
+
+    void append_sheet(std::size_t i) {
+        const std::size_t begin = written_.bytes.size();
+        if (begin > kMaxXlsStreamBytes)
+            throw Error::limit(kStreamName, "it would be larger than 2 GiB");
+        RecordWriter(written_.bytes)
+            .set_u32(written_.sheet_positions[i], static_cast<std::uint32_t>(begin));
+        std::string substream;
+        auto moved = static_cast<std::int64_t>(begin);
+        if (sheets_[i].original && (sheet(i) == nullptr || !sheet(i)->is_changed())) {
+            const std::size_t old_begin = book_.entries[i]->position;
+            substream = old_.substr(old_begin, end_of_substream(old_, old_begin) - old_begin);
+            moved -= static_cast<std::int64_t>(old_begin);
+            moved_index(substream, moved);
+        } else {
+            substream = rewritten(i);
+            moved_index(substream, moved);
+        }
+        written_.bytes += substream;
+    }
+
+    void moved_index(std::string& substream, std::int64_t distance) const {
+        if (distance != 0) move_index(substream, version(), distance);
+    }
+
+    std::string rewritten(std::size_t i) {
+        const XlsSheetEntry& entry = *book_.entries[i];
+        if (entry.original || entry.copy_of) return sheet(i)->write(old_, entry.position, strings_);
+        const std::string blank = blank_sheet(book_.is_new && i == 0);
+        return sheet(i)->write(blank, 0, strings_);
+    }
+
+    const XlsContents& book_;
+    const std::string_view old_;
+    ByteEncoder byte_encoder_;
+    std::vector<PlannedSheet> sheets_;
+    AddedStrings strings_;
+    WrittenGlobals written_;
+};
+
+} // namespace
+
+std::string changed_workbook_stream(const XlsContents& book) {
+    return StreamWriter(book).run();
+}
+
+namespace {
+
+/// MS-XLS 2.1.2: the class of the root storage.
+constexpr std::array<char, 16> kWorkbookClass = {0x20,   0x08, 0x02, 0, 0, 0, 0, 0,
+                                                 '\xC0', 0,    0,    0, 0, 0, 0, 0x46};
+
+/// The container is open while this lives, and closed again if it was closed before.
+class OpenContainer {
+  public:
+    explicit OpenContainer(XlsContents& book)
+        : container_(book.source.container.get()),
+          opens_(container_ != nullptr && !container_->is_open()) {
+        if (!opens_) return;
+        try {
+            container_->reopen(foundation::files::open_for_reading(book.source_path));
+        } catch (const foundation::files::FileError& error) {
+            throw Error::file(error, "the file that was loaded cannot be opened again");
+        }
+    }
+    ~OpenContainer() { close(); }
+    OpenContainer(const OpenContainer&) = delete;
+    OpenContainer& operator=(const OpenContainer&) = delete;
+
+    void close() {
+        if (opens_) container_->close_file();
+    }
+
+  private:
+    CompoundFile* const container_;
+    const bool opens_;
+};
+
+/// Writes the file without committing it.
+SaveCounts write_file(XlsContents& book, foundation::files::OutputFile& out) {
+    std::string stream = changed_workbook_stream(book);
+    if (book.source.encryption) encrypt_workbook_stream(stream, *book.source.encryption);
+    if (!book.is_new && book.source.container == nullptr) {
+        out.append(stream.data(), stream.size());
+        return {0, 1, 0};
+    }
+    CompoundChanges changes;
+    changes.written.push_back(
+        {book.source.name, [&stream](ByteSink& sink) { sink.append(stream); }});
+    changes.class_id = kWorkbookClass;
+    const CompoundCounts counts = write_compound_file(book.source.container.get(), changes, out);
+    return {counts.copied, counts.written, counts.dropped};
+}
+
+/// The saved file is the one that later saves copy from. Nothing is lost when it cannot be opened:
+/// such a save says so.
+void continue_with(XlsContents& book, std::u16string_view path) {
+    try {
+        auto saved = std::make_unique<CompoundFile>(foundation::files::open_for_reading(path));
+        saved->close_file();
+        book.source.container = std::move(saved);
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
+} // namespace
+
+SaveCounts save_book(XlsContents& book, std::u16string_view path) {
+    OpenContainer container(book);
+    const auto out = foundation::files::replace_file(path);
+    const SaveCounts counts = write_file(book, *out);
+    const bool is_over_source = book.source.container != nullptr && !book.source_path.empty() &&
+                                foundation::files::is_same_file(path, book.source_path);
+    container.close(); // some systems do not let a file take the place of one that is open
+    out->commit();
+    if (is_over_source) continue_with(book, path);
+    return counts;
+}
+
+SaveCounts save_book(XlsContents& book, foundation::files::OutputFile& out) {
+    OpenContainer container(book);
+    const SaveCounts counts = write_file(book, out);
+    out.commit();
+    return counts;
+}
+
+} // namespace workbook

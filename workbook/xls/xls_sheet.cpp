@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbook/xls/xls_sheet.h"
+
+#include <algorithm>
+
+#include "workbook/error.h"
+#include "workbook/xls/writing/sheet_rewriter.h"
+
+namespace workbook {
+
+XlsSheet::XlsSheet(XlsContents& contents, XlsSheetEntry& entry, RowSpan rows)
+    : StoredSheet(contents), contents_(contents), entry_(entry) {
+    loaded_rows_ = rows;
+    try {
+        contents_.read_rows(entry_, rows, cells_, tail_);
+    } catch (const Error& error) {
+        throw error.in_sheet(utf8_name());
+    }
+}
+
+XlsSheet::XlsSheet(XlsContents& contents, XlsSheetEntry& entry)
+    : StoredSheet(contents), contents_(contents), entry_(entry) {}
+
+XlsSheet::XlsSheet(const XlsSheet& original, XlsSheetEntry& entry)
+    : StoredSheet(original), contents_(original.contents_), entry_(entry) {}
+
+std::uint64_t XlsSheet::added_string_cells() const {
+    std::uint64_t count = 0;
+    cells_.cells.for_each([&count](int, const StoredCell& cell) {
+        if (cell.stored_kind() == StoredKind::AddedString) ++count;
+    });
+    return count;
+}
+
+std::string XlsSheet::write(std::string_view stream, std::size_t position,
+                            const AddedStrings& strings) const {
+    // The first formats are those of styles (MS-XLS 2.4.353).
+    constexpr std::uint16_t kFirstCellFormat = 15;
+    const bool has_cell_formats =
+        contents_.globals.formats.cell_formats().size() > kFirstCellFormat;
+    return rewrite_sheet({.stream = stream,
+                          .position = position,
+                          .version = contents_.globals.version,
+                          .is_copy = entry_.copy_of.has_value(),
+                          .default_format = has_cell_formats ? kFirstCellFormat : std::uint16_t{0},
+                          .cells = cells_.cells,
+                          .changes = changes_,
+                          .strings = strings});
+}
+
+std::uint32_t XlsSheet::formats_end() const {
+    std::uint32_t end = cells_.formats_end;
+    for (const ColumnSpan& span : cells_.columns.spans)
+        if (span.has_format) end = std::max(end, span.format + 1);
+    return end;
+}
+
+std::optional<Rectangle> XlsSheet::named_cells(std::u16string_view name) const {
+    const auto loaded = entry_.original ? entry_.original : entry_.copy_of;
+    if (!loaded) return {};
+    return contents_.globals.names.find(name, static_cast<int>(*loaded));
+}
+
+void XlsSheet::read_other_rows(SheetCells& cells) const {
+    SheetTail known;
+    contents_.read_rows(entry_, {}, cells, known);
+    contents_.need_strings(cells.shared_strings_end);
+}
+
+bool XlsSheet::set_name(std::u16string_view name) {
+    try {
+        contents_.rename_sheet(entry_, name);
+        return true;
+    } catch (const Error& error) {
+        contents_.error.set(error); // it names the sheet
+        return false;
+    }
+}
+
+bool XlsSheet::set_hidden(SheetState state) {
+    try {
+        contents_.set_sheet_state(entry_, state);
+        return true;
+    } catch (const Error& error) {
+        contents_.error.set(error); // it names the sheet
+        return false;
+    }
+}
+
+} // namespace workbook

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What BOOK on the command line names: a file, a file that the spreadsheet application opens, or a
+// spreadsheet online. Parsed once; whatever depends on it asks this value.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "spreadsheet/book_format.h"
+
+namespace zxsheet {
+
+/// A UTF-8 path in the platform's own form.
+std::filesystem::path native_path(const std::string& path);
+
+class BookLocation {
+  public:
+    enum class Kind { File, Application, Online };
+
+    BookLocation() = default;
+    /// "gsheet:ID" is a spreadsheet online, anything else a UTF-8 path.
+    explicit BookLocation(const std::string& text) { set_text(text); }
+    /// What is online under this ID, or is about to be, whatever `text` looks like.
+    static BookLocation online(const std::string& text);
+
+    void set_text(const std::string& text);
+    /// Lets the spreadsheet application open the file; has no effect on a spreadsheet online.
+    void use_application() { wants_application_ = true; }
+
+    Kind kind() const;
+    bool is_file() const { return kind() == Kind::File; }
+    bool is_online() const { return kind() == Kind::Online; }
+
+    /// As it was given; messages name the book by it.
+    const std::string& text() const { return text_; }
+    /// The path in the platform's form; of a spreadsheet online something that is not a file.
+    std::filesystem::path path() const { return native_path(text_); }
+    /// The ID of a spreadsheet online; empty for a file.
+    const std::string& id() const { return id_; }
+
+    /// What the library takes as path, mode and format. The format is the one that the extension
+    /// names, XLSX for an unknown extension, since the content decides anyway.
+    std::u16string library_path() const;
+    spreadsheet::book::interactive mode() const;
+    spreadsheet::book::format format() const;
+
+  private:
+    std::string text_;
+    std::string id_;
+    bool is_online_ = false;
+    bool wants_application_ = false;
+};
+
+} // namespace zxsheet

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// From the library's exceptions to exit codes and sentences.
+#pragma once
+
+#include "spreadsheet/failure.h"
+#include "zxsheet/command.h"
+#include "zxsheet/command_error.h"
+
+namespace zxsheet {
+
+/// What a failure of the library means for the command whose options these are: `id` says which
+/// operation failed, `failure` why.
+CommandError command_error(spreadsheet::error_id id, const spreadsheet::Failure& failure,
+                           const BookOptions& options);
+
+} // namespace zxsheet
