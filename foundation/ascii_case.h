@@ -5,6 +5,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace foundation::unicode {
@@ -26,6 +27,14 @@ constexpr bool equal_ignoring_ascii_case(std::string_view a, std::string_view b)
         return fold_ascii(static_cast<unsigned char>(first)) ==
                fold_ascii(static_cast<unsigned char>(second));
     });
+}
+
+/// The text with ASCII letters in lower case.
+inline std::string ascii_lower(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower)
+        c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    return lower;
 }
 
 } // namespace foundation::unicode

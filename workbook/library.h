@@ -33,7 +33,7 @@ enum class CellKind {
     StrictDate = 6 ///< an ISO 8601 cell (t="d", ECMA-376 part 1, 18.18.11)
 };
 
-/// What stands at an index of the book.
+/// What is at an index of the book.
 enum class SheetKind {
     Worksheet = 0, ///< also dialog and macro sheets, whose cells can be read
     Chart = 1,
@@ -101,7 +101,7 @@ class Sheet {
     virtual bool merge(int index, int& first_row, int& last_row, int& first_column,
                        int& last_column) const = 0;
 
-    /// The cells that a defined name stands for, corners inclusive: first a name of this sheet,
+    /// The cells that a defined name refers to, corners inclusive: first a name of this sheet,
     /// then one of the book that refers to this sheet. False for an unknown name, a name of another
     /// sheet's cells and a name that is not one rectangle. Names compare without regard to case.
     virtual bool named_range(std::u16string_view name, int& first_row, int& last_row,
@@ -137,10 +137,10 @@ class Sheet {
     virtual bool write_str(int row, int column, std::u16string_view text, const Format* format) = 0;
     virtual bool write_bool(int row, int column, bool value, const Format* format) = 0;
     virtual bool write_blank(int row, int column, const Format* format) = 0;
-    /// Removes the cells of a rectangle, values and formats; corners inclusive. False when it does
-    /// not lie within the sheet's limits.
+    /// Removes the cells of a rectangle, values and formats; corners inclusive. False when it is
+    /// not within the sheet's limits.
     virtual bool clear(int first_row, int last_row, int first_column, int last_column) = 0;
-    /// Splits the merged region `index`; those behind it move one down.
+    /// Splits the merged region `index`; those after it move one down.
     virtual bool delete_merge(int index) = 0;
 
     /// In characters of the default font (ECMA-376 part 1, 18.3.1.13); the sheet's default for a
@@ -221,14 +221,14 @@ class Book {
     /// Removes the sheet at `index`, whatever its kind, and what belongs to it alone. References to
     /// it become #REF!. Fails for the only sheet and the only visible one.
     virtual bool delete_sheet(int index) = 0;
-    /// Moves the sheet at `from` so that it stands at `to`. Handles and references stay valid.
+    /// Moves the sheet at `from` so that it is at `to`. Handles and references stay valid.
     virtual bool move_sheet(int from, int to) = 0;
 
     /// Writes the book to a file, in whose place it steps when it is complete; until then, and when
     /// it fails, the old file stays as it is. The ending of the name (.xlsx, .xlsm, .xltx, .xltm in
     /// any case) decides which of its formats the file claims to be. The book stays loaded and can
     /// be changed and saved again. Whatever was not changed, loaded or not, is kept. Cells in the
-    /// header of a table that were written or cleared become different texts, if they are none:
+    /// header of a table that were written or cleared become different strings if they are not:
     /// applications accept nothing else.
     virtual bool save(std::u16string_view path) = 0;
     /// Writes the book to `out` and commits it. `extension` is what the ending of a name decides in

@@ -40,7 +40,7 @@ inline constexpr int kMaxElementDepth = 256;
 /// Attributes of one element; those of worksheets have about 20.
 inline constexpr std::size_t kMaxAttributes = 10'000;
 
-/// One mark-up token or run of text without mark-up, and the text of a cell, which may consist of
+/// One tag or run of text without tags, and the string of a cell, which may consist of
 /// several; the longest that applications write has 32,767 units.
 inline constexpr std::size_t kMaxTokenBytes = 16u << 20;
 

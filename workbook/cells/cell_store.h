@@ -109,7 +109,7 @@ class CellStore {
         const bool has_changes = i < edits_.size() && edits_[i].has_changes;
         return {static_cast<int>(row.index), row.cells, row.cells + row.count, has_changes};
     }
-    /// Number of the first row at or behind `row`.
+    /// Number of the first row at or after `row`.
     std::size_t row_from(int row) const;
 
     /// Calls `visit(row, cell)` for every cell, row after row.
@@ -172,7 +172,7 @@ class CellStore {
 
 inline const CellStore::Row* CellStore::find_row(std::uint32_t row) const {
     if (rows_.empty() || row < rows_.front().index || row > rows_.back().index) return nullptr;
-    // Without gaps before it, a row stands this far behind the first; with gaps, earlier.
+    // Without gaps before it, a row is at this distance from the first; with gaps, nearer.
     std::size_t at = row - rows_.front().index;
     if (at < rows_.size() && rows_[at].index == row) return &rows_[at];
     std::size_t low = 0, high = at < rows_.size() ? at : rows_.size();

@@ -128,7 +128,7 @@ std::size_t CellStore::row_for_writing(std::uint32_t row) {
     return found != nullptr ? static_cast<std::size_t>(found - rows_.data()) : insert_row(row);
 }
 
-// Every insertion moves the rows behind it. An eighth of the number of rows comes along, on either
+// Every insertion moves the rows after it. An eighth of the number of rows comes along, on either
 // side, where rows are missing: then whoever writes rows in any order inserts few times.
 std::size_t CellStore::insert_row(std::uint32_t row) {
     const std::size_t at = row_from(static_cast<int>(row));

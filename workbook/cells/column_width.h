@@ -12,7 +12,7 @@ namespace workbook {
 inline constexpr double kMaxColumnWidth = 255.0;
 
 /// Width that a column needs to show a string of one or more lines: that of the widest line, wide
-/// and narrow characters told apart, with padding; at most `kMaxColumnWidth`.
+/// and narrow characters measured, with padding; at most `kMaxColumnWidth`.
 double text_width(std::u16string_view text);
 
 /// The same for a number as a cell of that format shows it.

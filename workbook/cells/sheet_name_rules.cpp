@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The rules that all formats and applications share.
 #include "workbook/cells/sheet_name_rules.h"
 
 #include <string>

@@ -78,7 +78,7 @@ class StoredSheet : public Sheet {
 
     // What a format adds.
 
-    /// The cells that a defined name stands for; see `Sheet::named_range`.
+    /// The cells that a defined name refers to; see `Sheet::named_range`.
     virtual std::optional<Rectangle> named_cells(std::u16string_view name) const = 0;
     /// Reads what a load of some rows left out: what is after the cells, or the cells, row formats
     /// and strings of rows that were not loaded (others may be among them). Called once, and only

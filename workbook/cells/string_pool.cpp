@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Strings are in chunks that never move, each after its length.
 #include "workbook/cells/string_pool.h"
 
 #include <algorithm>

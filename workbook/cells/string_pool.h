@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Texts one after another in generalised UTF-8 (foundation/unicode.h), addressed by index. A text
-// costs its own bytes and 12 more.
+// Strings one after another in generalised UTF-8 (foundation/unicode.h), addressed by index. A
+// string costs its own bytes and 12 more.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ class StringPool {
     StringPool(StringPool&&) = default;
     StringPool& operator=(StringPool&&) = default;
 
-    /// Appends a text and returns its index.
+    /// Appends a string and returns its index.
     std::uint32_t add(std::string_view text);
     std::size_t size() const { return entries_.size(); }
     /// `index` must be below `size()`. The view lives as long as the pool.
@@ -34,7 +34,7 @@ class StringPool {
     char* make_room(std::size_t bytes);
 
     std::vector<std::unique_ptr<char[]>> chunks_;
-    std::vector<const char*> entries_; ///< each a length and the text behind it
+    std::vector<const char*> entries_; ///< each a length and the string after it
     char* free_begin_ = nullptr;
     char* free_end_ = nullptr;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Open addressing with linear probing. A slot holds some bits of its text's hash beside the index,
-// so that texts are compared only when they are most likely equal.
+// so that strings are compared only when they are most likely equal.
 #include "workbook/cells/string_set.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A pool in which each text stands once: the strings that were written to a book's cells.
+// A pool that has each string once: the strings that were written to a book's cells.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A part whose text lies in memory.
+// A part whose text is in memory.
 #pragma once
 
 #include <algorithm>

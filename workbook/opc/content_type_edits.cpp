@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Overrides and defaults in a tree of the content types part.
 #include "workbook/opc/content_type_edits.h"
 
+#include "foundation/ascii_case.h"
 #include "workbook/opc/new_part_names.h"
 #include "workbook/opc/part_name.h"
 #include "workbook/xml/xml_tree.h"
@@ -16,7 +19,7 @@ constexpr std::string_view kBlank =
     R"(ContentType="application/vnd.openxmlformats-package.relationships+xml"/>)"
     R"(<Default Extension="xml" ContentType="application/xml"/></Types>)";
 
-/// A new part gets the name as it stands here, and readers look for it letter for letter.
+/// A new part gets the name as written here, and readers look for it letter for letter.
 std::string name_in(const OpcPackage& package) {
     const std::string name = "[Content_Types].xml";
     return package.has_part(name) ? canonical_part_name(name) : name;
@@ -33,7 +36,7 @@ ContentTypeEdits::ContentTypeEdits(OpcPackage& package)
 }
 
 void ContentTypeEdits::set(const std::string& part, std::string_view type) {
-    if (types_.of(part) != ascii_lower(type)) put(part, std::string{type});
+    if (types_.of(part) != foundation::unicode::ascii_lower(type)) put(part, std::string{type});
 }
 
 void ContentTypeEdits::set_like(const std::string& part, const std::string& like) {

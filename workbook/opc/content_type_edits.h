@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "workbook/xml/edited_part.h"
+#include "workbook/opc/edited_part.h"
 
 namespace workbook {
 

@@ -3,6 +3,7 @@
 // Defaults and overrides, names and extensions without regard to case.
 #include "workbook/opc/content_types.h"
 
+#include "foundation/ascii_case.h"
 #include "workbook/opc/part_name.h"
 #include "workbook/xml/xml_tree.h"
 
@@ -12,7 +13,8 @@ ContentTypes::ContentTypes(ByteSource& part) {
     const pugi::xml_document tree = read_tree(part);
     const pugi::xml_node types = root_element(tree, "Types");
     const auto type_of = [](pugi::xml_node element) {
-        return ascii_lower(attribute_value(element, "ContentType").value_or(""));
+        return foundation::unicode::ascii_lower(
+            attribute_value(element, "ContentType").value_or(""));
     };
     each_child(types, "Override", [&](pugi::xml_node element) {
         const std::string_view name = attribute_value(element, "PartName").value_or("");
@@ -20,7 +22,7 @@ ContentTypes::ContentTypes(ByteSource& part) {
     });
     each_child(types, "Default", [&](pugi::xml_node element) {
         const std::string_view extension = attribute_value(element, "Extension").value_or("");
-        defaults_.emplace(ascii_lower(extension), type_of(element));
+        defaults_.emplace(foundation::unicode::ascii_lower(extension), type_of(element));
     });
 }
 

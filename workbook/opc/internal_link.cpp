@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Percent-escapes of the address around a reference.
 #include "workbook/opc/internal_link.h"
 
 #include <charconv>

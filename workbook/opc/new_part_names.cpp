@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Numbers at the end of a name are counted up to one that is free.
 #include "workbook/opc/new_part_names.h"
 
 #include <algorithm>

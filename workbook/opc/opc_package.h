@@ -19,13 +19,13 @@ namespace workbook {
 
 class OpcPackage {
   public:
-    /// Reads the container's directory and the content types. Throws `Error`; a file that is no ZIP
-    /// container is named for what it seems to be.
+    /// Reads the container's directory and the content types. Throws `Error`; a file that is not a
+    /// ZIP container is named for what it seems to be.
     explicit OpcPackage(std::unique_ptr<foundation::files::RandomAccessFile> file);
 
     bool has_part(std::string_view name) const { return archive_.find(name) != nullptr; }
 
-    /// Throws `Error`, also when there is no such part.
+    /// Throws `Error`, also for a part that does not exist.
     std::unique_ptr<ByteSource> open_part(std::string_view name);
 
     const ContentTypes& content_types() const { return content_types_; }
@@ -38,7 +38,7 @@ class OpcPackage {
         archive_.reopen(std::move(file));
     }
 
-    /// The container, for copying parts as they lie in it.
+    /// The container, for copying packed parts.
     ZipArchive& archive() { return archive_; }
 
     /// The relationships of a part, of the package for ""; none when it has no relationships part.

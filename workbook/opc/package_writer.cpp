@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Goes over the entries of the source in their order, then over the new parts.
 #include "workbook/opc/package_writer.h"
 
 #include <string_view>
@@ -36,7 +38,7 @@ class PackageCopy {
         if (const auto pending = pending_.find(part); pending != pending_.end()) {
             write_part(*pending->second, entry.name);
         } else if (done_.contains(part)) {
-            return; // a second entry of a name that is written anew
+            return; // a second entry of a name that is written again
         } else if (changes_.dropped.contains(part)) {
             ++counts_.dropped;
         } else {

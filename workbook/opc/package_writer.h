@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Writes a package that differs from another in some parts: all others are copied as they lie in
+// Writes a package that differs from another in some parts: all others are copied as they are in
 // the container, without being unpacked.
 #pragma once
 
@@ -35,7 +35,7 @@ struct PackageCounts {
     std::size_t copied = 0, written = 0, dropped = 0;
 };
 
-/// Entries that are no parts (folders, a second entry of one name) are copied too, unless the part
+/// Entries that are not parts (folders, a second entry of one name) are copied too, unless the part
 /// is written or dropped. `out` is not committed. Throws `Error`.
 PackageCounts write_package(OpcPackage& source, const PackageChanges& changes,
                             foundation::files::OutputFile& out);

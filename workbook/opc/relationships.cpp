@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// One flat list; nobody follows relationships further than one step, so circles among them do no
+// One flat list; nobody follows relationships further than one step, so cycles among them do no
 // harm.
 #include "workbook/opc/relationships.h"
 
+#include "foundation/ascii_case.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/opc/part_name.h"
@@ -26,7 +27,8 @@ std::vector<Relationship> read_relationships(ByteSource& part, std::string_view 
     std::size_t target_bytes = 0;
     each_child(root_element(tree, "Relationships"), "Relationship", [&](pugi::xml_node element) {
         const std::string_view target = attribute_value(element, "Target").value_or("");
-        const std::string mode = ascii_lower(attribute_value(element, "TargetMode").value_or(""));
+        const std::string mode =
+            foundation::unicode::ascii_lower(attribute_value(element, "TargetMode").value_or(""));
         Relationship relationship;
         relationship.id = attribute_value(element, "Id").value_or("");
         relationship.type = last_segment(attribute_value(element, "Type").value_or(""));

@@ -15,7 +15,7 @@ struct Relationship {
     std::string id;
     std::string
         type; ///< last segment of the type's address: "worksheet" for transitional and strict
-    std::string target; ///< canonical part name; the address as it stands when external
+    std::string target; ///< canonical part name; the address as written when external
     bool is_external = false;
 };
 

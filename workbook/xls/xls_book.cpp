@@ -36,6 +36,7 @@ bool XlsBook::attempt(const Action& action) {
 template <class ReadCells>
 bool XlsBook::open(BookSource source, const ReadCells& read_cells) {
     contents_.reset();
+    load_failed_ = true;
     return attempt([&] {
         if (source.file == nullptr) source.file = foundation::files::open_for_reading(source.path);
         auto opened = std::make_unique<XlsContents>(read_workbook_stream(std::move(source.file)),
@@ -45,6 +46,7 @@ bool XlsBook::open(BookSource source, const ReadCells& read_cells) {
         if (opened->source.container != nullptr && !source.path.empty())
             opened->source.container->close_file();
         contents_ = std::move(opened);
+        load_failed_ = false;
     });
 }
 
@@ -132,6 +134,8 @@ bool XlsBook::is_date_1904() const {
 template <class Action>
 bool XlsBook::try_change(const Action& action) {
     return attempt([&] {
+        if (load_failed_)
+            throw Error::refused("no workbook is loaded, since the last load failed");
         if (contents_ == nullptr) contents_ = std::make_unique<XlsContents>(error_);
         action(*contents_);
     });

@@ -64,6 +64,7 @@ class XlsBook final : public Book {
     const XlsSheetEntry* entry(int index) const;
 
     SaveCounts last_save_;
+    bool load_failed_ = false;
     mutable LastError error_;
     std::unique_ptr<XlsContents> contents_;
 };

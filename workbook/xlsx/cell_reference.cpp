@@ -15,7 +15,7 @@ void skip_dollar(std::string_view text, std::size_t& i) {
     if (i < text.size() && text[i] == '$') ++i;
 }
 
-// One-based column number behind the letters at `i`; 0 when there is none within the limits.
+// One-based column number after the letters at `i`; 0 when there is none within the limits.
 int take_column(std::string_view text, std::size_t& i) {
     int number = 0;
     for (; i < text.size(); ++i) {
@@ -27,7 +27,7 @@ int take_column(std::string_view text, std::size_t& i) {
     return number;
 }
 
-// One-based row number behind the digits at `i`; 0 when there is none within the limits.
+// One-based row number after the digits at `i`; 0 when there is none within the limits.
 int take_row(std::string_view text, std::size_t& i) {
     int number = 0;
     for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The five predefined entities and character references; other entities are errors.
 #include "workbook/xml/character_data.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Search for one byte over short distances, where a call of memchr costs more than the search. May
-// read up to `kReadAhead` bytes behind the end, which the caller has to provide.
+// read up to `kReadAhead` bytes after the end, which the caller has to provide.
 #pragma once
 
 #include <bit>
@@ -62,15 +62,15 @@ inline const char* find_text_stop(const char* p, const char* end) {
 #endif
 }
 
-/// The '<' that ends the text at `p`; null when there is none before `end`. `as_it_stands` tells
+/// The '<' that ends the text at `p`; null when there is none before `end`. `is_plain` says
 /// whether the text has no references, no carriage returns and no "_x" escapes.
-inline const char* find_text_end(const char* p, const char* end, bool& as_it_stands) {
-    as_it_stands = true;
+inline const char* find_text_end(const char* p, const char* end, bool& is_plain) {
+    is_plain = true;
     for (;; ++p) {
         p = find_text_stop(p, end);
         if (p == end) return nullptr;
         if (*p == '<') return p;
-        as_it_stands &= *p == '_' && p[1] != 'x';
+        is_plain &= *p == '_' && p[1] != 'x';
     }
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Gathers short pieces of mark-up into blocks for a sink. What is gathered last reaches the sink
+// Gathers short pieces of XML into blocks for a sink. What is gathered last reaches the sink
 // with `flush` only.
 #pragma once
 
@@ -35,7 +35,7 @@ class MarkupWriter {
         end_ += text.size();
     }
 
-    /// Where at least `bytes` can be written; `set_end` tells where they end.
+    /// Where at least `bytes` can be written; `set_end` says where they end.
     char* room(std::size_t bytes) {
         if (static_cast<std::size_t>(limit_ - end_) < bytes) flush();
         return end_;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Recognises tags in the one form that a producer writes throughout a part: the same namespace
-// prefix, or none, everywhere. For readers that take plain mark-up off a text window; reads at most
-// 8 bytes and the length of the literal behind `p`.
+// prefix, or none, everywhere. For readers that take plain XML off a text window; reads at most
+// 8 bytes and the length of the literal after `p`.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ class PlainTag {
         std::memset(&mask_, 0xFF, size_);
     }
 
-    /// The place behind '<', the prefix and `rest`; null when something else stands at `p`.
+    /// The place after '<', the prefix and `rest`; null when something else is at `p`.
     template <std::size_t Size>
     const char* open(const char* p, const char (&rest)[Size]) const {
         return *p == '<' ? behind_prefix(p + 1, rest) : nullptr;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Attributes are found without decoding their values.
 #include "workbook/xml/raw_tag.h"
 
 #include "workbook/xml/simple_types.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Start tags as they stand in a part's text, for code that copies mark-up and changes some of it.
+// Start tags as the part's text has them, for code that copies XML and changes some of it.
 #pragma once
 
 #include <string>
@@ -11,16 +11,16 @@ namespace workbook {
 /// Local name of the element of a start or end tag ("<x:c r=\"A1\">").
 std::string_view raw_tag_name(std::string_view tag);
 
-/// Walks over the attributes of a start tag; what is no attribute is passed over.
+/// Walks over the attributes of a start tag; anything else is skipped.
 class RawAttributes {
   public:
     explicit RawAttributes(std::string_view tag);
 
-    /// False when there is no further attribute.
+    /// False at the last attribute's end.
     bool next();
 
     std::string_view local_name() const { return local_name_; }
-    /// As it stands between the quotes.
+    /// As written between the quotes.
     std::string_view raw_value() const { return raw_value_; }
     /// The whole attribute with the white space before it.
     std::string_view whole() const { return whole_; }

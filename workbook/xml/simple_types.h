@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The simplest values of mark-up, told the same way wherever they stand: white space (XML 1.0, 2.3)
+// The simplest values in XML, read the same way everywhere: white space (XML 1.0, 2.3)
 // and booleans (XML Schema part 2, 3.2.2, and the words that producers use besides).
 #pragma once
 
@@ -14,7 +14,7 @@ inline bool is_space(char c) {
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
 }
 
-/// The first character at or behind `p` that is no white space; a zero byte must end the text.
+/// The first character at or after `p` that is not white space; a zero byte must end the text.
 inline const char* skip_spaces(const char* p) {
     while (is_space(*p))
         ++p;

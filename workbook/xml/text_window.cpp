@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Refilling moves the unread text to the front; the bytes after it are zero.
 #include "workbook/xml/text_window.h"
 
 #include <algorithm>
@@ -168,10 +170,10 @@ void TextWindow::declare(const std::string& encoding) {
     transcoder_ = std::make_unique<Transcoder>(Transcoder::Encoding::SingleByte);
 }
 
-// Doubles the buffer. The unread text must lie at its front.
+// Doubles the buffer. The unread text must be at its front.
 void TextWindow::make_room() {
     if (capacity_ > kMaxTokenBytes + kBlock)
-        throw Error::limit(part_name(), "it has a run of text or mark-up longer than " +
+        throw Error::limit(part_name(), "it has a tag or a run of text longer than " +
                                             std::to_string(kMaxTokenBytes >> 20) + " MiB");
     const auto used = static_cast<std::size_t>(end_ - cursor_);
     std::unique_ptr<char[]> larger(new char[2 * capacity_ + kReadAhead]);

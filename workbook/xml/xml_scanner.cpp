@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Finds the ends of tags in the window; the text of a token is decoded when asked for.
 #include "workbook/xml/xml_scanner.h"
 
 #include <algorithm>
@@ -12,7 +14,7 @@ namespace workbook {
 
 namespace {
 
-// Enough text to tell every kind of mark-up from one another.
+// Enough text to recognise every kind of tag.
 constexpr std::size_t kLongestOpening = 16;
 
 std::string_view local_name(std::string_view name) {
@@ -32,7 +34,7 @@ void XmlScanner::ensure(std::size_t bytes) {
     }
 }
 
-// Finds `wanted` at or behind cursor + from, fetching text as needed; null when the part ends
+// Finds `wanted` at or after cursor + from, fetching text as needed; null when the part ends
 // before.
 const char* XmlScanner::find_in_window(std::string_view wanted, std::size_t from) {
     for (;;) {
@@ -85,13 +87,13 @@ void XmlScanner::pass_to(const char* end) {
 
 void XmlScanner::skip_markup(std::size_t open, std::string_view close) {
     const char* at = find_in_window(close, open);
-    if (at == nullptr) fail("mark-up is not closed");
+    if (at == nullptr) fail("a tag is not closed");
     pass_to(at + close.size());
 }
 
 void XmlScanner::skip_doctype() {
     const char* at = find_in_window(">", 2);
-    if (at == nullptr) fail("mark-up is not closed");
+    if (at == nullptr) fail("a tag is not closed");
     if (std::find(window_.cursor(), at, '[') != at)
         fail("it declares entities of its own, which no workbook needs; it is not read");
     pass_to(at + 1);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A pull scanner for the mark-up of large parts (XML 1.0): elements by local name, whatever their
+// A pull scanner for large parts (XML 1.0): elements by local name, whatever their
 // prefix; comments, processing instructions and a plain DOCTYPE are passed over, CDATA is text.
 // Entity declarations are refused. Names of end tags are not compared with those of start tags.
 #pragma once
@@ -19,7 +19,7 @@ class XmlScanner {
 
     struct Attribute {
         std::string_view name; ///< with its prefix
-        std::string_view raw;  ///< what stands between the quotes
+        std::string_view raw;  ///< what is between the quotes
     };
 
     explicit XmlScanner(ByteSource& part) : window_(part) {}
@@ -43,7 +43,7 @@ class XmlScanner {
 
     /// All attributes of the last Start in their order. Valid until the next token.
     const std::vector<Attribute>& attributes() const { return attributes_; }
-    /// The last token as it stands in the part; nothing for the End of an empty element. Valid
+    /// The last token as the part has it; nothing for the End of an empty element. Valid
     /// until the next token.
     std::string_view raw() const { return raw_; }
     /// Whether the last Start is that of an empty element: "<name/>".
@@ -57,11 +57,11 @@ class XmlScanner {
     void skip_flat_element();
 
     /// Moves to the next end tag that begins with `end_tag` ("</name") outside of comments,
-    /// instructions and CDATA, without looking at the mark-up before it. For elements that do not
+    /// instructions and CDATA, without looking at the tags before it. For elements that do not
     /// nest and whose content is not wanted.
     void skip_to(std::string_view end_tag);
 
-    /// For a reader that recognises whole elements itself: the text behind the last token, and the
+    /// For a reader that recognises whole elements itself: the text after the last token, and the
     /// count of open elements to keep right. Not between an empty element's Start and its End.
     TextWindow& window() { return window_; }
     void enter_element() { ++depth_; }

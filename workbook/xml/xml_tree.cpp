@@ -52,7 +52,7 @@ class StringWriter final : public pugi::xml_writer {
     explicit StringWriter(std::string& out) : out_(out) {}
 
     /// A carriage return that survived parsing was a reference; the next parser would make a line
-    /// feed of it as it stands.
+    /// feed of it as it is.
     void write(const void* data, std::size_t size) override {
         std::string_view rest(static_cast<const char*>(data), size);
         for (;;) {

@@ -15,7 +15,7 @@
 
 namespace workbook {
 
-/// The whole part as a tree, in any encoding that its BOM or declaration tells. Throws `Error` for
+/// The whole part as a tree, in any encoding that its BOM or declaration states. Throws `Error` for
 /// a part that is larger than `kMaxTreePartBytes` or not well-formed.
 pugi::xml_document read_tree(ByteSource& part);
 
@@ -29,7 +29,7 @@ std::string tree_text(const pugi::xml_document& tree);
 /// `name` without its prefix.
 std::string_view local_name(const char* name);
 
-/// The root element when its local name is `name`; a null node otherwise.
+/// The root element when its local name is `name`; else a null node.
 pugi::xml_node root_element(const pugi::xml_document& tree, std::string_view name);
 
 /// The first child element of that local name; null when there is none.

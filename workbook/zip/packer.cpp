@@ -30,7 +30,7 @@ unsigned char* as_octets(const char* bytes) {
 /// Level 3 would save 2 percent and take almost twice as long.
 constexpr std::uint32_t kIsalLevel = 1;
 constexpr std::size_t kIsalLevelBytes = ISAL_DEF_LVL1_DEFAULT;
-/// How far back matches are sought, as a power of two. What a cell repeats stands some cells or a
+/// How far back matches are sought, as a power of two. What a cell repeats is some cells or a
 /// row before it; within the usual 32 KiB there are more matches of few bytes at distances that
 /// take many bits. Worksheets of numbers become 6 percent smaller by this, a fifth faster.
 constexpr std::uint16_t kIsalWindowBits = 12;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// To be called behind every call into ISA-L. Its AVX-512 code leaves the upper halves of the vector
+// To be called after every call into ISA-L. Its AVX-512 code leaves the upper halves of the vector
 // registers in use, and then every plain SSE instruction that follows, which is most of a reader's
 // work, runs at a fraction of its speed.
 #pragma once

@@ -5,7 +5,7 @@
 
 #include "workbook/error.h"
 #include "workbook/io/little_endian.h"
-#include "workbook/opc/part_name.h"
+#include "workbook/zip/entry_name.h"
 #include "workbook/zip/entry_source.h"
 #include "workbook/zip/zip_format.h"
 
@@ -43,7 +43,7 @@ std::uint64_t ZipArchive::data_position(const ZipEntry& entry) {
     const std::uint64_t position =
         entry.header_position + zip::kLocalBytes + load_u16(header + 26) + load_u16(header + 28);
     if (position > file_->size() || entry.packed_size > file_->size() - position)
-        throw Error::damaged(entry.name, "it ends behind the end of the file");
+        throw Error::damaged(entry.name, "it ends after the end of the file");
     return position;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A ZIP container that is open for reading. Entries are found by part name in any of its spellings
-// (part_name.h); of entries with one name the first counts.
+// (entry_name.h); of entries with one name the first counts.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ class ZipArchive {
     /// The unpacked bytes of an entry; must not outlive the archive. Throws `Error`.
     std::unique_ptr<ByteSource> open(const ZipEntry& entry);
 
-    /// The packed bytes of an entry as they lie in the file; must not outlive the archive. Throws
+    /// The packed bytes of an entry as the file has them; must not outlive the archive. Throws
     /// `Error`.
     PackedBytes open_packed(const ZipEntry& entry);
 

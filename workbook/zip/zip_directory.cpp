@@ -21,16 +21,16 @@ using namespace zip;
 
 constexpr std::string_view kContainer = "the ZIP container";
 
-/// Behind the end record there is a comment of at most 64 KiB; some writers append more.
+/// After the end record there is a comment of at most 64 KiB; some writers append more.
 constexpr std::uint64_t kNearTailBytes = 1024;
 constexpr std::uint64_t kFarTailBytes = 256u << 10;
 
-/// Where the directory lies and how many entries it claims.
+/// Where the directory is and how many entries it claims.
 struct DirectoryPlace {
     std::uint64_t position = 0;
     std::uint64_t size = 0;
     std::uint64_t entries = 0;
-    std::uint64_t shift = 0; ///< added to every position that the container tells
+    std::uint64_t shift = 0; ///< added to every position that the container states
 };
 
 /// Contiguous bytes of a file at rising positions, read in blocks.
@@ -79,7 +79,7 @@ bool has_signature(RandomAccessFile& file, std::uint64_t position, std::uint32_t
     return bytes.size() == 4 && load_u32(bytes.data()) == signature;
 }
 
-/// The place that a Zip64 end record at `position` tells.
+/// The place that a Zip64 end record at `position` states.
 std::optional<DirectoryPlace> read_end64(RandomAccessFile& file, std::uint64_t position) {
     const std::string record = read_exactly(file, position, kEnd64Bytes);
     if (record.size() < kEnd64Bytes || load_u32(record.data()) != kEnd64Signature) return {};
@@ -113,9 +113,9 @@ std::optional<DirectoryPlace> read_end(RandomAccessFile& file, std::string_view 
     if (position >= kLocator64Bytes) {
         const std::string locator = read_exactly(file, position - kLocator64Bytes, kLocator64Bytes);
         if (locator.size() == kLocator64Bytes && load_u32(locator.data()) == kLocator64Signature) {
-            const std::uint64_t told = load_u64(locator.data() + 8);
-            // Without an extensible sector the record stands right before its locator.
-            for (const std::uint64_t at : {told, position - kLocator64Bytes - kEnd64Bytes})
+            const std::uint64_t stated = load_u64(locator.data() + 8);
+            // Without an extensible sector the record is right before its locator.
+            for (const std::uint64_t at : {stated, position - kLocator64Bytes - kEnd64Bytes})
                 if (at < position)
                     if (auto place64 = read_end64(file, at);
                         place64 && settle_shift(file, *place64, at))
@@ -161,7 +161,7 @@ bool apply_zip64(ZipEntry& entry, std::string_view extra) {
     return true;
 }
 
-/// The next entry of the directory; nothing when its bytes are no directory header.
+/// The next entry of the directory; nullopt when its bytes are not a directory header.
 std::optional<ZipEntry> read_entry(DirectoryWindow& window) {
     const char* header = window.take(kHeaderBytes);
     if (header == nullptr || load_u32(header) != kHeaderSignature) return {};

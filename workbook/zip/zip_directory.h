@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Finds and reads the central directory of a ZIP container (APPNOTE 4.3.12 to 4.3.16), Zip64
-// included. Bytes before the first entry and behind the end record are tolerated.
+// included. Bytes before the first entry and after the end record are tolerated.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@ struct ZipEntry {
     // What a copy of the entry has to repeat.
     std::uint16_t flags = 0;
     std::uint16_t time = 0, date = 0; ///< in the form of MS-DOS
-    std::uint16_t made_by = 0;        ///< tells what the attributes mean
+    std::uint16_t made_by = 0;        ///< says what the attributes mean
     std::uint16_t version_needed = 0;
     std::uint32_t attributes = 0; ///< of a file system
 

@@ -22,7 +22,7 @@ inline constexpr std::size_t kEnd64Bytes = 56;
 inline constexpr std::size_t kLocator64Bytes = 20;
 
 inline constexpr std::uint16_t kZip64Field = 1; ///< identifier of the extra field
-/// What stands in a field of 32 or 16 bits whose number is in the Zip64 field or record.
+/// The value of a field of 32 or 16 bits whose number is in the Zip64 field or record.
 inline constexpr std::uint32_t kIn64Bits = 0xFFFFFFFF;
 inline constexpr std::uint16_t kCountIn64Bits = 0xFFFF;
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Local headers are written with the entry and completed behind it, so that no entry needs a data
+// Local headers are written with the entry and completed after it, so that no entry needs a data
 // descriptor, which some readers cannot handle.
 #include "workbook/zip/zip_writer.h"
 
@@ -153,7 +153,7 @@ class ZipWriter::EntrySink final : public ByteSink {
         used_ += count;
     }
 
-    /// Completes the local header and returns what the directory has to tell.
+    /// Completes the local header and returns what the directory has to say.
     const ZipEntry& finish() {
         flush();
         packer_.finish(out_);

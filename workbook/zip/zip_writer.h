@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Writes a ZIP container (APPNOTE 4.3), Zip64 where sizes ask for it: entries that are packed here,
-// and entries that are copied from another container as they lie there, still packed.
+// and entries that are copied from another container, still packed.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ class ZipWriter {
     ByteSink& begin_entry(std::string_view name, std::uint64_t expected_bytes = 0);
     void end_entry();
 
-    /// Copies an entry as it lies in `source`: packed bytes, method, CRC, time, name, attributes.
+    /// Copies an entry as it is in `source`: packed bytes, method, CRC, time, name, attributes.
     /// Throws `Error` when the source ends early.
     void copy_entry(ZipArchive& source, const ZipEntry& entry);
 

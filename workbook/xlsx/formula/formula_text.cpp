@@ -134,7 +134,7 @@ class ColumnRenamer {
         return first != std::string_view::npos && within[first] == '[';
     }
 
-    /// An apostrophe stands before a character that is meant as it is.
+    /// An apostrophe precedes a character that means itself.
     static std::size_t item_length(std::string_view text) {
         for (std::size_t i = 1; i < text.size(); ++i) {
             if (text[i] == '\'')

@@ -2,7 +2,7 @@
 //
 // Changes references within the text of a formula (ECMA-376 part 1, 18.17.2; without the equals
 // sign, in UTF-8, references to XML resolved). Strings, function names and structured references
-// to tables are left as they are; a text that is no formula comes back unchanged.
+// to tables are left as they are; a text that is not a formula comes back unchanged.
 #pragma once
 
 #include <functional>
@@ -25,21 +25,21 @@ using SheetNameMap = std::function<std::optional<std::string>(std::string_view n
 /// The same for a span of sheets; without a `last` when one sheet is left.
 using SheetSpanMap = std::function<std::optional<SheetPrefixNames>(const SheetPrefixNames& span)>;
 
-/// The formula with every sheet name replaced by what `map` answers for it ("Sheet1!A1",
+/// The formula with every sheet name replaced by what `map` returns for it ("Sheet1!A1",
 /// "'It''s'!A1", spans of sheets "A:C!B2"), quoted where the new name asks for it; other books'
 /// sheets are not asked for. A reference to a sheet that is gone becomes #REF!. Without `spans`, a
 /// span that loses one end keeps the other. Returns nothing when the formula does not change.
 std::optional<std::string> rename_sheets(std::string_view formula, const SheetNameMap& map,
                                          const SheetSpanMap& spans = {});
 
-/// What a table is called otherwise; nullopt for a name that stays or is no table's.
+/// The new name of a table; nullopt for a name that stays or is not a table's.
 using TableNameMap = std::function<std::optional<std::string>(std::string_view name)>;
 
 /// The formula with the names of tables ("Table1[Col]", "Table1") replaced. Returns nothing when it
 /// does not change.
 std::optional<std::string> rename_tables(std::string_view formula, const TableNameMap& map);
 
-/// What a column of a table is called otherwise; nullopt for one that keeps its name.
+/// The new name of a column of a table; nullopt for one that keeps its name.
 using ColumnNameMap =
     std::function<std::optional<std::string>(std::string_view table, std::string_view column)>;
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Token ends are found by what characters can follow each other; operators are not told apart.
+// Token ends are found by what characters can follow each other; operators are not distinguished.
 #include "workbook/xlsx/formula/formula_tokens.h"
 
 #include "workbook/xlsx/formula/reference_text.h"
@@ -32,7 +32,7 @@ std::size_t word_length(std::string_view text) {
     return i;
 }
 
-/// Length of what `text` begins with up to the closing `quote`, which stands for itself when it is
+/// Length of what `text` begins with up to the closing `quote`, which means itself when it is
 /// doubled; `kNone` when it is not closed.
 std::size_t quoted_length(std::string_view text, char quote) {
     for (std::size_t i = 1; i < text.size(); ++i) {
@@ -71,7 +71,7 @@ std::size_t number_length(std::string_view text) {
     return exponent > digits ? exponent : i;
 }
 
-/// Length of an error constant; 0 for the '#' behind a reference that spills.
+/// Length of an error constant; 0 for the '#' after a reference that spills.
 std::size_t error_length(std::string_view text) {
     std::size_t i = 1;
     while (i < text.size() &&
@@ -174,9 +174,9 @@ FormulaToken FormulaTokenizer::take_operand() {
 FormulaToken FormulaTokenizer::take_bracket() {
     const std::size_t bracket = bracket_length(rest_);
     if (bracket == kNone) return take_broken();
-    const std::string_view behind = rest_.substr(bracket);
-    if (behind.starts_with('!')) return take(FormulaTokenKind::OtherPrefix, bracket + 1);
-    const std::size_t prefix = prefix_length(behind);
+    const std::string_view after = rest_.substr(bracket);
+    if (after.starts_with('!')) return take(FormulaTokenKind::OtherPrefix, bracket + 1);
+    const std::size_t prefix = prefix_length(after);
     return prefix > 0 ? take(FormulaTokenKind::OtherPrefix, bracket + prefix)
                       : take(FormulaTokenKind::Name, bracket);
 }

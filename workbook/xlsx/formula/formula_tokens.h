@@ -31,7 +31,7 @@ class FormulaTokenizer {
 
     FormulaToken next();
 
-    /// Whether a string, a quoted name or a bracket has no end: the text is no formula.
+    /// Whether a string, a quoted name or a bracket has no end: the text is not a formula.
     bool is_broken() const { return is_broken_; }
 
   private:

@@ -56,7 +56,8 @@ bool take_row(std::string_view text, std::size_t& at, int& row) {
     return true;
 }
 
-/// Whether a word, a call or a sheet prefix goes on behind a reference, so that it is none.
+/// Whether a word, a call or a sheet prefix goes on after what looks like a reference, so that it
+/// is not one.
 bool goes_on(std::string_view text, std::size_t at) {
     if (at == text.size()) return false;
     const char c = text[at];

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Reads and splits the spans in a tree of the cols element.
 #include "workbook/xlsx/reading/column_widths.h"
 
 #include <algorithm>
@@ -115,11 +117,11 @@ Columns with_width(Columns columns, double width) {
     return columns;
 }
 
-std::string prefix_of(std::string_view markup, std::string_view otherwise) {
+std::string prefix_of(std::string_view markup, std::string_view absent) {
     const std::size_t begin = markup.find('<');
     const std::size_t end = markup.find_first_of(" \t\r\n/>", begin);
     if (begin == std::string_view::npos || end == std::string_view::npos)
-        return std::string(otherwise);
+        return std::string(absent);
     const std::string_view name = markup.substr(begin + 1, end - begin - 1);
     return std::string(name.substr(0, name.find(':') + 1)); // npos + 1 is 0
 }

@@ -13,8 +13,8 @@
 
 namespace workbook {
 
-/// The spans of a `cols` element, in its order; what is no span of a sheet's columns is left out.
-/// `markup` is the whole element as it stands in the part, with any namespace prefix.
+/// The spans of a `cols` element, in its order; what is not within a sheet's columns is left out.
+/// `markup` is the whole element as the part has it, with any namespace prefix.
 std::vector<ColumnSpan> read_column_spans(std::string_view markup);
 
 /// The element with the widths of some columns set (zero-based column, width in characters): spans

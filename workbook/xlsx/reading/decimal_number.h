@@ -10,7 +10,7 @@
 namespace workbook {
 
 /// Parses the number at `p` up to the '<' that follows it and returns the place of that '<'; null
-/// when what stands there is not exactly a finite decimal number and a '<' before `end`.
+/// when what is there is not exactly a finite decimal number and a '<' before `end`.
 inline const char* parse_plain_number(const char* p, const char* end, double& out) {
     static constexpr double kPowerOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                              1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Defined names (ECMA-376 part 1, 18.2.5) that stand for one rectangle of cells.
+// Defined names (ECMA-376 part 1, 18.2.5) that refer to one rectangle of cells.
 #pragma once
 
 #include <optional>
@@ -29,7 +29,7 @@ struct DefinedName {
 /// Nothing for unions, functions, errors, other books and sheet spans.
 std::optional<NamedArea> parse_named_area(std::string_view formula);
 
-/// The cells of sheet `sheet_index` (named `sheet_name`) that `name` stands for: first a name of
+/// The cells of sheet `sheet_index` (named `sheet_name`) that `name` refers to: first a name of
 /// this sheet, then one of the book.
 std::optional<Rectangle> find_named_cells(const std::vector<DefinedName>& names,
                                           std::u16string_view name, int sheet_index,

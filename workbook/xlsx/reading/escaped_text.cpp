@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Most strings have no escape and are passed on without being copied.
 #include "workbook/xlsx/reading/escaped_text.h"
 
 #include <charconv>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The `_xHHHH_` escapes of cell texts: a UTF-16 code unit that XML cannot hold, or an underscore
-// that would begin such an escape (ECMA-376 part 1, 22.9.2.19, ST_Xstring).
+// The `_xHHHH_` escapes of strings in cells: a UTF-16 code unit that XML cannot hold, or an
+// underscore that would begin such an escape (ECMA-376 part 1, 22.9.2.19, ST_Xstring).
 #pragma once
 
 #include <string>
@@ -13,8 +13,8 @@ namespace workbook {
 /// either case, between "_x" and "_"; two escaped surrogates that form a pair become one character.
 void append_unescaped(std::string& out, std::string_view text);
 
-/// Turns cell texts as they stand in the mark-up into the texts meant. Keeps its buffers between
-/// texts.
+/// Decodes the strings of cells as XML has them. Keeps its buffers between
+/// strings.
 class CellTextDecoder {
   public:
     /// The text with references, then escapes resolved; a null view when a reference is none. Valid

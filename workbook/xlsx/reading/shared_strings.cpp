@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Plain items are taken off the text window, all others go through the scanner.
 #include "workbook/xlsx/reading/shared_strings.h"
 
 #include <string>
@@ -13,7 +15,7 @@ namespace workbook {
 
 namespace {
 
-// The place behind the tags that open an item of one plain text; null when something else stands at
+// The place after the tags that open an item of one plain text; null when something else is at
 // `p`.
 const char* open_item(const PlainTag& tag, const char* p) {
     p = tag.open(p, "si>");
@@ -22,7 +24,7 @@ const char* open_item(const PlainTag& tag, const char* p) {
     return text != nullptr ? text : tag.open(p, "t xml:space=\"preserve\">");
 }
 
-// The place behind the tags that close it; Japanese editions put the settings of its phonetic runs
+// The place after the tags that close it; Japanese editions put the settings of its phonetic runs
 // in front of the last one.
 const char* close_item(const PlainTag& tag, const char* p, const char* end) {
     p = tag.close(p, "t>");
@@ -37,7 +39,7 @@ const char* close_item(const PlainTag& tag, const char* p, const char* end) {
 
 // Takes items in their plainest form, <si><t>text</t></si>, off the window for as long as they
 // come, with no attribute but xml:space. Everything else, and an item that is not whole, is left to
-// the scanner. The zero bytes behind the window end every comparison.
+// the scanner. The zero bytes after the window end every comparison.
 template <class Items>
 void take_plain_items(TextWindow& window, const PlainTag& tag, Items& items) {
     CellTextDecoder decoder;
@@ -45,15 +47,15 @@ void take_plain_items(TextWindow& window, const PlainTag& tag, Items& items) {
     while (items.wants_more()) {
         const char* const text = open_item(tag, skip_spaces(p));
         if (text == nullptr) break;
-        bool as_it_stands;
-        const char* const end = find_text_end(text, window.end(), as_it_stands);
-        const char* const behind = end != nullptr ? close_item(tag, end, window.end()) : nullptr;
-        if (behind == nullptr) break;
+        bool is_plain;
+        const char* const end = find_text_end(text, window.end(), is_plain);
+        const char* const after = end != nullptr ? close_item(tag, end, window.end()) : nullptr;
+        if (after == nullptr) break;
         std::string_view item(text, static_cast<std::size_t>(end - text));
-        if (!as_it_stands) item = decoder.decode(item);
+        if (!is_plain) item = decoder.decode(item);
         if (item.data() == nullptr) break;
         items.add(item, true);
-        p = behind;
+        p = after;
     }
     window.set_cursor(p);
 }

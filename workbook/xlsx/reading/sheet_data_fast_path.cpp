@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The fast half of SheetDataReader: plain mark-up taken off the text window. The zero bytes behind
+// The fast half of SheetDataReader: plain XML taken off the text window. The zero bytes after
 // the window end every loop and fail every comparison, so an element that is cut off is never
 // mistaken for a whole one.
 #include <algorithm>
@@ -55,7 +55,7 @@ void SheetDataReader::take_plain_markup() {
     while (!stopped_ && window_.refill_if_short());
 }
 
-// Takes plain elements for as long as they come; returns the place behind the last one.
+// Takes plain elements for as long as they come; returns the place after the last one.
 const char* SheetDataReader::take_plain_run(const char* p) {
     for (;;) {
         const char* const mark = *p == '<' ? p : skip_spaces(p);
@@ -72,11 +72,11 @@ const char* SheetDataReader::take_plain_run(const char* p) {
 }
 
 const char* SheetDataReader::take_plain_row_end(const char* p) {
-    const char* const behind = tag_.close(p, "row>");
-    if (behind == nullptr) return nullptr;
+    const char* const after = tag_.close(p, "row>");
+    if (after == nullptr) return nullptr;
     close_row();
     scanner_.leave_element();
-    return behind;
+    return after;
 }
 
 const char* SheetDataReader::take_plain_row_tag(const char* p) {
@@ -193,18 +193,18 @@ const char* SheetDataReader::take_plain_formula(const char* p) const {
 
 // Takes an element without a value, or nothing, before a cell's end tag; returns the place of that.
 const char* SheetDataReader::take_missing_value(const char* p, bool& is_element) const {
-    const char* behind = tag_.open(p, "v/>");
-    if (behind == nullptr) behind = tag_.open(p, "v />");
-    if (behind == nullptr) {
-        behind = tag_.open(p, "v>");
-        if (behind != nullptr) behind = tag_.close(behind, "v>");
+    const char* after = tag_.open(p, "v/>");
+    if (after == nullptr) after = tag_.open(p, "v />");
+    if (after == nullptr) {
+        after = tag_.open(p, "v>");
+        if (after != nullptr) after = tag_.close(after, "v>");
     }
-    is_element = behind != nullptr;
-    if (!is_element) behind = p;
-    return tag_.close(behind, "c>") != nullptr ? behind : nullptr;
+    is_element = after != nullptr;
+    if (!is_element) after = p;
+    return tag_.close(after, "c>") != nullptr ? after : nullptr;
 }
 
-// What stands between the tags of a cell; returns the place of its end tag.
+// What is between the tags of a cell; returns the place of its end tag.
 const char* SheetDataReader::take_plain_value(const char* p, CellType type, StoredCell& cell) {
     if (const char* const formula = tag_.open(p, "f")) {
         p = take_plain_formula(formula);
@@ -213,13 +213,13 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
     const char* const value = tag_.open(p, "v>");
     if (value == nullptr || *value == '<') {
         bool is_element = false;
-        const char* const behind = take_missing_value(p, is_element);
-        if (behind == nullptr) return take_plain_inline_text(p, cell);
+        const char* const after = take_missing_value(p, is_element);
+        if (after == nullptr) return take_plain_inline_text(p, cell);
         // An empty value of a cell with text is an empty text.
         const bool is_text = type == CellType::FormulaString || type == CellType::InlineString;
         if (is_element && is_text) return nullptr;
         cell.kind = static_cast<std::uint32_t>(StoredKind::Blank);
-        return behind;
+        return after;
     }
     p = value;
     switch (type) {
@@ -245,9 +245,9 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
         p = take_plain_text(p, false, cell);
         break;
     case CellType::Error: {
-        bool as_it_stands;
-        const char* const close = find_text_end(p, window_.end(), as_it_stands);
-        if (close == nullptr || !as_it_stands || *p != '#' || is_space(close[-1])) return nullptr;
+        bool is_plain;
+        const char* const close = find_text_end(p, window_.end(), is_plain);
+        if (close == nullptr || !is_plain || *p != '#' || is_space(close[-1])) return nullptr;
         store_error(cell, {p, static_cast<std::size_t>(close - p)});
         p = close;
         break;
@@ -258,17 +258,17 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
     return p != nullptr ? tag_.close(p, "v>") : nullptr;
 }
 
-// Stores the text at `p` and returns the place of the '<' behind it. Nothing is stored when that
-// does not begin the tags that end a cell; `is_item` tells that the text stands in an item's `t`.
+// Stores the text at `p` and returns the place of the '<' after it. Nothing is stored when that
+// does not begin the tags that end a cell; `is_item`: the text is in an item's `t`.
 const char* SheetDataReader::take_plain_text(const char* p, bool is_item, StoredCell& cell) {
-    bool as_it_stands;
-    const char* const end = find_text_end(p, window_.end(), as_it_stands);
+    bool is_plain;
+    const char* const end = find_text_end(p, window_.end(), is_plain);
     if (end == nullptr) return nullptr;
     const char* close = is_item ? tag_.close(end, "t>") : tag_.close(end, "v>");
     if (is_item && close != nullptr) close = tag_.close(close, "is>");
     if (close == nullptr || tag_.close(close, "c>") == nullptr) return nullptr;
     std::string_view text(p, static_cast<std::size_t>(end - p));
-    if (!as_it_stands) text = decoder_.decode(text);
+    if (!is_plain) text = decoder_.decode(text);
     if (text.data() == nullptr) return nullptr;
     store_text(cell, text);
     return end;

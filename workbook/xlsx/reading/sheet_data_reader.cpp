@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Rows, and cells that go through the scanner.
 #include "workbook/xlsx/reading/sheet_data_reader.h"
 
 #include <algorithm>
@@ -21,7 +23,7 @@ namespace {
 
 using Token = XmlScanner::Token;
 
-// A book has some ten error texts; a file that makes up thousands gets them stored one by one.
+// A book has some ten kinds of error; a file that makes up thousands gets them stored one by one.
 constexpr std::size_t kKnownErrors = 32;
 
 // Anything but 0 counts as true; some producers write words, in any case.

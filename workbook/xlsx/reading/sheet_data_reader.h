@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Reads the rows and cells of a worksheet (ECMA-376 part 1, 18.3.1.80 sheetData). Two ways lead to
-// a stored cell: plain mark-up, the form that nearly every producer writes, is taken straight off
+// a stored cell: plain XML, the form that nearly every producer writes, is taken straight off
 // the text window; anything else goes through the scanner. Both may alternate from cell to cell.
 #pragma once
 
@@ -30,8 +30,8 @@ class SheetDataReader {
           out_(out),
           cells_(out.cells) {}
 
-    /// Call after the Start of sheetData. Reads to its End and answers true, or stops at the first
-    /// row behind the wanted ones and answers false. Throws `Error`.
+    /// Call after the Start of sheetData. Reads to its End and returns true, or stops at the first
+    /// row after the wanted ones and returns false. Throws `Error`.
     bool read();
 
   private:
@@ -45,7 +45,7 @@ class SheetDataReader {
     void open_row(int row);
     void close_row();
 
-    // Plain mark-up. Each takes what stands at `p` and returns the place behind it, or null, with
+    // Plain XML. Each takes what is at `p` and returns the place after it, or null, with
     // nothing stored, when it is not plain or not whole.
     void take_plain_markup();
     const char* take_plain_run(const char* p);
@@ -60,7 +60,7 @@ class SheetDataReader {
     const char* take_plain_text(const char* p, bool is_item, StoredCell& cell);
     const char* take_plain_inline_text(const char* p, StoredCell& cell);
 
-    // Any mark-up, through the scanner.
+    // Any XML, through the scanner.
     void read_row_tag();
     void read_cell();
     CellHead read_head();

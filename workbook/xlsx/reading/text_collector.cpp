@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Phonetic runs and run properties are skipped, the text of all else is joined.
 #include "workbook/xlsx/reading/text_collector.h"
 
 #include "workbook/error.h"

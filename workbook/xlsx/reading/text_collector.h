@@ -15,7 +15,7 @@ namespace workbook {
 /// one plain text without any run.
 bool append_item_text(XmlScanner& scanner, std::string& out);
 
-/// The same for an element that holds the text itself (`t`, `v`): appends it as it stands.
+/// The same for an element that holds the text itself (`t`, `v`): appends it unchanged.
 void append_element_text(XmlScanner& scanner, std::string& out);
 
 } // namespace workbook

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Finds the workbook of a package and tells packages of other kinds apart by their content.
+// Finds the workbook of a package and recognises packages of other kinds by their content.
 #pragma once
 
 #include <string>

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "foundation/ascii_case.h"
 #include "foundation/unicode.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
@@ -35,7 +36,7 @@ constexpr KindName kKindNames[] = {
 };
 
 SheetKind kind_of(std::string_view relationship_type, std::string_view content_type) {
-    const std::string relationship = ascii_lower(relationship_type);
+    const std::string relationship = foundation::unicode::ascii_lower(relationship_type);
     for (const KindName& name : kKindNames)
         if (relationship == name.relationship) return name.kind;
     for (const KindName& name : kKindNames)
@@ -44,7 +45,7 @@ SheetKind kind_of(std::string_view relationship_type, std::string_view content_t
 }
 
 SheetState state_of(std::string_view text) {
-    const std::string state = ascii_lower(text);
+    const std::string state = foundation::unicode::ascii_lower(text);
     if (state == "hidden") return SheetState::Hidden;
     return state == "veryhidden" ? SheetState::VeryHidden : SheetState::Visible;
 }

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The elements around the cells.
 #include "workbook/xlsx/reading/worksheet_reader.h"
 
 #include <algorithm>
@@ -84,7 +86,7 @@ void order_row_formats(std::vector<RowFormat>& formats) {
     formats.erase(formats.begin(), last.base());
 }
 
-// What stands beside the cells, at the scanner's last Start.
+// What is beside the cells, at the scanner's last Start.
 void read_other_element(XmlScanner& scanner, SheetTail& tail, SheetColumns& columns) {
     if (scanner.name() == "cols") {
         read_columns(scanner, columns);
@@ -102,7 +104,7 @@ void read_other_element(XmlScanner& scanner, SheetTail& tail, SheetColumns& colu
 
 } // namespace
 
-// What a sheet's part holds is told by its root alone: a relationship may lead anywhere.
+// Only its root says what a sheet's part holds: a relationship may lead anywhere.
 void require_sheet_root(const XmlScanner& scanner) {
     constexpr std::string_view kRoots[] = {"worksheet", "dialogsheet", "macrosheet", "chartsheet"};
     if (std::find(std::begin(kRoots), std::end(kRoots), scanner.name()) == std::end(kRoots))

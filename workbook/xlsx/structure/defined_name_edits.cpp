@@ -157,7 +157,7 @@ void DefinedNameEdits::write(pugi::xml_node workbook_element) const {
         const Origin& origin = origins_[i];
         const DefinedName& name = workbook_.defined_names[i];
         if (origin.element >= elements.size()) continue;
-        // A sheet that came to stand at its index must not take it over.
+        // A sheet that came to its index must not take it over.
         if (origin.is_astray) {
             const auto index = attribute_number(elements[origin.element], "localSheetId");
             is_kept[origin.element] = !index || *index >= workbook_.sheets.size();

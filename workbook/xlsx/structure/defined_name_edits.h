@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The defined names of a book while sheets come, go, move and are named otherwise. The model's
+// The defined names of a book while sheets come, go, move and are renamed. The model's
 // names are changed at once; the workbook part follows when it is written.
 #pragma once
 
@@ -18,7 +18,7 @@ namespace workbook {
 
 class DefinedNameEdits {
   public:
-    /// `workbook` must outlive this; its names stand in the order of the package.
+    /// `workbook` must outlive this; its names are in the order of the package.
     explicit DefinedNameEdits(WorkbookPart& workbook);
 
     // Each is called right after the sheets themselves changed.
@@ -39,7 +39,7 @@ class DefinedNameEdits {
   private:
     struct Origin {
         std::size_t element;    ///< in the package
-        bool is_copy = false;   ///< made of the element, which another name stands for
+        bool is_copy = false;   ///< made of the element, which another name is made of
         bool is_astray = false; ///< of a sheet that the package does not have; stays as it is
     };
 

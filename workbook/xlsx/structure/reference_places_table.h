@@ -20,14 +20,14 @@ struct ReferencePlace {
     std::string_view element;   ///< local name
     std::string_view attribute; ///< local name; empty for the element's text
     PlaceHolds holds;
-    /// Local name of an attribute that tells, where it is present, that another book is meant.
+    /// Local name of an attribute that says, where it is present, that another book is meant.
     std::string_view other_book = {};
 };
 
 /// The places of an element, none for most.
 std::span<const ReferencePlace> reference_places(std::string_view element);
 
-/// False for most elements without places, told by first letter and length alone.
+/// False for most elements without places, decided by first letter and length alone.
 bool may_have_places(std::string_view element);
 
 /// Whether parts that relationships of this type (last segment) lead to can have such places.

@@ -19,11 +19,11 @@ namespace workbook {
 namespace {
 
 constexpr std::size_t kOutputBytes = 32u << 10;
-/// Enough text to tell every kind of mark-up from one another.
+/// Enough text to recognise every kind of tag.
 constexpr std::size_t kLongestOpening = 16;
 
 /// Extensions of worksheets that lead to slicers and timelines (MS-XLSX 2.2.3.1 and 2.2.3.2): each
-/// of those stands on one sheet only.
+/// of those is on one sheet only.
 constexpr std::string_view kSingleExtensions[] = {
     "{A8765BA9-456A-4dab-B4F3-ACF838C121DE}", // x14:slicerList
     "{3A4CF648-6AED-40f4-86FF-DC5316D8AED3}", // x15:slicerList, of tables
@@ -60,7 +60,7 @@ bool is_plain_start_or_end(const char* p, const char* end) {
            element != "sheetPr" && element != "pivotSource";
 }
 
-/// Behind the '>' of the tag at `p`; null when it is not in the text.
+/// After the '>' of the tag at `p`; null when it is not in the text.
 const char* find_tag_end(const char* p, const char* end) {
     if (p[1] == '/') {
         p = find_byte(p, end, '>');
@@ -147,10 +147,10 @@ bool ReferenceRewriter::pass_plain() {
     for (;;) {
         p = find_byte(p, end, '<');
         if (p == end || !is_plain_start_or_end(p, end)) break;
-        const char* const behind = find_tag_end(p, end);
-        if (behind == nullptr) break;
+        const char* const after = find_tag_end(p, end);
+        if (after == nullptr) break;
         if (p[1] != '/') is_in_pivot_source_ = false;
-        p = behind;
+        p = after;
     }
     out_.append(begin, p);
     window_.set_cursor(p);

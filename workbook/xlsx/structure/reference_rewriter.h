@@ -17,7 +17,7 @@
 
 namespace workbook {
 
-/// What is done to parts. Functions answer nothing for what stays as it is.
+/// What is done to parts. Functions return nullopt for what stays as it is.
 struct PartEdits {
     std::function<std::optional<std::string>(std::string_view formula)> formula;
     std::function<std::optional<std::string>(std::string_view name)> sheet_name;

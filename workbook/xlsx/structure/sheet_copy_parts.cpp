@@ -7,11 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "foundation/ascii_case.h"
 #include "workbook/io/text_source.h"
+#include "workbook/opc/edited_part.h"
 #include "workbook/opc/new_part_names.h"
 #include "workbook/opc/part_name.h"
-#include "workbook/xlsx/structure/workbook_elements.h"
-#include "workbook/xml/edited_part.h"
+#include "workbook/xlsx/structure/workbook_part_writer.h"
 #include "workbook/xml/xml_tree.h"
 
 namespace workbook {
@@ -63,7 +64,8 @@ void remove_slicers(pugi::xml_node drawing) {
 
 /// The part that a relationship element of `source` leads to; empty for an external one.
 std::string target_of(pugi::xml_node relationship, std::string_view source) {
-    const std::string mode = ascii_lower(attribute_value(relationship, "TargetMode").value_or(""));
+    const std::string mode =
+        foundation::unicode::ascii_lower(attribute_value(relationship, "TargetMode").value_or(""));
     if (mode == "external") return {};
     return resolve_target(source, attribute_value(relationship, "Target").value_or(""));
 }
@@ -73,7 +75,7 @@ std::string_view type_of(pugi::xml_node relationship) {
     return type.substr(type.find_last_of('/') + 1);
 }
 
-/// Relationships keep their identifiers, by which the mark-up refers to them.
+/// Relationships keep their identifiers, by which the XML refers to them.
 void deliver_relationships(OpcPackage& package, const SheetCopyPlan& plan, const CopiedPart& part,
                            const PartEdits& edits, PackageChanges& changes) {
     const std::string name = relationships_part_name(part.source);

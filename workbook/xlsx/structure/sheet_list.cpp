@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a sheet may be called, and where it stands.
+// Which names a sheet may have, and where it is.
 #include "workbook/xlsx/structure/sheet_list.h"
 
 #include <algorithm>
@@ -41,7 +41,7 @@ void SheetList::check_room(std::size_t index) const {
         throw Error::missing("the workbook has no place of index " + std::to_string(index) +
                              " for a sheet");
     if (entries().size() >= kMaxSheets)
-        throw Error::refused("a workbook holds at most " + std::to_string(kMaxSheets) + " sheets");
+        throw Error::limit("the workbook", "more than " + std::to_string(kMaxSheets) + " sheets");
 }
 
 void SheetList::check_index(std::size_t index) const {
@@ -75,7 +75,7 @@ void SheetList::remove(std::size_t index) {
     auto& sheets = workbook_.sheets;
     SheetRecord& gone = record(*sheets[index]);
     gone.before = index > 0 ? &record(*sheets[index - 1]) : nullptr;
-    gone.behind = index + 1 < sheets.size() ? &record(*sheets[index + 1]) : nullptr;
+    gone.after = index + 1 < sheets.size() ? &record(*sheets[index + 1]) : nullptr;
     gone.entry = nullptr;
     by_entry_.erase(sheets[index].get());
     folded_names_.erase(foundation::unicode::fold_case(sheets[index]->name));

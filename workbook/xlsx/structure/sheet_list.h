@@ -25,18 +25,18 @@ struct SheetRecord {
     SheetState package_state = SheetState::Visible;
     std::string part;         ///< as in the entry, which may be gone
     std::size_t element = 0;  ///< index among the package's sheet elements
-    std::string package_part; ///< where its mark-up comes from; empty for an empty sheet
+    std::string package_part; ///< where its XML comes from; empty for an empty sheet
     std::string relationship_id;
     std::uint32_t sheet_id = 0;               ///< 0 when the package has none for it
     const SheetRecord* copied_from = nullptr; ///< a record in the package; null for other sheets
     SheetCopyPlan copy;
     /// The sheets beside a removed one when it went.
-    SheetRecord *before = nullptr, *behind = nullptr;
+    SheetRecord *before = nullptr, *after = nullptr;
 };
 
 class SheetList {
   public:
-    /// `workbook` must outlive this; its sheets stand in the order of the package.
+    /// `workbook` must outlive this; its sheets are in the order of the package.
     explicit SheetList(WorkbookPart& workbook);
 
     /// Throws `Error` unless `name` can be the name of a sheet; `own` may have it already.
@@ -56,7 +56,7 @@ class SheetList {
     const std::vector<std::unique_ptr<SheetRecord>>& records() const { return records_; }
     const std::vector<std::unique_ptr<SheetEntry>>& entries() const { return workbook_.sheets; }
 
-    /// Whether sheets came, went, moved or are named otherwise than in the package.
+    /// Whether sheets came, went, moved or have other names than in the package.
     bool has_changed() const;
 
   private:

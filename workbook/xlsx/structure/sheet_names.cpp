@@ -63,8 +63,8 @@ std::optional<SheetPrefixNames> SheetNames::span(const SheetPrefixNames& package
     const SheetRecord* last = find(package_names.last);
     if (first == nullptr || last == nullptr) return package_names;
     const bool was_reversed = last->element < first->element;
-    const auto inwards = was_reversed ? &SheetRecord::before : &SheetRecord::behind;
-    const auto back = was_reversed ? &SheetRecord::behind : &SheetRecord::before;
+    const auto inwards = was_reversed ? &SheetRecord::before : &SheetRecord::after;
+    const auto back = was_reversed ? &SheetRecord::after : &SheetRecord::before;
     const SheetRecord* first_now = first_left(first, inwards);
     const SheetRecord* last_now = first_left(last, back);
     if (first_now == nullptr || last_now == nullptr) return {};

@@ -16,7 +16,7 @@
 
 namespace workbook {
 
-/// As the book is now; made anew after each change.
+/// As the book is now; made again after each change.
 class SheetNames {
   public:
     SheetNames(const SheetList& sheets, const RenamedColumns& columns);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Reads the headers of tables and renames columns in formulas.
 #include "workbook/xlsx/structure/table_columns.h"
 
 #include <utility>

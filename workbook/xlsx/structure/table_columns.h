@@ -29,7 +29,7 @@ struct TableHeader {
 /// cannot be read, are left out.
 std::vector<TableHeader> read_table_headers(OpcPackage& package, const std::string& sheet_part);
 
-/// Columns that are called otherwise than in the package.
+/// Columns that have another name than in the package.
 class RenamedColumns {
   public:
     bool empty() const { return tables_.empty(); }

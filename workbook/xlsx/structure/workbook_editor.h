@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Changes to the structure of a book: sheets that come, go, move and are named otherwise, and
+// Changes to the structure of a book: sheets that come, go, move and are renamed, and
 // everything that has to follow them (workbook part, relationships, content types, defined names,
 // references in formulas, charts and pivot caches). Small parts change as trees; parts that may be
 // large are changed while they are streamed into the saved file.
@@ -35,7 +35,7 @@ class WorkbookEditor {
     /// An empty sheet before the one at `index`. Its part exists in the saved file only.
     SheetEntry& insert_sheet(std::size_t index, std::u16string_view name);
     /// A copy of `source` with all that belongs to it: drawings and charts, comments, tables under
-    /// new names, names of its own. What spoke of `source` by name within it speaks of the copy.
+    /// new names, names of its own. References to `source` by name within it refer to the copy.
     SheetEntry& copy_sheet(std::size_t index, std::u16string_view name, const SheetEntry& source);
     /// Parts that only this sheet led to go with it; references to it become #REF!.
     void remove_sheet(std::size_t index);
@@ -53,7 +53,7 @@ class WorkbookEditor {
 
     /// Has applications compute all formulas when they open the book.
     void recalculate_on_load();
-    /// Drops the calculation chain, which names cells with formulas and is made anew by
+    /// Drops the calculation chain, which names cells with formulas and is made again by
     /// applications.
     void drop_calculation_chain();
     /// Nothing: the type that the package has.
@@ -63,7 +63,7 @@ class WorkbookEditor {
     std::string need_shared_strings_part();
     std::string need_styles_part();
 
-    /// The mark-up that a sheet's part is made from: that of the package, of the sheet it is a copy
+    /// The XML that a sheet's part is made from: that of the package, of the sheet it is a copy
     /// of, or of an empty sheet, with references to renamed and removed sheets brought up to date.
     std::unique_ptr<ByteSource> open_sheet(const SheetEntry& sheet);
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// New names and identifiers, and the XML that sheets are made from.
 #include "workbook/xlsx/structure/workbook_editor_state.h"
 
 #include <algorithm>
@@ -8,8 +10,9 @@
 #include "workbook/limits.h"
 #include "workbook/opc/part_name.h"
 #include "workbook/opc/part_reachability.h"
+#include "workbook/xlsx/namespaces.h"
 #include "workbook/xlsx/reading/workbook_locator.h"
-#include "workbook/xlsx/structure/workbook_elements.h"
+#include "workbook/xlsx/structure/workbook_part_writer.h"
 #include "workbook/xlsx/writing/blank_package.h"
 #include "workbook/xml/xml_tree.h"
 
@@ -35,10 +38,8 @@ void replace_all(std::string& text, std::string_view from, std::string_view to) 
 const std::string& blank_strict_worksheet() {
     static const std::string text = [] {
         std::string blank(blank_worksheet_part());
-        replace_all(blank, "http://schemas.openxmlformats.org/spreadsheetml/2006/main",
-                    "http://purl.oclc.org/ooxml/spreadsheetml/main");
-        replace_all(blank, "http://schemas.openxmlformats.org/officeDocument/2006/relationships",
-                    "http://purl.oclc.org/ooxml/officeDocument/relationships");
+        replace_all(blank, kMainNamespace, kStrictMainNamespace);
+        replace_all(blank, kRelationships, kStrictRelationships);
         return blank;
     }();
     return text;
@@ -134,10 +135,8 @@ std::string WorkbookEditor::State::need_part(std::string& known, std::string_vie
 }
 
 std::string WorkbookEditor::State::type_address(std::string_view type) const {
-    std::string address =
-        is_strict ? "http://purl.oclc.org/ooxml/officeDocument/relationships/"
-                  : "http://schemas.openxmlformats.org/officeDocument/2006/relationships/";
-    return address.append(type);
+    std::string address = is_strict ? kStrictRelationships : kRelationships;
+    return address.append("/").append(type);
 }
 
 std::shared_ptr<const SheetNames> WorkbookEditor::State::names_now() {

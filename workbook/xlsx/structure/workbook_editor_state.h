@@ -42,7 +42,7 @@ struct WorkbookEditor::State {
     /// To be called by every change of the sheets and of columns.
     void sheets_changed() { names_now_ = nullptr; }
     std::shared_ptr<const SheetNames> names_now();
-    /// What a sheet's part is read with; null when it is read as it stands.
+    /// What a sheet's part is read with; null when it is read unchanged.
     std::shared_ptr<const PartEdits> edits_of(const SheetRecord& record);
     std::unique_ptr<ByteSource> open(const SheetRecord& record);
 

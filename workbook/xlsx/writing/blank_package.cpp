@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Zips the parts of a new book into memory.
 #include "workbook/xlsx/writing/blank_package.h"
 
 #include <cstdio>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The texts of a new book's parts.
+// The content of a new book's parts.
 #include "workbook/xlsx/writing/blank_package.h"
 #include "workbook/xlsx/writing/styles_writer.h"
 

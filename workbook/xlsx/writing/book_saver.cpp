@@ -25,7 +25,7 @@ namespace workbook {
 
 namespace {
 
-/// The type that a name's extension stands for; nullopt for any other.
+/// The type that a name's extension means; nullopt for any other.
 std::optional<DocumentType> type_of(std::u16string_view extension) {
     constexpr std::pair<std::u16string_view, DocumentType> kEndings[] = {
         {u"xlsx", DocumentType::Workbook},
@@ -64,7 +64,7 @@ class Saver {
         gather_strings(parts);
         gather_styles(parts);
         gather_sheets(parts);
-        PackageChanges changes = editor_.changes(); // after all that the editor was told above
+        PackageChanges changes = editor_.changes(); // after all calls of the editor above
         for (PartChange& part : parts)
             enter(changes, std::move(part));
         return changes;

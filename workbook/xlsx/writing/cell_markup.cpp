@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Writes tags and values into one buffer.
 #include "workbook/xlsx/writing/cell_markup.h"
 
 #include <charconv>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The mark-up of cells that were written: `<c r="B2" s="1"><v>7</v></c>`. Numbers get the shortest
+// The XML of cells that were written: `<c r="B2" s="1"><v>7</v></c>`. Numbers get the shortest
 // digits that read back as the same number.
 #pragma once
 
@@ -19,13 +19,13 @@ namespace workbook {
 /// Room that `append_number` needs.
 inline constexpr std::size_t kNumberRoom = 40;
 
-/// Writes a finite number at `out` and returns the place behind it.
+/// Writes a finite number at `out` and returns the place after it.
 char* append_number(char* out, double value);
 
 class CellMarkup {
   public:
-    /// `prefix` is the part's namespace prefix with its colon, or empty; `shared_index_of` tells
-    /// where the book's added strings stand in the saved file. Both references must outlive this.
+    /// `prefix` is the part's namespace prefix with its colon, or empty; `shared_index_of` says
+    /// where the book's added strings are in the saved file. Both references must outlive this.
     CellMarkup(MarkupWriter& out, std::string_view prefix,
                const std::vector<std::uint32_t>& shared_index_of);
 

@@ -8,7 +8,7 @@
 
 namespace workbook {
 
-/// Greater for an element that stands further down; negative for an unknown name.
+/// Greater for an element that comes further down; negative for an unknown name.
 int worksheet_element_place(std::string_view local_name);
 
 } // namespace workbook

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The children of CT_Worksheet in their order (ECMA-376 part 1, A.2).
 #include <algorithm>
 #include <iterator>
 

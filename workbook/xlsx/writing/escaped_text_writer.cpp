@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Cell texts as character data: the inverse of what escaped_text.cpp does.
+// Strings of cells as character data: the inverse of what escaped_text.cpp does.
 #include <algorithm>
 #include <array>
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Surveys the formulas of a part, then decides what cells that stay have to hold.
 #include "workbook/xlsx/writing/formula_groups.h"
 
 #include <algorithm>
@@ -18,7 +20,7 @@ using Token = XmlScanner::Token;
 // Longest formula that applications accept.
 constexpr std::size_t kMaxFormula = 8192;
 
-// Whether a formula that stands at `place` is for other cells too. Applications have it in the
+// Whether a formula at `place` is for other cells too. Applications have it in the
 // first cell of its block.
 bool is_block(const Rectangle& area, const CellReference& place) {
     return area.first_row == place.row && area.first_column == place.column &&
@@ -98,7 +100,7 @@ bool may_have_formula_groups(ByteSource& part) {
         const char* const end = window.end();
         for (const char* p = find_byte(begin, end, 'f'); p < end; p = find_byte(p + 1, end, 'f'))
             if (p > begin && (p[-1] == '<' || p[-1] == ':') && is_space(p[1])) return true;
-        window.set_cursor(std::max(begin, end - 2)); // one may lie across the window's end
+        window.set_cursor(std::max(begin, end - 2)); // one may cross the window's end
     } while (window.refill());
     return false;
 }
@@ -140,14 +142,14 @@ void FormulaGroups::note(const SourceCell& cell, const CellReference& place,
                          ChangedPlaces& changed) {
     const SourceFormula& formula = *cell.formula;
     if (formula.type == "shared" && formula.group)
-        note_shared(formula, place, changed);
+        add_shared(formula, place, changed);
     else if ((formula.type == "array" || formula.type == "dataTable") && formula.area &&
              is_block(*formula.area, place))
-        note_block(cell, place, changed);
+        add_block(cell, place, changed);
 }
 
-void FormulaGroups::note_shared(const SourceFormula& formula, const CellReference& place,
-                                ChangedPlaces& changed) {
+void FormulaGroups::add_shared(const SourceFormula& formula, const CellReference& place,
+                               ChangedPlaces& changed) {
     SharedGroup& group = shared_.try_emplace(*formula.group).first->second;
     group.first_row = std::min(group.first_row, place.row);
     group.last_row = std::max(group.last_row, place.row);
@@ -161,8 +163,8 @@ void FormulaGroups::note_shared(const SourceFormula& formula, const CellReferenc
     count_text(group.masters.back().text.size());
 }
 
-void FormulaGroups::note_block(const SourceCell& cell, const CellReference& place,
-                               ChangedPlaces& changed) {
+void FormulaGroups::add_block(const SourceCell& cell, const CellReference& place,
+                              ChangedPlaces& changed) {
     const SourceFormula& formula = *cell.formula;
     if (!changed.intersects(*formula.area)) return;
     const BlockKind kind = formula.type == "dataTable" ? BlockKind::DataTable
@@ -197,7 +199,7 @@ void FormulaGroups::adjust(SourceCell& cell, const CellReference& place) {
 }
 
 // A cell without a text belongs to the last formula of its number before it, else to the first one
-// behind it.
+// after it.
 void FormulaGroups::adjust_shared(SourceCell& cell, const CellReference& place) const {
     const SourceFormula& formula = *cell.formula;
     const auto found = formula.group ? shared_.find(*formula.group) : shared_.end();

@@ -2,8 +2,8 @@
 //
 // Formulas that several cells of a worksheet share (ECMA-376 part 1, 18.3.1.40: shared formulas,
 // array formulas, data tables), as far as a change takes one of their cells away: what the cells
-// that stay have to hold instead. A part is surveyed before it is rewritten, since a formula stands
-// in one cell for others before and behind it.
+// that stay have to hold instead. A part is surveyed before it is rewritten, since a formula
+// in one cell is for others before and after it.
 #pragma once
 
 #include <cstdint>
@@ -74,9 +74,9 @@ class FormulaGroups {
     };
 
     void note(const SourceCell& cell, const CellReference& place, ChangedPlaces& changed);
-    void note_shared(const SourceFormula& formula, const CellReference& place,
-                     ChangedPlaces& changed);
-    void note_block(const SourceCell& cell, const CellReference& place, ChangedPlaces& changed);
+    void add_shared(const SourceFormula& formula, const CellReference& place,
+                    ChangedPlaces& changed);
+    void add_block(const SourceCell& cell, const CellReference& place, ChangedPlaces& changed);
     void count_text(std::size_t bytes);
     void include_rows(int first, int last);
     void adjust_shared(SourceCell& cell, const CellReference& place) const;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The old part is copied as text up to the place behind its last item; of its mark-up only the root
+// The old part is copied as text up to the place after its last item; of its XML only the root
 // and an extension list, before which new items belong, are looked at.
 #include "workbook/xlsx/writing/shared_strings_writer.h"
 
@@ -44,12 +44,12 @@ std::string root_tag(std::string_view tag, std::uint64_t total) {
     return out + " uniqueCount=\"" + std::to_string(total) + "\">";
 }
 
-/// Walks over the mark-up of the old part and copies it.
+/// Walks over the XML of the old part and copies it.
 class PartCopy {
   public:
     PartCopy(ByteSource& part, ByteSink& out) : window_(part), out_(out) {}
 
-    /// Everything up to the first item. Then `prefix` tells the part's namespace prefix.
+    /// Everything up to the first item. Then `prefix` is the part's namespace prefix.
     void copy_root(std::uint64_t total) {
         out_.append(kDeclaration);
         for (;;) {
@@ -66,7 +66,7 @@ class PartCopy {
         }
     }
 
-    /// All items, up to what stands behind them.
+    /// All items, up to what follows them.
     void copy_items() {
         if (is_empty_) return;
         const std::string end_tag = "</" + name_;
@@ -136,7 +136,7 @@ class PartCopy {
             const std::size_t at = unread().find(close, from);
             if (at != std::string_view::npos) return unread().substr(0, at + close.size());
             from = std::max(from, unread().size() - std::min(unread().size(), close.size()));
-            if (!window_.refill()) fail("mark-up is not closed");
+            if (!window_.refill()) fail("a tag is not closed");
         }
     }
 

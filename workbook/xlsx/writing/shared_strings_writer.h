@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Writes the shared strings part (ECMA-376 part 1, 18.4.9) with the strings that were written to
-// cells: the items that the part has are copied as they stand, new ones follow.
+// cells: the items that the part has are copied unchanged, new ones follow.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace workbook {
 
-/// Where each added string will stand in the part.
+/// Where each added string will be in the part.
 struct SharedStringPlan {
     std::vector<std::uint32_t> index_of; ///< by index into the added strings
     std::uint64_t kept = 0;              ///< items that the part has
@@ -21,7 +21,7 @@ struct SharedStringPlan {
     bool changes_part() const { return total != kept; }
 };
 
-/// A string that stands in the part already, as plain text, is not added again. `part` is null for
+/// A string that the part has already, as plain text, is not added again. `part` is null for
 /// a book without such a part. Throws `Error`.
 SharedStringPlan plan_shared_strings(ByteSource* part, const StringSet& added);
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Merges the rows of the part with those of the store.
 #include "workbook/xlsx/writing/sheet_data_rewriter.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Rewrites the rows and cells of a worksheet part (ECMA-376 part 1, 18.3.1.80 sheetData): what was
-// not changed is copied as it stands, cells that were written take their place in row and column
+// not changed is copied unchanged, cells that were written take their place in row and column
 // order. Where rows or cells have no reference of their own, they get one as soon as something new
-// stands before them.
+// is before them.
 #pragma once
 
 #include <string>

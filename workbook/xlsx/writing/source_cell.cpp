@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Reads rows and cells through the scanner and keeps their text.
 #include "workbook/xlsx/writing/source_cell.h"
 
 #include <charconv>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Rows and cells of a worksheet part as they stand in it: their mark-up, where they are, and the
+// Rows and cells of a worksheet part as it has them: their XML, where they are, and the
 // formula that a cell has.
 #pragma once
 
@@ -47,8 +47,8 @@ struct SourceFormula {
     std::optional<Rectangle> area;
     std::string text;             ///< references resolved
     std::string prefix;           ///< of the element, with its colon
-    std::string other_attributes; ///< all but t, si and ref, as they stand, each after a space
-    std::size_t begin = 0;        ///< where the element stands within `SourceCell::content`
+    std::string other_attributes; ///< all but t, si and ref, unchanged, each after a space
+    std::size_t begin = 0;        ///< where the element is within `SourceCell::content`
     std::size_t end = 0;
 };
 
@@ -61,7 +61,7 @@ struct SourceCell {
     bool has_metadata = false; ///< cm: the anchor of a dynamic array
     std::optional<SourceFormula> formula;
 
-    /// The whole element, with `extra` attributes (after a space) behind the others.
+    /// The whole element, with `extra` attributes (after a space) after the others.
     void append_to(std::string& out, std::string_view extra) const;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The fast half of SheetDataRewriter: rows without a change are copied block by block. Only where a
-// row begins is looked at, for as long as rows have ascending numbers in plain mark-up.
+// row begins is looked at, for as long as rows have ascending numbers in plain XML.
 #include <algorithm>
 
 #include "workbook/xlsx/writing/sheet_data_rewriter.h"
@@ -42,7 +42,7 @@ void SheetDataRewriter::copy_plain_rows() {
         row_prefix_.size() > kReadAhead / 4)
         return;
     const char* p = window_.cursor();
-    // Where the next tag is none of a plain row, rows may look otherwise altogether.
+    // Where the next tag is not a plain row's, rows may have another form altogether.
     if (find_mark(p) != skip_spaces(p)) return;
     for (;;) {
         const char* const mark = find_mark(p);
@@ -54,20 +54,20 @@ void SheetDataRewriter::copy_plain_rows() {
         }
         if (begins_with(mark, window_.end(), "<!") || begins_with(mark, window_.end(), "<?")) {
             copy_to(mark);
-            scanner_.next(); // a comment or CDATA, in which anything may stand
+            scanner_.next(); // a comment or CDATA, which may hold anything
             out_.append(scanner_.raw());
             p = window_.cursor();
             continue;
         }
         int row = 0;
-        const char* const behind = plain_row_number(mark, row);
-        if (behind == nullptr || row < places_.next_row() || row >= stop) {
+        const char* const after = plain_row_number(mark, row);
+        if (after == nullptr || row < places_.next_row() || row >= stop) {
             copy_to(mark);
             return;
         }
         places_.set_row(row);
         written_.set_row(row);
-        p = behind;
+        p = after;
     }
 }
 
@@ -77,7 +77,7 @@ void SheetDataRewriter::copy_to(const char* p) {
     window_.set_cursor(p);
 }
 
-// The first '<' at or behind `p` that begins a row, the end of sheetData, a comment, CDATA or an
+// The first '<' at or after `p` that begins a row, the end of sheetData, a comment, CDATA or an
 // instruction, or that is cut off; the window's end when there is none.
 const char* SheetDataRewriter::find_mark(const char* p) const {
     const char* const end = window_.end();
@@ -94,7 +94,7 @@ const char* SheetDataRewriter::find_mark(const char* p) const {
     }
 }
 
-// At "<row r="7"": the place behind the digits; null when something else stands there.
+// At "<row r="7"": the place after the digits; null when something else is there.
 const char* SheetDataRewriter::plain_row_number(const char* p, int& row) const {
     const std::string_view text(p, static_cast<std::size_t>(window_.end() - p));
     if (!text.starts_with('<') || !text.substr(1).starts_with(row_prefix_)) return nullptr;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The elements around the cells, and new ones in their places.
 #include "workbook/xlsx/writing/worksheet_rewriter.h"
 
 #include <algorithm>

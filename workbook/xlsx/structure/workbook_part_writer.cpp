@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What does not change is not touched: a tree that was not changed gives the same text.
-#include "workbook/xlsx/structure/workbook_elements.h"
+#include "workbook/xlsx/structure/workbook_part_writer.h"
 
 #include <algorithm>
 #include <iterator>
@@ -10,17 +10,12 @@
 #include <vector>
 
 #include "foundation/unicode.h"
+#include "workbook/xlsx/namespaces.h"
 #include "workbook/xml/xml_tree.h"
 
 namespace workbook {
 
 namespace {
-
-constexpr std::string_view kStrictBase = "http://purl.oclc.org/ooxml/";
-constexpr const char* kStrictRelationships =
-    "http://purl.oclc.org/ooxml/officeDocument/relationships";
-constexpr const char* kRelationships =
-    "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
 
 /// The children of CT_Workbook in their order (ECMA-376 part 1, A.2).
 constexpr std::string_view kOrder[] = {
@@ -36,7 +31,7 @@ constexpr std::string_view kOrder[] = {
     "extLst",
 };
 
-/// Its place in the order; behind all of them for anything else.
+/// Its place in the order; after all of them for anything else.
 std::ptrdiff_t rank(std::string_view name) {
     return std::find(std::begin(kOrder), std::end(kOrder), name) - std::begin(kOrder);
 }
@@ -95,7 +90,7 @@ void write_sheet(pugi::xml_node element, const SheetRecord& record) {
         set_attribute(element, "state", std::string(state_text(entry.state)));
 }
 
-/// Where the sheets of the package stand now.
+/// Where the sheets of the package are now.
 class ViewMap {
   public:
     explicit ViewMap(const SheetList& sheets) : sheets_(sheets) {
@@ -120,7 +115,7 @@ class ViewMap {
 
   private:
     static const SheetRecord* beside(const SheetRecord* gone) {
-        for (const auto direction : {&SheetRecord::behind, &SheetRecord::before}) {
+        for (const auto direction : {&SheetRecord::after, &SheetRecord::before}) {
             const SheetRecord* record = gone;
             while (record != nullptr && record->entry == nullptr)
                 record = record->*direction;
@@ -129,7 +124,7 @@ class ViewMap {
         return nullptr;
     }
 
-    /// The first visible sheet at or behind `from`, else the last one before; 0 without any.
+    /// The first visible sheet at or after `from`, else the last one before; 0 without any.
     std::size_t next_visible(std::size_t from) const {
         const auto& entries = sheets_.entries();
         const auto shows = [&](std::size_t i) { return entries[i]->state == SheetState::Visible; };

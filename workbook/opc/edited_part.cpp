@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "workbook/xml/edited_part.h"
+//
+// A tree that was not changed gives no part to write.
+#include "workbook/opc/edited_part.h"
 
 #include "workbook/io/text_source.h"
 #include "workbook/xml/xml_tree.h"

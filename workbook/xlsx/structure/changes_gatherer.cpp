@@ -5,15 +5,16 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "foundation/ascii_case.h"
 #include "workbook/io/text_source.h"
 #include "workbook/opc/content_type_edits.h"
+#include "workbook/opc/edited_part.h"
 #include "workbook/opc/new_part_names.h"
 #include "workbook/opc/part_name.h"
 #include "workbook/opc/part_reachability.h"
 #include "workbook/xlsx/structure/sheet_copy_parts.h"
 #include "workbook/xlsx/structure/workbook_editor_state.h"
-#include "workbook/xlsx/structure/workbook_elements.h"
-#include "workbook/xml/edited_part.h"
+#include "workbook/xlsx/structure/workbook_part_writer.h"
 #include "workbook/xml/xml_tree.h"
 
 namespace workbook {
@@ -45,7 +46,7 @@ std::string_view last_segment(std::string_view type) {
     return type.substr(type.find_last_of('/') + 1);
 }
 
-/// Parts that name cells by the sheet they stand on, and are made anew by applications.
+/// Parts that name cells by their sheet, and are made again by applications.
 bool lists_cells(std::string_view type, bool chain_only) {
     return type == "calcChain" || (!chain_only && type == "volatileDependencies");
 }
@@ -143,7 +144,8 @@ class WorkbookEditor::Gatherer {
             relationship.target =
                 resolve_target(state_.part, attribute_value(element, "Target").value_or(""));
             relationship.is_external =
-                ascii_lower(attribute_value(element, "TargetMode").value_or("")) == "external";
+                foundation::unicode::ascii_lower(
+                    attribute_value(element, "TargetMode").value_or("")) == "external";
             if (relationship.is_external) return;
             types.emplace(relationship.target, type);
             if (!follows(state_.part, relationship)) gone.push_back(element);
@@ -153,7 +155,7 @@ class WorkbookEditor::Gatherer {
         return types;
     }
 
-    /// Relative where the part lies below the workbook's folder, as most producers have it.
+    /// Relative where the part is below the workbook's folder, as most producers have it.
     std::string target_from_workbook(const std::string& part) const {
         const std::size_t slash = state_.part.rfind('/');
         const std::string folder =
@@ -191,7 +193,7 @@ class WorkbookEditor::Gatherer {
         return shared;
     }
 
-    /// Tables of the package with columns that are called otherwise.
+    /// Tables of the package with renamed columns.
     void gather_tables() {
         for (const auto& [part, names] : state_.columns.by_part()) {
             if (!state_.package.has_part(part)) continue; // a copy's
@@ -230,7 +232,7 @@ class WorkbookEditor::Gatherer {
         }
     }
 
-    /// Caches of slicers and timelines list their pivot tables with the sheets these stand on.
+    /// Caches of slicers and timelines list their pivot tables with the sheets that have these.
     void gather_filter_caches() {
         if (!has_removed_) return;
         std::unordered_set<std::string> seen;
@@ -313,9 +315,10 @@ class WorkbookEditor::Gatherer {
     void gather_properties() {
         if (!state_.sheets.has_changed()) return;
         for (const Relationship& relationship : state_.package.relationships("")) {
-            const bool is_it = relationship.type == "extended-properties" ||
-                               relationship.type == "extendedProperties";
-            if (!is_it || relationship.is_external || !state_.package.has_part(relationship.target))
+            const bool has_titles = relationship.type == "extended-properties" ||
+                                    relationship.type == "extendedProperties";
+            if (!has_titles || relationship.is_external ||
+                !state_.package.has_part(relationship.target))
                 continue;
             EditedPart part(state_.package, relationship.target, {});
             for (const char* name : {"HeadingPairs", "TitlesOfParts"})
