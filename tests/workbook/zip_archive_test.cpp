@@ -115,7 +115,7 @@ TEST(ZipArchive, NamesWhatIsBroken) {
          "end too early"},
         {"packed beyond the file",
          build_zip({{.name = "a", .content = text, .stated_packed_size = 0x7fffffff}}),
-         "behind the end of the file"},
+         "after the end of the file"},
         {"huge stated size",
          build_zip(
              {{.name = "a", .content = text, .zip64 = true, .stated_size = std::int64_t{1} << 60}}),

@@ -43,7 +43,7 @@ TEST(ExitCode, SeparatesKindsOfFailure) {
         {{"info", cut_off.text()}, 4, cut_off.text()},
         {{"sheets", ZX_BAD_BOOKS "/encrypted.xlsx"}, 4, "The workbook is encrypted"},
         {{"read", ZX_BAD_BOOKS "/zip_bomb.xlsx"}, 1, "larger than allowed"},
-        {{"read", old_format.text()}, 4, "--app"},
+        {{"read", old_format.text()}, 4, "text file"},
         {{"read", kWeather, "-s", "Nowhere"}, 5, "Nowhere"},
         {{"read", kWeather, "-s", "3"}, 5, "'3'"},
         {{"types", kWeather, "-r", "A1:"}, 5, "A1:"},
@@ -118,8 +118,7 @@ TEST(ExitCode, FollowsOperationAndCause) {
          error_id::book_not_loaded,
          {Kind::NoApplication, "None."},
          ExitCode::NoApplication,
-         "a.xlsx: The spreadsheet application is not available; leave "
-         "--app out to read the file itself."},
+         "a.xlsx: None."},
         {"gsheet:a",
          error_id::google_unavailable,
          {Kind::Service, "Not now.", {}, {400, "INVALID_ARGUMENT", "", "Not now."}},

@@ -194,7 +194,7 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         {{book.text()}, "1\n" + std::string(32'768, 'x'), 6, "Row 2 of the data has text"},
         {{book.text(), "-s", "Locked"}, "1", 6, "'Locked'!A1 is protected"},
         {{book.text(), "-o", "other.xlsm"}, "1", 6, "incompatible"},
-        {{missing.text() + ".xls"}, "1", 6, ".xltm"},
+        {{missing.text() + ".ods"}, "1", 6, ".xltm"},
         {{missing.text() + "/below.xlsx"}, "1", 6, "below.xlsx"},
         {{book.text()}, "1\n\"2", 1, "Line 2"},
         {{book.text(), "--from", "json"}, "{\"values\":[[1],[2]", 1, "column 18"},

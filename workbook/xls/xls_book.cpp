@@ -134,8 +134,7 @@ bool XlsBook::is_date_1904() const {
 template <class Action>
 bool XlsBook::try_change(const Action& action) {
     return attempt([&] {
-        if (load_failed_)
-            throw Error::refused("no workbook is loaded, since the last load failed");
+        if (load_failed_) throw Error::refused("no workbook is loaded, since the last load failed");
         if (contents_ == nullptr) contents_ = std::make_unique<XlsContents>(error_);
         action(*contents_);
     });

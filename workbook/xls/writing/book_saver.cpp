@@ -218,13 +218,14 @@ class OpenContainer {
     OpenContainer(const OpenContainer&) = delete;
     OpenContainer& operator=(const OpenContainer&) = delete;
 
+    /// Does nothing the second time.
     void close() {
-        if (opens_) container_->close_file();
+        if (std::exchange(opens_, false)) container_->close_file();
     }
 
   private:
     CompoundFile* const container_;
-    const bool opens_;
+    bool opens_;
 };
 
 /// Writes the file without committing it.

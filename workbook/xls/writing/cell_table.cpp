@@ -167,10 +167,10 @@ class Survey {
         const bool is_group = record.id == record::kShrFmla || record.id == record::kArray ||
                               record.id == record::kTable;
         if (is_group && version_ >= BiffVersion::Biff5 && record.size() >= kAreaBytes) {
-            const FormulaGroup::Kind kind =
-                record.id == record::kShrFmla ? FormulaGroup::Kind::Shared
-                : record.id == record::kArray ? FormulaGroup::Kind::Array
-                                              : FormulaGroup::Kind::DataTable;
+            const SharedFormula::Kind kind =
+                record.id == record::kShrFmla ? SharedFormula::Kind::Shared
+                : record.id == record::kArray ? SharedFormula::Kind::Array
+                                              : SharedFormula::Kind::DataTable;
             const CellExtent& cell = table_.cells.back();
             table_.groups.push_back({kind,
                                      {record.u16(0), record.u16(2), record.u8(4), record.u8(5)},

@@ -23,7 +23,7 @@ struct CellExtent {
 };
 
 /// A formula that several cells share, from the cell that holds it.
-struct FormulaGroup {
+struct SharedFormula {
     enum class Kind { Shared, Array, DataTable };
     Kind kind;
     Rectangle area;
@@ -41,7 +41,7 @@ struct OtherExtent {
 struct CellTable {
     std::vector<CellExtent> cells;       ///< ascending by row, then column
     std::vector<std::uint32_t> rows;     ///< position of each row's ROW record; 0 for none
-    std::vector<FormulaGroup> groups;    ///< of BIFF5 and later
+    std::vector<SharedFormula> groups;   ///< of BIFF5 and later
     std::vector<OtherExtent> before;     ///< the place of the cells; BOF first
     std::vector<OtherExtent> after;      ///< that place; EOF last, unless the stream is cut
     std::size_t dimensions = kNoElement; ///< index in `before` of the used range's record

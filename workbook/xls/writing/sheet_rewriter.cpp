@@ -9,8 +9,8 @@
 #include "workbook/xls/record_stream.h"
 #include "workbook/xls/writing/cell_table.h"
 #include "workbook/xls/writing/column_records.h"
-#include "workbook/xls/writing/formula_groups.h"
 #include "workbook/xls/writing/record_writer.h"
+#include "workbook/xls/writing/shared_formulas.h"
 #include "workbook/xls/xls_limits.h"
 
 namespace workbook {
@@ -413,7 +413,7 @@ class SheetWriter {
 
     const SheetRewrite& sheet_;
     const CellTable table_;
-    const FormulaGroups groups_;
+    const SharedFormulas groups_;
     ClearedCells::Walk cleared_;
     std::string out_;
     std::string block_; ///< cells of the rows that share a DBCELL record

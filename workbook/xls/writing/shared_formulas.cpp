@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "workbook/xls/writing/formula_groups.h"
+#include "workbook/xls/writing/shared_formulas.h"
 
 #include <algorithm>
 #include <optional>
@@ -20,7 +20,7 @@ constexpr std::uint8_t kExp = 0x01, kTbl = 0x02; ///< tokens that lead to the gr
 constexpr std::uint16_t kIsShared = 0x0008;      ///< of the flags
 
 /// The place that the formula of a member names.
-bool leads_to(const Record& formula, const FormulaGroup& group) {
+bool leads_to(const Record& formula, const SharedFormula& group) {
     if (formula.size() < kTokens + 5) return false;
     const std::uint8_t token = formula.u8(kTokens);
     return (token == kExp || token == kTbl) && formula.u16(kTokens + 1) == group.row &&
@@ -94,10 +94,10 @@ std::optional<std::string> own_formula(const Record& shared, int row, int column
 
 } // namespace
 
-FormulaGroups::FormulaGroups(std::string_view stream, BiffVersion version, const CellTable& table,
-                             const CellStore& cells, const ClearedCells& cleared)
+SharedFormulas::SharedFormulas(std::string_view stream, BiffVersion version, const CellTable& table,
+                               const CellStore& cells, const ClearedCells& cleared)
     : stream_(stream), version_(version) {
-    for (const FormulaGroup& group : table.groups) {
+    for (const SharedFormula& group : table.groups) {
         if (!has_lost(group, cells, cleared)) continue;
         if (broken_.empty()) {
             first_row_ = group.area.first_row;
@@ -109,10 +109,10 @@ FormulaGroups::FormulaGroups(std::string_view stream, BiffVersion version, const
     }
 }
 
-bool FormulaGroups::has_lost(const FormulaGroup& group, const CellStore& cells,
-                             const ClearedCells& cleared) const {
+bool SharedFormulas::has_lost(const SharedFormula& group, const CellStore& cells,
+                              const ClearedCells& cleared) const {
     if (is_place_changed(group.row, group.column, cells, cleared)) return true;
-    if (group.kind == FormulaGroup::Kind::Shared) return false;
+    if (group.kind == SharedFormula::Kind::Shared) return false;
     if (cleared.intersects(group.area)) return true;
     for (std::size_t i = cells.row_from(group.area.first_row); i < cells.row_count(); ++i) {
         const CellStore::RowCells row = cells.row_at(i);
@@ -126,15 +126,15 @@ bool FormulaGroups::has_lost(const FormulaGroup& group, const CellStore& cells,
     return false;
 }
 
-bool FormulaGroups::adjust(const CellExtent& cell, std::string& out) const {
+bool SharedFormulas::adjust(const CellExtent& cell, std::string& out) const {
     RecordStream records(stream_.substr(0, cell.end), cell.begin);
     if (!records.next() || records.record().id != record::kFormula) return false;
     const Record formula = records.record();
-    const auto group = std::find_if(broken_.begin(), broken_.end(), [&](const FormulaGroup& one) {
+    const auto group = std::find_if(broken_.begin(), broken_.end(), [&](const SharedFormula& one) {
         return leads_to(formula, one);
     });
     if (group == broken_.end()) return false;
-    if (group->kind != FormulaGroup::Kind::Shared) {
+    if (group->kind != SharedFormula::Kind::Shared) {
         append_result(stream_, cell, formula, out);
         return true;
     }

@@ -15,11 +15,11 @@
 
 namespace workbook {
 
-class FormulaGroups {
+class SharedFormulas {
   public:
     /// All given must outlive this.
-    FormulaGroups(std::string_view stream, BiffVersion version, const CellTable& table,
-                  const CellStore& cells, const ClearedCells& cleared);
+    SharedFormulas(std::string_view stream, BiffVersion version, const CellTable& table,
+                   const CellStore& cells, const ClearedCells& cleared);
 
     /// Whether a cell of this row may have to be adjusted.
     bool may_adjust(int row) const { return row >= first_row_ && row <= last_row_; }
@@ -28,12 +28,12 @@ class FormulaGroups {
     bool adjust(const CellExtent& cell, std::string& out) const;
 
   private:
-    bool has_lost(const FormulaGroup& group, const CellStore& cells,
+    bool has_lost(const SharedFormula& group, const CellStore& cells,
                   const ClearedCells& cleared) const;
 
     std::string_view stream_;
     const BiffVersion version_;
-    std::vector<FormulaGroup> broken_;
+    std::vector<SharedFormula> broken_;
     int first_row_ = 0, last_row_ = -1;
 };
 
