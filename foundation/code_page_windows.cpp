@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Code pages by the system's own tables.
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <algorithm>
 #include <limits>
 
-#include <windows.h>
-
 #include "foundation/code_page.h"
+#include "foundation/windows_files.h"
 
 namespace foundation {
 

@@ -9,11 +9,13 @@
 #include <string>
 #include <utility>
 
+#include "foundation/crypto.h"
+#include "foundation/windows_files.h"
+
+// clang-format off: after windows.h, whose names they use
 #include <bcrypt.h>
 #include <wincrypt.h>
-#include <windows.h>
-
-#include "foundation/crypto.h"
+// clang-format on
 
 namespace foundation::crypto {
 
