@@ -226,7 +226,7 @@ class Book {
 
     /// Writes the book to a file, in whose place it steps when it is complete; until then, and when
     /// it fails, the old file stays as it is. The ending of the name (.xlsx, .xlsm, .xltx, .xltm in
-    /// any case) decides which of its formats the file claims to be. The book stays loaded and can
+    /// any case) decides which Open XML format the file claims to be. The book stays loaded and can
     /// be changed and saved again. Whatever was not changed, loaded or not, is kept. Cells in the
     /// header of a table that were written or cleared become different strings if they are not:
     /// applications accept nothing else.
@@ -245,7 +245,7 @@ class Book {
     virtual const char* error_message() const = 0;
 };
 
-/// Creates a book for XLS files; null while the engine has no reader for them.
+/// Creates a book for XLS files; null when memory is exhausted. New ones are BIFF8.
 std::unique_ptr<Book> xlCreateBookW();
 
 /// Creates a book for XLSX, XLSM, XLTX and XLTM files; null when memory is exhausted.
