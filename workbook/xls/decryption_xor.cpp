@@ -16,8 +16,8 @@ constexpr std::array<std::uint16_t, kMaxPasswordBytes> kInitialCode{
     0xE1F0, 0x1D0F, 0xCC9C, 0x84C0, 0x110C, 0x0E10, 0xF1CE, 0x313E,
     0x1872, 0xE139, 0xD40F, 0x84F9, 0x280C, 0xA96A, 0x4EC3};
 
-/// The first of the seven values of each row of the specification's matrix; each of the others
-/// follows from the one before. The last row is for the last character of a password.
+/// The first of the seven values of each row of the matrix in MS-OFFCRYPTO 2.3.7.2; each of the
+/// others follows from the one before. The last row is for the last character of a password.
 constexpr std::array<std::uint16_t, kMaxPasswordBytes> kMatrixRows{
     0xAEFC, 0x7B61, 0x4563, 0x0375, 0xD849, 0x6F45, 0xEB23, 0x47D3,
     0xB861, 0x45A0, 0xAA51, 0x76B4, 0x3730, 0x3331, 0x1021};
