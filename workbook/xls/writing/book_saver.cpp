@@ -44,8 +44,11 @@ class StreamWriter {
   public:
     explicit StreamWriter(const XlsContents& book)
         : book_(book), old_(book.source.bytes), byte_encoder_(book.globals.byte_text) {
-        for (const auto& entry : book.entries)
-            sheets_.push_back({entry->name, entry->state, entry->original, entry->copy_of});
+        for (const auto& entry : book.entries) {
+            const auto original = entry->original;
+            const bool is_renamed = original && entry->name != book.globals.sheets[*original].name;
+            sheets_.push_back({entry->name, entry->state, original, entry->copy_of, is_renamed});
+        }
     }
 
     std::string run() {
@@ -74,10 +77,9 @@ class StreamWriter {
     bool has_changed_list() const {
         if (sheets_.size() != book_.globals.sheets.size()) return true;
         for (std::size_t i = 0; i < sheets_.size(); ++i) {
-            const XlsSheetEntry& old = book_.globals.sheets[i];
-            if (sheets_[i].original != i || sheets_[i].name != old.name ||
-                sheets_[i].state != old.state)
-                return true;
+            const bool is_same = sheets_[i].original == i && !sheets_[i].is_renamed &&
+                                 sheets_[i].state == book_.globals.sheets[i].state;
+            if (!is_same) return true;
         }
         return false;
     }
@@ -231,15 +233,17 @@ class OpenContainer {
 /// Writes the file without committing it.
 SaveCounts write_file(XlsContents& book, foundation::files::OutputFile& out) {
     std::string stream = changed_workbook_stream(book);
+    const bool is_unchanged = !book.is_new && stream == book.source.bytes;
     if (book.source.encryption) encrypt_workbook_stream(stream, *book.source.encryption);
     if (!book.is_new && book.source.container == nullptr) {
         out.append(stream.data(), stream.size());
-        return {0, 1, 0};
+        return is_unchanged ? SaveCounts{1, 0, 0} : SaveCounts{0, 1, 0};
     }
     CompoundChanges changes;
-    changes.written.push_back(
-        {book.source.name, [&stream](ByteSink& sink) { sink.append(stream); }});
     changes.class_id = kWorkbookClass;
+    if (!is_unchanged)
+        changes.written.push_back(
+            {book.source.name, [&stream](ByteSink& sink) { sink.append(stream); }});
     const CompoundCounts counts = write_compound_file(book.source.container.get(), changes, out);
     return {counts.copied, counts.written, counts.dropped};
 }

@@ -126,8 +126,8 @@ class GlobalsWriter {
                 : static_cast<std::uint8_t>((static_cast<std::uint8_t>(old[4]) & ~3u) | state));
         writer_.u8(old.size() < kBoundSheetName ? std::uint8_t{0}
                                                 : static_cast<std::uint8_t>(old[5]));
-        if (!is_biff8() && !old.empty()) {
-            writer_.bytes(old.substr(kBoundSheetName)); // names do not change before BIFF8
+        if (old.size() > kBoundSheetName && sheet.original && !sheet.is_renamed) {
+            writer_.bytes(old.substr(kBoundSheetName));
         } else {
             writer_.u8(static_cast<std::uint8_t>(sheet.name.size()));
             writer_.characters(sheet.name);

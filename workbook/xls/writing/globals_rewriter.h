@@ -25,6 +25,7 @@ struct PlannedSheet {
     SheetState state = SheetState::Visible;
     std::optional<std::size_t> original; ///< its index in the loaded book; nullopt for a new one
     std::optional<std::size_t> copy_of;  ///< the index in the loaded book of what it is a copy of
+    bool is_renamed = false;             ///< since it was loaded
 };
 
 /// Views and references must outlive the call they are given to.

@@ -99,10 +99,10 @@ class SheetWriter {
         }
     }
 
-    static bool is_after_columns(std::uint16_t id) {
-        return id == record::kColInfo || id == record::kDimensions || id == record::kDimensions2;
+    bool is_after_columns(std::uint16_t id) const {
+        return id == record::kColInfo || id == dimensions_record(sheet_.version);
     }
-    static bool is_after_protection(std::uint16_t id) {
+    bool is_after_protection(std::uint16_t id) const {
         return is_after_columns(id) || id == record::kDefColWidth || is_protection(id);
     }
     static bool is_protection(std::uint16_t id) {
@@ -172,8 +172,7 @@ class SheetWriter {
         dimensions_ = out_.size() + RecordStream::kHeaderBytes;
         const bool is_biff2 = sheet_.version == BiffVersion::Biff2;
         const std::size_t bytes = is_biff2 ? 8 : sheet_.version == BiffVersion::Biff8 ? 14 : 10;
-        records_.record(is_biff2 ? record::kDimensions2 : record::kDimensions,
-                        std::string(bytes, '\0'));
+        records_.record(dimensions_record(sheet_.version), std::string(bytes, '\0'));
     }
 
     void finish_dimensions() {
