@@ -408,7 +408,7 @@ def open(source, application=False):
     location = Location(source, application)
     try:
         load = _core.Book.load if location.is_there() else _core.Book.create
-        return Book(location, load(location.path, location.place))
+        return Book(location, location.load(load))
     except BaseException:
         location.close()
         raise

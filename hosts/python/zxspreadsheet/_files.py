@@ -4,6 +4,7 @@ import os
 import tempfile
 
 from . import _zxspreadsheet as _core
+from ._errors import Error
 
 _ONLINE = "gsheet:"
 
@@ -57,6 +58,14 @@ class Location:
         if self._temporary is not None:
             os.unlink(self._temporary)
             self._temporary = None
+
+    def load(self, load, *arguments):
+        """Calls a function of the library that takes the path and the place; its error names the source."""
+        try:
+            return load(self.path, self.place, *arguments)
+        except Error as error:
+            error.file = self.name if self.is_temporary else error.file
+            raise
 
     def __enter__(self):
         return self

@@ -99,5 +99,5 @@ def _paths_of(paths):
 
 def _worksheets(path):
     location = Location(path)
-    names = _core.Book.load_names(location.path, location.place)
+    names = location.load(_core.Book.load_names)
     return [(index, name) for index, name in enumerate(names.sheet_names()) if not names.is_chart(index)]

@@ -32,16 +32,16 @@ class _OneSheet:
     def _load(self, sheet, range):
         location = self._location
         if not location.is_file:
-            core = _core.Book.load(location.path, location.place)
+            core = location.load(_core.Book.load)
             book = Book(location, core)
             return Sheet(book, find_sheet(core, sheet, location.name))
-        names = _core.Book.load_names(location.path, location.place)
+        names = location.load(_core.Book.load_names)
         index = find_sheet(names, sheet, location.name)
         rows = _rows_of(range)
         if rows is None:
-            core = _core.Book.load_sheet(location.path, location.place, index)
+            core = location.load(_core.Book.load_sheet, index)
         else:
-            core = _core.Book.load_rows(location.path, location.place, index, *rows)
+            core = location.load(_core.Book.load_rows, index, *rows)
         return Sheet(Book(location, core), index)
 
     def __enter__(self):
