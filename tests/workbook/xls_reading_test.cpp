@@ -143,8 +143,23 @@ TEST(XlsReading, JoinsSharedStringsAcrossContinueRecords) {
             .record(0x003C, Bytes().u8(0).text("z").u16(0)) // cut within the runs
             .record(0x003C, Bytes().u16(0).text("phonet").u16(2).u8(1).u16(
                                 0xD83D)) // cut within a surrogate pair
-            .record(0x003C, Bytes().u8(1).u16(0xDE00).u16(2).u8(0).text("\xE4\xFF").u16(0).u8(0));
-    const char* const expected[] = {"ab\u03B1\u03B2", "x\u00E9z", "\U0001F600", "\u00E4\u00FF", ""};
+            .record(0x003C, Bytes()
+                                .u8(1)
+                                .u16(0xDE00)
+                                .u16(2)
+                                .u8(0)
+                                .text("\xE4\xFF")
+                                .u16(0)
+                                .u8(0)
+                                .u16(4)
+                                .u8(1)
+                                .u16(0xDC00)
+                                .u16(0xD800)
+                                .u16(u'x')
+                                .u16(0xD800)); // no pairs
+    const char* const expected[] = {
+        "ab\u03B1\u03B2", "x\u00E9z", "\U0001F600",
+        "\u00E4\u00FF",   "",         "\xED\xB0\x80\xED\xA0\x80x\xED\xA0\x80"};
     StringPool all;
     read_shared_strings(sst.str(), 0, 99, all);
     ASSERT_EQ(all.size(), std::size(expected));
