@@ -379,6 +379,10 @@ TEST(XlsReading, DecodesByteStringsByCodePage) {
         {932, 0, "\x93\xFA\x96\x7B", "\u65E5\u672C"},
         {10000, 0, "\x8A", "\u00E4"},
         {0x8000, 0, "\x8A", "\u00E4"},
+        {10006, 0, "\xC3\xE1\xFD\x8A", "\u039F\u03B1\u0390\u00E4"}, // all of the Macintosh
+        {10010, 0, "\xBE\x8A", "\u0103\u00E4"},
+        {10081, 0, "\xDA\xDD\x8A", "\u011E\u0131\u00E4"},
+        {10082, 0, "\xE8\x8A", "\u010D\u00E4"},
         {9999, 0, "\xE4", "\u00E4"},
         {0, 0, "plain", "plain"},
     };
