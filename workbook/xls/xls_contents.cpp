@@ -12,7 +12,6 @@
 #include "workbook/cells/sheet_name_rules.h"
 #include "workbook/error.h"
 #include "workbook/xls/reading/shared_strings.h"
-#include "workbook/xls/reading/sheet_reader.h"
 #include "workbook/xls/writing/blank_workbook.h"
 #include "workbook/xls/xls_limits.h"
 #include "workbook/xls/xls_sheet.h"
@@ -84,12 +83,23 @@ void XlsContents::finish_sheets() {
         if (sheet != nullptr) sheet->check_shared_strings();
 }
 
-void XlsContents::read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells,
-                            SheetTail& tail) {
-    if (!sheet.has_cells) return;
+void XlsContents::load_rows_of(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells,
+                               SheetTail& tail) {
+    const SheetEnd end = read_rows(sheet, rows, cells, tail);
+    loaded_bytes_ += end.position - sheet.position;
+    if (loaded_bytes_ / kMaxSheetOverlap > source.bytes.size())
+        throw Error::damaged("the workbook stream", "its sheets have their records in common");
+    if (!end.is_stated)
+        globals.warnings.push_back("sheet \"" + foundation::unicode::to_utf8(sheet.name) +
+                                   "\" has no end; the file may be incomplete");
+}
+
+SheetEnd XlsContents::read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells,
+                                SheetTail& tail) {
+    if (!sheet.has_cells) return {sheet.position, true};
     const CellContext context{globals.version, sheet.first_format,
                               globals.formats.has_xf_records()};
-    read_sheet(source.bytes, sheet.position, context, rows, globals.byte_text, cells, tail);
+    return read_sheet(source.bytes, sheet.position, context, rows, globals.byte_text, cells, tail);
 }
 
 void XlsContents::need_strings(std::uint64_t end) {
@@ -159,6 +169,8 @@ XlsSheet& XlsContents::insert_sheet(int index, std::u16string_view name, const S
     });
     if (original != nullptr && found == sheets.end())
         throw Error::missing("the sheet to copy is not one of this workbook");
+    if (original != nullptr && !(*found)->entry().has_cells)
+        throw Error::refused("the sheet to copy is listed in the file without cells");
     auto entry = std::make_unique<XlsSheetEntry>();
     if (original != nullptr) *entry = (*found)->entry();
     entry->name = name;

@@ -13,6 +13,7 @@
 #include "workbook/cells/sheet_data.h"
 #include "workbook/cells/stored_book.h"
 #include "workbook/xls/reading/globals.h"
+#include "workbook/xls/reading/sheet_reader.h"
 #include "workbook/xls/reading/workbook_stream.h"
 
 namespace workbook {
@@ -33,7 +34,11 @@ struct XlsContents : StoredBook {
     /// `Error`.
     void load_rows(int sheet_index, RowSpan rows);
     /// Reads the cells of some rows of a sheet, and what else the sheet has. Throws `Error`.
-    void read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells, SheetTail& tail);
+    SheetEnd read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells,
+                       SheetTail& tail);
+    /// Likewise, as part of the load. Throws `Error` for sheets that have most of their bytes in
+    /// common, from which a small file could make cells without end.
+    void load_rows_of(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells, SheetTail& tail);
     /// Reads the shared strings up to index `end`, if the book has them. Throws `Error`.
     void need_strings(std::uint64_t end);
     /// With number format 0. Throws `Error`.
@@ -68,6 +73,8 @@ struct XlsContents : StoredBook {
     void read_sheet_at(std::size_t index, RowSpan rows);
     void finish_sheets();
     std::size_t wanted_sheet(int index) const;
+
+    std::uint64_t loaded_bytes_ = 0; ///< of all sheets that were read
 };
 
 } // namespace workbook

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// What a sheet of the binary formats adds to a stored one.
 #include "workbook/xls/xls_sheet.h"
 
 #include <algorithm>
@@ -12,10 +14,12 @@ XlsSheet::XlsSheet(XlsContents& contents, XlsSheetEntry& entry, RowSpan rows)
     : StoredSheet(contents), contents_(contents), entry_(entry) {
     loaded_rows_ = rows;
     try {
-        contents_.read_rows(entry_, rows, cells_, tail_);
+        contents_.load_rows_of(entry_, rows, cells_, tail_);
     } catch (const Error& error) {
         throw error.in_sheet(utf8_name());
     }
+    if (!entry_.has_cells)
+        refuse_changes("it cannot be changed, since the file lists it without cells: add a sheet");
 }
 
 XlsSheet::XlsSheet(XlsContents& contents, XlsSheetEntry& entry)

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Which stream is the book, and whether it is encrypted.
 #include "workbook/xls/reading/workbook_stream.h"
 
 #include <utility>
