@@ -38,7 +38,7 @@ XlsContents::XlsContents(WorkbookStream opened, std::u16string path, LastError& 
     : XlsContents(std::move(opened), std::move(path), false, last_error) {}
 
 XlsContents::XlsContents(LastError& last_error)
-    : XlsContents({blank_globals(), {}, nullptr, u"Workbook"}, {}, true, last_error) {}
+    : XlsContents({blank_globals(), {}, nullptr, u"Workbook", {}}, {}, true, last_error) {}
 
 XlsContents::~XlsContents() = default;
 

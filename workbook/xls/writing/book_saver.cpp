@@ -230,27 +230,51 @@ class OpenContainer {
     bool opens_;
 };
 
+/// Another program's changes must not be undone unseen, nor streams be copied from another version.
+void verify_source(const XlsContents& book, bool is_over_source) {
+    if (book.is_new) return;
+    if (book.source.container != nullptr)
+        verify_same_stream(book.source, nullptr);
+    else if (is_over_source)
+        verify_same_stream(book.source, foundation::files::open_for_reading(book.source_path));
+}
+
+/// The workbook stream as the file will have it.
+struct SavedStream {
+    std::string bytes;
+    bool is_in_file = false; ///< that was loaded
+};
+
+SavedStream stream_to_save(XlsContents& book) {
+    SavedStream stream;
+    stream.bytes = changed_workbook_stream(book);
+    stream.is_in_file =
+        !book.is_new && !book.source.saved_hash && stream.bytes == book.source.bytes;
+    if (book.source.encryption) encrypt_workbook_stream(stream.bytes, *book.source.encryption);
+    return stream;
+}
+
 /// Writes the file without committing it.
-SaveCounts write_file(XlsContents& book, foundation::files::OutputFile& out) {
-    std::string stream = changed_workbook_stream(book);
-    const bool is_unchanged = !book.is_new && stream == book.source.bytes;
-    if (book.source.encryption) encrypt_workbook_stream(stream, *book.source.encryption);
+SaveCounts write_file(const XlsContents& book, const SavedStream& stream,
+                      foundation::files::OutputFile& out) {
     if (!book.is_new && book.source.container == nullptr) {
-        out.append(stream.data(), stream.size());
-        return is_unchanged ? SaveCounts{1, 0, 0} : SaveCounts{0, 1, 0};
+        out.append(stream.bytes.data(), stream.bytes.size());
+        return stream.is_in_file ? SaveCounts{1, 0, 0} : SaveCounts{0, 1, 0};
     }
     CompoundChanges changes;
     changes.class_id = kWorkbookClass;
-    if (!is_unchanged)
+    if (!stream.is_in_file)
         changes.written.push_back(
-            {book.source.name, [&stream](ByteSink& sink) { sink.append(stream); }});
+            {book.source.name, [&stream](ByteSink& sink) { sink.append(stream.bytes); }});
     const CompoundCounts counts = write_compound_file(book.source.container.get(), changes, out);
     return {counts.copied, counts.written, counts.dropped};
 }
 
 /// The saved file is the one that later saves copy from. Nothing is lost when it cannot be opened:
 /// such a save says so.
-void continue_with(XlsContents& book, std::u16string_view path) {
+void continue_with(XlsContents& book, std::u16string_view path, std::size_t saved_hash) {
+    book.source.saved_hash = saved_hash;
+    if (book.source.container == nullptr) return;
     try {
         auto saved = std::make_unique<CompoundFile>(foundation::files::open_for_reading(path));
         saved->close_file();
@@ -264,19 +288,22 @@ void continue_with(XlsContents& book, std::u16string_view path) {
 
 SaveCounts save_book(XlsContents& book, std::u16string_view path) {
     OpenContainer container(book);
+    const bool is_over_source =
+        !book.source_path.empty() && foundation::files::is_same_file(path, book.source_path);
+    verify_source(book, is_over_source);
     const auto out = foundation::files::replace_file(path);
-    const SaveCounts counts = write_file(book, *out);
-    const bool is_over_source = book.source.container != nullptr && !book.source_path.empty() &&
-                                foundation::files::is_same_file(path, book.source_path);
+    const SavedStream stream = stream_to_save(book);
+    const SaveCounts counts = write_file(book, stream, *out);
     container.close(); // some systems do not let a file take the place of one that is open
     out->commit();
-    if (is_over_source) continue_with(book, path);
+    if (is_over_source) continue_with(book, path, hash_of_stream(stream.bytes));
     return counts;
 }
 
 SaveCounts save_book(XlsContents& book, foundation::files::OutputFile& out) {
     OpenContainer container(book);
-    const SaveCounts counts = write_file(book, out);
+    verify_source(book, false);
+    const SaveCounts counts = write_file(book, stream_to_save(book), out);
     out.commit();
     return counts;
 }
