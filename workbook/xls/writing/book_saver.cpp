@@ -14,9 +14,13 @@
 #include "workbook/xls/record_stream.h"
 #include "workbook/xls/writing/blank_workbook.h"
 #include "workbook/xls/writing/byte_encoder.h"
+#include "workbook/xls/writing/drawing_group.h"
 #include "workbook/xls/writing/globals_rewriter.h"
 #include "workbook/xls/writing/record_writer.h"
 #include "workbook/xls/writing/shared_strings_writer.h"
+#include "workbook/xls/writing/sheet_copy.h"
+#include "workbook/xls/writing/sheet_name_changes.h"
+#include "workbook/xls/writing/sheet_references.h"
 #include "workbook/xls/writing/sheet_rewriter.h"
 #include "workbook/xls/xls_limits.h"
 #include "workbook/xls/xls_sheet.h"
@@ -40,23 +44,34 @@ std::size_t end_of_substream(std::string_view stream, std::size_t position) {
     return stream.size();
 }
 
+std::vector<PlannedSheet> planned_sheets(const XlsContents& book) {
+    std::vector<PlannedSheet> sheets;
+    for (const auto& entry : book.entries) {
+        const auto original = entry->original;
+        const bool is_renamed = original && entry->name != book.globals.sheets[*original].name;
+        sheets.push_back({entry->name, entry->state, original, entry->copy_of, is_renamed});
+    }
+    return sheets;
+}
+
 class StreamWriter {
   public:
     explicit StreamWriter(const XlsContents& book)
-        : book_(book), old_(book.source.bytes), byte_encoder_(book.globals.byte_text) {
-        for (const auto& entry : book.entries) {
-            const auto original = entry->original;
-            const bool is_renamed = original && entry->name != book.globals.sheets[*original].name;
-            sheets_.push_back({entry->name, entry->state, original, entry->copy_of, is_renamed});
-        }
-    }
+        : book_(book),
+          old_(book.source.bytes),
+          byte_encoder_(book.globals.byte_text),
+          sheets_(planned_sheets(book)),
+          references_(old_, sheets_, book.globals.sheets.size()),
+          drawings_(std::string()) {}
 
     std::string run() {
         if (sheets_.empty()) throw Error::refused("a workbook needs at least one sheet");
         if (!has_changes()) return std::string(old_);
         check_version();
         prepare_strings();
-        if (version() < BiffVersion::Biff5) return rewritten(0);
+        if (version() < BiffVersion::Biff5) return rewritten(0, old_, book_.entries[0]->position);
+        find_new_names();
+        make_copies();
         write_globals();
         for (std::size_t i = 0; i < sheets_.size(); ++i)
             append_sheet(i);
@@ -129,6 +144,26 @@ class StreamWriter {
         return uses;
     }
 
+    void find_new_names() {
+        for (const PlannedSheet& sheet : sheets_)
+            if (sheet.original) names_.set(book_.globals.sheets[*sheet.original].name, sheet.name);
+    }
+
+    // Before the globals, which say what drawings the book has.
+    void make_copies() {
+        copies_.resize(sheets_.size());
+        const bool has_copies = std::any_of(sheets_.begin(), sheets_.end(),
+                                            [](const auto& sheet) { return sheet.copy_of; });
+        if (has_copies) drawings_ = DrawingGroup::of_book(old_);
+        for (std::size_t i = 0; i < sheets_.size(); ++i) {
+            if (!sheets_[i].copy_of) continue;
+            SheetNameChanges names = names_;
+            names.set(book_.globals.sheets[*sheets_[i].copy_of].name, sheets_[i].name);
+            copies_[i] = copied_sheet(old_, book_.entries[i]->position,
+                                      references_.changes_for_copy(i), names, drawings_);
+        }
+    }
+
     void write_globals() {
         const bool has_added_strings =
             std::any_of(book_.sheets.begin(), book_.sheets.end(), [](const auto& one) {
@@ -141,7 +176,9 @@ class StreamWriter {
             {.stream = old_,
              .version = version(),
              .sheets = sheets_,
-             .original_count = book_.globals.sheets.size(),
+             .references = references_,
+             .names = names_,
+             .drawings = drawings_,
              .formats = book_.cell_formats,
              .first_new_format = known_formats(),
              .formats_end = std::max(book_.used_formats_end, known_formats()),
@@ -158,35 +195,53 @@ class StreamWriter {
             throw Error::limit(kStreamName, "it would be larger than 2 GiB");
         RecordWriter(written_.bytes)
             .set_u32(written_.sheet_positions[i], static_cast<std::uint32_t>(begin));
-        std::string substream;
         auto moved = static_cast<std::int64_t>(begin);
-        if (sheets_[i].original && (sheet(i) == nullptr || !sheet(i)->is_changed())) {
-            const std::size_t old_begin = book_.entries[i]->position;
-            substream = old_.substr(old_begin, end_of_substream(old_, old_begin) - old_begin);
-            moved -= static_cast<std::int64_t>(old_begin);
-            moved_index(substream, moved);
-        } else {
-            substream = rewritten(i);
-            moved_index(substream, moved);
-        }
+        std::string substream;
+        if (sheets_[i].original)
+            substream = kept(i, moved);
+        else
+            substream = added(i);
+        if (moved != 0) move_index(substream, version(), moved);
         written_.bytes += substream;
     }
 
-    void moved_index(std::string& substream, std::int64_t distance) const {
-        if (distance != 0) move_index(substream, version(), distance);
+    /// A sheet of the loaded book. Positions in it have moved by so much, if it is as it was.
+    std::string kept(std::size_t i, std::int64_t& moved) const {
+        const std::size_t position = book_.entries[i]->position;
+        const bool is_changed = sheet(i) != nullptr && sheet(i)->is_changed();
+        const std::string renamed =
+            names_.empty() ? std::string() : sheet_with_names(old_, position, names_);
+        if (!renamed.empty()) return rewritten(i, renamed, 0);
+        if (is_changed) return rewritten(i, old_, position);
+        moved -= static_cast<std::int64_t>(position);
+        return std::string(old_.substr(position, end_of_substream(old_, position) - position));
     }
 
-    std::string rewritten(std::size_t i) {
-        const XlsSheetEntry& entry = *book_.entries[i];
-        if (entry.original || entry.copy_of) return sheet(i)->write(old_, entry.position, strings_);
-        const std::string blank = blank_sheet(book_.is_new && i == 0);
-        return sheet(i)->write(blank, 0, strings_);
+    std::string added(std::size_t i) {
+        if (!sheets_[i].copy_of) return rewritten(i, blank_sheet(book_.is_new && i == 0), 0);
+        return rewritten(i, std::exchange(copies_[i], {}), 0);
+    }
+
+    std::string rewritten(std::size_t i, std::string_view stream, std::size_t position) const {
+        if (sheet(i) != nullptr) return sheet(i)->write(stream, position, strings_);
+        const CellStore no_cells(kXlsLimits.columns);
+        const SheetChanges no_changes;
+        return rewrite_sheet({.stream = stream,
+                              .position = position,
+                              .version = version(),
+                              .cells = no_cells,
+                              .changes = no_changes,
+                              .strings = strings_});
     }
 
     const XlsContents& book_;
     const std::string_view old_;
     ByteEncoder byte_encoder_;
-    std::vector<PlannedSheet> sheets_;
+    const std::vector<PlannedSheet> sheets_;
+    SheetReferences references_;
+    DrawingGroup drawings_;
+    SheetNameChanges names_;
+    std::vector<std::string> copies_; ///< what copies of sheets begin with, by index
     AddedStrings strings_;
     WrittenGlobals written_;
 };

@@ -85,7 +85,7 @@ class SheetWriter {
             }
             if (i > 0 && is_replaced(other)) continue;
             if (other.id == record::kDefColWidth) column_default_ = out_.size();
-            copy_other(other);
+            copy(other.begin, other.end);
             const bool is_start = i == 0;
             const bool has_uncalced =
                 i + 1 < before.size() && before[i + 1].id == record::kUncalced;
@@ -113,33 +113,10 @@ class SheetWriter {
     /// Whether a record is not copied, since what it says has changed.
     bool is_replaced(const OtherExtent& other) const {
         const SheetChanges& changes = sheet_.changes;
-        if (sheet_.is_copy && stays_with_original(other.id)) return true;
         if (other.id == record::kColInfo) return !changes.column_widths.empty();
         if (is_protection(other.id)) return changes.is_protected.has_value();
         if (other.id == record::kMergeCells) return changes.merged_regions.has_value();
         return false;
-    }
-
-    static bool stays_with_original(std::uint16_t id) {
-        constexpr std::uint16_t kRecords[] = {
-            record::kDrawing, record::kDrawingSelection, record::kObject,  record::kTextObject,
-            record::kNote,    record::kHeaderPicture,    record::kPicture, record::kCodeName,
-            record::kBof};
-        return std::find(std::begin(kRecords), std::end(kRecords), id) != std::end(kRecords);
-    }
-
-    /// A record that is copied with nothing but these words changed.
-    void copy_other(const OtherExtent& other) {
-        const std::size_t at = out_.size();
-        copy(other.begin, other.end);
-        // One sheet is selected, not its copies.
-        constexpr std::uint16_t kSelected = 0x0600;
-        constexpr std::size_t kOptionBytes = 2;
-        const std::size_t options = at + RecordStream::kHeaderBytes;
-        if (sheet_.is_copy && other.id == record::kWindow2 &&
-            other.end - other.begin >= RecordStream::kHeaderBytes + kOptionBytes)
-            records_.set_u16(
-                options, static_cast<std::uint16_t>(load_u16(out_.data() + options) & ~kSelected));
     }
 
     void write_columns() {
@@ -388,7 +365,7 @@ class SheetWriter {
     void write_after() {
         for (const OtherExtent& other : table_.after) {
             if (other.id == record::kEof || other.id == record::kMergeCells) write_regions();
-            if (!is_replaced(other)) copy_other(other);
+            if (!is_replaced(other)) copy(other.begin, other.end);
         }
         if (table_.after.empty() || table_.after.back().id != record::kEof)
             records_.record(record::kEof, {});
