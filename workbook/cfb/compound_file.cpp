@@ -109,8 +109,7 @@ std::vector<Extent> CompoundFile::locate(const CompoundEntry& stream) const {
 std::string CompoundFile::read_stream(const CompoundEntry& stream) {
     const std::vector<Extent> extents = locate(stream);
     std::string bytes;
-    bytes.reserve(static_cast<std::size_t>(stream.size));
-    foundation::expect_to_fill(bytes.data(), bytes.capacity());
+    foundation::reserve_to_fill(bytes, static_cast<std::size_t>(stream.size));
     bytes.resize(static_cast<std::size_t>(stream.size));
     char* next = bytes.data();
     for (const Extent& extent : extents) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/files.h"
+#include "foundation/large_block.h"
 #include "workbook/cfb/compound_writer.h"
 #include "workbook/error.h"
 #include "workbook/xls/record_ids.h"
@@ -202,6 +203,8 @@ class StreamWriter {
         else
             substream = added(i);
         if (moved != 0) move_index(substream, version(), moved);
+        if (begin + substream.size() > written_.bytes.capacity())
+            foundation::reserve_to_fill(written_.bytes, 2 * begin + substream.size());
         written_.bytes += substream;
     }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "foundation/large_block.h"
 #include "workbook/io/little_endian.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
@@ -39,6 +40,9 @@ class SheetWriter {
           records_(out_) {}
 
     std::string run() {
+        // A number, the largest cell but for formulas, has 18 bytes.
+        constexpr std::size_t kCellBytes = 18;
+        foundation::reserve_to_fill(out_, sheet_.cells.size() * kCellBytes);
         find_rows();
         write_before();
         write_rows();
