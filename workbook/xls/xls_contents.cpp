@@ -13,6 +13,7 @@
 #include "workbook/error.h"
 #include "workbook/xls/reading/shared_strings.h"
 #include "workbook/xls/writing/blank_workbook.h"
+#include "workbook/xls/writing/book_saver.h"
 #include "workbook/xls/xls_limits.h"
 #include "workbook/xls/xls_sheet.h"
 
@@ -20,7 +21,7 @@ namespace workbook {
 
 XlsContents::XlsContents(WorkbookStream opened, std::u16string path, bool is_new_book,
                          LastError& last_error)
-    : StoredBook(kXlsLimits, last_error),
+    : LoadedBook(kXlsLimits, last_error),
       is_new(is_new_book),
       source_path(std::move(path)),
       source(std::move(opened)),
@@ -116,22 +117,16 @@ StoredFormat& XlsContents::add_format() {
     return add_cell_format();
 }
 
-std::size_t XlsContents::wanted_sheet(int index) const {
-    const std::size_t count = entries.size();
-    if (index >= 0 && static_cast<std::size_t>(index) < count)
-        return static_cast<std::size_t>(index);
-    if (count == 1) return 0;
-    throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
-                         ", it has " + std::to_string(count));
+Sheet* XlsContents::sheet(std::size_t index) const {
+    return sheets[index].get();
+}
+
+// The stream is in memory; other streams are copied when the book is saved.
+void XlsContents::close_file() {
+    if (source.container != nullptr && !source_path.empty()) source.container->close_file();
 }
 
 // --- Changes
-
-std::size_t XlsContents::checked_index(int index, std::size_t end) const {
-    if (index >= 0 && static_cast<std::size_t>(index) < end) return static_cast<std::size_t>(index);
-    throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
-                         ", it has " + std::to_string(entries.size()));
-}
 
 void XlsContents::check_name(std::u16string_view name, const XlsSheetEntry* own) const {
     check_sheet_name(name);
@@ -157,7 +152,7 @@ void XlsContents::check_list_can_change() const {
                              "moved or removed");
 }
 
-XlsSheet& XlsContents::insert_sheet(int index, std::u16string_view name, const Sheet* original) {
+Sheet& XlsContents::insert_sheet(int index, std::u16string_view name, const Sheet* original) {
     check_list_can_change();
     const std::size_t at = checked_index(index, entries.size() + 1);
     check_name(name, nullptr);
@@ -201,17 +196,8 @@ void XlsContents::move_sheet(int from, int to) {
     const std::size_t last = checked_index(to, entries.size());
     if (first == last) return;
     check_list_can_change();
-    const auto rotate = [&](auto& list) {
-        const auto at = [&list](std::size_t i) {
-            return list.begin() + static_cast<std::ptrdiff_t>(i);
-        };
-        if (first < last)
-            std::rotate(at(first), at(first + 1), at(last + 1));
-        else
-            std::rotate(at(last), at(first), at(first + 1));
-    };
-    rotate(entries);
-    rotate(sheets);
+    move_element(entries, first, last);
+    move_element(sheets, first, last);
 }
 
 void XlsContents::rename_sheet(XlsSheetEntry& sheet, std::u16string_view name) {
@@ -225,6 +211,14 @@ void XlsContents::set_sheet_state(XlsSheetEntry& sheet, SheetState state) {
     check_list_can_change();
     if (state != SheetState::Visible) check_not_last_visible(sheet);
     sheet.state = state;
+}
+
+SaveCounts XlsContents::save(std::u16string_view path) {
+    return save_book(*this, path);
+}
+
+SaveCounts XlsContents::save(foundation::files::OutputFile& out, std::u16string_view) {
+    return save_book(*this, out);
 }
 
 } // namespace workbook
