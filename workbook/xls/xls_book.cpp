@@ -108,6 +108,18 @@ SheetKind XlsBook::sheet_type(int index) const {
     return found == nullptr ? SheetKind::Unknown : found->kind;
 }
 
+std::optional<SheetScan> XlsBook::scan_sheet(int index) {
+    const XlsSheetEntry* const found = entry(index);
+    if (found == nullptr || found->kind != SheetKind::Worksheet) return std::nullopt;
+    std::optional<SheetScan> scan;
+    attempt([&] { scan = contents_->scan_sheet(*found); });
+    return scan;
+}
+
+std::vector<NamedCells> XlsBook::named_cells() {
+    return contents_ == nullptr ? std::vector<NamedCells>{} : contents_->named_cells();
+}
+
 int XlsBook::format_size() const {
     return contents_ == nullptr ? 0 : static_cast<int>(contents_->formats.size());
 }

@@ -32,6 +32,9 @@ class XlsBook final : public Book {
     std::u16string_view get_sheet_name(int index) const override;
     SheetKind sheet_type(int index) const override;
 
+    std::optional<SheetScan> scan_sheet(int index) override;
+    std::vector<NamedCells> named_cells() override;
+
     int format_size() const override;
     Format* format(int index) override;
     Format* add_format() override;

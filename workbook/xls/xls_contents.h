@@ -36,6 +36,10 @@ struct XlsContents : StoredBook {
     void read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells, SheetTail& tail);
     /// Reads the shared strings up to index `end`, if the book has them. Throws `Error`.
     void need_strings(std::uint64_t end);
+    /// Reads a worksheet and keeps no cell. Throws `Error`.
+    SheetScan scan_sheet(const XlsSheetEntry& sheet);
+    /// See `Book::named_cells`; sheets are those of the file.
+    std::vector<NamedCells> named_cells() const;
     /// With number format 0. Throws `Error`.
     StoredFormat& add_format();
 

@@ -44,6 +44,10 @@ struct BookContents : StoredBook {
     void need_strings(std::uint64_t end);
     /// The XML of a sheet as a save would start from it; opens the package. Throws `Error`.
     std::unique_ptr<ByteSource> open_sheet_part(const SheetEntry& sheet);
+    /// Reads a worksheet's part and keeps no cell. Throws `Error`.
+    SheetScan scan_sheet(const SheetEntry& sheet);
+    /// See `Book::named_cells`. Throws `Error`.
+    std::vector<NamedCells> named_cells();
     /// The index of a sheet of this book.
     int index_of(const SheetEntry& sheet) const;
 
@@ -78,6 +82,7 @@ struct BookContents : StoredBook {
     void read_sheet(std::size_t index, RowSpan rows);
     void read_strings();
     std::size_t wanted_sheet(int index) const;
+    std::optional<int> sheet_of_name(std::u16string_view name) const;
     std::size_t checked_index(int index, std::size_t end) const;
 
     std::unique_ptr<foundation::files::RandomAccessFile> open_source() const;

@@ -140,6 +140,20 @@ SheetKind XlsxBook::sheet_type(int index) const {
     return found == nullptr ? SheetKind::Unknown : found->kind;
 }
 
+std::optional<SheetScan> XlsxBook::scan_sheet(int index) {
+    const SheetEntry* const found = entry(index);
+    if (found == nullptr || found->kind != SheetKind::Worksheet) return std::nullopt;
+    std::optional<SheetScan> scan;
+    attempt([&] { scan = contents_->scan_sheet(*found); });
+    return scan;
+}
+
+std::vector<NamedCells> XlsxBook::named_cells() {
+    std::vector<NamedCells> named;
+    if (contents_ != nullptr) attempt([&] { named = contents_->named_cells(); });
+    return named;
+}
+
 int XlsxBook::format_size() const {
     if (contents_ == nullptr) return 0;
     try {
