@@ -119,6 +119,19 @@ SheetKind FileBook::sheet_type(int index) const {
                             : SheetKind::Unknown;
 }
 
+std::optional<SheetScan> FileBook::scan_sheet(int index) {
+    std::optional<SheetScan> scan;
+    if (need_sheet(index) && sheet_type(index) == SheetKind::Worksheet)
+        attempt([&] { scan = loaded_->scan_sheet(static_cast<std::size_t>(index)); });
+    return scan;
+}
+
+std::vector<NamedCells> FileBook::named_cells() {
+    std::vector<NamedCells> named;
+    if (loaded_ != nullptr) attempt([&] { named = loaded_->named_cells(); });
+    return named;
+}
+
 int FileBook::format_size() const {
     if (loaded_ == nullptr) return 0;
     attempt([&] { loaded_->need_formats(); });

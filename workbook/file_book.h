@@ -27,6 +27,8 @@ class FileBook : public Book {
     Sheet* get_sheet(int index) final;
     std::u16string_view get_sheet_name(int index) const final;
     SheetKind sheet_type(int index) const final;
+    std::optional<SheetScan> scan_sheet(int index) final;
+    std::vector<NamedCells> named_cells() final;
 
     int format_size() const final;
     Format* format(int index) final;

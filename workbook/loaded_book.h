@@ -42,6 +42,11 @@ class LoadedBook : public StoredBook {
     /// Null for a sheet whose cells were not read.
     virtual Sheet* sheet(std::size_t index) const = 0;
 
+    /// Reads a worksheet and keeps no cell.
+    virtual SheetScan scan_sheet(std::size_t index) = 0;
+    /// See `Book::named_cells`.
+    virtual std::vector<NamedCells> named_cells() = 0;
+
     /// Reads the formats of a book of which no cell was read.
     virtual void need_formats() {}
     /// With number format 0. No cell that was loaded has it.

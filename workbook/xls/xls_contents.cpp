@@ -9,6 +9,7 @@
 
 #include "foundation/case_folding.h"
 #include "foundation/unicode.h"
+#include "workbook/cells/sheet_facts.h"
 #include "workbook/cells/sheet_name_rules.h"
 #include "workbook/error.h"
 #include "workbook/xls/reading/shared_strings.h"
@@ -101,6 +102,28 @@ SheetEnd XlsContents::read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetC
     const CellContext context{globals.version, sheet.first_format,
                               globals.formats.has_xf_records()};
     return read_sheet(source.bytes, sheet.position, context, rows, globals.byte_text, cells, tail);
+}
+
+SheetScan XlsContents::scan_sheet(std::size_t index) {
+    const XlsSheetEntry& sheet = *entries[index];
+    SheetScan scan;
+    SheetCells cells(kXlsLimits.columns);
+    cells.cells.keep_bounds_only();
+    SheetTail tail;
+    read_rows(sheet, {}, cells, tail);
+    fill_scan(cells, tail, scan);
+    scan.state = sheet.state;
+    return scan;
+}
+
+std::vector<NamedCells> XlsContents::named_cells() {
+    std::vector<NamedCells> named;
+    for (const XlsName& name : globals.names.names()) {
+        const auto sheet = name.sheet ? name.sheet : name.scope;
+        if (!name.cells || !sheet || name.name.starts_with(u"_xlnm._")) continue;
+        named.push_back(make_named_cells(name.name, *sheet, name.scope, *name.cells));
+    }
+    return named;
 }
 
 void XlsContents::need_strings(std::uint64_t end) {

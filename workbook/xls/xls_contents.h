@@ -55,6 +55,9 @@ struct XlsContents final : LoadedBook {
     void load_rows_of(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells, SheetTail& tail);
     /// Reads the shared strings up to index `end`, if the book has them. Throws `Error`.
     void need_strings(std::uint64_t end);
+    SheetScan scan_sheet(std::size_t index) override;
+    /// Sheets are those of the file.
+    std::vector<NamedCells> named_cells() override;
 
     // Changes. Throw `Error` and then have changed nothing.
     void rename_sheet(XlsSheetEntry& sheet, std::u16string_view name);

@@ -5,10 +5,14 @@
 
 #include <algorithm>
 
+#include "foundation/unicode.h"
+#include "workbook/cells/sheet_facts.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/xlsx/reading/shared_strings.h"
+#include "workbook/xlsx/reading/sheet_tables.h"
 #include "workbook/xlsx/reading/styles_reader.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 #include "workbook/xlsx/structure/workbook_editor.h"
 #include "workbook/xlsx/writing/book_saver.h"
 #include "workbook/xlsx/xlsx_limits.h"
@@ -113,6 +117,50 @@ std::unique_ptr<ByteSource> BookContents::open_sheet_part(const SheetEntry& shee
 
 Sheet* BookContents::sheet(std::size_t index) const {
     return sheets[index].get();
+}
+
+SheetScan BookContents::scan_sheet(std::size_t index) {
+    const SheetEntry& sheet = *workbook.sheets[index];
+    SheetScan scan;
+    scan.state = sheet.state;
+    if (sheet.part.empty()) return scan;
+    SheetCells cells(kMaxColumns);
+    cells.cells.keep_bounds_only();
+    SheetTail tail;
+    try {
+        read_worksheet(*open_sheet_part(sheet), {}, date_base(workbook), cells, tail);
+    } catch (const Error& failure) {
+        throw failure.in_sheet(foundation::unicode::to_utf8(sheet.name));
+    }
+    fill_scan(cells, tail, scan);
+    return scan;
+}
+
+std::vector<NamedCells> BookContents::named_cells() {
+    std::vector<NamedCells> named;
+    for (const DefinedName& name : workbook.defined_names) {
+        if (name.is_hidden || name.name.starts_with(u"_xlnm._")) continue;
+        const auto area = parse_named_area(name.formula);
+        if (!area) continue;
+        const auto sheet = area->sheet.empty() ? name.sheet_index : sheet_of_name(area->sheet);
+        if (sheet)
+            named.push_back(make_named_cells(name.name, *sheet, name.sheet_index, area->cells));
+    }
+    open_package();
+    for (std::size_t i = 0; i < workbook.sheets.size(); ++i)
+        for (const SheetTable& table : read_tables(*package, workbook.sheets[i]->part)) {
+            named.push_back(
+                make_named_cells(table.name, static_cast<int>(i), std::nullopt, table.cells));
+            named.back().is_table = true;
+        }
+    return named;
+}
+
+std::optional<int> BookContents::sheet_of_name(std::u16string_view name) const {
+    for (std::size_t i = 0; i < workbook.sheets.size(); ++i)
+        if (foundation::unicode::equal_ignoring_case(workbook.sheets[i]->name, name))
+            return static_cast<int>(i);
+    return std::nullopt;
 }
 
 // --- Changes

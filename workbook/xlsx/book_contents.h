@@ -54,6 +54,8 @@ struct BookContents final : LoadedBook {
     void need_strings(std::uint64_t end);
     /// The XML of a sheet as a save would start from it; opens the package. Throws `Error`.
     std::unique_ptr<ByteSource> open_sheet_part(const SheetEntry& sheet);
+    SheetScan scan_sheet(std::size_t index) override;
+    std::vector<NamedCells> named_cells() override;
     /// The index of a sheet of this book.
     int index_of(const SheetEntry& sheet) const;
 
@@ -82,6 +84,7 @@ struct BookContents final : LoadedBook {
     void read_styles();
     void read_sheet(std::size_t index, RowSpan rows);
     void read_strings();
+    std::optional<int> sheet_of_name(std::u16string_view name) const;
     std::unique_ptr<foundation::files::RandomAccessFile> open_source() const;
 
     bool has_styles_ = false;

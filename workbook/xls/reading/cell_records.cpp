@@ -267,6 +267,7 @@ void CellRecords::read_formula(const Record& record) {
     require_size(record, header + kResultBytes, "a FORMULA record");
     const Place place = is_biff2 ? biff2_place_of(record) : place_of(record);
     const FormulaResult result = parse_formula_result(record.data.data() + header);
+    if (rows_.holds(place.row)) ++cells_.formulas;
     switch (result.kind) {
     case ResultKind::Number:
         add_number(place, result.number);

@@ -37,6 +37,7 @@ class NameRecords {
     /// The cells of sheet `sheet` that `name` refers to: first a name of this sheet, then one of
     /// the book.
     std::optional<Rectangle> find(std::u16string_view name, int sheet) const;
+    const std::vector<XlsName>& names() const { return names_; }
 
   private:
     struct SheetSpan {
