@@ -75,7 +75,10 @@ void fail_call(std::string_view tag, error_id id, const OLECHAR* member, HRESULT
 void fail_start(HRESULT result) {
     Failure failure;
     failure.kind = FailureKind::NoApplication;
-    failure.cause = foundation::automation::start_problem(result);
+    failure.cause = result == RPC_E_CHANGED_MODE
+                        ? "The thread is in a multithreaded apartment: use interactive mode on a "
+                          "thread that is initialised as a single-threaded one, or not at all."
+                        : foundation::automation::start_problem(result);
     fail("[COM APPLICATION MSG]:", error_id::internal, std::move(failure));
 }
 
