@@ -49,6 +49,9 @@ void XlsContents::add_formats() {
         cell_formats.define_number_format(format.identifier, format.code);
     for (const CellFormat& format : globals.formats.cell_formats())
         add_cell_format(format);
+    // The first formats are those of styles (MS-XLS 2.4.353).
+    constexpr std::uint32_t kFirstCellFormat = 15;
+    if (formats.size() > kFirstCellFormat) default_format = kFirstCellFormat;
 }
 
 void XlsContents::load_sheets() {

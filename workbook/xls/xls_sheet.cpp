@@ -38,14 +38,10 @@ std::uint64_t XlsSheet::added_string_cells() const {
 
 std::string XlsSheet::write(std::string_view stream, std::size_t position,
                             const AddedStrings& strings) const {
-    // The first formats are those of styles (MS-XLS 2.4.353).
-    constexpr std::uint16_t kFirstCellFormat = 15;
-    const bool has_cell_formats =
-        contents_.globals.formats.cell_formats().size() > kFirstCellFormat;
     return rewrite_sheet({.stream = stream,
                           .position = position,
                           .version = contents_.globals.version,
-                          .default_format = has_cell_formats ? kFirstCellFormat : std::uint16_t{0},
+                          .default_format = static_cast<std::uint16_t>(contents_.default_format),
                           .cells = cells_.cells,
                           .changes = changes_,
                           .strings = strings});

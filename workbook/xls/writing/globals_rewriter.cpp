@@ -116,6 +116,8 @@ class GlobalsWriter {
     void write_bound_sheets() {
         if (has_bound_sheets_) return;
         has_bound_sheets_ = true;
+        has_formats_ = true; // a book without any gets its first ones here
+        end_formats();
         for (std::size_t i = 0; i < globals_.sheets.size(); ++i)
             write_bound_sheet(globals_.sheets[i], written_.sheet_positions[i]);
     }

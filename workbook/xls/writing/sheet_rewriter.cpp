@@ -36,7 +36,7 @@ class SheetWriter {
           table_(survey_cells(sheet.stream, sheet.position, sheet.version)),
           groups_(sheet.stream, sheet.version, table_, sheet.cells, sheet.changes.cleared),
           cleared_(sheet.changes.cleared),
-          cells_(sheet.version, sheet.default_format, sheet.strings, block_),
+          cells_(sheet.version, sheet.strings, block_),
           records_(out_) {}
 
     std::string run() {
@@ -282,13 +282,13 @@ class SheetWriter {
             const CellExtent& cell = table_.cells[next_cell_];
             if (cell.row < row) continue; // cannot be: every such row is written
             written = write_changed(written, stored.end, cell.first_column, plan);
-            if (!has_cleared && !is_overwritten(written, stored.end, cell)) {
+            if (!has_cleared && !is_overwritten(stored, cell)) {
                 cells_.flush();
                 widen(plan, cell.first_column, cell.last_column);
                 if (!may_adjust || !groups_.adjust(cell, block_))
                     block_.append(sheet_.stream.substr(cell.begin, cell.end - cell.begin));
             } else {
-                written = write_remaining(written, stored.end, cell, has_cleared, plan);
+                written = write_remaining(written, stored, cell, has_cleared, plan);
             }
         }
         write_changed(written, stored.end, kXlsLimits.columns, plan);
@@ -318,28 +318,34 @@ class SheetWriter {
         return cell;
     }
 
-    /// Whether a changed cell takes one of the places of `old`.
-    static bool is_overwritten(const StoredCell* cell, const StoredCell* end,
-                               const CellExtent& old) {
-        return std::any_of(
-            cell,
-            std::find_if(cell, end,
-                         [&](const StoredCell& one) { return one.column > old.last_column; }),
-            [](const StoredCell& one) { return one.is_changed(); });
+    /// The first cell of the row from `column` on.
+    static const StoredCell* cell_from(const CellStore::RowCells& row, int column) {
+        return std::lower_bound(row.begin, row.end, column, [](const StoredCell& one, int wanted) {
+            return static_cast<int>(one.column) < wanted;
+        });
+    }
+
+    /// Whether a changed cell takes one of the places of `old`. Some producers have a place in two
+    /// records, so the cell may have been written with an earlier one.
+    static bool is_overwritten(const CellStore::RowCells& stored, const CellExtent& old) {
+        return std::any_of(cell_from(stored, old.first_column),
+                           cell_from(stored, old.last_column + 1),
+                           [](const StoredCell& one) { return one.is_changed(); });
     }
 
     /// Of an old record with cells that were changed or cleared, what stays of it, between changed
     /// cells.
-    const StoredCell* write_remaining(const StoredCell* written, const StoredCell* end,
+    const StoredCell* write_remaining(const StoredCell* written, const CellStore::RowCells& stored,
                                       const CellExtent& old, bool has_cleared, RowPlan& plan) {
         RecordStream records(sheet_.stream, old.begin);
         records.next();
         const Record record = records.record();
         const bool is_shared_record = record.id == record::kMulRk || record.id == record::kMulBlank;
         for (int column = old.first_column; column <= old.last_column; ++column) {
-            written = write_changed(written, end, column, plan);
-            const bool is_changed = written != end && static_cast<int>(written->column) == column &&
-                                    written->is_changed();
+            written = write_changed(written, stored.end, column, plan);
+            const StoredCell* const now = cell_from(stored, column);
+            const bool is_changed =
+                now != stored.end && static_cast<int>(now->column) == column && now->is_changed();
             if (is_changed || (has_cleared && cleared_.holds(column))) continue;
             cells_.flush();
             widen(plan, column, column);

@@ -22,7 +22,7 @@ struct SheetRewrite {
     std::string_view stream;  ///< that the sheet was read from
     std::size_t position = 0; ///< of its BOF record
     BiffVersion version = BiffVersion::Biff8;
-    std::uint16_t default_format = 0; ///< of cells, rows and columns without one of their own
+    std::uint16_t default_format = 0; ///< of rows and columns without one of their own
     const CellStore& cells;           ///< changed ones are marked
     const SheetChanges& changes;
     const AddedStrings& strings;
