@@ -13,5 +13,6 @@
 #include "spreadsheet/limits.h"
 #include "spreadsheet/range.h"
 #include "spreadsheet/sheet.h"
+#include "spreadsheet/sheet_contents.h"
 #include "spreadsheet/table.h"
 #include "spreadsheet/version.h"

@@ -149,7 +149,7 @@ struct TableOptions {
 ///     for (const Column& column : table.columns) plot(column.name, column.numbers);
 ZX_API Table read_table(ISheet& sheet, Range range, const TableOptions& options);
 
-/// As above, over all cells of the sheet that have a value.
+/// As above, over all cells of the sheet that have a value (`filled_range`).
 ZX_API Table read_table(ISheet& sheet, const TableOptions& options);
 
 /// As above by names: `sheet` is a name, or empty for the first worksheet; `range` is A1 text or a
@@ -190,10 +190,6 @@ ZX_API void read_numbers(ISheet& sheet, Range range, double* out, MatrixOrder or
 /// number; no cell is changed then.
 ZX_API void write_numbers(const std::shared_ptr<IBook>& book, ISheet& sheet, Range range,
                           const double* values, MatrixOrder order);
-
-/// The cells of the sheet that have a value, errors included, as one rectangle; last indices of -1
-/// when there is none. Throws 24 (kind Limit) when the used range has more than `max_cells`.
-ZX_API Range value_range(ISheet& sheet, std::int64_t max_cells = TableOptions{}.max_cells);
 
 /// A date or time of ISO 8601, such as "2024-03-01" or "2024-03-01T13:05:00.25", in microseconds
 /// since 1970-01-01; `kMissingDate` for any other text. A space may stand for the T.

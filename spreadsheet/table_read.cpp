@@ -14,6 +14,7 @@
 #include "spreadsheet/cell_iterator.h"
 #include "spreadsheet/column_blocks.h"
 #include "spreadsheet/range_walk.h"
+#include "spreadsheet/sheet_contents.h"
 #include "spreadsheet/table_column.h"
 #include "spreadsheet/table_error.h"
 
@@ -366,25 +367,6 @@ std::shared_ptr<ISheet> find_sheet(const IBook& book, std::string_view name) {
 
 } // namespace
 
-Range value_range(ISheet& sheet, std::int64_t max_cells) {
-    const Range used = sheet.used_range();
-    if (is_empty(used)) return {0, 0, -1, -1};
-    check_size(used, max_cells);
-    Range filled{std::numeric_limits<int>::max(), std::numeric_limits<int>::max(), -1, -1};
-    std::vector<cell_type> types;
-    for (const Range& block : column_blocks(used)) {
-        types.resize(static_cast<std::size_t>(block.count()));
-        std::as_const(sheet).cell_types(block, types.data());
-        const cell_type* type = types.data();
-        for_each_cell(block, [&](int row, int column) {
-            if (!has_value(*type++)) return;
-            filled = {std::min(filled.first_row, row), std::min(filled.first_column, column),
-                      std::max(filled.last_row, row), std::max(filled.last_column, column)};
-        });
-    }
-    return filled.last_row < 0 ? Range{0, 0, -1, -1} : filled;
-}
-
 std::vector<std::string> distinct_names(std::vector<std::string> names) {
     std::unordered_set<std::string> taken(names.begin(), names.end());
     std::unordered_map<std::string, std::size_t> last_number; // so that many equal names are quick
@@ -423,7 +405,7 @@ Table read_table(ISheet& sheet, Range range, const TableOptions& options) {
 }
 
 Table read_table(ISheet& sheet, const TableOptions& options) {
-    return read_table(sheet, value_range(sheet, options.max_cells), options);
+    return read_table(sheet, filled_range(sheet), options);
 }
 
 Table read_table(const std::shared_ptr<IBook>& book, std::string_view sheet, std::string_view range,

@@ -165,7 +165,7 @@ std::shared_ptr<ISheet> Book::sheet(std::size_t index) const {
 Corners Book::resolve(std::size_t index, const std::string& range) {
     return run([this, index, text = unicode::to_utf16(range)](const StopFlag&) {
         const auto on = sheet(index);
-        return corners_of(text.empty() ? value_range(*on)
+        return corners_of(text.empty() ? filled_range(*on)
                                        : sheet_range(text.data(), text.size(), on, book_->format(),
                                                      false, nullptr, nullptr));
     });
