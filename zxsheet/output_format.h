@@ -58,9 +58,6 @@ std::unique_ptr<OutputFormat> cells_format(const PrintStyle& style, CellLayout l
 std::unique_ptr<OutputFormat> table_format(const PrintStyle& style,
                                            std::optional<std::size_t> width);
 
-/// Names of columns as records have them: none empty and no two alike.
-std::vector<std::string> unique_names(const std::vector<std::string>& names);
-
 /// Appends the field, in quotes where it has a separator, a quote or a line end in it; `also` is a
 /// further character that asks for quotes.
 void append_field(std::string& out, std::string_view field, char separator, char also);
