@@ -27,6 +27,7 @@ google-demo:  ## serve a sample spreadsheet like Google Sheets does, without an 
 	@python3 tools/google_emulator --port $(GOOGLE_PORT) --state demo --hint
 
 test: deps  ## build and run all tests (PRESET=dev or release)
+	@tools/install-deps python
 	$(call CONFIGURE,$(PRESET))
 	$(call BUILD,$(PRESET))
 	ctest --preset $(PRESET)
