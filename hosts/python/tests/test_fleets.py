@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Many workbooks: parts, failures, the corpus beside other readers, Dask."""
-import ctypes
+"""Many workbooks: parts, failures, the corpus beside another reader, Dask."""
 import os
 import pickle
 import warnings
@@ -66,8 +65,7 @@ def test_dask_reads_the_corpus_as_one_process_does(corpus):
     found = zx.scan(corpus)
     assert len(found) > 300 and 0 < len(found.failures) < 40
     results = _on_two_workers(found.parts)
-    assert [row for row, failure in results] == pytest.approx([_sum(part)[0] for part in found.parts], nan_ok=True) \
-        or [repr(row) for row, failure in results] == [repr(_sum(part)[0]) for part in found.parts]
+    assert [repr(result) for result in results] == [repr(_sum(part)) for part in found.parts]
 
 
 def test_tables_of_the_corpus_have_the_cells_that_openpyxl_reads(corpus):
@@ -95,30 +93,3 @@ def test_tables_of_the_corpus_have_the_cells_that_openpyxl_reads(corpus):
                         assert array[row, column] == pytest.approx(value, rel=1e-15), (name, sheet.name, row, column)
                         compared += 1
     assert compared > 1000
-
-
-def test_arrow_consumers_take_the_memory_of_the_table(tmp_path):
-    pyarrow = pytest.importorskip("pyarrow")
-    path = tmp_path / "all.xlsx"
-    zx.write(path, {"n": [1.5, None, 3], "b": [True, None, False], "t": ["x", "é", None], "m": [1, "a", None],
-                    "d": np.array(["2024-03-01", "NaT", "1900-01-01"], "M8[D]"), "none": [None] * 3})
-    table = zx.read(path, range="A1:F4")
-    taken = pyarrow.RecordBatchReader._import_from_c_capsule(table.__arrow_c_stream__()).read_all()
-    taken.validate(full=True)
-    assert taken.to_pydict()["n"] == [1.5, None, 3] and taken.to_pydict()["b"] == [True, None, False]
-    assert taken.to_pydict()["t"] == ["x", "é", None] and taken.to_pydict()["m"] == ["1", "a", None]
-    assert [str(day) for day in taken.to_pydict()["d"]] == ["2024-03-01 00:00:00", "None", "1900-01-01 00:00:00"]
-    address = taken.column("n").chunk(0).buffers()[1].address
-    assert address == table["n"].__array_interface__["data"][0]
-    del table
-    assert taken.to_pydict()["none"] == [None] * 3
-
-
-def test_a_stream_that_nobody_takes_lets_its_table_go(tmp_path):
-    zx.write(tmp_path / "a.xlsx", {"n": [1.0]})
-    table = zx.read(tmp_path / "a.xlsx")
-    capsule = table.__arrow_c_stream__()
-    pointer = ctypes.pythonapi.PyCapsule_IsValid
-    pointer.argtypes = [ctypes.py_object, ctypes.c_char_p]
-    assert pointer(capsule, b"arrow_array_stream") == 1
-    del table, capsule
