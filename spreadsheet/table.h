@@ -38,7 +38,7 @@ inline constexpr std::int64_t kMissingDate = std::numeric_limits<std::int64_t>::
 inline constexpr std::int32_t kMissingText = -1;
 
 /// UTF-8 strings one after the other: string i is bytes `offsets[i]` to `offsets[i + 1]`.
-class ZX_API StringList {
+class StringList {
   public:
     std::size_t size() const { return offsets.size() - 1; }
     std::string_view operator[](std::size_t index) const {
@@ -46,7 +46,7 @@ class ZX_API StringList {
         return {bytes.data() + begin, static_cast<std::size_t>(offsets[index + 1]) - begin};
     }
     /// `Exception` 18 (kind Limit) when the bytes would exceed 2^31 - 1.
-    void add(std::string_view text);
+    ZX_API void add(std::string_view text);
 
     std::vector<std::int32_t> offsets{0};
     std::string bytes{};
