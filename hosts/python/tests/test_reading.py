@@ -7,6 +7,7 @@ import os
 import pickle
 import shutil
 import signal
+import tempfile
 import threading
 import time
 
@@ -106,8 +107,10 @@ def test_matrices_lie_in_the_order_asked_for(book, order):
     assert array.flags.f_contiguous == (order == "F") and array.flags.c_contiguous == (order == "C")
 
 
-def test_sources_are_paths_bytes_and_file_objects(book):
+def test_sources_are_paths_bytes_and_file_objects(book, tmp_path, monkeypatch):
     content = book.read_bytes()
+    (tmp_path / "temporary").mkdir()
+    monkeypatch.setattr(tempfile, "tempdir", str(tmp_path / "temporary"))
     for source in (book, str(book), content, bytearray(content), io.BytesIO(content), open(book, "rb")):
         assert zx.read(source, "Second", header=False)["column1"].tolist() == ["only"]
     with zx.open(io.BytesIO(content)) as opened:
@@ -125,6 +128,8 @@ def test_sources_are_paths_bytes_and_file_objects(book):
             raise OSError("the connection is gone")
     with pytest.raises(OSError, match="the connection is gone"):
         zx.read(Broken())
+    gc.collect()
+    assert os.listdir(tmp_path / "temporary") == []
 
 
 @pytest.mark.parametrize("call, error, builtin, cause", [
