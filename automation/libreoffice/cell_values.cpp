@@ -119,7 +119,8 @@ class BlockReader {
                 } else if (!text.isEmpty() ||
                            !formula_at(object, formulas, band, row, column).empty()) {
                     // An empty text is an empty cell, unless a formula has made it.
-                    out = Variant::text(view_of(text)).release();
+                    // Text of several lines has a mark in the place of a tab.
+                    out = Variant::text(view_of(text.replace(u'\x1', u'\t'))).release();
                 }
             }
         }
