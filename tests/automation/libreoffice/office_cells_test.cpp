@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Cells in LibreOffice: what is read, what is entered, filters, protection.
+#include <algorithm>
+
 #include "tests/automation/libreoffice/office_fixture.h"
 #include "tests/automation/libreoffice/workbook_files.h"
 
@@ -78,12 +80,16 @@ TEST_F(OfficeTest, ReadsBlocksThatAreLargerThanABand) {
     const Range range{0, 0, 20'999, 9};
     CellTexts entered;
     for (int cell = 0; cell < range.count(); ++cell)
-        entered.push_back(cell % 3 == 0   ? "number " + std::to_string(cell + 2)
-                          : cell % 3 == 1 ? "date " + std::to_string(cell + 1)
+        entered.push_back(cell % 3 == 0   ? "number " + std::to_string(cell % 1000 + 2)
+                          : cell % 3 == 1 ? "date " + std::to_string(cell % 1000 + 1)
                                           : "text t" + std::to_string(cell));
     const auto book = make(1);
     enter(*book->sheet(0), range, entered);
-    EXPECT_TRUE(cells_of(*book->sheet(0), range) == entered);
+    const CellTexts read = cells_of(*book->sheet(0), range);
+    ASSERT_EQ(read.size(), entered.size());
+    const auto difference = std::mismatch(read.begin(), read.end(), entered.begin());
+    EXPECT_TRUE(difference.first == read.end())
+        << "cell " << difference.first - read.begin() << ": " << *difference.first;
     // Of a whole column only the used part is asked for.
     EXPECT_EQ(cells_of(*book->sheet(0), {0, 0, 1'048'575, 0}).at(20'999), entered[20'999]);
 }
