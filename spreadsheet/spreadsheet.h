@@ -13,4 +13,5 @@
 #include "spreadsheet/limits.h"
 #include "spreadsheet/range.h"
 #include "spreadsheet/sheet.h"
+#include "spreadsheet/sheet_contents.h"
 #include "spreadsheet/version.h"

@@ -9,6 +9,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zxsheet {
 
@@ -20,6 +21,14 @@ class OutputSink {
 
     void write(std::string_view text);
     void write(char character) { write(std::string_view(&character, 1)); }
+
+    /// Says something beside the data: one sentence, for standard error, once all data is written.
+    void note(const std::string& sentence) { notes_.push_back(sentence); }
+    const std::vector<std::string>& notes() const { return notes_; }
+
+    /// Characters of a line of the terminal that the data goes to; 0 when it goes elsewhere.
+    std::size_t terminal_width() const { return file_name_.empty() ? terminal_width_ : 0; }
+    void set_terminal_width(std::size_t width) { terminal_width_ = width; }
 
     /// Writes what is left. Throws `Failure` when the file or stream does not take it.
     void finish();
@@ -33,6 +42,8 @@ class OutputSink {
     std::ofstream file_;
     std::function<void()> before_first_; ///< empty once called
     std::string buffer_;
+    std::vector<std::string> notes_;
+    std::size_t terminal_width_ = 0;
 };
 
 } // namespace zxsheet

@@ -19,7 +19,8 @@ class Notes : public CellSink {
         text += '<' + place.sheet.value_or("-") + ' ' + place.range.value_or("-") + '>';
     }
     void add(const CellValue& cell) override {
-        text += ' ' + std::string(type_name(cell.type)) + ':' + plain_text(cell, DateStyle::Serial);
+        text += ' ' + std::string(type_name(cell.type)) + ':' +
+                plain_text(cell, {TextStyle::Dates::Serial, {}, false});
     }
     void end_row() override { text += '|'; }
 
