@@ -74,7 +74,7 @@ void COMSheet::check_limits(const Range& range) const {
     if (is_empty(range) || range.first_row < 0 || range.first_column < 0 ||
         !is_within_limits(range, format_))
         com::fail(kTag, error_id::range_not_parsed,
-                  {FailureKind::Limit, "The range lies beyond the sheet."});
+                  {FailureKind::Limit, "The range is empty or beyond the limits of the format."});
 }
 
 std::shared_ptr<IDispatch> COMSheet::range_object(const Range& range) const {

@@ -114,7 +114,7 @@ TEST(Variant, SaysWhatItHolds) {
     EXPECT_EQ(Variant::boolean(true).get().boolVal, -1);
 }
 
-TEST(Blocks, LieColumnAfterColumn) {
+TEST(Blocks, AreInMemoryColumnAfterColumn) {
     bool alive = false;
     {
         BlockBuilder builder(2, 3);
