@@ -9,7 +9,6 @@
 
 #include "foundation/ascii_case.h"
 #include "spreadsheet/com/com_sheet.h"
-#include "spreadsheet/com/late_bound_call.h"
 #include "spreadsheet/com/workbook_path.h"
 
 namespace spreadsheet {
@@ -168,7 +167,7 @@ std::shared_ptr<ISheet> COMBook::add_sheet(std::size_t index, const std::u16stri
         std::shared_ptr<COMSheet> added = insert_sheet(index, name);
         activate();
         return added;
-    } catch (const Exception&) {
+    } catch (...) {
         activate();
         throw;
     }
@@ -189,18 +188,27 @@ std::shared_ptr<COMSheet> COMBook::insert_sheet(std::size_t index, const std::u1
     const auto place = sheets_.insert(sheets_.begin() + static_cast<std::ptrdiff_t>(index), added);
     try {
         added->name(name);
-    } catch (const Exception&) {
+    } catch (...) {
         // A sheet that did not get its name does not remain.
         sheets_.erase(place);
-        com::call(object.get(), OLESTR("Delete"));
+        delete_sheet(object.get());
         throw;
     }
     return added;
 }
 
+com::CallResult COMBook::delete_sheet(IDispatch* object) {
+    // Another book of this application may have switched alerts on when it was closed, and a
+    // question of a hidden application is never answered.
+    show_alerts(false);
+    return com::call(object, OLESTR("Delete"));
+}
+
 void COMBook::remove_sheet(std::size_t index) {
-    IDispatch* const object = index < sheets_.size() ? sheets_[index]->object() : nullptr;
-    com::call(object, OLESTR("Delete")).or_fail(kTag, error_id::sheet_not_deleted);
+    constexpr error_id kNotDeleted = error_id::sheet_not_deleted;
+    if (index >= sheets_.size())
+        com::fail(kTag, kNotDeleted, {FailureKind::Missing, "The workbook has no such sheet."});
+    delete_sheet(sheets_[index]->object()).or_fail(kTag, kNotDeleted);
     sheets_.erase(sheets_.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
@@ -223,7 +231,8 @@ void COMBook::save(const std::u16string& path) {
 }
 
 void COMBook::save_to_memory(std::vector<unsigned char>&) {
-    throw Exception(error_id::save_to_memory_unsupported);
+    com::fail(kTag, error_id::save_to_memory_unsupported,
+              {FailureKind::Unsupported, "Interactive mode saves to files, not to memory."});
 }
 
 } // namespace spreadsheet

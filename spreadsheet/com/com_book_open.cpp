@@ -9,7 +9,6 @@
 #include "foundation/files.h"
 #include "spreadsheet/com/com_book.h"
 #include "spreadsheet/com/com_sheet.h"
-#include "spreadsheet/com/late_bound_call.h"
 #include "spreadsheet/com/workbook_path.h"
 
 namespace spreadsheet {
@@ -141,7 +140,8 @@ void COMBook::init_from_file_with_range(const std::u16string&, book::format, std
 void COMBook::init_from_file_only_sheetNames(const std::u16string&, book::format) {}
 
 void COMBook::init_from_memory(const void*, std::size_t, book::format) {
-    throw Exception(error_id::load_from_memory_unsupported);
+    com::fail(kTag, error_id::load_from_memory_unsupported,
+              {FailureKind::Unsupported, "Interactive mode opens files, not memory."});
 }
 
 // --- A new workbook
@@ -179,7 +179,7 @@ void COMBook::init_new(std::size_t sheet_count, book::format format, const std::
         const auto surplus = com::get(worksheets_.get(), OLESTR("Item"),
                                       {Variant::integer(static_cast<LONG>(sheet_count + 1)).get()})
                                  .object_or_fail(kTag, error_id::internal);
-        com::call(surplus.get(), OLESTR("Delete")).or_fail(kTag, error_id::sheet_not_deleted);
+        delete_sheet(surplus.get()).or_fail(kTag, error_id::sheet_not_deleted);
     }
     read_date_formats();
 }

@@ -248,12 +248,26 @@ TEST_F(ComBook, IsSavedInItsFormat) {
 }
 
 TEST_F(ComBook, IsClosedWithoutAQuestion) {
+    file->on_open = [&] { script.applications[0]->alerts = true; };
     {
         const auto book = open();
         EXPECT_FALSE(script.applications[0]->alerts);
     }
     EXPECT_TRUE(file->saved && file->closed);
     EXPECT_TRUE(script.applications[0]->alerts);
+    file->on_open = nullptr;
+    script.applications[0]->alerts = false;
+    open();
+    EXPECT_FALSE(script.applications[0]->alerts) << "the user had switched them off";
+}
+
+TEST_F(ComBook, AsksNothingAfterAnotherBookOfTheApplicationIsClosed) {
+    auto first = make(1);
+    const auto second = make(2);
+    ASSERT_EQ(script.applications.size(), 1u);
+    first.reset();
+    second->remove_sheet(0); // the scripted application notes a question as a violation
+    second->save(kRoot + u"saved.xlsx");
 }
 
 /// What a host may do with a book, each step of it.
