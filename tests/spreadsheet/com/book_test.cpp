@@ -146,6 +146,10 @@ TEST_F(ComBook, FailsToBeMadeWithTheErrorOfEachStep) {
         EXPECT_EQ(thrown_id([&] { make(expected.sheets); }), expected.id) << expected.member;
         EXPECT_EQ(script.applications[0]->default_save_format, expected.save_format);
     }
+    // Only where a workbook of format XLSX is not made, its default is put back.
+    script.refused = {{"Workbooks.Add", scripted::kRefused}};
+    EXPECT_EQ(thrown_id([] { make(1, book::format::XLSM); }), 0);
+    EXPECT_EQ(script.applications[0]->default_save_format, 51);
     // The put alone.
     script.refused.clear();
     const auto calls = static_cast<int>(script.calls.size());
