@@ -158,8 +158,7 @@ std::shared_ptr<ISheet> COMBook::add_sheet(std::size_t index, const std::u16stri
     if (index > sheets_.size() || sheets_.empty())
         com::fail(kTag, kNotAdded,
                   {FailureKind::Missing, "The workbook has no sheet beside that place."});
-    com::CallResult active = com::get(workbook_.get(), OLESTR("ActiveSheet"));
-    const auto active_sheet = excel_application::get_temp_ref(active.value.release_object());
+    const auto active_sheet = com::get(workbook_.get(), OLESTR("ActiveSheet")).object();
     const auto activate = [&] {
         if (active_sheet) com::call(active_sheet.get(), OLESTR("Activate"));
     };
@@ -178,12 +177,9 @@ std::shared_ptr<COMSheet> COMBook::insert_sheet(std::size_t index, const std::u1
     const Variant missing = Variant::null();
     const Variant& before = index == 0 ? neighbour : missing;
     const Variant& after = index == 0 ? missing : neighbour;
-    constexpr error_id kNotAdded = error_id::sheet_not_created;
-    com::CallResult result =
-        com::call(worksheets_.get(), OLESTR("Add"), {after.get(), before.get()});
-    if (!result) com::fail_call(kTag, kNotAdded, result.member, result.status);
-    const auto object = application_->adopt(result.value.release_object());
-    if (!object) com::fail_call(kTag, kNotAdded, result.member, S_OK);
+    const auto object =
+        application_->adopt(com::call(worksheets_.get(), OLESTR("Add"), {after.get(), before.get()})
+                                .release_object_or_fail(kTag, error_id::sheet_not_created));
     std::shared_ptr<COMSheet> added = make_sheet(object);
     const auto place = sheets_.insert(sheets_.begin() + static_cast<std::ptrdiff_t>(index), added);
     try {
