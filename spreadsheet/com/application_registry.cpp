@@ -99,6 +99,7 @@ ApplicationSlots* application_registry() {
 void start_applications() {
     if (slots != nullptr) return;
     slots = std::make_unique<ApplicationSlots>().release();
+    // A thread in another apartment is refused when its first book starts an application.
     if (CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED) == S_FALSE) CoUninitialize();
 }
 

@@ -216,8 +216,10 @@ void COMBook::save(const std::u16string& path) {
     const com::CallResult saved =
         com::call(workbook_.get(), OLESTR("SaveAs"), {file_format.get(), file_name.get()});
     if (saved) return;
-    com::fail(kTag, error_id::book_not_saved,
-              {FailureKind::FileNotWritten, com::describe_call(saved.member, saved.status), path});
+    Failure failure = com::cause_of(saved.member, saved.status);
+    if (failure.kind == FailureKind::Unknown) failure.kind = FailureKind::FileNotWritten;
+    failure.file = path;
+    com::fail(kTag, error_id::book_not_saved, std::move(failure));
 }
 
 void COMBook::save_to_memory(std::vector<unsigned char>&) {

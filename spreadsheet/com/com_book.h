@@ -66,9 +66,9 @@ class COMBook : public IBook {
     void open_workbook(book::format format, const std::u16string* path);
     std::shared_ptr<IDispatch> open_file(const std::u16string& path);
     std::shared_ptr<IDispatch> make_workbook();
-    /// Waits until the workbook reports its format; `Exception` 9 when it does not, or holds plain
-    /// text.
-    void check_file_format(bool from_file);
+    /// Waits until the workbook reports its format; `Exception` 9 when it does not, or when the
+    /// file at `path` (null for a new workbook) was read as plain text.
+    void check_file_format(const std::u16string* path);
     /// Switches alerts of the application on or off; the result is not checked.
     void show_alerts(bool on);
     /// Reads the user's date formats once, so that no later read has to.

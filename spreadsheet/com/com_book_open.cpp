@@ -29,9 +29,11 @@ constexpr auto kLongestWait = 5000ms;
 constexpr LONG kPlainText = -4158;
 constexpr LONG kOpenXmlWorkbook = 51;
 
-/// Why the application has not opened a file.
-Failure explain_open(const std::u16string& path, std::string call) {
-    Failure failure{FailureKind::NotAWorkbook, std::move(call), path};
+/// Why the application has not opened a file; `failure` is what it says itself.
+Failure explain_open(const std::u16string& path, Failure failure) {
+    failure.file = path;
+    if (failure.kind != FailureKind::Unknown) return failure;
+    failure.kind = FailureKind::NotAWorkbook;
     try {
         foundation::files::open_for_reading(path);
     } catch (const foundation::files::FileError& problem) {
@@ -49,7 +51,8 @@ Failure explain_open(const std::u16string& path, std::string call) {
 
 void COMBook::open_workbook(book::format format, const std::u16string* path) {
     format_ = format;
-    application_ = excel_application::acquire(path == nullptr ? nullptr : path->c_str());
+    const std::u16string absolute = path == nullptr ? u"" : com::absolute_path(*path);
+    application_ = excel_application::acquire(path == nullptr ? nullptr : absolute.c_str());
     IDispatch* const application = application_->application();
     if (application == nullptr) com::fail_start(RPC_E_DISCONNECTED);
     if (application_->workbooks() != nullptr) {
@@ -59,14 +62,14 @@ void COMBook::open_workbook(book::format format, const std::u16string* path) {
     }
     workbook_ = path == nullptr ? make_workbook() : open_file(*path);
     show_alerts(false);
-    check_file_format(path != nullptr);
+    check_file_format(path);
     com::CallResult worksheets = com::get(workbook_.get(), OLESTR("Worksheets"));
     if (!worksheets) com::fail_call(kTag, error_id::internal, worksheets.member, worksheets.status);
     worksheets_ = application_->adopt(worksheets.value.release_object());
     if (!worksheets_) com::fail_call(kTag, error_id::internal, worksheets.member, S_OK);
 }
 
-void COMBook::check_file_format(bool from_file) {
+void COMBook::check_file_format(const std::u16string* path) {
     auto wait = 0ms;
     com::CallResult result = com::get(workbook_.get(), OLESTR("FileFormat"));
     for (; !result && wait < kLongestWait; wait += kPause) {
@@ -74,11 +77,14 @@ void COMBook::check_file_format(bool from_file) {
         clock.sleep_until(clock.now() + kPause);
         result = com::get(workbook_.get(), OLESTR("FileFormat"));
     }
-    const Variant number = std::move(result).or_fail(kTag, error_id::book_not_loaded);
-    if (from_file && integer_in(number.get()) == kPlainText)
-        com::fail(kTag, error_id::book_not_loaded,
-                  {FailureKind::NotAWorkbook,
-                   "The application has read the file as plain text, not as a workbook."});
+    const bool is_text = path != nullptr && integer_in(result.value.get()) == kPlainText;
+    if (result && !is_text) return;
+    Failure failure =
+        is_text ? Failure{FailureKind::NotAWorkbook,
+                          "The application has read the file as plain text, not as a workbook."}
+                : com::cause_of(result.member, result.status);
+    if (path != nullptr) failure.file = *path;
+    com::fail(kTag, error_id::book_not_loaded, std::move(failure));
 }
 
 void COMBook::read_date_formats() {
@@ -109,19 +115,18 @@ std::shared_ptr<IDispatch> COMBook::worksheet(std::size_t number) {
 // --- From a file
 
 std::shared_ptr<IDispatch> COMBook::open_file(const std::u16string& path) {
-    const Variant file_name = Variant::text(path);
+    const Variant file_name = Variant::text(com::absolute_path(path));
     com::CallResult opened =
         com::call(application_->workbooks(), OLESTR("Open"), {file_name.get()});
     IDispatch* const workbook = opened ? opened.value.release_object() : nullptr;
     if (workbook == nullptr)
         com::fail(kTag, error_id::book_not_loaded,
-                  explain_open(path, com::describe_call(opened.member, opened.status)));
+                  explain_open(path, com::cause_of(opened.member, opened.status)));
     return application_->adopt(workbook);
 }
 
 void COMBook::init_from_file(const std::u16string& path, book::format format) {
-    const std::u16string absolute = com::absolute_path(path);
-    open_workbook(format, &absolute);
+    open_workbook(format, &path);
     const std::size_t count = count_worksheets();
     for (std::size_t number = 1; number <= count; ++number)
         sheets_.push_back(make_sheet(worksheet(number)));

@@ -60,9 +60,21 @@ TEST_F(ComBook, SaysWhyAFileCannotBeOpened) {
         }
         return Failure{};
     };
-    EXPECT_EQ(failure(kRoot + u"none.xlsx").kind, FailureKind::FileNotFound);
-    EXPECT_EQ(failure(kRoot + u"none.xlsx").file, kRoot + u"none.xlsx");
+    EXPECT_EQ(failure(u"none.xlsx").kind, FailureKind::FileNotFound);
+    EXPECT_EQ(failure(u"none.xlsx").file, u"none.xlsx") << "as the caller gave it";
     EXPECT_EQ(failure(kRoot + u"plain.txt").kind, FailureKind::NotAWorkbook);
+    EXPECT_EQ(failure(kRoot + u"plain.txt").file, kRoot + u"plain.txt");
+    const std::pair<HRESULT, FailureKind> kResults[] = {
+        {scripted::kRefused, FailureKind::FileNotFound},
+        {E_OUTOFMEMORY, FailureKind::OutOfMemory},
+        {RPC_E_DISCONNECTED, FailureKind::NoApplication},
+        // The server is unavailable; its call failed.
+        {static_cast<HRESULT>(0x800706ba), FailureKind::NoApplication},
+        {static_cast<HRESULT>(0x800706be), FailureKind::NoApplication}};
+    for (const auto& [result, kind] : kResults) {
+        script.refused["Workbooks.Open"] = result;
+        EXPECT_EQ(failure(u"none.xlsx").kind, kind) << result;
+    }
 }
 
 TEST_F(ComBook, GivesTheApplicationPathsFromTheRoot) {

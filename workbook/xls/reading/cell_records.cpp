@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The records of BIFF3 and later begin with row, column and format; those of BIFF2 have three bytes
-// of attributes in the format's place. Records come row after row as a rule, in any order
-// otherwise.
+// of attributes in the format's place. Records come row after row as a rule, but may
+// come in any order.
 #include "workbook/xls/reading/cell_records.h"
 
 #include <algorithm>

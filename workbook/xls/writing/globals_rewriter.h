@@ -19,6 +19,10 @@
 
 namespace workbook {
 
+class DrawingGroup;
+class SheetNameChanges;
+class SheetReferences;
+
 /// One sheet of the book that is written.
 struct PlannedSheet {
     std::u16string_view name;
@@ -33,7 +37,9 @@ struct GlobalsRewrite {
     std::string_view stream; ///< the loaded workbook stream
     BiffVersion version = BiffVersion::Biff8;
     const std::vector<PlannedSheet>& sheets; ///< in their order
-    std::size_t original_count = 0;          ///< sheets of the loaded book
+    SheetReferences& references;             ///< for `sheets`; used once
+    const SheetNameChanges& names;           ///< of the loaded sheets
+    const DrawingGroup& drawings;            ///< with those of copied sheets
     const CellFormats& formats;              ///< of all cells
     std::size_t first_new_format = 0;        ///< formats from here to `formats_end` are written
     std::size_t formats_end = 0;             ///< anew
