@@ -75,6 +75,7 @@ void SheetWriter::end_row() {
 void SheetWriter::finish() {
     flush();
     empty_rest();
+    if (options_.replace) clear_rest();
 }
 
 Range SheetWriter::written() const {
@@ -172,7 +173,8 @@ void SheetWriter::write_range(const Range& range, std::size_t first_row) {
 
 void SheetWriter::write_patch(CellPatch& patch, const Range& range) {
     check_unlocked(*target_.cells.sheet, range, options_.book);
-    patch.write(*target_.cells.sheet, used_before_, options_.keep_format);
+    const bool keeps_format = !options_.plain && !target_.is_new_sheet;
+    patch.write(*target_.cells.sheet, used_before_, keeps_format);
     check_done(target_.cells.book, options_);
 }
 
@@ -196,6 +198,25 @@ void SheetWriter::empty_range(const Range& range) {
                          range.last_column};
         CellPatch nothing(band);
         write_patch(nothing, band);
+    }
+}
+
+void SheetWriter::clear_rest() {
+    const Range& used = used_before_;
+    const Range data = written();
+    if (used.count() <= 0) return;
+    const int below = data.count() > 0 ? data.last_row + 1 : used.first_row;
+    const Range rests[] = {
+        {used.first_row, used.first_column, std::min(data.first_row - 1, used.last_row),
+         used.last_column},
+        {std::max(used.first_row, below), used.first_column, used.last_row, used.last_column},
+        {data.first_row, used.first_column, data.last_row, data.first_column - 1},
+        {data.first_row, std::max(used.first_column, data.last_column + 1), data.last_row,
+         used.last_column}};
+    for (const Range& rest : rests) {
+        if (rest.first_row > rest.last_row || rest.first_column > rest.last_column) continue;
+        check_unlocked(*target_.cells.sheet, rest, options_.book);
+        target_.cells.sheet->clear(rest);
     }
 }
 
