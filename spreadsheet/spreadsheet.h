@@ -14,4 +14,5 @@
 #include "spreadsheet/range.h"
 #include "spreadsheet/sheet.h"
 #include "spreadsheet/sheet_contents.h"
+#include "spreadsheet/table.h"
 #include "spreadsheet/version.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Record by record what XLS books hold, and how damaged ones end.
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -100,7 +101,7 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
             .record(0x0204, cell(1, 1).text(string8("label").str()))
             .record(0x00D6, cell(1, 2).text(string8("rich").str()).u16(1).u16(0).u16(0))
             .record(0x0201, cell(1, 3))
-            .record(0x00BE, Bytes().u16(1).u16(4).u16(0).u16(0).u16(5))
+            .record(0x00BE, Bytes().u16(1).u16(4).u16(0).u16(1).u16(5))
             .record(0x0205, cell(2, 0).u8(1).u8(0))
             .record(0x0205, cell(2, 1).u8(0x2A).u8(1))
             .record(0x0006, formula(3, 0, Bytes().f64(2.25)))
@@ -112,6 +113,7 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
             .record(0x0006, formula(3, 4, special(3, 0)))
             .record(0x0006, formula(3, 5, special(0, 0))) // its string is missing
             .record(0x0203, cell(3, 6).f64(1))
+            .record(0x0006, formula(3, 7, Bytes().f64(-HUGE_VAL))) // nearly the mark of strings
             .record(0x0207, string8("not of a formula"));
     const auto book = load(book8(strings, sheet));
     const Sheet& data = *book->get_sheet(0);
@@ -119,8 +121,10 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
     EXPECT_EQ(row_of(data, 1, 6),
               (Row{"\"two\"", "\"label\"", "\"rich\"", "blank", "blank", "blank"}));
     EXPECT_EQ(row_of(data, 2, 3), (Row{"TRUE", "#N/A", ""}));
-    EXPECT_EQ(row_of(data, 3, 7),
-              (Row{"2.25", "\"result\"", "TRUE", "#DIV/0!", "\"\"", "\"\"", "1."}));
+    EXPECT_EQ(row_of(data, 3, 8),
+              (Row{"2.25", "\"result\"", "TRUE", "#DIV/0!", "\"\"", "\"\"", "1.", "-inf"}));
+    EXPECT_EQ(data.cell_format(1, 4)->num_format(), 0);
+    EXPECT_EQ(data.cell_format(1, 5)->num_format(), 14);
     EXPECT_FALSE(data.cell_format(0, 1)->locked());
     EXPECT_TRUE(data.cell_format(0, 0)->locked());
 }
