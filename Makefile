@@ -52,7 +52,7 @@ lint: deps  ## look for faults with clang-tidy (.clang-tidy has the checks)
 
 install-test: deps  ## install into a scratch folder and build programs against it
 	@$(call CONFIGURE,release)
-	@$(call BUILD,release) --target zxspreadsheet zxsheet
+	@$(call BUILD,release) --target zxspreadsheet zxsheet zxsheet_docs
 	@tests/install/check build/release
 
 windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file
