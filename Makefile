@@ -9,6 +9,7 @@ GOOGLE_PORT ?= 8420
 BOOK := examples/weather.xlsx
 CONFIGURE = cmake --preset $(1) --log-level=WARNING
 BUILD = cmake --build --preset $(1)
+LIBREOFFICE = tools/install-deps libreoffice || echo "interactive mode is neither built nor tested"
 
 help:  ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
@@ -28,11 +29,13 @@ google-demo:  ## serve a sample spreadsheet like Google Sheets does, without an 
 
 test: deps  ## build and run all tests (PRESET=dev or release)
 	@tools/install-deps python
+	@$(LIBREOFFICE)
 	$(call CONFIGURE,$(PRESET))
 	$(call BUILD,$(PRESET))
 	ctest --preset $(PRESET)
 
 asan: deps  ## build and run all tests under the address and undefined-behaviour sanitizers
+	@$(LIBREOFFICE)
 	$(call CONFIGURE,asan)
 	$(call BUILD,asan)
 	ctest --preset asan
@@ -50,7 +53,7 @@ lint: deps  ## look for faults with clang-tidy (.clang-tidy has the checks)
 
 install-test: deps  ## install into a scratch folder and build programs against it
 	@$(call CONFIGURE,release)
-	@$(call BUILD,release) --target zxspreadsheet zxsheet
+	@$(call BUILD,release) --target zxspreadsheet zxsheet zxsheet_docs
 	@tests/install/check build/release
 
 windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file

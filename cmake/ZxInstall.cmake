@@ -7,6 +7,9 @@ install(TARGETS zxspreadsheet EXPORT zxspreadsheetTargets
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zxspreadsheet
   FILE_SET generated_headers DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zxspreadsheet)
 install(TARGETS zxsheet)
+if(TARGET zxspreadsheet_automation)
+  install(TARGETS zxspreadsheet_automation LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/zxspreadsheet)
 install(EXPORT zxspreadsheetTargets NAMESPACE zxspreadsheet:: DESTINATION ${config_folder})
@@ -21,4 +24,5 @@ install(FILES ${PROJECT_BINARY_DIR}/zxspreadsheetConfig.cmake
 file(RELATIVE_PATH ZX_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/zxspreadsheet.pc.in ${PROJECT_BINARY_DIR}/zxspreadsheet.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zxspreadsheet.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES LICENSE CHANGELOG.md README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")

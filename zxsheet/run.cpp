@@ -12,6 +12,7 @@
 #include "zxsheet/command_line.h"
 #include "zxsheet/google_command.h"
 #include "zxsheet/library_error.h"
+#include "zxsheet/streamed_book.h"
 
 namespace zxsheet {
 namespace {
@@ -42,8 +43,9 @@ void print_sentence(std::string sentence, std::ostream& err) {
     err << "zxsheet: " << sentence << '\n';
 }
 
-void read_book(const Command& command, const Streams& streams) {
-    const std::string& output = command.options->output;
+int read_book(const Command& command, const Streams& streams) {
+    std::string& output = command.options->output;
+    if (output == kStream) output.clear();
     ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Reading " + command.options->book.text());
     OutputSink sink(streams.out, output, [&] {
@@ -57,22 +59,26 @@ void read_book(const Command& command, const Streams& streams) {
     progress.finish();
     for (const std::string& note : sink.notes())
         print_sentence(note, streams.err);
+    return sink.exit_code();
 }
 
-void change_book(const Command& command, const Streams& streams) {
+int change_book(const Command& command, const Streams& streams) {
     ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Opening " + command.options->book.text());
-    ChangeTools tools{streams.in, progress};
+    ChangeTools tools{streams.in, streams.out, progress};
     const std::string done = command.change(tools);
     progress.finish();
     print_sentence(done, streams.err);
+    return static_cast<int>(ExitCode::Done);
 }
 
-/// Runs the command; whatever it throws leaves as a `CommandError`.
-void execute(const Command& command, const Streams& streams) {
+/// Runs the command and returns the exit code; whatever it throws leaves as a `CommandError`.
+int execute(const Command& command, const Streams& streams) {
     const BookLocation& book = command.options->book;
+    StreamedBook streamed;
     try {
-        command.change ? change_book(command, streams) : read_book(command, streams);
+        streamed.fetch(command.options->book, streams.in);
+        return command.change ? change_book(command, streams) : read_book(command, streams);
     } catch (const CommandError&) {
         throw;
     } catch (const spreadsheet::Exception& e) {
@@ -99,8 +105,7 @@ int run(const std::vector<std::string>& arguments, std::istream& in, std::ostrea
         }
         const LibrarySession session;
         use_google_root(line.google_root);
-        execute(*line.command, {in, out, err, terminal});
-        return static_cast<int>(ExitCode::Done);
+        return execute(*line.command, {in, out, err, terminal});
     } catch (const CommandError& e) {
         print_sentence(e.what(), err);
         return static_cast<int>(e.code());

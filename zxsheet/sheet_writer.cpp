@@ -39,7 +39,10 @@ bool is_too_long(const std::string& text, std::size_t max_units) {
 } // namespace
 
 SheetWriter::SheetWriter(const WriteOptions& options, ChangeTools& tools)
-    : options_(options), tools_(tools) {}
+    : options_(options),
+      tools_(tools),
+      last_column_(static_cast<std::size_t>(book::get_col_limit(options.book.format()))),
+      max_text_units_(options.book.is_online() ? kMaxOnlineTextUnits : kMaxTextUnits) {}
 
 void SheetWriter::set_place(const DataPlace& place) {
     place_ = place;
@@ -48,15 +51,17 @@ void SheetWriter::set_place(const DataPlace& place) {
 
 void SheetWriter::add(const CellValue& cell) {
     const std::size_t column = count_ - open_row_begin_;
-    if (column > static_cast<std::size_t>(book::get_col_limit(options_.book.format())))
-        fail(next_row(), "has more columns than a sheet");
-    const std::size_t max_units = options_.book.is_online() ? kMaxOnlineTextUnits : kMaxTextUnits;
-    if (is_too_long(cell.text, max_units))
-        fail(next_row(),
-             "has text of more than the " + grouped(max_units) + " characters that a cell holds");
+    if (column > last_column_) fail(next_row(), "has more columns than a sheet");
+    if (is_too_long(cell.text, max_text_units_))
+        fail(next_row(), "has text of more than the " + grouped(max_text_units_) +
+                             " characters that a cell holds");
     if (count_ == cells_.size()) cells_.emplace_back();
     CellValue& added = cells_[count_++];
-    added = cell;
+    added.type = cell.type;
+    added.number = cell.number;
+    // Other cells need no text; a date may become one.
+    if (written_type(cell) == cell_type::text || cell.type == cell_type::date)
+        added.text = cell.text;
     // A cell without a value has no text.
     if (cell.type == cell_type::empty || cell.type == cell_type::other) added.text.clear();
     if (cell.type == cell_type::date && dates_1904_ && cell.number < kFirstDay1904) {
@@ -75,6 +80,7 @@ void SheetWriter::end_row() {
 void SheetWriter::finish() {
     flush();
     empty_rest();
+    if (options_.replace) clear_rest();
 }
 
 Range SheetWriter::written() const {
@@ -172,7 +178,8 @@ void SheetWriter::write_range(const Range& range, std::size_t first_row) {
 
 void SheetWriter::write_patch(CellPatch& patch, const Range& range) {
     check_unlocked(*target_.cells.sheet, range, options_.book);
-    patch.write(*target_.cells.sheet, used_before_, options_.keep_format);
+    const bool keeps_format = !options_.plain && !target_.is_new_sheet;
+    patch.write(*target_.cells.sheet, used_before_, keeps_format);
     check_done(target_.cells.book, options_);
 }
 
@@ -196,6 +203,25 @@ void SheetWriter::empty_range(const Range& range) {
                          range.last_column};
         CellPatch nothing(band);
         write_patch(nothing, band);
+    }
+}
+
+void SheetWriter::clear_rest() {
+    const Range& used = used_before_;
+    const Range data = written();
+    if (used.count() <= 0) return;
+    const int below = data.count() > 0 ? data.last_row + 1 : used.first_row;
+    const Range rests[] = {
+        {used.first_row, used.first_column, std::min(data.first_row - 1, used.last_row),
+         used.last_column},
+        {std::max(used.first_row, below), used.first_column, used.last_row, used.last_column},
+        {data.first_row, used.first_column, data.last_row, data.first_column - 1},
+        {data.first_row, std::max(used.first_column, data.last_column + 1), data.last_row,
+         used.last_column}};
+    for (const Range& rest : rests) {
+        if (rest.first_row > rest.last_row || rest.first_column > rest.last_column) continue;
+        check_unlocked(*target_.cells.sheet, rest, options_.book);
+        target_.cells.sheet->clear(rest);
     }
 }
 

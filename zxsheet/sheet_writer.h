@@ -49,6 +49,8 @@ class SheetWriter : public CellSink {
     void write_patch(CellPatch& patch, const spreadsheet::Range& range);
     void empty_rest();
     void empty_range(const spreadsheet::Range& range);
+    /// Removes the cells of the sheet beside the rectangle.
+    void clear_rest();
     std::size_t row_begin(std::size_t row) const;
     int columns_of(std::size_t row) const;
     void check_room(int rows, int columns) const;
@@ -58,6 +60,8 @@ class SheetWriter : public CellSink {
 
     const WriteOptions& options_;
     ChangeTools& tools_;
+    const std::size_t last_column_; ///< that a sheet can have
+    const std::size_t max_text_units_;
     DataPlace place_;
     WriteTarget target_; ///< without a book until the first block is written
     spreadsheet::Range used_before_{0, 0, -1, -1};

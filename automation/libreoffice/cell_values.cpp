@@ -1,7 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// Blocks go to the application and come from it in bands of rows, since each takes a multiple of
-// its memory on the way.
 #include "automation/libreoffice/cell_values.h"
 
 #include <algorithm>
@@ -19,6 +16,7 @@
 
 #include "automation/libreoffice/boolean_formula.h"
 #include "automation/libreoffice/office_object.h"
+#include "automation/libreoffice/row_bands.h"
 
 namespace office {
 namespace {
@@ -27,9 +25,6 @@ using foundation::automation::BlockBuilder;
 using foundation::automation::BlockView;
 
 using Rows = Sequence<Sequence<Any>>;
-
-/// Cells in a band, a column at least.
-constexpr int kBandCells = 200'000;
 
 /// Errors of the application's cells and the numbers that automation has for them.
 struct CellError {
@@ -54,22 +49,6 @@ SCODE code_of_error(sal_Int32 error) {
     const auto found = std::find_if(std::begin(kErrors), std::end(kErrors),
                                     [&](const CellError& entry) { return entry.error == error; });
     return found == std::end(kErrors) ? kValueError : found->code;
-}
-
-int rows_of_band(const CellArea& area) {
-    return std::max(1, kBandCells / area.columns());
-}
-
-/// Calls `use` with each band of an area.
-template <class Use>
-void for_each_band(const CellArea& area, Use use) {
-    const int height = rows_of_band(area);
-    for (int row = area.first_row; row <= area.last_row; row += height) {
-        CellArea band = area;
-        band.first_row = row;
-        band.last_row = std::min(area.last_row, row + height - 1);
-        use(band);
-    }
 }
 
 std::size_t index_in(const CellArea& area, int row, int column) {
@@ -140,7 +119,8 @@ class BlockReader {
                 } else if (!text.isEmpty() ||
                            !formula_at(object, formulas, band, row, column).empty()) {
                     // An empty text is an empty cell, unless a formula has made it.
-                    out = Variant::text(view_of(text)).release();
+                    // Text of several lines has a mark in the place of a tab.
+                    out = Variant::text(view_of(text.replace(u'\x1', u'\t'))).release();
                 }
             }
         }

@@ -7,6 +7,8 @@
 #include <memory>
 #include <utility>
 
+#include <com/sun/star/lang/DisposedException.hpp>
+
 #include "automation/libreoffice/office_session.h"
 #include "foundation/automation/dispatch_object.h"
 
@@ -60,6 +62,10 @@ class OfficeObject : public foundation::automation::DispatchObject<Object> {
             return refusal.result;
         } catch (const std::bad_alloc&) {
             return E_OUTOFMEMORY;
+        } catch (const css::lang::DisposedException&) {
+            // The connection breaks a little before the process is seen to have ended.
+            session_->process().has_ended(std::chrono::milliseconds(500));
+            return DISP_E_EXCEPTION;
         } catch (...) {
             return DISP_E_EXCEPTION;
         }

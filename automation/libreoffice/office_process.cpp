@@ -61,12 +61,14 @@ void write_file(const std::filesystem::path& path, std::string_view text) {
 milliseconds silence_limit() {
     const std::string text =
         foundation::unicode::to_utf8(foundation::environment_variable("ZX_APPLICATION_TIMEOUT"));
-    int seconds = 0;
+    double seconds = 0;
     const auto end = std::from_chars(text.data(), text.data() + text.size(), seconds);
     const bool is_number = !text.empty() && end.ptr == text.data() + text.size();
-    constexpr int kLongest = 24 * 60 * 60;
-    return is_number && seconds > 0 && seconds <= kLongest ? std::chrono::seconds(seconds)
-                                                           : kDefaultLimit;
+    constexpr double kShortest = 0.1;
+    constexpr double kLongest = 24 * 60 * 60;
+    return is_number && seconds >= kShortest && seconds <= kLongest
+               ? milliseconds(static_cast<long>(seconds * 1000))
+               : kDefaultLimit;
 }
 
 OfficeProcess::OfficeProcess(const OfficeProgram& program)
@@ -172,8 +174,10 @@ void OfficeProcess::watch_calls() {
             last_progress = now;
         }
         last_time = time;
-        if (child_ && (now - last_progress >= limit_ || now - begin >= limit_ * kLongestCall))
+        if (child_ && (now - last_progress >= limit_ || now - begin >= limit_ * kLongestCall)) {
+            is_given_up_ = true;
             child_->kill();
+        }
         // The end of a call wakes nobody: calls are short, and there are many.
         changed_.wait_for(lock, limit_ / kLooks, [&] { return is_ending_ || is_start_wanted_; });
     }
@@ -212,10 +216,8 @@ void OfficeProcess::restart() {
 }
 
 void OfficeProcess::note_sockets() {
-    std::string paths;
     for (const std::string& path : foundation::named_sockets(child_->id()))
-        paths += path + "\n";
-    remover_->send(paths);
+        if (sockets_.insert(path).second) remover_->send(path + "\n");
 }
 
 std::string OfficeProcess::last_words() const {

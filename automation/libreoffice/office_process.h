@@ -4,12 +4,14 @@
 // folder of its own, and all of them go with it.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <exception>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -45,7 +47,9 @@ class OfficeProcess {
     bool wants_restart();
     /// Starts it again after it has ended.
     void restart();
-    /// Makes the sockets that the process has opened files to remove.
+    /// Whether it was ended because it did not answer.
+    bool is_given_up() const { return is_given_up_; }
+    /// Has the sockets that the process has opened removed with its files.
     void note_sockets();
     /// The last line that the process has printed; empty for none.
     std::string last_words() const;
@@ -75,6 +79,9 @@ class OfficeProcess {
     const std::chrono::milliseconds limit_;
     /// Removes what is left when this object, or this process, has gone.
     std::unique_ptr<foundation::ChildProcess> remover_;
+
+    std::set<std::string> sockets_;
+    std::atomic<bool> is_given_up_ = false;
 
     std::mutex mutex_;
     std::condition_variable changed_;

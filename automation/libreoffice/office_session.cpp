@@ -79,7 +79,11 @@ void OfficeSession::connect(const OfficeProgram& program) {
             if (!process_.has_ended())
                 throw StartProblem("LibreOffice does not accept a connection: " + text_of(failure));
         }
+        process_.note_sockets();
         if (!process_.has_ended(kPause)) continue;
+        if (process_.is_given_up())
+            throw StartProblem("LibreOffice does not answer while it starts; see whether " +
+                               program.path + " starts by itself.");
         if (!process_.wants_restart() || ++restarts > kMostRestarts)
             throw StartProblem("LibreOffice has ended while it started" + describe_end(process_));
         process_.restart();

@@ -4,13 +4,11 @@
 #include <algorithm>
 
 #include <com/sun/star/container/XNamed.hpp>
-#include <com/sun/star/sheet/XCellRangeAddressable.hpp>
-#include <com/sun/star/sheet/XSheetCellCursor.hpp>
-#include <com/sun/star/sheet/XUsedAreaCursor.hpp>
 #include <com/sun/star/util/XProtectable.hpp>
 
 #include "automation/libreoffice/served_objects.h"
 #include "automation/libreoffice/sheet_filter.h"
+#include "automation/libreoffice/used_area.h"
 
 namespace office {
 namespace {
@@ -104,12 +102,7 @@ HRESULT Worksheet::give_cells(const DispatchCall& call, const CellArea& area) {
 }
 
 HRESULT Worksheet::used_range(const DispatchCall& call) {
-    const auto cursor = as<css::sheet::XUsedAreaCursor>(sheet_->cells->createCursor());
-    cursor->gotoStartOfUsedArea(false);
-    cursor->gotoEndOfUsedArea(true);
-    const auto address = as<css::sheet::XCellRangeAddressable>(cursor)->getRangeAddress();
-    return give_cells(call,
-                      {address.StartRow, address.StartColumn, address.EndRow, address.EndColumn});
+    return give_cells(call, used_area(document_, sheet_));
 }
 
 HRESULT Worksheet::range(const DispatchCall& call) {

@@ -12,6 +12,7 @@
 
 #include "spreadsheet/book.h"
 #include "spreadsheet/com/excel_application.h"
+#include "spreadsheet/com/late_bound_call.h"
 
 namespace spreadsheet {
 
@@ -78,6 +79,8 @@ class COMBook : public IBook {
     std::shared_ptr<IDispatch> worksheet(std::size_t number);
     std::shared_ptr<COMSheet> make_sheet(std::shared_ptr<IDispatch> sheet) const;
     std::shared_ptr<COMSheet> insert_sheet(std::size_t index, const std::u16string& name);
+    /// Deletes a sheet in the application without a question.
+    com::CallResult delete_sheet(IDispatch* object);
     void close_workbook();
 
     std::shared_ptr<excel_application> application_;

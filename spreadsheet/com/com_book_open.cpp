@@ -9,7 +9,6 @@
 #include "foundation/files.h"
 #include "spreadsheet/com/com_book.h"
 #include "spreadsheet/com/com_sheet.h"
-#include "spreadsheet/com/late_bound_call.h"
 #include "spreadsheet/com/workbook_path.h"
 
 namespace spreadsheet {
@@ -63,10 +62,8 @@ void COMBook::open_workbook(book::format format, const std::u16string* path) {
     workbook_ = path == nullptr ? make_workbook() : open_file(*path);
     show_alerts(false);
     check_file_format(path);
-    com::CallResult worksheets = com::get(workbook_.get(), OLESTR("Worksheets"));
-    if (!worksheets) com::fail_call(kTag, error_id::internal, worksheets.member, worksheets.status);
-    worksheets_ = application_->adopt(worksheets.value.release_object());
-    if (!worksheets_) com::fail_call(kTag, error_id::internal, worksheets.member, S_OK);
+    worksheets_ = application_->adopt(com::get(workbook_.get(), OLESTR("Worksheets"))
+                                          .release_object_or_fail(kTag, error_id::internal));
 }
 
 void COMBook::check_file_format(const std::u16string* path) {
@@ -104,12 +101,9 @@ std::size_t COMBook::count_worksheets() const {
 }
 
 std::shared_ptr<IDispatch> COMBook::worksheet(std::size_t number) {
-    com::CallResult item = com::get(worksheets_.get(), OLESTR("Item"),
-                                    {Variant::integer(static_cast<LONG>(number)).get()});
-    if (!item) com::fail_call(kTag, error_id::internal, item.member, item.status);
-    std::shared_ptr<IDispatch> object = application_->adopt(item.value.release_object());
-    if (!object) com::fail_call(kTag, error_id::internal, item.member, S_OK);
-    return object;
+    return application_->adopt(com::get(worksheets_.get(), OLESTR("Item"),
+                                        {Variant::integer(static_cast<LONG>(number)).get()})
+                                   .release_object_or_fail(kTag, error_id::internal));
 }
 
 // --- From a file
@@ -141,7 +135,8 @@ void COMBook::init_from_file_with_range(const std::u16string&, book::format, std
 void COMBook::init_from_file_only_sheetNames(const std::u16string&, book::format) {}
 
 void COMBook::init_from_memory(const void*, std::size_t, book::format) {
-    throw Exception(error_id::load_from_memory_unsupported);
+    com::fail(kTag, error_id::load_from_memory_unsupported,
+              {FailureKind::Unsupported, "Interactive mode opens files, not memory."});
 }
 
 // --- A new workbook
@@ -160,9 +155,7 @@ std::shared_ptr<IDispatch> COMBook::make_workbook() {
     com::CallResult added = com::call(application_->workbooks(), OLESTR("Add"));
     if (added ? sets_format : format_ == book::format::XLSX)
         com::put(application, kDefaultFormat, kept);
-    IDispatch* const workbook = added ? added.value.release_object() : nullptr;
-    if (workbook == nullptr) com::fail_call(kTag, kNotMade, added.member, added.status);
-    return application_->adopt(workbook);
+    return application_->adopt(std::move(added).release_object_or_fail(kTag, kNotMade));
 }
 
 void COMBook::init_new(std::size_t sheet_count, book::format format, const std::u16string&) {
@@ -170,8 +163,7 @@ void COMBook::init_new(std::size_t sheet_count, book::format format, const std::
     std::size_t count = count_worksheets();
     // A new sheet may come before one that is counted already, so all are made before any is taken.
     for (; count < sheet_count; ++count) {
-        com::CallResult added = com::call(worksheets_.get(), OLESTR("Add"));
-        std::move(added).object_or_fail(kTag, error_id::internal);
+        com::call(worksheets_.get(), OLESTR("Add")).object_or_fail(kTag, error_id::internal);
     }
     for (std::size_t number = 1; number <= sheet_count; ++number)
         sheets_.push_back(make_sheet(worksheet(number)));
@@ -179,7 +171,7 @@ void COMBook::init_new(std::size_t sheet_count, book::format format, const std::
         const auto surplus = com::get(worksheets_.get(), OLESTR("Item"),
                                       {Variant::integer(static_cast<LONG>(sheet_count + 1)).get()})
                                  .object_or_fail(kTag, error_id::internal);
-        com::call(surplus.get(), OLESTR("Delete")).or_fail(kTag, error_id::sheet_not_deleted);
+        delete_sheet(surplus.get()).or_fail(kTag, error_id::sheet_not_deleted);
     }
     read_date_formats();
 }

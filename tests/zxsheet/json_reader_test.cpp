@@ -76,7 +76,7 @@ TEST(ReadJson, NamesLineAndColumnOfWhatIsWrong) {
         {"{\"values\":[[\"\xE9\"]]}", "column 14: This is not JSON: the text is not UTF-8"},
         {"{\"values\":[[\"\\ud800\"]]}", "not JSON"},
         {"{\"values\":[[1e999]]}", "too large"},
-        {"[[1]]", "column 1: The data must be an object"},
+        {"1", "The data must be an object"},
         {"{}", "no \"values\""},
         {"{\"sheet\":\"a\",\"types\":[[\"number\"]]}", "no \"values\""},
         {"{\"values\":[1]}", "An array is expected here, not a number"},

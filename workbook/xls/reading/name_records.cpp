@@ -135,7 +135,7 @@ void NameRecords::parse_formula(std::string_view tokens, XlsName& name) const {
     const bool is_biff8 = version_ == BiffVersion::Biff8;
     // BIFF8 names a reference to a sheet; BIFF5 has eight unused bytes, then first and last sheet.
     const std::size_t prefix = !is_3d ? 0 : is_biff8 ? 2 : 14;
-    const std::size_t corner_bytes = (is_area ? 2 : 1) * (is_biff8 ? 4 : 3);
+    const std::size_t corner_bytes = std::size_t{is_area ? 2u : 1u} * (is_biff8 ? 4 : 3);
     if (tokens.size() != 1 + prefix + corner_bytes) return;
     tokens.remove_prefix(1);
     if (is_3d && is_biff8) {

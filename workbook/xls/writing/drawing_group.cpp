@@ -242,8 +242,9 @@ bool DrawingGroup::enter_copy(Drawing& drawing) {
     data[survey.header + 1] = static_cast<char>(drawing_number >> 4);
 
     for (const std::size_t end : drawing.pictures) {
-        const auto after = std::find_if(survey.shapes.begin(), survey.shapes.end(),
-                                        [end](const ArtRecord& one) { return one.end > end; });
+        const auto after =
+            std::upper_bound(survey.shapes.begin(), survey.shapes.end(), end,
+                             [](std::size_t size, const ArtRecord& one) { return size < one.end; });
         if (after != survey.shapes.begin()) make_picture(data, *(after - 1));
     }
     for (const std::uint32_t image : survey.images)
