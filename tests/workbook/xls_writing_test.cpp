@@ -16,6 +16,7 @@
 #include "workbook/cells/string_set.h"
 #include "workbook/library.h"
 #include "workbook/xls/record_stream.h"
+#include "workbook/xls/writing/cell_record_writer.h"
 #include "workbook/xls/writing/format_records_writer.h"
 #include "workbook/xls/writing/formula_records.h"
 #include "workbook/xls/writing/globals_rewriter.h"
@@ -188,6 +189,12 @@ TEST(SaveXls, WritesByteStringsOrRefuses) {
         EXPECT_NE(std::string(book->error_message()).find("save it as XLSX"), std::string::npos);
         EXPECT_EQ(bytes, "");
     }
+}
+
+TEST(RkNumber, KeepsTwentyBitsOfTheFraction) {
+    EXPECT_EQ(rk_number(1 + 0x1p-18), 0x3FF00004u);
+    EXPECT_FALSE(rk_number(1 + 0x1p-19));
+    EXPECT_FALSE(rk_number(1 + 0x1p-20));
 }
 
 TEST(SaveXls, RefusesMoreFormatsThanApplicationsOpen) {
