@@ -149,6 +149,9 @@ std::vector<Selection> worksheets(const BookLocation& location, const std::strin
         selection.sheet_name = sheet_name(*book, i);
         sheets.push_back(std::move(selection));
     }
+    if (sheets.empty() && !wanted.empty())
+        throw CommandError(ExitCode::NotFound, location.text() + ": The sheet '" + wanted +
+                                                   "' is a chart sheet, which has no cells.");
     return sheets;
 }
 
@@ -171,6 +174,10 @@ void run_diff(const DiffOptions& options, OutputSink& out) {
     const std::vector<Selection> before = worksheets(options.book, options.sheet);
     const std::vector<Selection> after = other_worksheets(options);
     Comparison comparison(options, out);
+    if (!options.sheet.empty()) { // whatever the two are called
+        comparison.compare_sheets(&before.front(), &after.front());
+        return comparison.finish();
+    }
     for (const Selection& sheet : before)
         comparison.compare_sheets(&sheet, find_sheet_of(after, sheet.sheet_name));
     for (const Selection& sheet : after)
@@ -192,7 +199,8 @@ Command diff_command() {
         {Parameter{"OTHER", "", "The book to compare with", take}.required(),
          sheet_option(options->sheet), format},
         run_diff);
-    command.footer = "Sheets are compared by their names, values and their types; formats and "
+    command.footer = "Sheets are compared by their names (with -s, one of each book), values and "
+                     "their types; formats and "
                      "formulas are not.\n"
                      "Exit codes: 0 the same; 1 different; others as those of every command.";
     return command;
