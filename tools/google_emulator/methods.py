@@ -64,6 +64,8 @@ METHODS = (
            _UPDATE | {"insertDataOption": "enum!InsertDataOption"}, "ValueRange", "AppendValuesResponse", "data"),
     Method("sheets.spreadsheets.values.batchGet", "GET", _VALUES + ":batchGet", _RENDER | {"ranges": "string[]"},
            None, "BatchGetValuesResponse"),
+    Method("sheets.spreadsheets.values.batchGetByDataFilter", "POST", _VALUES + ":batchGetByDataFilter", {},
+           "BatchGetValuesByDataFilterRequest", "BatchGetValuesByDataFilterResponse"),
     Method("sheets.spreadsheets.values.batchClear", "POST", _VALUES + ":batchClear", {}, "BatchClearValuesRequest",
            "BatchClearValuesResponse"),
     Method("sheets.spreadsheets.values.batchUpdate", "POST", _VALUES + ":batchUpdate", {}, "BatchUpdateValuesRequest",
@@ -80,7 +82,7 @@ UNSERVED_METHODS = {
     "/v4/spreadsheets/{}": {
         "GET": "/developerMetadata/{}",
         "POST": "/developerMetadata:search /values:batchClearByDataFilter"
-                " /values:batchGetByDataFilter /values:batchUpdateByDataFilter"},
+                " /values:batchUpdateByDataFilter"},
     "/drive/v3": {
         "GET": "/about /apps /apps/{} /changes /changes/startPageToken /drives /drives/{} /files /files/generateIds"
                " /files/{}/accessproposals /files/{}/accessproposals/{} /files/{}/comments /files/{}/comments/{}"

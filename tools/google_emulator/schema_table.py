@@ -112,6 +112,11 @@ SHEETS_MESSAGES = {
     "ClearValuesRequest": "",
     "ClearValuesResponse": "spreadsheetId:string clearedRange:string",
     "BatchGetValuesResponse": "spreadsheetId:string valueRanges:ValueRange[]",
+    "BatchGetValuesByDataFilterRequest": "dataFilters:DataFilter[] majorDimension:enum!Dimension"
+                                         " valueRenderOption:enum!ValueRenderOption"
+                                         " dateTimeRenderOption:enum!DateTimeRenderOption",
+    "BatchGetValuesByDataFilterResponse": "spreadsheetId:string valueRanges:MatchedValueRange[]",
+    "MatchedValueRange": "valueRange:ValueRange dataFilters:DataFilter[]",
     "BatchClearValuesRequest": "ranges:string[]",
     "BatchClearValuesResponse": "spreadsheetId:string clearedRanges:string[]",
     "BatchUpdateValuesRequest": "valueInputOption:enum!ValueInputOption data:ValueRange[]"

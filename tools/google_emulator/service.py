@@ -22,6 +22,7 @@ HANDLERS = {
     "sheets.spreadsheets.values.clear": value_methods.clear,
     "sheets.spreadsheets.values.append": value_methods.append,
     "sheets.spreadsheets.values.batchGet": value_methods.batch_get,
+    "sheets.spreadsheets.values.batchGetByDataFilter": value_methods.batch_get_by_data_filter,
     "sheets.spreadsheets.values.batchClear": value_methods.batch_clear,
     "sheets.spreadsheets.values.batchUpdate": value_methods.batch_update,
     "drive.files.create": drive_methods.create,
