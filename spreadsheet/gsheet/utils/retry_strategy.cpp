@@ -21,6 +21,9 @@ using foundation::http::HttpRequestTimeoutException;
 using foundation::http::HttpResponseCode;
 using foundation::http::isServerError;
 
+/// Requests block their thread, so the strategy is asked on the thread that waits for the reply.
+thread_local int last_attempts = 0;
+
 constexpr HttpResponseCode kOk = 200;
 constexpr HttpResponseCode kRequestTimeout = 408;
 constexpr HttpResponseCode kTooManyRequests = 429;
@@ -53,6 +56,14 @@ std::uint32_t random_below_thousand() {
 
 } // namespace
 
+int attempts_of_last_request() {
+    return last_attempts;
+}
+
+void forget_attempts() {
+    last_attempts = 0;
+}
+
 RetryCondition getRetryConditionBasedOnHttpReturn() {
     return [](HttpMethod method, bool timed_out, HttpResponseCode status) {
         const bool is_worth_it = isServerError(status) || status == kTooManyRequests;
@@ -73,6 +84,7 @@ ExponentialBackOffRateLimitingStrategy::ExponentialBackOffRateLimitingStrategy(
 bool ExponentialBackOffRateLimitingStrategy::operator()(
     const foundation::http::HttpRequest& request, const foundation::http::HttpResponse& response,
     const std::exception_ptr& pending, int attempts, int consecutiveAttempts) const {
+    last_attempts = attempts;
     if (response.status == kOk) {
         requestRateWindow().record_success_and_pause();
     } else {

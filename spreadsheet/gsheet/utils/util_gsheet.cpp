@@ -10,6 +10,7 @@
 #include "foundation/unicode.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/host_errors.h"
+#include "spreadsheet/gsheet/utils/retry_strategy.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 #include "spreadsheet/gsheet/utils/service_reason.h"
 #include "spreadsheet/with_failure.h"
@@ -84,6 +85,10 @@ auto with_failures_logged(Action action) {
 
 } // namespace
 
+bool last_request_was_repeated() {
+    return attempts_of_last_request() > 1;
+}
+
 std::u16string getCredential(std::string_view kind) {
     if (kind == "accesstoken") return foundation::environment_variable("ZX_ACCESS_TOKEN");
     if (kind == "apikey") return foundation::environment_variable("ZX_API_KEY");
@@ -122,6 +127,7 @@ std::string executeRequestWithToken(http::HttpRequest&& request) {
         if (client == nullptr)
             fail(Exception(error_id::google_unavailable_again),
                  "No HTTP client is registered; call initialize first.");
+        forget_attempts();
         http::HttpResponse response = client->send(std::move(request));
         if (response.status != 200) throwForHttpStatus(response);
         log_line(severity::info, code_and_reason(response));

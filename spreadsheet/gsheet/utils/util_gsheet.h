@@ -36,6 +36,10 @@ void set_bearer(foundation::http::HttpRequest& request, const std::string& token
 /// client is registered, and lets the client's own exceptions pass.
 std::string executeRequestWithToken(foundation::http::HttpRequest&& request);
 
+/// Whether the request that this thread sent last was attempted more than once: an earlier attempt
+/// may have taken effect although the service reported a failure.
+bool last_request_was_repeated();
+
 /// As above for a body that is a JSON object, line feeds removed. `Exception` 49 for a body that is
 /// none and holds "RATE_LIMIT_EXCEEDED", 18 for any other.
 foundation::json::Object
