@@ -6,7 +6,9 @@
 #include <charconv>
 
 #include "foundation/unicode.h"
+#include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/online_cells.h"
 
 namespace zxsheet {
 namespace {
@@ -22,6 +24,15 @@ std::size_t first_worksheet(const IBook& book, const BookLocation& location) {
     for (std::size_t i = 0; i < book.num_sheets(); ++i)
         if (book.sheet_type(i) == sheet::type::worksheet) return i;
     throw not_found(location, "The book has no worksheet.");
+}
+
+std::size_t sheet_of_address(const std::shared_ptr<IBook>& book, const BookLocation& location) {
+    OnlineBook* const online = online_book(book);
+    const auto index =
+        online != nullptr ? online->sheet_with_id(*location.sheet_id()) : std::nullopt;
+    if (index) return *index;
+    throw not_found(location, "There is no sheet with the number " +
+                                  std::to_string(*location.sheet_id()) + " (gid).");
 }
 
 /// The range, where its text alone says the rows: one or two corners.
@@ -108,16 +119,18 @@ std::optional<std::size_t> sheet_number(const std::string& text) {
     return number;
 }
 
-std::size_t find_sheet(const IBook& book, const BookLocation& location, const std::string& wanted) {
-    if (wanted.empty()) return first_worksheet(book, location);
-    if (const auto index = find_sheet_name(book, unicode::to_utf16(wanted))) return *index;
+std::size_t find_sheet(const std::shared_ptr<IBook>& book, const BookLocation& location,
+                       const std::string& wanted) {
+    if (wanted.empty() && location.sheet_id()) return sheet_of_address(book, location);
+    if (wanted.empty()) return first_worksheet(*book, location);
+    if (const auto index = find_sheet_name(*book, unicode::to_utf16(wanted))) return *index;
     const auto number = sheet_number(wanted);
-    if (number && *number <= book.num_sheets()) return *number - 1;
+    if (number && *number <= book->num_sheets()) return *number - 1;
     throw not_found(location, "There is no sheet '" + wanted + "'.");
 }
 
-Range range_on_sheet(const std::string& text, const Selection& selection,
-                     const BookLocation& location) {
+Range range_on_sheet(const std::string& text, Selection& selection, const BookLocation& location) {
+    if (location.is_online()) return find_online_range(text, selection, location);
     const std::u16string units = unicode::to_utf16(text);
     try {
         return sheet_range(units.data(), units.size(), selection.sheet, selection.book->format(),
@@ -137,7 +150,7 @@ Selection open_selection(const std::shared_ptr<IBook>& list, const CellSelector&
                          Extent extent) {
     const BookLocation& location = wanted.book;
     Selection selection;
-    const std::size_t index = find_sheet(*list, location, wanted.sheet);
+    const std::size_t index = find_sheet(list, location, wanted.sheet);
     selection.sheet_name = sheet_name(*list, index);
     if (list->sheet_type(index) == sheet::type::chart)
         throw not_found(location, "The sheet '" + unicode::to_utf8(selection.sheet_name) +
@@ -147,7 +160,15 @@ Selection open_selection(const std::shared_ptr<IBook>& list, const CellSelector&
         location.is_file() ? load_sheet(location, index, rows_to_load(extent, corners)) : list;
     selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : index);
     if (!selection.sheet) throw Exception(error_id::sheet_not_opened);
+    selection.sheet_index = index;
     if (extent == Extent::NoCells) return selection;
+    if (location.is_online()) {
+        selection.range = wanted.range.empty()
+                              ? used_online_range(selection)
+                              : find_online_range(wanted.range, selection, location);
+        check_in_grid(selection, location);
+        return selection;
+    }
     selection.range = corners                ? *corners
                       : wanted.range.empty() ? selection.sheet->used_range()
                                              : range_on_sheet(wanted.range, selection, location);

@@ -4,6 +4,7 @@
 // spreadsheet online. Parsed once; whatever depends on it asks this value.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -20,7 +21,8 @@ class BookLocation {
     enum class Kind { File, Application, Online };
 
     BookLocation() = default;
-    /// "gsheet:ID" is a spreadsheet online, anything else a UTF-8 path.
+    /// "gsheet:ID" is a spreadsheet online, and so is its address in a browser, alone or after
+    /// "gsheet:"; anything else is a UTF-8 path.
     explicit BookLocation(const std::string& text) { set_text(text); }
     /// What is online under this ID, or is about to be, whatever `text` looks like.
     static BookLocation online(const std::string& text);
@@ -39,6 +41,10 @@ class BookLocation {
     std::filesystem::path path() const { return native_path(text_); }
     /// The ID of a spreadsheet online; empty for a file.
     const std::string& id() const { return id_; }
+    /// Another ID for the same text, such as that of the spreadsheet with this title.
+    void set_id(const std::string& id) { id_ = id; }
+    /// The sheet that a browser's address names by its number ("gid").
+    const std::optional<std::int64_t>& sheet_id() const { return sheet_id_; }
 
     /// What the library takes as path, mode and format. The format is the one that the extension
     /// names, XLSX for an unknown extension, since the content decides anyway.
@@ -49,6 +55,7 @@ class BookLocation {
   private:
     std::string text_;
     std::string id_;
+    std::optional<std::int64_t> sheet_id_;
     bool is_online_ = false;
     bool wants_application_ = false;
 };

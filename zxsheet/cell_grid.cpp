@@ -7,6 +7,8 @@
 #include <cstdint>
 
 #include "foundation/unicode.h"
+#include "spreadsheet/online.h"
+#include "zxsheet/online_cells.h"
 
 namespace zxsheet {
 namespace {
@@ -152,6 +154,61 @@ void visit_ruled(const Selection& selection, const MergedRules& wanted, const Ro
                marks(sheet.get_omit_vars_vector(), band.columns()), visit);
 }
 
+Range common_range(const Range& a, const Range& b) {
+    return {std::max(a.first_row, b.first_row), std::max(a.first_column, b.first_column),
+            std::min(a.last_row, b.last_row), std::min(a.last_column, b.last_column)};
+}
+
+std::size_t offset(int first, int index) {
+    return static_cast<std::size_t>(index - first);
+}
+
+/// Puts the fetched cells into the band, whose other cells stay empty.
+void fill_band(const ISheet& sheet, const FetchedCells& fetched, Content content, Band& band) {
+    Band inner;
+    inner.range = common_range(band.range, fetched.range);
+    const std::size_t height = offset(fetched.range.first_row, fetched.range.last_row + 1);
+    for (int column = inner.range.first_column; column <= inner.range.last_column; ++column) {
+        const auto begin =
+            fetched.types.begin() +
+            static_cast<std::ptrdiff_t>(offset(fetched.range.first_column, column) * height +
+                                        offset(fetched.range.first_row, inner.range.first_row));
+        inner.types.insert(inner.types.end(), begin,
+                           begin + static_cast<std::ptrdiff_t>(
+                                       offset(inner.range.first_row, inner.range.last_row + 1)));
+    }
+    inner.adopt_types();
+    if (content == Content::Values && !inner.cells.empty()) read_values(sheet, inner);
+    if (inner.range == band.range) {
+        band = std::move(inner);
+        return;
+    }
+    const std::size_t rows = band.rows();
+    std::size_t next = 0;
+    for (int column = inner.range.first_column; column <= inner.range.last_column; ++column)
+        for (int row = inner.range.first_row; row <= inner.range.last_row; ++row)
+            band.cells[offset(band.range.first_column, column) * rows +
+                       offset(band.range.first_row, row)] = std::move(inner.cells[next++]);
+}
+
+/// A sheet online: a block of rows comes at once, and bands of it are delivered.
+void visit_online(const Selection& selection, Content content, int band_rows,
+                  const RowVisitor& visit) {
+    const Range& whole = selection.range;
+    for (const RowBlock& block : online_row_blocks(selection)) {
+        const FetchedCells& fetched = fetch_block(selection, block);
+        for (int row = block.first_row; row <= block.last_row; row += band_rows) {
+            Band band;
+            band.range = {row, whole.first_column, std::min(block.last_row, row + band_rows - 1),
+                          whole.last_column};
+            band.cells.resize(static_cast<std::size_t>(band.range.count()));
+            fill_band(*selection.sheet, fetched, content, band);
+            visit_rows(band, std::vector<bool>(band.rows()), std::vector<bool>(band.columns()),
+                       visit);
+        }
+    }
+}
+
 } // namespace
 
 void for_each_row(const Selection& selection, const MergedRules& rules, Content content,
@@ -161,6 +218,8 @@ void for_each_row(const Selection& selection, const MergedRules& rules, Content 
     if (rules.columns || rules.rows) return visit_ruled(selection, rules, visit);
     const std::int64_t columns = std::int64_t{whole.last_column} - whole.first_column + 1;
     const auto band_rows = static_cast<int>(std::max<std::int64_t>(1, kCellsPerBand / columns));
+    if (online_sheet(selection.sheet) != nullptr)
+        return visit_online(selection, content, band_rows, visit);
     Band band;
     for (int row = whole.first_row; row <= whole.last_row; row += band_rows) {
         const int last_row = std::min(whole.last_row, row + band_rows - 1);

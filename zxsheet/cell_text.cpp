@@ -16,6 +16,7 @@ namespace {
 using spreadsheet::cell_type;
 
 constexpr std::int64_t kMillisecondsPerDay = 86'400'000;
+constexpr std::string_view kDayBeforeFirst = "1899-12-30";
 constexpr std::int64_t kPhantomDay = 60; ///< the 29th of February 1900
 
 /// Serial numbers of 0001-01-01 and 9999-12-31.
@@ -72,6 +73,14 @@ std::string date_text(double serial) {
     return rest == 0 ? day_text(day) : day_text(day) + time_text(rest);
 }
 
+std::string date_or_time_text(double serial) {
+    const std::string text = date_text(serial);
+    const bool is_time = serial >= -1.0 && serial < 0.0 && text.starts_with(kDayBeforeFirst);
+    if (!is_time) return text;
+    const std::size_t mark = text.find('T');
+    return mark == std::string::npos ? "00:00:00" : text.substr(mark + 1);
+}
+
 std::string_view type_name(cell_type type) {
     constexpr std::array<std::string_view, 7> names{"empty",   "number", "text", "date",
                                                     "boolean", "other",  "error"};
@@ -84,7 +93,7 @@ std::string plain_text(const CellValue& cell, DateStyle dates) {
     case cell_type::number:
         return number_text(cell.number);
     case cell_type::date:
-        return dates == DateStyle::Iso ? date_text(cell.number) : number_text(cell.number);
+        return dates == DateStyle::Iso ? date_or_time_text(cell.number) : number_text(cell.number);
     case cell_type::boolean:
         return cell.number != 0.0 ? "true" : "false";
     case cell_type::text:

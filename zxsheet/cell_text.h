@@ -21,6 +21,10 @@ std::string number_text(double value);
 /// system has by mistake. A number outside the years 1 to 9999 comes back as `number_text`.
 std::string date_text(double serial);
 
+/// As above, but a time of day alone (12:30:00) for a serial number before the first day: sheets
+/// online have times there.
+std::string date_or_time_text(double serial);
+
 /// The name of a cell type: "empty", "number", "text", "date", "boolean", "other", "error".
 std::string_view type_name(spreadsheet::cell_type type);
 

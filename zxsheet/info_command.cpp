@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // `zxsheet info`: format, date system and sheets of a book.
+#include <algorithm>
+#include <numeric>
 #include <optional>
 #include <vector>
 
 #include "foundation/unicode.h"
+#include "spreadsheet/online.h"
 #include "zxsheet/book_access.h"
 #include "zxsheet/command_table.h"
 #include "zxsheet/json_text.h"
@@ -42,7 +45,8 @@ std::string kind_of(const IBook& book, std::size_t index) {
     }
 }
 
-SheetInfo describe_sheet(const IBook& book, std::size_t index) {
+/// `known` is the used range where it was asked for already.
+SheetInfo describe_sheet(const IBook& book, std::size_t index, const std::optional<Range>& known) {
     SheetInfo info;
     info.name = to_utf8(sheet_name(book, index));
     info.kind = kind_of(book, index);
@@ -50,15 +54,22 @@ SheetInfo describe_sheet(const IBook& book, std::size_t index) {
     const auto sheet = book.sheet(index);
     info.visibility = visibility_name(sheet->hidden());
     if (!book.is_interactive()) info.is_protected = sheet->is_protected();
-    const Range used = sheet->used_range();
+    const Range used = known ? *known : sheet->used_range();
     if (used.count() > 0) info.used_range = to_utf8(range_string(used));
     return info;
 }
 
-std::vector<SheetInfo> describe_sheets(const IBook& book) {
+std::vector<SheetInfo> describe_sheets(const std::shared_ptr<IBook>& book) {
+    std::vector<std::size_t> indices(book->num_sheets());
+    std::iota(indices.begin(), indices.end(), std::size_t{0});
+    std::vector<std::optional<Range>> known(indices.size());
+    if (OnlineBook* const online = online_book(book)) {
+        const std::vector<Range> used = online->used_ranges(indices); // all by one request
+        std::copy(used.begin(), used.end(), known.begin());
+    }
     std::vector<SheetInfo> sheets;
-    for (std::size_t i = 0; i < book.num_sheets(); ++i)
-        sheets.push_back(describe_sheet(book, i));
+    for (const std::size_t index : indices)
+        sheets.push_back(describe_sheet(*book, index, known[index]));
     return sheets;
 }
 
@@ -70,10 +81,11 @@ std::string json_or_null(const std::optional<std::string>& text) {
     return text ? json_string(*text) : "null";
 }
 
-void write_json_info(const IBook& book, const InfoOptions& options, OutputSink& out) {
+void write_json_info(const std::shared_ptr<IBook>& book, const InfoOptions& options,
+                     OutputSink& out) {
     out.write("{\"path\":" + json_string(options.book.text()));
-    out.write(",\"format\":" + json_string(to_utf8(book::to_string(book.format()))));
-    out.write(",\"date_system\":" + date_system(book) + ",\"sheets\":[");
+    out.write(",\"format\":" + json_string(to_utf8(book::to_string(book->format()))));
+    out.write(",\"date_system\":" + date_system(*book) + ",\"sheets\":[");
     std::size_t index = 0;
     for (const SheetInfo& info : describe_sheets(book)) {
         if (index++ != 0) out.write(',');
@@ -88,10 +100,11 @@ void write_json_info(const IBook& book, const InfoOptions& options, OutputSink& 
     out.write("]}\n");
 }
 
-void write_plain_info(const IBook& book, const InfoOptions& options, OutputSink& out) {
+void write_plain_info(const std::shared_ptr<IBook>& book, const InfoOptions& options,
+                      OutputSink& out) {
     out.write("path:        " + options.book.text() + '\n');
-    out.write("format:      " + to_utf8(book::to_string(book.format())) + '\n');
-    out.write("date system: " + date_system(book) + '\n');
+    out.write("format:      " + to_utf8(book::to_string(book->format())) + '\n');
+    out.write("date system: " + date_system(*book) + '\n');
     std::size_t index = 0;
     for (const SheetInfo& info : describe_sheets(book)) {
         out.write("sheet " + std::to_string(++index) + ":     " + info.name);
@@ -105,7 +118,7 @@ void write_plain_info(const IBook& book, const InfoOptions& options, OutputSink&
 
 void run_info(const InfoOptions& options, OutputSink& out) {
     const auto book = open_book(options.book);
-    options.json ? write_json_info(*book, options, out) : write_plain_info(*book, options, out);
+    options.json ? write_json_info(book, options, out) : write_plain_info(book, options, out);
 }
 
 } // namespace

@@ -63,7 +63,7 @@ std::string json_value(const CellValue& cell, DateStyle dates) {
         return plain_text(cell, dates);
     case cell_type::date:
         if (dates == DateStyle::Serial) return plain_text(cell, dates);
-        [[fallthrough]];
+        return json_string(date_text(cell.number)); // reads back as the same number
     default:
         return json_string(plain_text(cell, dates));
     }

@@ -3,6 +3,7 @@
 // The identifier says which operation failed, the cause's kind why: together they give the code.
 #include "zxsheet/library_error.h"
 
+#include <new>
 #include <optional>
 
 #include "zxsheet/input_file.h"
@@ -191,6 +192,23 @@ CommandError command_error(error_id id, const spreadsheet::Failure& failure,
     const std::string& name = operation == Operation::Save ? save_target(options) : book.text();
     return {code, name + ": " +
                       with_service_reason(sentence_of(operation, id, failure), failure.service)};
+}
+
+CommandError as_command_error(const std::exception_ptr& failure, const BookOptions& options) {
+    const BookLocation& book = options.book;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const CommandError& error) {
+        return error;
+    } catch (const spreadsheet::Exception& e) {
+        return command_error(e.id(), spreadsheet::failure_of(e), options);
+    } catch (const std::bad_alloc&) {
+        return {ExitCode::Failed, book.text() + ": There is not enough memory."};
+    } catch (const std::exception& e) {
+        // What the library does not turn into an error of its own is the network's.
+        return {book.is_online() ? ExitCode::Service : ExitCode::Failed,
+                book.text() + ": " + e.what()};
+    }
 }
 
 } // namespace zxsheet

@@ -4,7 +4,7 @@
 #include "zxsheet/run.h"
 
 #include <algorithm>
-#include <new>
+#include <exception>
 #include <ostream>
 
 #include "spreadsheet/spreadsheet.h"
@@ -51,8 +51,13 @@ void read_book(const Command& command, const Streams& streams) {
         if (output.empty()) return progress.finish();
         progress.set_text("Writing " + output);
     });
-    command.read(sink);
-    sink.finish();
+    try {
+        command.read(sink);
+        sink.finish();
+    } catch (const std::exception&) {
+        const CommandError error = as_command_error(std::current_exception(), *command.options);
+        throw CommandError(error.code(), error.what() + sink.break_off_text());
+    }
 }
 
 void change_book(const Command& command, const Streams& streams) {
@@ -66,19 +71,10 @@ void change_book(const Command& command, const Streams& streams) {
 
 /// Runs the command; whatever it throws leaves as a `CommandError`.
 void execute(const Command& command, const Streams& streams) {
-    const BookLocation& book = command.options->book;
     try {
         command.change ? change_book(command, streams) : read_book(command, streams);
-    } catch (const CommandError&) {
-        throw;
-    } catch (const spreadsheet::Exception& e) {
-        throw command_error(e.id(), spreadsheet::failure_of(e), *command.options);
-    } catch (const std::bad_alloc&) {
-        throw CommandError(ExitCode::Failed, book.text() + ": There is not enough memory.");
-    } catch (const std::exception& e) {
-        // What the library does not turn into an error of its own is the network's.
-        throw CommandError(book.is_online() ? ExitCode::Service : ExitCode::Failed,
-                           book.text() + ": " + e.what());
+    } catch (const std::exception&) {
+        throw as_command_error(std::current_exception(), *command.options);
     }
 }
 

@@ -22,6 +22,9 @@ using spreadsheet::cell_type;
 
 enum class Format { Csv, Tsv, Json };
 
+/// No sheet has more rows.
+constexpr std::size_t kMaxRows = 10'000'000;
+
 struct DataOptions : WriteOptions {
     std::string input;            ///< the data; empty or "-" for standard input
     std::optional<Format> from{}; ///< of the data; by the name of `input` when not given
@@ -115,6 +118,7 @@ Command write_command() {
              "--from", "FORMAT", "csv, tsv or json (default: as FILE ends, else csv)",
              options->from, {{"csv", Format::Csv}, {"tsv", Format::Tsv}, {"json", Format::Json}}),
          {"--text", "", "Write every field of CSV and TSV as text", &options->as_text},
+         {"--skip", "N", "Leave out the first N rows of the data", &options->skip, false, kMaxRows},
          {"--keep-format", "", "Cells keep the formats that they have", &options->keep_format},
          save_option(options->output)},
         run_write, "");

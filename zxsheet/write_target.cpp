@@ -89,8 +89,8 @@ WriteTarget open_target(const BookLocation& location, const WantedSheet& wanted,
                             !find_sheet_name(*list, unicode::to_utf16(wanted.text));
     if (is_missing) return add_target(location, wanted.text, list);
     // Names come before numbers.
-    return {open_selection(list, {location, wanted.text}, Extent::WholeSheet), Origin::Loaded,
-            "Wrote "};
+    const Extent extent = location.is_online() ? Extent::NoCells : Extent::WholeSheet;
+    return {open_selection(list, {location, wanted.text}, extent), Origin::Loaded, "Wrote "};
 }
 
 /// From the cell to the end of the sheet.
@@ -99,7 +99,7 @@ Range room_from(const Range& cell, book::format format) {
             book::get_col_limit(format)};
 }
 
-Range find_room(const WriteOptions& options, const DataPlace& place, const Selection& cells) {
+Range find_room(const WriteOptions& options, const DataPlace& place, Selection& cells) {
     const bool from_data = options.range.empty();
     const std::string text = from_data ? place.range.value_or("A1") : options.range;
     const Range range = range_on_sheet(text, cells, options.book);

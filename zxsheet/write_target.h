@@ -3,6 +3,8 @@
 // Where `zxsheet write` writes: to a sheet of an existing or new book, itself existing or added.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 #include "zxsheet/book_access.h"
@@ -15,8 +17,9 @@ namespace zxsheet {
 /// What the command line says about the target.
 struct WriteOptions : BookOptions {
     std::string sheet;
-    std::string range;        ///< the first cell, or all that may be written to
-    bool keep_format = false; ///< cells keep the formats that they have
+    std::string range;                 ///< the first cell, or all that may be written to
+    bool keep_format = false;          ///< cells keep the formats that they have
+    std::optional<std::size_t> skip{}; ///< rows of the data to leave out
 };
 
 struct WriteTarget {
