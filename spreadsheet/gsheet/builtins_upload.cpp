@@ -13,6 +13,7 @@
 #include "spreadsheet/book_format.h"
 #include "spreadsheet/exception.h"
 #include "spreadsheet/gsheet/arguments.h"
+#include "spreadsheet/gsheet/auth/credential_search.h"
 #include "spreadsheet/gsheet/builtins.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/util_gsheet.h"
@@ -99,7 +100,7 @@ std::string upload(const std::u16string& path) {
     http::HttpRequest request(
         http::HttpMethod::Post, to_utf8(url),
         {{"Content-Type", std::string("multipart/related; boundary=") + kBoundary}});
-    set_bearer(request, to_utf8(getCredential("accesstoken")));
+    set_bearer(request, bearer_token(Scope::drive));
     request.setRequestBody(multipart_body(path, mime_type_of_path(path)));
     return executeRequestWithToken(std::move(request));
 }
