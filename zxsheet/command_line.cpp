@@ -139,6 +139,11 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
                         0,
                         {},
                         "ZX_GOOGLE_ROOT"});
+    Parameter log_level{"--log", "LEVEL",
+                        "Print the library's log on standard error: error, info, debug or trace",
+                        &parsed.log_level};
+    log_level.choices = {"error", "info", "debug", "trace"};
+    add_parameter(app, log_level);
     bool wants_application = false;
     add_parameter(app, {kApplicationFlag, "",
                         "Let the spreadsheet application open the file of any command",

@@ -35,5 +35,6 @@ Command write_command();
 std::vector<Command> sheet_commands();
 std::vector<Command> range_commands();
 std::vector<Command> google_commands();
+Command whoami_command();
 
 } // namespace zxsheet

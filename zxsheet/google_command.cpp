@@ -197,6 +197,7 @@ std::vector<Command> google_commands() {
     std::vector<Command> commands;
     for (const Verb& verb : verbs())
         commands.push_back(command_of(verb));
+    commands.push_back(whoami_command());
     return commands;
 }
 
@@ -204,7 +205,7 @@ void use_google_root(const std::string& root) {
     gsheet::Endpoints endpoints;
     if (!root.empty()) {
         const std::u16string address = unicode::to_utf16(root);
-        endpoints = {address, address, address};
+        endpoints = {address, address, address, address};
     }
     try {
         gsheet::set_endpoints(endpoints);

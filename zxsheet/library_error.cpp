@@ -156,11 +156,14 @@ std::string message_of(error_id id) {
 }
 
 std::string sentence_of(Operation operation, error_id id, const spreadsheet::Failure& failure) {
+    const bool has_advice =
+        failure.kind == FailureKind::Service && failure.cause != failure.service.message;
     switch (operation) {
     case Operation::UnseenRefusal:
         return "This version cannot read files of this format by itself; let the spreadsheet "
                "application open it with --app, or save it as XLSX first.";
     case Operation::AccessOnline:
+        if (has_advice) return "Access was refused. " + failure.cause;
         return "Access was refused; set ZX_ACCESS_TOKEN to a token that may use the file, or "
                "ZX_API_KEY for reading a public spreadsheet.";
     case Operation::ReplyOnline:
@@ -170,13 +173,15 @@ std::string sentence_of(Operation operation, error_id id, const spreadsheet::Fai
         return "The range has more rows than one reply may have; read it in parts of at most "
                "500,001 with --range.";
     case Operation::SearchOnline:
-        return message_of(id);
+        return message_of(id) + (has_advice ? ' ' + failure.cause : "");
     default:
         break;
     }
     const bool has_message = id == error_id::google_too_many_requests ||
                              id == error_id::google_timed_out || id == error_id::google_last_sheet;
-    return has_message ? message_of(id) : failure.cause;
+    if (!has_message) return failure.cause;
+    return message_of(id) +
+           (has_advice && failure.cause != message_of(id) ? ' ' + failure.cause : "");
 }
 
 } // namespace

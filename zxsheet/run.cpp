@@ -7,11 +7,13 @@
 #include <exception>
 #include <ostream>
 
+#include "spreadsheet/gsheet/credentials.h"
 #include "spreadsheet/spreadsheet.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_line.h"
 #include "zxsheet/google_command.h"
 #include "zxsheet/library_error.h"
+#include "zxsheet/service_notices.h"
 
 namespace zxsheet {
 namespace {
@@ -46,6 +48,7 @@ void read_book(const Command& command, const Streams& streams) {
     const std::string& output = command.options->output;
     ProgressLine progress(streams.err_is_terminal ? &streams.err : nullptr,
                           "Reading " + command.options->book.text());
+    const PauseNotices notices(streams.err, streams.err_is_terminal, progress);
     OutputSink sink(streams.out, output, [&] {
         // The terminal may show the data as well, and a pipe may end the program here.
         if (output.empty()) return progress.finish();
@@ -63,6 +66,7 @@ void read_book(const Command& command, const Streams& streams) {
 void change_book(const Command& command, const Streams& streams) {
     ProgressLine progress(streams.err_is_terminal ? &streams.err : nullptr,
                           "Opening " + command.options->book.text());
+    const PauseNotices notices(streams.err, streams.err_is_terminal, progress);
     ChangeTools tools{streams.in, progress};
     const std::string done = command.change(tools);
     progress.finish();
@@ -91,7 +95,10 @@ int run(const std::vector<std::string>& arguments, std::istream& in, std::ostrea
         }
         const LibrarySession session;
         use_google_root(line.google_root);
-        execute(*line.command, {in, out, err, err_is_terminal});
+        gsheet::use_credential_search(true);
+        const LogPrinting log(line.log_level, err);
+        // The log and a line of progress would disturb each other.
+        execute(*line.command, {in, out, err, err_is_terminal && line.log_level.empty()});
         return static_cast<int>(ExitCode::Done);
     } catch (const CommandError& e) {
         print_sentence(e.what(), err);
