@@ -6,6 +6,7 @@
 #include <charconv>
 
 #include "foundation/unicode.h"
+#include "spreadsheet/gsheet/drive.h"
 #include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/online_cells.h"
@@ -79,6 +80,37 @@ std::shared_ptr<IBook> load_sheet(const BookLocation& location, std::size_t inde
         static_cast<std::size_t>(rows->first), static_cast<std::size_t>(rows->last));
 }
 
+/// The ID of the only spreadsheet with the title that stands in the place of an ID; nullopt when
+/// there is none or no way to search. Throws `CommandError` for several.
+std::optional<std::string> id_by_title(const BookLocation& location) {
+    std::vector<gsheet::DriveFile> found;
+    try {
+        found = gsheet::find_spreadsheets(location.library_path());
+    } catch (const std::exception&) {
+        return {}; // the refusal of the ID says more
+    }
+    if (found.empty()) return {};
+    if (found.size() == 1) return unicode::to_utf8(found.front().id);
+    std::string ids;
+    for (const gsheet::DriveFile& file : found)
+        ids += (ids.empty() ? "" : ", ") + unicode::to_utf8(file.id);
+    throw CommandError(ExitCode::NotReadable, location.text() +
+                                                  ": There are several spreadsheets with this "
+                                                  "title; give an ID: " +
+                                                  ids + ".");
+}
+
+std::shared_ptr<IBook> open_online(const BookLocation& location) {
+    try {
+        return load_sheet(location, 0, {});
+    } catch (const Exception& e) {
+        if (e.id() != error_id::google_sheet_not_found) throw;
+        const auto id = id_by_title(location);
+        if (!id) throw;
+        return load_sheet(BookLocation::online(*id), 0, {});
+    }
+}
+
 /// The rows to load; nullopt for all of them. At least one row has to be loaded.
 std::optional<Rows> rows_to_load(Extent extent, const std::optional<Range>& corners) {
     if (extent == Extent::NoCells) return Rows{0, 0};
@@ -90,7 +122,7 @@ std::optional<Rows> rows_to_load(Extent extent, const std::optional<Range>& corn
 
 std::shared_ptr<IBook> open_book(const BookLocation& location) {
     // A spreadsheet online is never loaded as a whole; it hands all of its sheets out.
-    if (location.is_online()) return load_sheet(location, 0, {});
+    if (location.is_online()) return open_online(location);
     return load_book_from_file(location.library_path(), location.format(), location.mode());
 }
 

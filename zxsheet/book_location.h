@@ -41,8 +41,6 @@ class BookLocation {
     std::filesystem::path path() const { return native_path(text_); }
     /// The ID of a spreadsheet online; empty for a file.
     const std::string& id() const { return id_; }
-    /// Another ID for the same text, such as that of the spreadsheet with this title.
-    void set_id(const std::string& id) { id_ = id; }
     /// The sheet that a browser's address names by its number ("gid").
     const std::optional<std::int64_t>& sheet_id() const { return sheet_id_; }
 

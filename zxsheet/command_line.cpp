@@ -67,6 +67,7 @@ void add_parameter(CLI::App& app, const Parameter& parameter) {
 
 void add_command(CLI::App& parent, const Command& command, ParsedLine& parsed) {
     CLI::App& added = *parent.add_subcommand(command.name, command.summary);
+    if (command.is_hidden) added.group(""); // not in the help
     added.callback([&parsed, &command] { parsed.command = &command; });
     if (!command.footer.empty()) added.footer(command.footer);
     for (const Parameter& parameter : command.parameters)
@@ -148,11 +149,19 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
     add_parameter(app, {kApplicationFlag, "",
                         "Let the spreadsheet application open the file of any command",
                         &wants_application});
+    bool wants_host_functions = false;
+    add_parameter(app, {"--host-functions", "", "Know the functions that are for hosts only, too",
+                        &wants_host_functions});
     add_commands(app, table, parsed);
     try {
         // The parser takes the arguments from the back.
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
         if (wants_application) use_application(*parsed.command);
+        if (parsed.command->is_hidden && !wants_host_functions)
+            throw CommandError(ExitCode::Usage, "The command '" + parsed.command->name +
+                                                    "' is a host's function and does not do what "
+                                                    "its name says; give --host-functions to call "
+                                                    "it all the same");
     } catch (const CLI::ParseError& e) {
         if (e.get_exit_code() != 0) throw CommandError(ExitCode::Usage, usage_sentence(e, app));
         std::ostringstream text;

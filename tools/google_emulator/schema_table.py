@@ -128,6 +128,7 @@ SHEETS_MESSAGES = {
 }
 
 DRIVE_MESSAGES = {
+    "FileList": "kind:string nextPageToken:string incompleteSearch:bool files:File[]",
     "File": "kind:string id:string name:string mimeType:string description:string createdTime:time modifiedTime:time"
             " size:int64* quotaBytesUsed:int64* parents:string[] starred:bool trashed:bool originalFilename:string"
             " webViewLink:string* appProperties:- capabilities:- contentHints:- contentRestrictions:-"

@@ -28,6 +28,7 @@ HANDLERS = {
     "drive.files.create": drive_methods.create,
     "drive.files.create.upload": drive_methods.upload,
     "drive.files.get": drive_methods.get,
+    "drive.files.list": drive_methods.list_files,
     "drive.files.delete": drive_methods.delete,
 }
 assert {method.name for method in METHODS} == set(HANDLERS)
