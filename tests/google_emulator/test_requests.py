@@ -22,7 +22,7 @@ REFUSED = [
     ("POST", BOOKS + "/", {}, 404, None),
     ("POST", VALUES, {}, 404, None),
     ("PATCH", VALUES, {}, 404, None),
-    ("GET", "/drive/v3/about", None, 501, "The emulator does not serve GET /drive/v3/files."),
+    ("GET", "/drive/v3/about", None, 501, "The emulator does not serve GET /drive/v3/about."),
     ("POST", f"{BOOKS}/{BOOK}/values:batchClearByDataFilter", {}, 501, "The emulator does not serve POST"),
     ("POST", BOOKS, {"properties": {"locale": "english"}}, 400, "Invalid properties: Unsupported locale: english"),
     ("POST", BOOKS, {"properties": {"autoRecalc": "HOUR"}}, 501, "the property 'autoRecalc'"),
