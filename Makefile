@@ -9,6 +9,7 @@ GOOGLE_PORT ?= 8420
 BOOK := examples/weather.xlsx
 CONFIGURE = cmake --preset $(1) --log-level=WARNING
 BUILD = cmake --build --preset $(1)
+LIBREOFFICE = tools/install-deps libreoffice || echo "interactive mode is neither built nor tested"
 
 help:  ## this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / {printf "  make %-14s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
@@ -27,11 +28,13 @@ google-demo:  ## serve a sample spreadsheet like Google Sheets does, without an 
 	@python3 tools/google_emulator --port $(GOOGLE_PORT) --state demo --hint
 
 test: deps  ## build and run all tests (PRESET=dev or release)
+	@$(LIBREOFFICE)
 	$(call CONFIGURE,$(PRESET))
 	$(call BUILD,$(PRESET))
 	ctest --preset $(PRESET)
 
 asan: deps  ## build and run all tests under the address and undefined-behaviour sanitizers
+	@$(LIBREOFFICE)
 	$(call CONFIGURE,asan)
 	$(call BUILD,asan)
 	ctest --preset asan

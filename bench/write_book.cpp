@@ -3,10 +3,12 @@
 // Makes a workbook through the public interface, as a host would: create, typed write, save. Meant
 // to be timed as a whole process. The cells are those of bench/make_data.py in kind, not in value.
 //
-//   write_book OUT.xlsx numbers [ROWS]     20 columns of doubles
-//   write_book OUT.xlsx mixed [ROWS]       12 columns: texts, numbers, dates, booleans
-//   write_book OUT.xlsx sheets [ROWS]      20 sheets of 20 columns of doubles, ROWS rows each
-//   write_book BOOK.xlsx edit              loads the first sheet, writes one cell, saves over it
+//   write_book OUT numbers [ROWS]     20 columns of doubles
+//   write_book OUT mixed [ROWS]       12 columns: strings, numbers, dates, booleans
+//   write_book OUT sheets [ROWS]      20 sheets of 20 columns of doubles, ROWS rows each
+//   write_book BOOK edit              loads the first sheet, writes one cell, saves over it
+//
+// OUT ends in .xlsx or .xls, which has 65,536 rows at most.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -23,6 +25,7 @@ namespace {
 using namespace spreadsheet;
 
 constexpr int kDefaultRows = 200'000;
+constexpr int kXlsRows = 65'536;
 constexpr int kBlockRows = 2'000;
 
 /// The example generator of the C standard: the same values in every language's benchmark.
@@ -138,6 +141,8 @@ void fill_mixed(ISheet& sheet, int rows) {
 }
 
 int run(const std::u16string& path, std::string_view what, int rows) {
+    const bool is_xls = path.ends_with(u".xls");
+    if (is_xls) rows = std::min(rows, kXlsRows);
     if (what == "edit") {
         const auto book = load_book_from_file_with_sheet_index(path, book::format::XLSX,
                                                                book::interactive::file, 0);
@@ -147,7 +152,8 @@ int run(const std::u16string& path, std::string_view what, int rows) {
         return 0;
     }
     const std::size_t sheets = what == "sheets" ? 20 : 1;
-    const auto book = create_new_book(sheets, book::format::XLSX, book::interactive::file, u"");
+    const auto book = create_new_book(sheets, is_xls ? book::format::XLS : book::format::XLSX,
+                                      book::interactive::file, u"");
     for (std::size_t i = 0; i < sheets; ++i)
         if (what == "mixed")
             fill_mixed(*book->sheet(i), rows);
@@ -161,7 +167,7 @@ int run(const std::u16string& path, std::string_view what, int rows) {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: write_book OUT.xlsx numbers|mixed|sheets|edit [ROWS]\n");
+        std::fprintf(stderr, "usage: write_book OUT numbers|mixed|sheets|edit [ROWS]\n");
         return 2;
     }
     initialize();

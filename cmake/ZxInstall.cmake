@@ -7,6 +7,9 @@ install(TARGETS zxspreadsheet EXPORT zxspreadsheetTargets
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zxspreadsheet
   FILE_SET generated_headers DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zxspreadsheet)
 install(TARGETS zxsheet)
+if(TARGET zxspreadsheet_automation)
+  install(TARGETS zxspreadsheet_automation LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/zxspreadsheet)
 install(EXPORT zxspreadsheetTargets NAMESPACE zxspreadsheet:: DESTINATION ${config_folder})

@@ -50,9 +50,9 @@ function(zx_precompile_test target)
   target_precompile_headers(${target} REUSE_FROM zx_test_headers)
 endfunction()
 
-# Adds one GoogleTest program: zx_test(name SOURCES ... LIBRARIES ... [LABELS ...])
+# Adds one GoogleTest program: zx_test(name SOURCES ... LIBRARIES ... [LABELS ...] [ENVIRONMENT NAME=VALUE...])
 function(zx_test name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   zx_common(${name})
   zx_precompile_test(${name})
@@ -63,7 +63,13 @@ function(zx_test name)
     target_compile_definitions(${name} PRIVATE ZXSPREADSHEET_STATIC)
   endif()
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${arg_LABELS}")
+  # An empty value would make the next name the value.
+  set(environment "")
+  if(arg_ENVIRONMENT)
+    set(environment ENVIRONMENT "${arg_ENVIRONMENT}")
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    PROPERTIES ${environment} LABELS "${arg_LABELS}")
 endfunction()
 
 # Adds one GoogleTest program that runs as a whole beside the emulator of the service:

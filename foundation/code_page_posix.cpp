@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Code pages by iconv.
+// Code pages by iconv, but for those of the Macintosh that glibc does not have.
 #include <bit>
 
 #include <iconv.h>
 
 #include "foundation/code_page.h"
+#include "foundation/macintosh_pages.h"
 
 namespace foundation {
 
@@ -68,6 +69,7 @@ std::string iconv_name(unsigned number) {
 } // namespace
 
 std::unique_ptr<CodePage> open_code_page(unsigned number) {
+    if (auto page = make_macintosh_page(number)) return page;
     constexpr const char* kUtf16 =
         std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
     const iconv_t conversion = iconv_open(kUtf16, iconv_name(number).c_str());

@@ -6,9 +6,11 @@
 
 #include <cstddef>
 #include <optional>
+#include <vector>
 
 #include "spreadsheet/book_factory.h"
 #include "spreadsheet/failure.h"
+#include "spreadsheet/sheet_contents.h"
 
 namespace spreadsheet {
 
@@ -20,6 +22,11 @@ class IBookExtras {
     virtual SaveSummary last_save() const { return {}; }
     /// As `spreadsheet::take_unreported_failure`.
     virtual std::optional<Failure> take_unreported_failure() { return std::nullopt; }
+
+    /// As `spreadsheet::summarize_sheet`.
+    virtual std::optional<SheetSummary> summarize_sheet(std::size_t) { return std::nullopt; }
+    /// As `spreadsheet::named_ranges`.
+    virtual std::optional<std::vector<NamedRange>> named_ranges() { return std::nullopt; }
 
   protected:
     IBookExtras() = default;

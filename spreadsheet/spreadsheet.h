@@ -14,4 +14,6 @@
 #include "spreadsheet/online.h"
 #include "spreadsheet/range.h"
 #include "spreadsheet/sheet.h"
+#include "spreadsheet/sheet_contents.h"
+#include "spreadsheet/table.h"
 #include "spreadsheet/version.h"

@@ -30,6 +30,9 @@ class DetectingBook final : public Book {
     }
     SheetKind sheet_type(int index) const override { return engine_->sheet_type(index); }
 
+    std::optional<SheetScan> scan_sheet(int index) override { return engine_->scan_sheet(index); }
+    std::vector<NamedCells> named_cells() override { return engine_->named_cells(); }
+
     int format_size() const override { return engine_->format_size(); }
     Format* format(int index) override { return engine_->format(index); }
     Format* add_format() override { return engine_->add_format(); }

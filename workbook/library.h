@@ -8,6 +8,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,15 +35,61 @@ enum class CellKind {
     StrictDate = 6 ///< an ISO 8601 cell (t="d", ECMA-376 part 1, 18.18.11)
 };
 
+/// How a number is shown, as far as its format decides about dates and times.
+enum class NumberStyle {
+    Number,
+    Date,     ///< days, without a time
+    Time,     ///< a time of day, without a date
+    DateTime, ///< both
+    Elapsed   ///< hours, minutes or seconds that are not cut at a day, such as [h]:mm
+};
+
+/// The cells of one row: first and last column, both inclusive.
+struct RowOfCells {
+    int row = 0;
+    int first_column = 0;
+    int last_column = 0;
+};
+
+/// A cell with a formula. The text is UTF-8 without the equals sign and lives until the visitor
+/// returns.
+struct FormulaCell {
+    int row = 0;
+    int column = 0;
+    std::string_view text;
+    bool has_result = true; ///< whether the file has a value for it
+};
+using FormulaVisitor = std::function<void(const FormulaCell&)>;
+
+/// ST_SheetState (ECMA-376 part 1, 18.18.68).
+enum class SheetState { Visible = 0, Hidden = 1, VeryHidden = 2 };
+
+/// What a scan finds in a sheet. `end_` bounds are one past the last, all 0 without such a cell.
+struct SheetScan {
+    int first_row = 0, end_row = 0, first_column = 0, end_column = 0;
+    int first_filled_row = 0, end_filled_row = 0, first_filled_column = 0, end_filled_column = 0;
+    std::uint64_t cells = 0; ///< formatted blanks included
+    std::uint64_t formulas = 0;
+    std::uint64_t formulas_without_result = 0;
+    SheetState state = SheetState::Visible;
+    bool is_protected = false;
+};
+
+/// A defined name or a table whose cells are one rectangle, corners inclusive.
+struct NamedCells {
+    std::u16string name;
+    int sheet = 0;            ///< index of the sheet that the cells are on
+    std::optional<int> scope; ///< index of the sheet whose name it is; nullopt for the book's
+    bool is_table = false;
+    int first_row = 0, last_row = 0, first_column = 0, last_column = 0;
+};
+
 /// What is at an index of the book.
 enum class SheetKind {
     Worksheet = 0, ///< also dialog and macro sheets, whose cells can be read
     Chart = 1,
     Unknown = 2 ///< nothing that the library knows; also every index out of range
 };
-
-/// ST_SheetState (ECMA-376 part 1, 18.18.68).
-enum class SheetState { Visible = 0, Hidden = 1, VeryHidden = 2 };
 
 /// A cell format. Handles belong to the book and live until the next load or the book's end.
 class Format {
@@ -69,6 +117,10 @@ class Sheet {
     virtual CellKind cell_type(int row, int column) const = 0;
     /// True for a number cell whose format shows a date or a time.
     virtual bool is_date(int row, int column) const = 0;
+    /// How the number of the cell is shown; `Number` for any other kind of cell.
+    virtual NumberStyle number_style(int row, int column) const {
+        return is_date(row, column) ? NumberStyle::DateTime : NumberStyle::Number;
+    }
 
     /// The number of a number cell, the serial day number of a strict date (in the book's date
     /// system), 1 or 0 of a boolean cell; 0 for any other cell.
@@ -94,6 +146,24 @@ class Sheet {
     virtual int end_filled_row() const = 0;
     virtual int first_filled_column() const = 0;
     virtual int end_filled_column() const = 0;
+
+    /// The first row at or after `row` that has cells (of the loaded rows); nullopt after the last.
+    virtual std::optional<RowOfCells> next_row_of_cells(int row) const {
+        row = row < first_row() ? first_row() : row;
+        if (row >= end_row()) return std::nullopt;
+        return RowOfCells{row, first_column(), end_column() - 1};
+    }
+    /// Whether the engine knows the text of formulas.
+    virtual bool knows_formulas() const { return false; }
+    /// Cells of the loaded rows that had a formula and no value when the book was loaded.
+    virtual std::uint64_t formulas_without_result() const { return 0; }
+    /// Calls `visit` for every cell of rows `first_row` to `last_row` that had a formula when the
+    /// book was loaded, in the file's order. Formulas that cells share come as each of them reads
+    /// it. False when they cannot be read.
+    virtual bool visit_formulas(int first_row, int last_row, const FormulaVisitor& visit) const {
+        return static_cast<void>(first_row), static_cast<void>(last_row), static_cast<void>(visit),
+               false;
+    }
 
     /// Number of merged regions.
     virtual int merge_size() const = 0;
@@ -202,6 +272,16 @@ class Book {
     /// A null view for an index out of range. Lives until the next load.
     virtual std::u16string_view get_sheet_name(int index) const = 0;
     virtual SheetKind sheet_type(int index) const = 0;
+
+    /// Reads the worksheet at `index` once more from the file, whatever was loaded, and keeps no
+    /// cell: memory does not grow with the sheet. Nullopt for any other sheet and when it cannot be
+    /// read.
+    virtual std::optional<SheetScan> scan_sheet(int index) {
+        return static_cast<void>(index), std::nullopt;
+    }
+    /// The names and tables of the file in its order, without hidden ones and without names that
+    /// are not one rectangle.
+    virtual std::vector<NamedCells> named_cells() { return {}; }
 
     virtual int format_size() const = 0;
     /// Null for an index out of range.

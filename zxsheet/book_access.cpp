@@ -10,6 +10,8 @@
 #include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/online_cells.h"
+#include "zxsheet/range_reference.h"
+#include "zxsheet/suggestion.h"
 
 namespace zxsheet {
 namespace {
@@ -34,19 +36,6 @@ std::size_t sheet_of_address(const std::shared_ptr<IBook>& book, const BookLocat
     if (index) return *index;
     throw not_found(location, "There is no sheet with the number " +
                                   std::to_string(*location.sheet_id()) + " (gid).");
-}
-
-/// The range, where its text alone says the rows: one or two corners.
-std::optional<Range> corners_of(const std::u16string& text, book::format format) {
-    try {
-        range_type type{};
-        const Range range =
-            parse_range(text.data(), text.size(), format, {0, 0, -1, -1}, false, &type, nullptr);
-        if (type == range_type::two_corner || type == range_type::single_cell) return range;
-    } catch (const Exception&) {
-        // A defined name, or wrong; the sheet decides.
-    }
-    return {};
 }
 
 /// Whether the text of a range is what is wrong, and not the way to the sheet.
@@ -112,10 +101,95 @@ std::shared_ptr<IBook> open_online(const BookLocation& location) {
 }
 
 /// The rows to load; nullopt for all of them. At least one row has to be loaded.
-std::optional<Rows> rows_to_load(Extent extent, const std::optional<Range>& corners) {
+std::optional<Rows> rows_to_load(Extent extent, const std::optional<Range>& cells) {
     if (extent == Extent::NoCells) return Rows{0, 0};
-    if (extent == Extent::WholeSheet || !corners) return {};
-    return Rows{corners->first_row, corners->last_row};
+    if (extent == Extent::WholeSheet || !cells) return {};
+    return Rows{cells->first_row, cells->last_row};
+}
+
+std::vector<std::string> sheet_names(const IBook& book) {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < book.num_sheets(); ++i)
+        names.push_back(unicode::to_utf8(sheet_name(book, i)));
+    return names;
+}
+
+/// What the command line asks for, as far as the list of sheets answers it.
+struct WantedCells {
+    std::size_t sheet = 0;
+    std::string text;               ///< of the range; empty for all cells
+    std::optional<CellsText> cells; ///< for A1 notation, and for a name that the book knows
+};
+
+void check_one_sheet(const std::shared_ptr<IBook>& list, const CellSelector& wanted,
+                     const std::string& named) {
+    if (wanted.sheet.empty()) return;
+    if (find_sheet(list, wanted.book, wanted.sheet) == find_sheet(list, wanted.book, named)) return;
+    throw CommandError(ExitCode::Usage, wanted.book.text() + ": The range '" + wanted.range +
+                                            "' is on another sheet than '" + wanted.sheet + "'");
+}
+
+/// A name may mean whole columns or rows.
+range_type shape_of(const Range& range, book::format format) {
+    if (range.first_row == 0 && range.last_row >= book::get_row_limit(format))
+        return range_type::column_only;
+    if (range.first_column == 0 && range.last_column >= book::get_col_limit(format))
+        return range_type::row_only;
+    return range_type::named;
+}
+
+CommandError no_such_name(const CellSelector& wanted, const std::string& text) {
+    return not_found(wanted.book, "There is no range '" + text + "' and no name '" + text +
+                                      "' in the spreadsheet.");
+}
+
+WantedCells resolve(const std::shared_ptr<IBook>& list, const CellSelector& wanted) {
+    const RangeReference reference = split_reference(wanted.range);
+    WantedCells found;
+    found.text = reference.cells;
+    if (reference.sheet) check_one_sheet(list, wanted, *reference.sheet);
+    const std::string& sheet = reference.sheet ? *reference.sheet : wanted.sheet;
+    const bool has_sheet = !sheet.empty();
+    if (!found.text.empty()) found.cells = parse_cells(found.text, list->format());
+    if (found.cells || found.text.empty()) {
+        found.sheet = find_sheet(list, wanted.book, sheet);
+        return found;
+    }
+    const auto index =
+        has_sheet ? std::optional(find_sheet(list, wanted.book, sheet)) : std::nullopt;
+    if (OnlineBook* const online = online_book(list)) {
+        const auto cells = online->find_name(unicode::to_utf16(found.text));
+        if (!cells) throw no_such_name(wanted, found.text);
+        found.sheet = cells->sheet_index;
+        found.cells = CellsText{cells->range, range_type::named};
+        return found;
+    }
+    const auto named = find_named_range(list, found.text, index);
+    found.sheet = named ? named->sheet : find_sheet(list, wanted.book, sheet);
+    if (named) found.cells = CellsText{named->range, shape_of(named->range, list->format())};
+    return found;
+}
+
+Range bounds_of(const Selection& selection, Bounds bounds) {
+    if (online_sheet(selection.sheet) != nullptr) return used_online_range(selection);
+    const ISheet& sheet = *selection.sheet;
+    return bounds == Bounds::Filled ? filled_range(sheet) : sheet.used_range();
+}
+
+/// The cells, whole columns and rows ended at the bounds of the sheet; none on an empty sheet.
+Range close_off(const CellsText& cells, const Selection& selection, Bounds wanted) {
+    Range range = cells.range;
+    if (cells.has_rows() && cells.has_columns()) return range;
+    const Range bounds = bounds_of(selection, wanted);
+    if (bounds.count() <= 0) return {0, 0, -1, -1};
+    if (!cells.has_rows()) {
+        range.first_row = bounds.first_row;
+        range.last_row = bounds.last_row;
+    } else {
+        range.first_column = bounds.first_column;
+        range.last_column = bounds.last_column;
+    }
+    return range;
 }
 
 } // namespace
@@ -158,7 +232,9 @@ std::size_t find_sheet(const std::shared_ptr<IBook>& book, const BookLocation& l
     if (const auto index = find_sheet_name(*book, unicode::to_utf16(wanted))) return *index;
     const auto number = sheet_number(wanted);
     if (number && *number <= book->num_sheets()) return *number - 1;
-    throw not_found(location, "There is no sheet '" + wanted + "'.");
+    const std::string similar = suggestion(wanted, sheet_names(*book));
+    throw not_found(location,
+                    "There is no sheet '" + wanted + "'" + (similar.empty() ? "." : similar));
 }
 
 Range range_on_sheet(const std::string& text, Selection& selection, const BookLocation& location) {
@@ -181,29 +257,24 @@ Selection open_selection(const CellSelector& wanted, Extent extent) {
 Selection open_selection(const std::shared_ptr<IBook>& list, const CellSelector& wanted,
                          Extent extent) {
     const BookLocation& location = wanted.book;
+    const WantedCells found = resolve(list, wanted);
     Selection selection;
-    const std::size_t index = find_sheet(list, location, wanted.sheet);
-    selection.sheet_name = sheet_name(*list, index);
-    if (list->sheet_type(index) == sheet::type::chart)
+    selection.sheet_name = sheet_name(*list, found.sheet);
+    if (list->sheet_type(found.sheet) == sheet::type::chart)
         throw not_found(location, "The sheet '" + unicode::to_utf8(selection.sheet_name) +
                                       "' is a chart sheet, which has no cells.");
-    const auto corners = corners_of(unicode::to_utf16(wanted.range), location.format());
-    selection.book =
-        location.is_file() ? load_sheet(location, index, rows_to_load(extent, corners)) : list;
-    selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : index);
+    const bool has_rows = found.cells && found.cells->has_rows();
+    const auto rows =
+        rows_to_load(extent, has_rows ? std::optional(found.cells->range) : std::nullopt);
+    selection.book = location.is_file() ? load_sheet(location, found.sheet, rows) : list;
+    selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : found.sheet);
     if (!selection.sheet) throw Exception(error_id::sheet_not_opened);
-    selection.sheet_index = index;
+    selection.sheet_index = found.sheet;
     if (extent == Extent::NoCells) return selection;
-    if (location.is_online()) {
-        selection.range = wanted.range.empty()
-                              ? used_online_range(selection)
-                              : find_online_range(wanted.range, selection, location);
-        check_in_grid(selection, location);
-        return selection;
-    }
-    selection.range = corners                ? *corners
-                      : wanted.range.empty() ? selection.sheet->used_range()
-                                             : range_on_sheet(wanted.range, selection, location);
+    selection.range = found.cells          ? close_off(*found.cells, selection, wanted.bounds)
+                      : found.text.empty() ? bounds_of(selection, wanted.bounds)
+                                           : range_on_sheet(found.text, selection, location);
+    check_in_grid(selection, location);
     return selection;
 }
 

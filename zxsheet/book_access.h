@@ -36,22 +36,29 @@ std::optional<std::size_t> sheet_number(const std::string& text);
 std::size_t find_sheet(const std::shared_ptr<spreadsheet::IBook>& book,
                        const BookLocation& location, const std::string& wanted);
 
+/// Where a selection ends that does not say so: at the last cell that has a value, or at the last
+/// one that is there, formatted blanks included.
+enum class Bounds { Filled, Used };
+
 /// Cells of a book as the command line names them.
 struct CellSelector {
     BookLocation book;
     std::string sheet{}; ///< name or number; empty for the first worksheet
-    std::string range{}; ///< empty for the used range
+    std::string range{}; ///< A1 notation, with a sheet or not, or a name; empty for all cells
+    Bounds bounds = Bounds::Used;
 };
 
 struct FetchedCells;
+class FormulaTexts;
 
 /// A sheet and the cells of it that are wanted.
 struct Selection {
     std::shared_ptr<spreadsheet::IBook> book;
     std::shared_ptr<spreadsheet::ISheet> sheet;
     std::u16string sheet_name;
-    spreadsheet::Range range;    ///< of no cells when the sheet is empty
-    std::size_t sheet_index = 0; ///< in the workbook
+    spreadsheet::Range range;                       ///< of no cells when the sheet is empty
+    std::shared_ptr<const FormulaTexts> formulas{}; ///< that are wanted in place of values
+    std::size_t sheet_index = 0;                    ///< in the workbook
     /// Cells of a sheet online that were fetched last; a second pass needs no request.
     mutable std::shared_ptr<FetchedCells> fetched{};
 };

@@ -46,6 +46,14 @@ std::filesystem::path native_path(const std::string& path) {
     return std::filesystem::path(std::u8string(path.begin(), path.end()));
 }
 
+std::string lower_extension(const std::string& path) {
+    const std::u8string extension = native_path(path).extension().u8string();
+    std::string text(extension.begin(), extension.end());
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
+    return text;
+}
+
 BookLocation BookLocation::online(const std::string& text) {
     BookLocation location;
     location.text_ = text;

@@ -16,6 +16,9 @@ namespace zxsheet {
 /// A UTF-8 path in the platform's own form.
 std::filesystem::path native_path(const std::string& path);
 
+/// The extension of a UTF-8 path with its dot, in lower case; empty when there is none.
+std::string lower_extension(const std::string& path);
+
 class BookLocation {
   public:
     enum class Kind { File, Application, Online };

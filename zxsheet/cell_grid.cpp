@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <tuple>
 
 #include "foundation/unicode.h"
 #include "spreadsheet/online.h"
+#include "zxsheet/command_error.h"
 #include "zxsheet/online_cells.h"
 
 namespace zxsheet {
@@ -15,14 +17,15 @@ namespace {
 
 using namespace spreadsheet;
 
-/// Cells of a band; a band has at least one row.
-constexpr std::int64_t kCellsPerBand = 1 << 16;
+/// Cells of a band, which has at least one row: as many as the processor's cache holds.
+constexpr std::int64_t kCellsPerBand = 1 << 13;
 
 /// The cells of a band, column after column.
 struct Band {
     Range range;
     std::vector<cell_type> types;
     std::vector<CellValue> cells;
+    std::vector<number_style> styles{};
 
     std::size_t rows() const {
         return static_cast<std::size_t>(range.last_row - range.first_row + 1);
@@ -73,16 +76,35 @@ void read_error_texts(const ISheet& sheet, Band& band) {
     }
 }
 
+bool has_type(const Band& band, std::initializer_list<cell_type> wanted) {
+    return std::find_first_of(band.types.begin(), band.types.end(), wanted.begin(), wanted.end()) !=
+           band.types.end();
+}
+
+void read_styles(const ISheet& sheet, Band& band) {
+    if (!has_type(band, {cell_type::number, cell_type::date})) return;
+    band.styles.resize(band.cells.size());
+    number_styles(sheet, band.range, band.styles.data());
+    for (std::size_t i = 0; i < band.cells.size(); ++i)
+        band.cells[i].style = band.styles[i];
+}
+
+void apply_formulas(const FormulaTexts& formulas, Band& band) {
+    for (std::size_t i = 0; i < band.cells.size(); ++i) {
+        const auto row = static_cast<int>(i % band.rows()) + band.range.first_row;
+        const auto column = static_cast<int>(i / band.rows()) + band.range.first_column;
+        const std::string_view text = formulas.at(row, column);
+        if (text.empty()) continue;
+        band.cells[i].type = cell_type::text;
+        band.cells[i].text = text;
+    }
+}
+
 void read_values(const ISheet& sheet, Band& band) {
     Cursor cursor{band.cells.data()};
     const CellBuilder builder{&cursor, put_text, put_number, put_number, put_boolean};
     sheet.read(band.range, band.types.data(), builder);
     read_error_texts(sheet, band);
-}
-
-bool has_type(const Band& band, std::initializer_list<cell_type> wanted) {
-    return std::find_first_of(band.types.begin(), band.types.end(), wanted.begin(), wanted.end()) !=
-           band.types.end();
 }
 
 /// Rules for both directions.
@@ -145,11 +167,12 @@ void visit_ruled(const Selection& selection, const MergedRules& wanted, const Ro
     const BothRules rules{wanted.columns.value_or(MergedCellColumnRule::first),
                           wanted.rows.value_or(MergedCellRowRule::first)};
     ISheet& sheet = *selection.sheet;
-    Band band{selection.range, {}, {}};
+    Band band{selection.range, {}, {}, {}};
     band.types.resize(static_cast<std::size_t>(selection.range.count()));
     sheet.cell_types(band.range, band.types.data(), rules.columns, rules.rows);
     band.adopt_types();
     read_values(sheet, band, rules);
+    read_styles(sheet, band);
     visit_rows(band, marks(sheet.get_omit_rows_vector(), band.rows()),
                marks(sheet.get_omit_vars_vector(), band.columns()), visit);
 }
@@ -161,6 +184,15 @@ Range common_range(const Range& a, const Range& b) {
 
 std::size_t offset(int first, int index) {
     return static_cast<std::size_t>(index - first);
+}
+
+/// Sheets online have times of day before their first day.
+void mark_times(Band& band) {
+    for (CellValue& cell : band.cells) {
+        if (cell.type != cell_type::date || cell.number < -1.0 || cell.number >= 0.0) continue;
+        cell.number += 1.0;
+        cell.style = number_style::time;
+    }
 }
 
 /// Puts the fetched cells into the band, whose other cells stay empty.
@@ -179,6 +211,7 @@ void fill_band(const ISheet& sheet, const FetchedCells& fetched, Content content
     }
     inner.adopt_types();
     if (content == Content::Values && !inner.cells.empty()) read_values(sheet, inner);
+    mark_times(inner);
     if (inner.range == band.range) {
         band = std::move(inner);
         return;
@@ -211,6 +244,36 @@ void visit_online(const Selection& selection, Content content, int band_rows,
 
 } // namespace
 
+FormulaTexts::FormulaTexts(const Selection& selection, const BookLocation& location) {
+    const auto add_to = [](void* context, const FormulaCell& formula) {
+        static_cast<FormulaTexts*>(context)->add(formula);
+    };
+    const Range& range = selection.range;
+    if (range.count() > 0 &&
+        !read_formulas(*selection.sheet, range.first_row, range.last_row, {this, add_to}))
+        throw CommandError(ExitCode::Failed,
+                           location.text() + ": The formulas of such a book are not known.");
+    const auto before = [](const Entry& a, const Entry& b) {
+        return std::tie(a.row, a.column) < std::tie(b.row, b.column);
+    };
+    std::stable_sort(entries_.begin(), entries_.end(), before);
+}
+
+void FormulaTexts::add(const FormulaCell& formula) {
+    const std::size_t begin = text_.size();
+    text_.append(1, '=').append(formula.text);
+    entries_.push_back({formula.cell.row, formula.cell.column, begin, text_.size()});
+}
+
+std::string_view FormulaTexts::at(int row, int column) const {
+    const auto found = std::lower_bound(entries_.begin(), entries_.end(), std::tie(row, column),
+                                        [](const Entry& entry, const auto& place) {
+                                            return std::tie(entry.row, entry.column) < place;
+                                        });
+    if (found == entries_.end() || found->row != row || found->column != column) return {};
+    return std::string_view(text_).substr(found->begin, found->end - found->begin);
+}
+
 void for_each_row(const Selection& selection, const MergedRules& rules, Content content,
                   const RowVisitor& visit) {
     const Range& whole = selection.range;
@@ -226,8 +289,91 @@ void for_each_row(const Selection& selection, const MergedRules& rules, Content 
         band.range = {row, whole.first_column, last_row, whole.last_column};
         band.types = selection.sheet->cell_types(band.range);
         band.adopt_types();
-        if (content == Content::Values) read_values(*selection.sheet, band);
+        if (content == Content::Values) {
+            read_values(*selection.sheet, band);
+            read_styles(*selection.sheet, band);
+        }
+        if (selection.formulas) apply_formulas(*selection.formulas, band);
         visit_rows(band, std::vector<bool>(band.rows()), std::vector<bool>(band.columns()), visit);
+    }
+}
+
+namespace {
+
+/// The next rows of cells that begin and end at the same columns, within `range`; no value after
+/// the last.
+std::optional<Range> next_block(const ISheet& sheet, const Range& range, int row) {
+    std::optional<Range> block;
+    const auto in_range = [&range](Range cells) {
+        cells.first_column = std::max(cells.first_column, range.first_column);
+        cells.last_column = std::min(cells.last_column, range.last_column);
+        return cells;
+    };
+    while (row <= range.last_row) {
+        const auto found = next_row_of_cells(sheet, row);
+        if (!found || found->first_row > range.last_row) break;
+        const Range cells = in_range(*found);
+        row = cells.first_row + 1;
+        if (cells.first_column > cells.last_column) continue;
+        if (!block) {
+            block = cells;
+            continue;
+        }
+        const bool is_next =
+            cells.first_row == block->last_row + 1 && cells.first_column == block->first_column &&
+            cells.last_column == block->last_column && block->count() < kCellsPerBand;
+        if (!is_next) break;
+        block->last_row = cells.first_row;
+    }
+    return block;
+}
+
+} // namespace
+
+Range with_repeated_cells(const Selection& selection, const MergedRules& rules, bool is_open) {
+    Range range = selection.range;
+    const bool repeats =
+        rules.columns == MergedCellColumnRule::repeat || rules.rows == MergedCellRowRule::repeat;
+    if (!is_open || !repeats || range.count() <= 0) return range;
+    const auto merged = merged_ranges(*selection.sheet);
+    if (!merged) return range;
+    for (const Range& region : *merged) {
+        const bool has_value = region.first_row >= selection.range.first_row &&
+                               region.first_row <= selection.range.last_row &&
+                               region.first_column >= selection.range.first_column &&
+                               region.first_column <= selection.range.last_column;
+        if (!has_value) continue;
+        if (rules.rows == MergedCellRowRule::repeat)
+            range.last_row = std::max(range.last_row, region.last_row);
+        if (rules.columns == MergedCellColumnRule::repeat)
+            range.last_column = std::max(range.last_column, region.last_column);
+    }
+    return range;
+}
+
+void for_each_cell(const Selection& selection, const CellVisitor& visit) {
+    int row = selection.range.first_row;
+    if (online_sheet(selection.sheet) != nullptr) {
+        // Empty cells cost nothing there, requests do.
+        for_each_row(
+            selection, {}, Content::Values, [&](const std::vector<const CellValue*>& cells) {
+                for (std::size_t i = 0; i < cells.size(); ++i)
+                    if (cells[i]->type != cell_type::empty)
+                        visit(row, selection.range.first_column + static_cast<int>(i), *cells[i]);
+                ++row;
+            });
+        return;
+    }
+    Selection part = selection;
+    while (const auto block = next_block(*selection.sheet, selection.range, row)) {
+        part.range = *block;
+        row = block->first_row;
+        for_each_row(part, {}, Content::Values, [&](const std::vector<const CellValue*>& cells) {
+            for (std::size_t i = 0; i < cells.size(); ++i)
+                if (cells[i]->type != cell_type::empty)
+                    visit(row, block->first_column + static_cast<int>(i), *cells[i]);
+            ++row;
+        });
     }
 }
 

@@ -134,6 +134,34 @@ void CellPatch::write_block(ISheet& sheet, const Range& offsets, bool keep_forma
         range_.first_row + offsets.first_row, range_.first_column + offsets.first_column,
         range_.first_row + offsets.last_row, range_.first_column + offsets.last_column};
     sheet.write(target, types.data(), provider, keep_format);
+    if (keep_format) give_date_formats(sheet, target, types, supply.cells);
+}
+
+/// A date that was written into a cell without a format for dates gets one.
+void CellPatch::give_date_formats(ISheet& sheet, const Range& range,
+                                  const std::vector<cell_type>& types,
+                                  const std::vector<const CellValue*>& cells) {
+    if (std::find(types.begin(), types.end(), cell_type::date) == types.end()) return;
+    std::vector<number_style> styles(types.size());
+    if (!number_styles(sheet, range, styles.data())) return;
+    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row + 1);
+    const auto needs_format = [&](std::size_t i) {
+        return types[i] == cell_type::date && styles[i] == number_style::number;
+    };
+    std::vector<SerialDatenum> dates;
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        if (!needs_format(i)) continue;
+        // Dates below each other at once.
+        const std::size_t column_end = (i / rows + 1) * rows;
+        const std::size_t first = i;
+        dates.clear();
+        for (; i < column_end && needs_format(i); ++i)
+            dates.push_back({cells[i]->number});
+        const int column = range.first_column + static_cast<int>(first / rows);
+        const int row = range.first_row + static_cast<int>(first % rows);
+        sheet.write({row, column, row + static_cast<int>(dates.size()) - 1, column}, dates.data());
+        --i;
+    }
 }
 
 } // namespace zxsheet

@@ -36,6 +36,10 @@ class CellPatch {
     void write_block(spreadsheet::ISheet& sheet, const spreadsheet::Range& offsets,
                      bool keep_format);
 
+    static void give_date_formats(spreadsheet::ISheet& sheet, const spreadsheet::Range& range,
+                                  const std::vector<spreadsheet::cell_type>& types,
+                                  const std::vector<const CellValue*>& cells);
+
     spreadsheet::Range range_;
     std::size_t rows_;
     std::size_t columns_;

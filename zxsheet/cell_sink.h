@@ -22,6 +22,8 @@ class CellSink {
     virtual ~CellSink() = default;
     /// At most once, before the first cell.
     virtual void set_place(const DataPlace& place) = 0;
+    /// At most once, before the first cell: the first row has the names of the columns.
+    virtual void expect_header() {}
     /// The next cell of the row; `text` is UTF-8, dates are numbers of the 1900 system.
     virtual void add(const CellValue& cell) = 0;
     virtual void end_row() = 0;

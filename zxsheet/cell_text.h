@@ -10,7 +10,13 @@
 
 namespace zxsheet {
 
-enum class DateStyle { Iso, Serial };
+/// How cells become text.
+struct TextStyle {
+    enum class Dates { Iso, Serial, Pattern };
+    Dates dates = Dates::Iso;
+    std::string pattern;        ///< see `formatted_date`
+    bool decimal_comma = false; ///< in numbers, in place of the point
+};
 
 /// The shortest decimal text that reads back as the same number; without an exponent between 1e-5
 /// and 1e15. "nan" and "inf" are not avoided.
@@ -21,14 +27,25 @@ std::string number_text(double value);
 /// system has by mistake. A number outside the years 1 to 9999 comes back as `number_text`.
 std::string date_text(double serial);
 
-/// As above, but a time of day alone (12:30:00) for a serial number before the first day: sheets
-/// online have times there.
-std::string date_or_time_text(double serial);
+/// "13:05:00" for a part of a day, "30:05:00" for more, "-01:00:00" below zero; milliseconds when
+/// there are any. What is longer than ten million hours comes back as `number_text`.
+std::string time_text(double days);
+
+/// The day and time of a serial number by a pattern of strftime in the C locale: %Y %m %d %H %M %S
+/// %y %j %a %A %b %B %p %I %e %F %T %D %R %u and %%. Numbers without a date as `date_text`.
+std::string formatted_date(double serial, std::string_view pattern);
+/// The first conversion of the pattern that `formatted_date` does not know, such as "%Q"; empty if
+/// it knows all.
+std::string unknown_conversion(std::string_view pattern);
 
 /// The name of a cell type: "empty", "number", "text", "date", "boolean", "other", "error".
 std::string_view type_name(spreadsheet::cell_type type);
 
-/// The cell as plain text; empty for a cell without a value.
-std::string plain_text(const CellValue& cell, DateStyle dates);
+/// Whether the number or date is shown as a time of day or as an elapsed time.
+bool is_time(const CellValue& cell);
+
+/// Appends the cell as plain text; nothing for a cell without a value.
+void append_text(std::string& out, const CellValue& cell, const TextStyle& style);
+std::string plain_text(const CellValue& cell, const TextStyle& style = {});
 
 } // namespace zxsheet

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// `zxsheet info`: format, date system and sheets of a book.
+// `zxsheet info`: format, date system, sheets, names and tables of a book. A file is looked through
+// sheet by sheet, and no cell of it is kept.
 #include <algorithm>
+#include <exception>
 #include <numeric>
 #include <optional>
 #include <vector>
 
 #include "foundation/unicode.h"
-#include "spreadsheet/online.h"
 #include "zxsheet/book_access.h"
 #include "zxsheet/command_table.h"
 #include "zxsheet/json_text.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -20,6 +22,7 @@ using foundation::unicode::to_utf8;
 
 struct InfoOptions : BookOptions {
     bool json = false;
+    bool all_cells = false;
 };
 
 /// What there is to say about a sheet; only a worksheet has more than a name.
@@ -27,8 +30,17 @@ struct SheetInfo {
     std::string name;
     std::string kind; ///< "worksheet", "chart" or "other"
     std::optional<std::string> visibility;
-    std::optional<std::string> used_range; ///< empty when no cell is used
+    std::optional<std::string> range; ///< empty when there is no such cell
     std::optional<bool> is_protected;
+    std::optional<SheetSummary> summary; ///< of a file
+    std::exception_ptr failure;          ///< why the sheet cannot be read
+};
+
+struct BookInfo {
+    std::string format;
+    std::string date_system;
+    std::vector<SheetInfo> sheets;
+    std::optional<std::vector<NamedRange>> named;
 };
 
 std::string visibility_name(sheet::hidden state) {
@@ -45,88 +57,193 @@ std::string kind_of(const IBook& book, std::size_t index) {
     }
 }
 
+std::optional<std::string> range_text(const Range& range) {
+    if (range.count() <= 0) return std::nullopt;
+    return to_utf8(range_string(range));
+}
+
+void look_through(const std::shared_ptr<IBook>& book, std::size_t index, bool all_cells,
+                  SheetInfo& info) {
+    info.summary = summarize_sheet(book, index);
+    if (!info.summary) return;
+    info.visibility = visibility_name(info.summary->hidden);
+    info.range = range_text(all_cells ? info.summary->used : info.summary->filled);
+    info.is_protected = info.summary->is_protected;
+}
+
 /// `known` is the used range where it was asked for already.
-SheetInfo describe_sheet(const IBook& book, std::size_t index, const std::optional<Range>& known) {
-    SheetInfo info;
-    info.name = to_utf8(sheet_name(book, index));
-    info.kind = kind_of(book, index);
-    if (info.kind != "worksheet") return info;
+void ask_sheet(const IBook& book, std::size_t index, const std::optional<Range>& known,
+               SheetInfo& info) {
     const auto sheet = book.sheet(index);
     info.visibility = visibility_name(sheet->hidden());
     if (!book.is_interactive()) info.is_protected = sheet->is_protected();
-    const Range used = known ? *known : sheet->used_range();
-    if (used.count() > 0) info.used_range = to_utf8(range_string(used));
+    info.range = range_text(known ? *known : sheet->used_range());
+}
+
+SheetInfo describe_sheet(const std::shared_ptr<IBook>& book, std::size_t index,
+                         const std::optional<Range>& known, const InfoOptions& options) {
+    SheetInfo info;
+    info.name = to_utf8(sheet_name(*book, index));
+    info.kind = kind_of(*book, index);
+    if (info.kind != "worksheet") return info;
+    if (!options.book.is_file()) {
+        ask_sheet(*book, index, known, info);
+        return info;
+    }
+    try {
+        look_through(book, index, options.all_cells, info);
+    } catch (const Exception&) {
+        info.failure = std::current_exception();
+    }
     return info;
 }
 
-std::vector<SheetInfo> describe_sheets(const std::shared_ptr<IBook>& book) {
+/// The used range of each sheet of a spreadsheet online, all by one request; nothing elsewhere.
+std::vector<std::optional<Range>> known_ranges(const std::shared_ptr<IBook>& book) {
     std::vector<std::size_t> indices(book->num_sheets());
     std::iota(indices.begin(), indices.end(), std::size_t{0});
     std::vector<std::optional<Range>> known(indices.size());
-    if (OnlineBook* const online = online_book(book)) {
-        const std::vector<Range> used = online->used_ranges(indices); // all by one request
-        std::copy(used.begin(), used.end(), known.begin());
-    }
-    std::vector<SheetInfo> sheets;
-    for (const std::size_t index : indices)
-        sheets.push_back(describe_sheet(*book, index, known[index]));
-    return sheets;
+    OnlineBook* const online = online_book(book);
+    if (online == nullptr) return known;
+    const std::vector<Range> used = online->used_ranges(indices);
+    std::copy(used.begin(), used.end(), known.begin());
+    return known;
 }
 
-std::string date_system(const IBook& book) {
-    return book.are_dates_1904() ? "1904" : "1900";
+/// The first failure of a sheet; null when all could be read.
+std::exception_ptr first_failure(const BookInfo& info) {
+    for (const SheetInfo& sheet : info.sheets)
+        if (sheet.failure) return sheet.failure;
+    return nullptr;
 }
+
+BookInfo describe_book(const InfoOptions& options) {
+    const auto book = open_sheet_list(options.book);
+    BookInfo info;
+    info.format = to_utf8(book::to_string(book->format()));
+    info.date_system = book->are_dates_1904() ? "1904" : "1900";
+    const std::vector<std::optional<Range>> known = known_ranges(book);
+    for (std::size_t i = 0; i < known.size(); ++i)
+        info.sheets.push_back(describe_sheet(book, i, known[i], options));
+    const bool has_good = std::any_of(info.sheets.begin(), info.sheets.end(),
+                                      [](const SheetInfo& sheet) { return !sheet.failure; });
+    if (!has_good && first_failure(info)) std::rethrow_exception(first_failure(info));
+    info.named = named_ranges(book);
+    return info;
+}
+
+// --- JSON
 
 std::string json_or_null(const std::optional<std::string>& text) {
     return text ? json_string(*text) : "null";
 }
 
-void write_json_info(const std::shared_ptr<IBook>& book, const InfoOptions& options,
-                     OutputSink& out) {
-    out.write("{\"path\":" + json_string(options.book.text()));
-    out.write(",\"format\":" + json_string(to_utf8(book::to_string(book->format()))));
-    out.write(",\"date_system\":" + date_system(*book) + ",\"sheets\":[");
-    std::size_t index = 0;
-    for (const SheetInfo& info : describe_sheets(book)) {
-        if (index++ != 0) out.write(',');
-        out.write("{\"index\":" + std::to_string(index) + ",\"name\":" + json_string(info.name));
-        out.write(",\"kind\":" + json_string(info.kind));
-        out.write(",\"visibility\":" + json_or_null(info.visibility));
-        out.write(",\"used_range\":" + json_or_null(info.used_range));
-        const bool is_protected = info.is_protected.value_or(false);
-        out.write(",\"protected\":");
-        out.write(!info.is_protected ? "null}" : is_protected ? "true}" : "false}");
-    }
-    out.write("]}\n");
+std::string json_sheet(const SheetInfo& info, std::size_t number) {
+    std::string text =
+        "{\"index\":" + std::to_string(number) + ",\"name\":" + json_string(info.name) +
+        ",\"kind\":" + json_string(info.kind) + ",\"visibility\":" + json_or_null(info.visibility) +
+        ",\"used_range\":" + json_or_null(info.range) + ",\"protected\":";
+    text += !info.is_protected ? "null" : *info.is_protected ? "true" : "false";
+    if (info.summary)
+        text +=
+            ",\"cells\":" + std::to_string(info.summary->cells) +
+            ",\"formulas\":" + std::to_string(info.summary->formulas) +
+            ",\"formulas_without_result\":" + std::to_string(info.summary->formulas_without_result);
+    if (info.failure) text += ",\"readable\":false";
+    return text + '}';
 }
 
-void write_plain_info(const std::shared_ptr<IBook>& book, const InfoOptions& options,
-                      OutputSink& out) {
+std::string json_named(const NamedRange& named, const BookInfo& info) {
+    std::string text = "{\"name\":" + json_string(to_utf8(named.name)) +
+                       ",\"sheet\":" + json_string(info.sheets[named.sheet].name) +
+                       ",\"range\":" + json_or_null(range_text(named.range));
+    if (!named.is_table)
+        text += ",\"scope\":" +
+                (named.scope ? json_string(info.sheets[*named.scope].name) : std::string("null"));
+    return text + '}';
+}
+
+void write_json_named(const BookInfo& info, const char* member, bool is_table, OutputSink& out) {
+    out.write(std::string(",\"") + member + "\":[");
+    bool is_first = true;
+    for (const NamedRange& named : *info.named) {
+        if (named.is_table != is_table) continue;
+        if (!is_first) out.write(',');
+        is_first = false;
+        out.write(json_named(named, info));
+    }
+    out.write(']');
+}
+
+void write_json_info(const BookInfo& info, const InfoOptions& options, OutputSink& out) {
+    out.write("{\"path\":" + json_string(options.book.text()));
+    out.write(",\"format\":" + json_string(info.format));
+    out.write(",\"date_system\":" + info.date_system + ",\"sheets\":[");
+    for (std::size_t i = 0; i < info.sheets.size(); ++i) {
+        if (i != 0) out.write(',');
+        out.write(json_sheet(info.sheets[i], i + 1));
+    }
+    out.write(']');
+    if (info.named) {
+        write_json_named(info, "names", false, out);
+        write_json_named(info, "tables", true, out);
+    }
+    out.write("}\n");
+}
+
+// --- For people
+
+std::string plain_sheet(const SheetInfo& info) {
+    if (info.failure) return info.name + "  cannot be read";
+    if (info.kind != "worksheet") return info.name + " (" + info.kind + " sheet)";
+    std::string text = info.name + "  " + info.range.value_or("empty");
+    if (info.summary && info.summary->formulas > 0) {
+        text += "  " + counted(info.summary->formulas, "formula");
+        if (info.summary->formulas_without_result > 0)
+            text += ", " + grouped(info.summary->formulas_without_result) + " without a result";
+    }
+    if (info.visibility.value_or("visible") != "visible") text += "  " + *info.visibility;
+    if (info.is_protected.value_or(false)) text += "  protected";
+    return text;
+}
+
+void write_plain_info(const BookInfo& info, const InfoOptions& options, OutputSink& out) {
     out.write("path:        " + options.book.text() + '\n');
-    out.write("format:      " + to_utf8(book::to_string(book->format())) + '\n');
-    out.write("date system: " + date_system(*book) + '\n');
-    std::size_t index = 0;
-    for (const SheetInfo& info : describe_sheets(book)) {
-        out.write("sheet " + std::to_string(++index) + ":     " + info.name);
-        out.write(info.kind == "worksheet" ? "  " + info.used_range.value_or("empty")
-                                           : " (" + info.kind + " sheet)");
-        if (info.visibility.value_or("visible") != "visible") out.write("  " + *info.visibility);
-        if (info.is_protected.value_or(false)) out.write("  protected");
+    out.write("format:      " + info.format + '\n');
+    out.write("date system: " + info.date_system + '\n');
+    for (std::size_t i = 0; i < info.sheets.size(); ++i)
+        out.write("sheet " + std::to_string(i + 1) + ":     " + plain_sheet(info.sheets[i]) + '\n');
+    for (const NamedRange& named : info.named.value_or(std::vector<NamedRange>())) {
+        out.write(named.is_table ? "table:       " : "name:        ");
+        out.write(
+            to_utf8(named.name) + "  " +
+            place_text(foundation::unicode::to_utf16(info.sheets[named.sheet].name), named.range));
+        if (named.scope) out.write("  of sheet '" + info.sheets[*named.scope].name + '\'');
         out.write('\n');
     }
 }
 
 void run_info(const InfoOptions& options, OutputSink& out) {
-    const auto book = open_book(options.book);
-    options.json ? write_json_info(book, options, out) : write_plain_info(book, options, out);
+    BookInfo info = describe_book(options);
+    if (info.named) // a damaged file may name sheets that it does not have
+        std::erase_if(*info.named, [&info](const NamedRange& named) {
+            return named.sheet >= info.sheets.size() ||
+                   named.scope.value_or(0) >= info.sheets.size();
+        });
+    options.json ? write_json_info(info, options, out) : write_plain_info(info, options, out);
+    const std::exception_ptr failure = first_failure(info);
+    if (!failure) return;
+    out.finish(); // the other sheets have been described
+    std::rethrow_exception(failure);
 }
 
 } // namespace
 
 Command info_command() {
     const auto options = std::make_shared<InfoOptions>();
-    return reading_command("info", "Format, date system and sheets of a book", options,
-                           {json_flag(options->json)}, run_info);
+    return reading_command("info", "Format, date system, sheets, names and tables of a book",
+                           options, {all_cells_flag(options->all_cells), json_flag(options->json)},
+                           run_info);
 }
 
 } // namespace zxsheet

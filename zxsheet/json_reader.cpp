@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -80,7 +81,8 @@ class TypeRows {
 /// the parsing with `problem`.
 class CellEvents {
   public:
-    explicit CellEvents(CellSink& sink) : sink_(sink) {}
+    CellEvents(CellSink& sink, JsonLayout layout, bool guess_dates)
+        : sink_(sink), layout_(layout), guess_dates_(guess_dates) {}
 
     const std::string& problem() const { return problem_; }
     /// Whether the character after those that were parsed belongs to the problem: brackets and
@@ -94,13 +96,17 @@ class CellEvents {
     static constexpr std::size_t max_string_size = static_cast<std::size_t>(-1);
     static constexpr std::size_t max_key_size = static_cast<std::size_t>(-1);
 
-    bool on_document_begin(ErrorCode&) { return true; }
+    bool on_document_begin(ErrorCode&) {
+        if (layout_ == JsonLayout::Lines) enter_rows();
+        return true;
+    }
     bool on_document_end(ErrorCode&) { return true; }
     bool on_comment_part(std::string_view, ErrorCode&) { return true; }
     bool on_comment(std::string_view, ErrorCode&) { return true; }
 
     bool on_object_begin(ErrorCode& code) {
         is_ahead_ = true;
+        if (is_rows_ && depth_ == 2) return begin_record();
         if (depth_ > 0 && member_ != Member::Other)
             return stop(code, "An object does not belong here.");
         ++depth_;
@@ -108,12 +114,17 @@ class CellEvents {
     }
     bool on_object_end(std::size_t, ErrorCode& code) {
         is_ahead_ = true;
+        if (in_record_) return end_record();
         if (--depth_ == 0 && !has_values_) return stop(code, "The object has no \"values\".");
         return true;
     }
     bool on_array_begin(ErrorCode& code) {
         is_ahead_ = true;
-        if (depth_ == 0) return stop(code, kNoObject);
+        if (in_record_) return stop(code, "An array does not belong here.");
+        if (depth_ == 0) {
+            enter_rows();
+            return true;
+        }
         if (member_ != Member::Other && (!is_matrix() || depth_ > 2))
             return stop(code, "An array does not belong here.");
         if (depth_ == 1 && member_ == Member::Values) start_values();
@@ -134,6 +145,7 @@ class CellEvents {
         is_ahead_ = true;
         if (!append(part, code)) return false;
         const std::string name = std::exchange(token_, {});
+        if (in_record_) return start_field(name, code);
         return depth_ != 1 || start_member(name, code);
     }
     bool on_string_part(std::string_view part, std::size_t, ErrorCode& code) {
@@ -180,7 +192,8 @@ class CellEvents {
   private:
     enum class Member { Sheet, Range, Types, Values, Other };
 
-    static constexpr const char* kNoObject = "The data must be an object with \"values\".";
+    static constexpr const char* kNoObject =
+        "The data must be an object with \"values\", or an array.";
 
     bool is_matrix() const { return member_ == Member::Types || member_ == Member::Values; }
 
@@ -209,6 +222,61 @@ class CellEvents {
         if (member_ == Member::Types && !types_.empty())
             return stop(code, "There are \"types\" already.");
         return true;
+    }
+
+    // --- Rows without an object around them
+
+    /// As if inside the array of "values".
+    void enter_rows() {
+        if (!has_values_) start_values();
+        is_rows_ = true;
+        member_ = Member::Values;
+        depth_ = 2;
+    }
+
+    bool begin_record() {
+        in_record_ = true;
+        depth_ = 3;
+        field_ = 0;
+        for (CellValue& value : record_)
+            value = {};
+        return true;
+    }
+
+    bool start_field(const std::string& name, ErrorCode& code) {
+        const auto known = columns_.find(name);
+        if (known != columns_.end()) {
+            field_ = known->second;
+            return true;
+        }
+        if (has_names_) return stop(code, "The first object has no \"" + name + "\".");
+        field_ = names_.size();
+        columns_.emplace(name, field_);
+        names_.push_back(name);
+        record_.emplace_back();
+        return true;
+    }
+
+    bool end_record() {
+        if (!has_names_) {
+            has_names_ = true;
+            sink_.expect_header();
+            for (const std::string& name : names_)
+                sink_.add({cell_type::text, 0.0, name});
+            sink_.end_row();
+        }
+        for (const CellValue& value : record_)
+            sink_.add(value);
+        sink_.end_row();
+        in_record_ = false;
+        depth_ = 2;
+        return true;
+    }
+
+    void guess_date() {
+        CellValue guessed{cell_type::text, 0.0, cell_.text};
+        guess_cell(guessed);
+        if (guessed.type == cell_type::date) cell_ = guessed;
     }
 
     void start_values() {
@@ -286,6 +354,11 @@ class CellEvents {
         cell_.number = number;
         cell_.text = token_;
         if (!types_.empty() && !adopt_type(code)) return false;
+        if (is_rows_ && guess_dates_ && kind == cell_type::text) guess_date();
+        if (in_record_) {
+            record_[field_] = cell_;
+            return true;
+        }
         sink_.add(cell_);
         ++column_;
         return true;
@@ -312,6 +385,8 @@ class CellEvents {
     }
 
     CellSink& sink_;
+    const JsonLayout layout_;
+    const bool guess_dates_;
     std::string token_; ///< the text or number that is being read
     std::string problem_;
     bool is_ahead_ = false;
@@ -323,28 +398,54 @@ class CellEvents {
     std::size_t row_ = 0;
     std::size_t column_ = 0;
     CellValue cell_;
+
+    bool is_rows_ = false; ///< no object around the rows
+    bool in_record_ = false;
+    bool has_names_ = false; ///< those of the first object are complete
+    std::vector<std::string> names_;
+    std::unordered_map<std::string, std::size_t> columns_; ///< by name
+    std::vector<CellValue> record_;
+    std::size_t field_ = 0; ///< the column of the value to come
 };
 
 /// One JSON text, fed to the parser block by block.
 class JsonReader {
   public:
-    JsonReader(TextInput& input, CellSink& sink) : input_(input), parser_(options(), sink) {}
+    JsonReader(TextInput& input, CellSink& sink, JsonLayout layout, bool guess_dates)
+        : input_(input),
+          is_lines_(layout == JsonLayout::Lines),
+          parser_(options(), sink, layout, guess_dates) {}
 
     void read() {
         for (std::string_view block; !(block = input_.ahead()).empty();) {
+            if (is_lines_ && !in_value_ && skip_space(block)) continue;
+            in_value_ = true;
             ErrorCode code;
             const std::size_t parsed = parser_.write_some(true, block.data(), block.size(), code);
             position_.advance(block.substr(0, parsed));
             if (code) fail(code, block.substr(parsed));
-            if (parsed < block.size()) fail_ahead("This is not JSON: more data after the object.");
+            if (parsed < block.size() && !is_lines_)
+                fail_ahead("This is not JSON: more data after the object.");
             input_.skip(parsed);
+            if (!is_lines_ || !parser_.done()) continue;
+            parser_.reset();
+            in_value_ = false;
         }
+        if (is_lines_ && !in_value_) return;
         ErrorCode code;
         parser_.write_some(false, nullptr, 0, code);
         if (code) fail(code, {});
     }
 
   private:
+    /// Skips blanks and line ends before a value; false when there are none.
+    bool skip_space(std::string_view block) {
+        const std::size_t count = std::min(block.find_first_not_of(" \t\r\n"), block.size());
+        position_.advance(block.substr(0, count));
+        input_.skip(count);
+        return count != 0;
+    }
+
     static boost::json::parse_options options() {
         boost::json::parse_options options;
         options.max_depth = kMaxDepth;
@@ -380,14 +481,16 @@ class JsonReader {
     }
 
     TextInput& input_;
+    const bool is_lines_;
+    bool in_value_ = false; ///< of lines: a value has begun
     Position position_;
     boost::json::basic_parser<CellEvents> parser_;
 };
 
 } // namespace
 
-void read_json(TextInput& input, CellSink& sink) {
-    JsonReader(input, sink).read();
+void read_json(TextInput& input, CellSink& sink, JsonLayout layout, bool guess_dates) {
+    JsonReader(input, sink, layout, guess_dates).read();
 }
 
 } // namespace zxsheet

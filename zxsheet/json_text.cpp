@@ -44,28 +44,43 @@ void append_escaped(std::string& out, char character) {
 
 } // namespace
 
-std::string json_string(std::string_view text) {
-    std::string out = "\"";
+void append_json_string(std::string& out, std::string_view text) {
+    out.push_back('"');
     for (const char character : text)
         append_escaped(out, character);
-    return out + '"';
+    out.push_back('"');
 }
 
-std::string json_value(const CellValue& cell, DateStyle dates) {
-    const bool numeric = cell.type == cell_type::number || cell.type == cell_type::date;
-    if (numeric && !std::isfinite(cell.number)) return "null";
+std::string json_string(std::string_view text) {
+    std::string out;
+    append_json_string(out, text);
+    return out;
+}
+
+void append_json(std::string& out, const CellValue& cell, const TextStyle& style) {
+    const bool is_serial = style.dates == TextStyle::Dates::Serial;
+    const bool is_elapsed = cell.style == spreadsheet::number_style::elapsed;
     switch (cell.type) {
     case cell_type::empty:
     case cell_type::other:
-        return "null";
-    case cell_type::number:
+        out += "null";
+        return;
     case cell_type::boolean:
-        return plain_text(cell, dates);
+        return append_text(out, cell, style);
+    case cell_type::number:
     case cell_type::date:
-        if (dates == DateStyle::Serial) return plain_text(cell, dates);
-        return json_string(date_text(cell.number)); // reads back as the same number
+        if (!std::isfinite(cell.number)) {
+            out += "null";
+        } else if (cell.type == cell_type::number || is_serial || is_elapsed) {
+            const TextStyle as_number{TextStyle::Dates::Serial, {}, false};
+            append_text(out, cell, as_number);
+        } else {
+            append_json_string(out, plain_text(cell, style));
+        }
+        return;
     default:
-        return json_string(plain_text(cell, dates));
+        append_json_string(out, plain_text(cell, style));
+        return;
     }
 }
 

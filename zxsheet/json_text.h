@@ -11,9 +11,11 @@
 namespace zxsheet {
 
 /// The text in quotes, control characters escaped. `text` is UTF-8.
+void append_json_string(std::string& out, std::string_view text);
 std::string json_string(std::string_view text);
 
-/// The cell as a JSON value: dates and errors are strings, cells without a value null.
-std::string json_value(const CellValue& cell, DateStyle dates);
+/// Appends the cell as a JSON value: dates and errors are strings, times of day and elapsed times
+/// numbers, cells without a value null.
+void append_json(std::string& out, const CellValue& cell, const TextStyle& style);
 
 } // namespace zxsheet

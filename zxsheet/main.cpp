@@ -13,7 +13,8 @@ namespace {
 
 int run_on_standard_streams(const std::vector<std::string>& arguments) {
     std::cerr.tie(nullptr);
-    return zxsheet::run(arguments, std::cin, std::cout, std::cerr, foundation::error_is_terminal());
+    return zxsheet::run(arguments, std::cin, std::cout, std::cerr,
+                        {foundation::error_is_terminal(), foundation::output_terminal_width()});
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zxsheet {
 
@@ -21,6 +22,14 @@ class OutputSink {
 
     void write(std::string_view text);
     void write(char character) { write(std::string_view(&character, 1)); }
+
+    /// Says something beside the data: one sentence, for standard error, once all data is written.
+    void note(const std::string& sentence) { notes_.push_back(sentence); }
+    const std::vector<std::string>& notes() const { return notes_; }
+
+    /// Characters of a line of the terminal that the data goes to; 0 when it goes elsewhere.
+    std::size_t terminal_width() const { return file_name_.empty() ? terminal_width_ : 0; }
+    void set_terminal_width(std::size_t width) { terminal_width_ = width; }
 
     /// Writes what is left. Throws `Failure` when the file or stream does not take it.
     void finish();
@@ -39,6 +48,8 @@ class OutputSink {
     std::string buffer_;
     std::uint64_t sent_bytes_ = 0;
     std::uint64_t sent_lines_ = 0;
+    std::vector<std::string> notes_;
+    std::size_t terminal_width_ = 0;
 };
 
 } // namespace zxsheet

@@ -24,6 +24,10 @@ Parameter range_option(std::string& range, const char* what) {
     return {"-r,--range", "RANGE", what, &range};
 }
 
+Parameter all_cells_flag(bool& all_cells) {
+    return {"--all-cells", "", "Cells that have a format but no value, too", &all_cells};
+}
+
 Parameter json_flag(bool& json) {
     return {"--json", "", "Print JSON", &json};
 }

@@ -64,6 +64,11 @@ inline constexpr const char* kApplicationFlag = "--app";
 Parameter application_flag(BookLocation& book);
 Parameter sheet_option(std::string& sheet);
 Parameter range_option(std::string& range, const char* what);
+/// What the help says of the range of a command that prints cells.
+inline constexpr const char* kReadRangeHelp =
+    "A1:D20, B3, A:C, 2:10, Sheet!A1:D20, a name or a table\n"
+    "(default: from the first cell with a value to the last)";
+Parameter all_cells_flag(bool& all_cells);
 Parameter json_flag(bool& json);
 /// "-o" of a command that changes a book.
 Parameter save_option(std::string& output);

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // `zxsheet read`: the cells of a range.
+#include <charconv>
 #include <filesystem>
 
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
-#include "zxsheet/row_writers.h"
+#include "zxsheet/output_format.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -13,13 +15,24 @@ namespace {
 using spreadsheet::MergedCellColumnRule;
 using spreadsheet::MergedCellRowRule;
 
-enum class Format { Csv, Tsv, Json, JsonLines, Table };
+enum class Format { Csv, Tsv, Json, JsonLines, Records, Cells, CellsJson, Table };
+
+/// More cells are printed only where somebody asks for them: nearly all of them would be empty.
+constexpr std::int64_t kMostCellsUnasked = 50'000'000;
 
 struct ReadOptions : BookOptions {
     std::string sheet;
     std::string range;
-    Format to = Format::Csv;
+    std::optional<Format> to;
     PrintStyle style;
+    SeparatedOptions separated;
+    std::optional<char> delimiter;
+    std::optional<std::size_t> width;
+    bool has_header = false;
+    bool all_cells = false;
+    bool formulas = false;
+
+    Bounds bounds() const { return all_cells ? Bounds::Used : Bounds::Filled; }
 };
 
 /// Writing over the book that is being read would destroy it.
@@ -31,21 +44,105 @@ void refuse_own_book(const ReadOptions& options) {
                            options.output + ": The output would replace the book itself.");
 }
 
+Format format_of(const ReadOptions& options) {
+    if (options.to) return *options.to;
+    const std::string ending = lower_extension(options.output);
+    if (ending == ".tsv" || ending == ".tab") return Format::Tsv;
+    if (ending == ".json") return options.has_header ? Format::Records : Format::Json;
+    if (ending == ".jsonl" || ending == ".ndjson") return Format::JsonLines;
+    return Format::Csv;
+}
+
+void check_options(const ReadOptions& options, Format format) {
+    const bool is_separated = format == Format::Csv || format == Format::Tsv;
+    const bool is_cells = format == Format::Cells || format == Format::CellsJson;
+    const bool has_names =
+        format == Format::Json || format == Format::JsonLines || format == Format::Records;
+    const SeparatedOptions& separated = options.separated;
+    const MergedRules& merged = options.style.merged;
+    const struct {
+        bool is_wrong;
+        const char* option;
+        const char* formats;
+    } rules[] = {
+        {options.delimiter && format != Format::Csv, "--delimiter", "csv"},
+        {options.style.text.decimal_comma && !is_separated && format != Format::Table,
+         "--decimal-comma", "csv, tsv and table"},
+        {separated.has_mark && !is_separated, "--bom", "csv and tsv"},
+        {separated.has_carriage_return && !is_separated, "--crlf", "csv and tsv"},
+        {options.width && format != Format::Table, "--width", "table"},
+        {options.has_header && !has_names, "--header", "json, jsonl and records"},
+        {(merged.columns || merged.rows) && (is_cells || options.formulas), "--merged-columns",
+         "values in rows"},
+    };
+    for (const auto& rule : rules)
+        if (rule.is_wrong)
+            throw CommandError(ExitCode::Usage, std::string(rule.option) +
+                                                    " has a meaning with the output formats " +
+                                                    rule.formats + " only.");
+}
+
+std::unique_ptr<OutputFormat> make_format(const ReadOptions& options, Format format) {
+    SeparatedOptions separated = options.separated;
+    switch (format) {
+    case Format::Csv:
+        // A decimal comma asks for another separator.
+        separated.separator =
+            options.delimiter.value_or(options.style.text.decimal_comma ? ';' : ',');
+        return separated_format(options.style, separated);
+    case Format::Tsv:
+        separated.separator = '\t';
+        return separated_format(options.style, separated);
+    case Format::Json:
+        return options.has_header ? records_format(options.style, RecordLayout::Array)
+                                  : json_format(options.style, Content::Values);
+    case Format::JsonLines:
+        return options.has_header ? records_format(options.style, RecordLayout::Lines)
+                                  : json_lines_format(options.style);
+    case Format::Records:
+        return records_format(options.style, RecordLayout::Array);
+    case Format::Cells:
+        return cells_format(options.style, CellLayout::Tsv, options.bounds());
+    case Format::CellsJson:
+        return cells_format(options.style, CellLayout::JsonLines, options.bounds());
+    default:
+        return table_format(options.style, options.width);
+    }
+}
+
+void check_size(const Selection& selection, const ReadOptions& options, Format format) {
+    const bool is_sparse = format == Format::Cells || format == Format::CellsJson;
+    const std::int64_t count = selection.range.count();
+    if (is_sparse || !options.range.empty() || count <= kMostCellsUnasked) return;
+    throw CommandError(ExitCode::Usage,
+                       options.book.text() + ": " +
+                           place_text(selection.sheet_name, selection.range) + " has " +
+                           grouped(static_cast<std::uint64_t>(count)) +
+                           " cells, most of them surely empty; print those that are there with "
+                           "--to cells, or name a range with --range.");
+}
+
+void note_missing_results(const Selection& selection, const ReadOptions& options, OutputSink& out) {
+    const std::uint64_t count = spreadsheet::formulas_without_result(*selection.sheet);
+    if (count == 0 || options.formulas) return;
+    out.note(options.book.text() + ": " + quoted_sheet(selection.sheet_name) + " has " +
+             counted(count, "formula") +
+             " without a stored result, printed as empty; --app lets the spreadsheet application "
+             "compute them, --formulas prints them.");
+}
+
 void run_read(const ReadOptions& options, OutputSink& out) {
     refuse_own_book(options);
-    const Selection selection = open_selection({options.book, options.sheet, options.range});
-    switch (options.to) {
-    case Format::Csv:
-        return write_separated(selection, options.style, ',', out);
-    case Format::Tsv:
-        return write_separated(selection, options.style, '\t', out);
-    case Format::Json:
-        return write_json(selection, options.style, Content::Values, out);
-    case Format::JsonLines:
-        return write_json_lines(selection, options.style, out);
-    case Format::Table:
-        return write_table(selection, options.style, out);
-    }
+    const Format format = format_of(options);
+    check_options(options, format);
+    Selection selection =
+        open_selection({options.book, options.sheet, options.range, options.bounds()});
+    selection.range = with_repeated_cells(selection, options.style.merged, options.range.empty());
+    check_size(selection, options, format);
+    if (options.formulas)
+        selection.formulas = std::make_shared<FormulaTexts>(selection, options.book);
+    make_format(options, format)->write(selection, out);
+    note_missing_results(selection, options, out);
 }
 
 template <class Rule>
@@ -58,25 +155,91 @@ Parameter merged_rule(const char* name, const char* what, std::optional<Rule>& r
                                               {"omit", Rule::omit}});
 }
 
+Parameter dates_option(TextStyle& style) {
+    const auto take = [&style](const std::string& text) {
+        if (text == "iso" || text == "serial") {
+            style.dates = text == "iso" ? TextStyle::Dates::Iso : TextStyle::Dates::Serial;
+            return;
+        }
+        if (text.find('%') == std::string::npos)
+            throw CommandError(ExitCode::Usage, "--dates: '" + text +
+                                                    "' is not iso, serial or a pattern such as "
+                                                    "%d.%m.%Y");
+        const std::string unknown = unknown_conversion(text);
+        if (!unknown.empty())
+            throw CommandError(ExitCode::Usage,
+                               "--dates: '" + unknown + "' is not a conversion that is known");
+        style.dates = TextStyle::Dates::Pattern;
+        style.pattern = text;
+    };
+    return {"--dates", "STYLE",
+            "iso (default), serial (day numbers of the 1900 system),\n"
+            "or a pattern such as %d.%m.%Y",
+            take};
+}
+
+Parameter delimiter_option(std::optional<char>& delimiter) {
+    const auto take = [&delimiter](const std::string& text) {
+        delimiter = text == "tab" || text == "\\t" ? '\t' : text.size() == 1 ? text[0] : '\0';
+        if (delimiter == '\0' || delimiter == '"' || delimiter == '\n' || delimiter == '\r')
+            throw CommandError(ExitCode::Usage,
+                               "--delimiter: '" + text + "' is not one character, or tab");
+    };
+    return {"--delimiter", "C", "What separates the fields of csv, or tab", take};
+}
+
+Parameter width_option(std::optional<std::size_t>& width) {
+    const auto take = [&width](const std::string& text) {
+        std::size_t number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [stop, failure] = std::from_chars(text.data(), end, number);
+        const bool is_number = failure == std::errc() && stop == end && number > 0;
+        if (!is_number && text != "none")
+            throw CommandError(ExitCode::Usage,
+                               "--width: '" + text + "' is neither a number nor none");
+        width = is_number ? number : 0;
+    };
+    return {"--width", "N", "Characters of a table's line, or none (default: the terminal's)",
+            take};
+}
+
+constexpr const char* kFooter =
+    "FORMAT is csv, tsv, json (types and values), jsonl (an array a row), records (objects by\n"
+    "the names in the first row), cells or cells.jsonl (one line for each cell that is there),\n"
+    "or table. A number that is shown as a time of day or an elapsed time prints as 13:05:00;\n"
+    "JSON keeps the number.";
+
 } // namespace
 
 Command read_command() {
     const auto options = std::make_shared<ReadOptions>();
     PrintStyle& style = options->style;
-    return reading_command(
+    Command command = reading_command(
         "read", "Cells of a range", options,
         {sheet_option(options->sheet),
          range_option(options->range, kReadRangeHelp),
-         choice<Format, Format>("--to", "FORMAT", "csv (default), tsv, json, jsonl or table",
-                                options->to,
-                                {{"csv", Format::Csv},
-                                 {"tsv", Format::Tsv},
-                                 {"json", Format::Json},
-                                 {"jsonl", Format::JsonLines},
-                                 {"table", Format::Table}}),
-         choice<DateStyle, DateStyle>(
-             "--dates", "STYLE", "iso (default), or serial: day numbers of the 1900 system",
-             style.dates, {{"iso", DateStyle::Iso}, {"serial", DateStyle::Serial}}),
+         choice<std::optional<Format>, Format>(
+             "--to", "FORMAT", "See below (default: as the name of -o ends, else csv)", options->to,
+             {{"csv", Format::Csv},
+              {"tsv", Format::Tsv},
+              {"json", Format::Json},
+              {"jsonl", Format::JsonLines},
+              {"records", Format::Records},
+              {"cells", Format::Cells},
+              {"cells.jsonl", Format::CellsJson},
+              {"table", Format::Table}}),
+         {"--header", "", "The first row has the names: objects in json and jsonl",
+          &options->has_header},
+         all_cells_flag(options->all_cells),
+         {"--formulas", "", "The text of formulas instead of their results", &options->formulas},
+         dates_option(style.text),
+         delimiter_option(options->delimiter),
+         {"--decimal-comma", "", "Numbers as 1,5; csv is separated by semicolons then",
+          &style.text.decimal_comma},
+         {"--bom", "", "Begin csv and tsv with a byte order mark", &options->separated.has_mark},
+         {"--crlf", "", "End lines of csv and tsv with CR LF",
+          &options->separated.has_carriage_return},
+         width_option(options->width),
          {"-o,--output", "FILE", "Write into FILE instead of standard output", &options->output},
          merged_rule<MergedCellColumnRule>(
              "--merged-columns", "Cells merged across columns: first, last, repeat, error or omit",
@@ -85,6 +248,8 @@ Command read_command() {
              "--merged-rows", "Cells merged across rows: first, last, repeat, error or omit",
              style.merged.rows)},
         run_read);
+    command.footer = kFooter;
+    return command;
 }
 
 } // namespace zxsheet

@@ -31,29 +31,30 @@ struct Streams {
     std::istream& in;
     std::ostream& out;
     std::ostream& err;
-    bool err_is_terminal;
+    Terminal terminal;
 };
 
-/// Prints one line that ends with a full stop, whatever a file put into the sentence.
+/// Prints one line that ends with a full stop or a question, whatever a file put into the sentence.
 void print_sentence(std::string sentence, std::ostream& err) {
     const auto is_control = [](char c) {
         return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
     };
     std::replace_if(sentence.begin(), sentence.end(), is_control, ' ');
-    if (!sentence.ends_with('.')) sentence += '.';
+    if (!sentence.ends_with('.') && !sentence.ends_with('?')) sentence += '.';
     err << "zxsheet: " << sentence << '\n';
 }
 
 void read_book(const Command& command, const Streams& streams) {
     const std::string& output = command.options->output;
-    ProgressLine progress(streams.err_is_terminal ? &streams.err : nullptr,
+    ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Reading " + command.options->book.text());
-    const PauseNotices notices(streams.err, streams.err_is_terminal, progress);
+    const PauseNotices notices(streams.err, streams.terminal.is_err, progress);
     OutputSink sink(streams.out, output, [&] {
         // The terminal may show the data as well, and a pipe may end the program here.
         if (output.empty()) return progress.finish();
         progress.set_text("Writing " + output);
     });
+    sink.set_terminal_width(streams.terminal.out_width);
     try {
         command.read(sink);
         sink.finish();
@@ -61,12 +62,15 @@ void read_book(const Command& command, const Streams& streams) {
         const CommandError error = as_command_error(std::current_exception(), *command.options);
         throw CommandError(error.code(), error.what() + sink.break_off_text());
     }
+    progress.finish();
+    for (const std::string& note : sink.notes())
+        print_sentence(note, streams.err);
 }
 
 void change_book(const Command& command, const Streams& streams) {
-    ProgressLine progress(streams.err_is_terminal ? &streams.err : nullptr,
+    ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Opening " + command.options->book.text());
-    const PauseNotices notices(streams.err, streams.err_is_terminal, progress);
+    const PauseNotices notices(streams.err, streams.terminal.is_err, progress);
     ChangeTools tools{streams.in, progress};
     const std::string done = command.change(tools);
     progress.finish();
@@ -85,7 +89,7 @@ void execute(const Command& command, const Streams& streams) {
 } // namespace
 
 int run(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
-        std::ostream& err, bool err_is_terminal) {
+        std::ostream& err, const Terminal& terminal) {
     try {
         const CommandTable table = make_command_table();
         const ParsedLine line = parse_command_line(arguments, table);
@@ -97,8 +101,10 @@ int run(const std::vector<std::string>& arguments, std::istream& in, std::ostrea
         use_google_root(line.google_root);
         gsheet::use_credential_search(true);
         const LogPrinting log(line.log_level, err);
+        Terminal shown = terminal;
         // The log and a line of progress would disturb each other.
-        execute(*line.command, {in, out, err, err_is_terminal && line.log_level.empty()});
+        shown.is_err = terminal.is_err && line.log_level.empty();
+        execute(*line.command, {in, out, err, shown});
         return static_cast<int>(ExitCode::Done);
     } catch (const CommandError& e) {
         print_sentence(e.what(), err);

@@ -10,6 +10,7 @@
 #include "zxsheet/cell_text.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/library_error.h"
+#include "zxsheet/online_cells.h"
 #include "zxsheet/online_writer.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
@@ -95,6 +96,7 @@ void SheetWriter::finish() {
     if (!failure_) {
         try {
             empty_rest();
+            if (options_.replace) clear_rest();
         } catch (const std::exception&) {
             if (online_ == nullptr || rows_ == 0) throw;
             failure_ = std::current_exception();
@@ -139,7 +141,10 @@ void SheetWriter::open() {
     target_ = open_write_target(options_, place_);
     online_ = online_sheet(target_.cells.sheet);
     // Online, what is there is replaced, wherever it is.
-    if (online_ == nullptr) used_before_ = target_.cells.sheet->used_range();
+    if (online_ == nullptr)
+        used_before_ = target_.cells.sheet->used_range();
+    else if (options_.replace)
+        used_before_ = used_online_range(target_.cells);
     dates_1904_ = target_.cells.book->are_dates_1904();
     tools_.progress.set_text("Writing " + options_.book.text());
 }
@@ -197,7 +202,7 @@ void SheetWriter::write_online_block(int columns) {
         for (std::size_t i = row_begin(row); i < row_ends_[row]; ++i)
             block.rows[row].push_back(has_value(cells_[i]) ? &cells_[i] : nullptr);
     check_unlocked(target_.cells.sheet, block.range, options_.book);
-    write_online(*online_, block, options_.keep_format);
+    write_online(*online_, block, keeps_formats());
 }
 
 std::size_t SheetWriter::row_begin(std::size_t row) const {
@@ -270,7 +275,7 @@ void SheetWriter::write_range(const Range& range, std::size_t first_row) {
 
 void SheetWriter::write_patch(CellPatch& patch, const Range& range) {
     check_unlocked(target_.cells.sheet, range, options_.book);
-    patch.write(*target_.cells.sheet, used_before_, options_.keep_format);
+    patch.write(*target_.cells.sheet, used_before_, keeps_formats());
     check_done(target_.cells.book, options_);
 }
 
@@ -284,7 +289,7 @@ void SheetWriter::empty_rest() {
                            piece.first_row + piece.rows - 1, first_column + columns_ - 1};
             block.rows.resize(static_cast<std::size_t>(piece.rows));
             check_unlocked(target_.cells.sheet, block.range, options_.book);
-            write_online(*online_, block, options_.keep_format);
+            write_online(*online_, block, keeps_formats());
             continue;
         }
         const Range& used = used_before_;
@@ -305,6 +310,29 @@ void SheetWriter::empty_range(const Range& range) {
         CellPatch nothing(band);
         write_patch(nothing, band);
     }
+}
+
+void SheetWriter::clear_rest() {
+    const Range& used = used_before_;
+    const Range data = written();
+    if (used.count() <= 0) return;
+    const int below = data.count() > 0 ? data.last_row + 1 : used.first_row;
+    const Range rests[] = {
+        {used.first_row, used.first_column, std::min(data.first_row - 1, used.last_row),
+         used.last_column},
+        {std::max(used.first_row, below), used.first_column, used.last_row, used.last_column},
+        {data.first_row, used.first_column, data.last_row, data.first_column - 1},
+        {data.first_row, std::max(used.first_column, data.last_column + 1), data.last_row,
+         used.last_column}};
+    for (const Range& rest : rests) {
+        if (rest.first_row > rest.last_row || rest.first_column > rest.last_column) continue;
+        check_unlocked(target_.cells.sheet, rest, options_.book);
+        target_.cells.sheet->clear(rest);
+    }
+}
+
+bool SheetWriter::keeps_formats() const {
+    return !options_.plain && !target_.is_new_sheet;
 }
 
 std::size_t SheetWriter::next_row() const {

@@ -58,6 +58,9 @@ class SheetWriter : public CellSink {
     void write_patch(CellPatch& patch, const spreadsheet::Range& range);
     void empty_rest();
     void empty_range(const spreadsheet::Range& range);
+    /// Removes the cells of the sheet beside the rectangle.
+    void clear_rest();
+    bool keeps_formats() const;
     std::size_t row_begin(std::size_t row) const;
     int columns_of(std::size_t row) const;
     void check_room(int rows, int columns) const;

@@ -6,6 +6,8 @@
 #include <optional>
 
 #include "zxsheet/cell_guess.h"
+#include "zxsheet/column_matcher.h"
+#include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
 #include "zxsheet/delimited_reader.h"
 #include "zxsheet/input_file.h"
@@ -20,7 +22,7 @@ namespace {
 
 using spreadsheet::cell_type;
 
-enum class Format { Csv, Tsv, Json };
+enum class Format { Csv, Tsv, Json, JsonLines };
 
 /// No sheet has more rows.
 constexpr std::size_t kMaxRows = 10'000'000;
@@ -29,6 +31,7 @@ struct DataOptions : WriteOptions {
     std::string input;            ///< the data; empty or "-" for standard input
     std::optional<Format> from{}; ///< of the data; by the name of `input` when not given
     bool as_text = false;         ///< guess no types
+    bool has_header = false;      ///< the first row has names
 };
 
 bool is_standard_input(const DataOptions& options) {
@@ -37,11 +40,21 @@ bool is_standard_input(const DataOptions& options) {
 
 Format format_of_input(const DataOptions& options) {
     if (options.from) return *options.from;
-    std::u8string extension = native_path(options.input).extension().u8string();
-    for (char8_t& c : extension)
-        if (c >= u8'A' && c <= u8'Z') c = static_cast<char8_t>(c + (u8'a' - u8'A'));
-    if (extension == u8".tsv" || extension == u8".tab") return Format::Tsv;
-    return extension == u8".json" ? Format::Json : Format::Csv;
+    const std::string extension = lower_extension(options.input);
+    if (extension == ".tsv" || extension == ".tab") return Format::Tsv;
+    if (extension == ".jsonl" || extension == ".ndjson") return Format::JsonLines;
+    return extension == ".json" ? Format::Json : Format::Csv;
+}
+
+/// Containers of workbooks, by their first bytes.
+void refuse_workbook(TextInput& input) {
+    constexpr std::string_view kZip = "PK\x03\x04", kCompoundFile = "\xD0\xCF\x11\xE0";
+    const std::string_view begin = input.ahead().substr(0, 4);
+    if (begin != kZip && begin != kCompoundFile) return;
+    throw CommandError(ExitCode::Usage,
+                       input.name() + ": This is a workbook, and write takes CSV, TSV and JSON; "
+                                      "'zxsheet read BOOK --to json | zxsheet write OTHER --from "
+                                      "json' copies a sheet, 'zxsheet convert' a book.");
 }
 
 void read_delimited(TextInput& input, char separator, bool as_text, CellSink& sink) {
@@ -58,9 +71,12 @@ void read_delimited(TextInput& input, char separator, bool as_text, CellSink& si
 }
 
 void read_input(TextInput& input, const DataOptions& options, CellSink& sink) {
+    const bool guess_dates = !options.as_text;
     switch (format_of_input(options)) {
     case Format::Json:
-        return read_json(input, sink);
+        return read_json(input, sink, JsonLayout::Document, guess_dates);
+    case Format::JsonLines:
+        return read_json(input, sink, JsonLayout::Lines, guess_dates);
     case Format::Tsv:
         return read_delimited(input, '\t', options.as_text, sink);
     default:
@@ -81,12 +97,16 @@ std::string run_write(const DataOptions& options, ChangeTools& tools) {
     if (!is_standard_input(options)) file = open_input_file(options.input);
     TextInput input(file.is_open() ? file : tools.in,
                     file.is_open() ? options.input : "standard input");
+    refuse_workbook(input);
     SheetWriter writer(options, tools);
+    ColumnMatcher matcher(writer, options.book, options.has_header);
     // JSON may say where it belongs; with anything else a wrong target is reported before the data
     // is read.
     if (format_of_input(options) != Format::Json) writer.open();
     tools.progress.set_text("Reading " + input.name());
-    read_input(input, options, writer);
+    // Rows go straight to the writer unless their columns may have to be found.
+    CellSink& sink = options.append ? static_cast<CellSink&>(matcher) : writer;
+    read_input(input, options, sink);
     writer.finish();
     return save_changes(writer.target().cells.book, options, tools, summary_of(writer),
                         writer.target().origin);
@@ -97,8 +117,10 @@ constexpr const char* kFooter =
     "true or false, also when they are quoted; empty ones leave the cell empty. What would lose\n"
     "something stays text: leading zeros and plus signs, whole numbers of more than 15 digits,\n"
     "1,234 and 1,5, surrounding blanks. CSV may have semicolons instead of commas, and UTF-16.\n"
-    "JSON is what 'zxsheet read --to json' prints; its sheet and range count unless -s and -r are\n"
-    "given, and its errors become text.\n\n"
+    "JSON is what 'zxsheet read' prints: an object with values, whose sheet and range count\n"
+    "unless -s and -r are given, an array of arrays, or an array of objects, whose names\n"
+    "become the first row; jsonl has one array or object a line.\n"
+    "A sheet that has values asks for -s, -r, --append or --replace.\n\n"
     "Example: zxsheet write book.xlsx -s Data -r B2 data.csv";
 
 } // namespace
@@ -115,11 +137,20 @@ Command write_command() {
          {"-r,--range", "CELL", "First cell (default: A1), or a range that the data must fit into",
           &options->range},
          choice<std::optional<Format>, Format>(
-             "--from", "FORMAT", "csv, tsv or json (default: as FILE ends, else csv)",
-             options->from, {{"csv", Format::Csv}, {"tsv", Format::Tsv}, {"json", Format::Json}}),
-         {"--text", "", "Write every field of CSV and TSV as text", &options->as_text},
+             "--from", "FORMAT", "csv, tsv, json or jsonl (default: as FILE ends, else csv)",
+             options->from,
+             {{"csv", Format::Csv},
+              {"tsv", Format::Tsv},
+              {"json", Format::Json},
+              {"jsonl", Format::JsonLines}}),
+         {"--append", "", "Write after the last row that has a value", &options->append},
+         {"--header", "", "The first row of the data has names: --append finds their columns",
+          &options->has_header},
+         {"--replace", "", "Leave no other cell on the sheet", &options->replace},
+         {"--text", "", "Write every field of CSV and TSV, and dates in JSON, as text",
+          &options->as_text},
          {"--skip", "N", "Leave out the first N rows of the data", &options->skip, false, kMaxRows},
-         {"--keep-format", "", "Cells keep the formats that they have", &options->keep_format},
+         {"--plain", "", "Cells lose the formats that they have", &options->plain},
          save_option(options->output)},
         run_write, "");
     command.footer = kFooter;

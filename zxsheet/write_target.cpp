@@ -7,7 +7,10 @@
 
 #include "foundation/unicode.h"
 #include "spreadsheet/failure.h"
+#include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/online_cells.h"
+#include "zxsheet/range_reference.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -24,6 +27,8 @@ struct WantedSheet {
 
 WantedSheet wanted_sheet(const WriteOptions& options, const DataPlace& place) {
     if (!options.sheet.empty()) return {options.sheet, true};
+    if (const auto reference = split_reference(options.range); reference.sheet)
+        return {*reference.sheet, false};
     return {place.sheet.value_or(""), false};
 }
 
@@ -65,6 +70,7 @@ WriteTarget make_target(const BookLocation& location, const WantedSheet& wanted)
     if (has_name && !adds_sheet) cells.sheet->name(unicode::to_utf16(wanted.text));
     cells.sheet_name = cells.sheet->name();
     target.origin = Origin::Made;
+    target.is_new_sheet = true;
     target.preparation = "Made the book, wrote ";
     return target;
 }
@@ -78,6 +84,7 @@ WriteTarget add_target(const BookLocation& location, const std::string& name,
     target.cells.sheet_name = unicode::to_utf16(name);
     target.cells.sheet =
         add_sheet(target.cells.book, target.cells.book->num_sheets(), target.cells.sheet_name, u"");
+    target.is_new_sheet = true;
     target.preparation = "Added sheet " + quoted_sheet(target.cells.sheet_name) + ", wrote ";
     return target;
 }
@@ -89,8 +96,11 @@ WriteTarget open_target(const BookLocation& location, const WantedSheet& wanted,
                             !find_sheet_name(*list, unicode::to_utf16(wanted.text));
     if (is_missing) return add_target(location, wanted.text, list);
     // Names come before numbers.
+    WriteTarget target;
     const Extent extent = location.is_online() ? Extent::NoCells : Extent::WholeSheet;
-    return {open_selection(list, {location, wanted.text}, extent), Origin::Loaded, "Wrote "};
+    target.cells = open_selection(list, {location, wanted.text}, extent);
+    target.preparation = "Wrote ";
+    return target;
 }
 
 /// From the cell to the end of the sheet.
@@ -99,22 +109,56 @@ Range room_from(const Range& cell, book::format format) {
             book::get_col_limit(format)};
 }
 
-Range find_room(const WriteOptions& options, const DataPlace& place, Selection& cells) {
+Range filled_cells(const Selection& cells) {
+    return online_sheet(cells.sheet) != nullptr ? used_online_range(cells)
+                                                : filled_range(*cells.sheet);
+}
+
+Range find_room(const WriteOptions& options, const DataPlace& place, WriteTarget& target) {
+    Selection& cells = target.cells;
+    const book::format format = cells.book->format();
+    if (options.append) {
+        const Range filled = filled_cells(cells);
+        if (filled.count() <= 0) return room_from({0, 0, 0, 0}, format);
+        target.header = {filled.first_row, filled.first_column, filled.first_row,
+                         filled.last_column};
+        return room_from({filled.last_row + 1, filled.first_column, 0, 0}, format);
+    }
     const bool from_data = options.range.empty();
     const std::string text = from_data ? place.range.value_or("A1") : options.range;
-    const Range range = range_on_sheet(text, cells, options.book);
-    return from_data || range.count() == 1 ? room_from(range, cells.book->format()) : range;
+    const Range range = range_on_sheet(split_reference(text).cells, cells, options.book);
+    return from_data || range.count() == 1 ? room_from(range, format) : range;
+}
+
+void check_choice(const WriteOptions& options) {
+    const bool has_two = (options.append && (options.replace || !options.range.empty()));
+    if (has_two)
+        throw CommandError(ExitCode::Usage, options.replace ? "Give either --append or --replace"
+                                                            : "Give either --append or --range");
+}
+
+/// Nobody's values are overwritten because something was forgotten.
+void check_asked_for(const WriteOptions& options, const DataPlace& place, const Selection& cells) {
+    const bool is_told = !options.sheet.empty() || !options.range.empty() || options.append ||
+                         options.replace || place.sheet || place.range;
+    if (is_told || filled_cells(cells).count() <= 0) return;
+    throw CommandError(ExitCode::Usage,
+                       options.book.text() + ": " + quoted_sheet(cells.sheet_name) +
+                           " has values already; say where to write with --sheet or --range, or "
+                           "choose --append or --replace.");
 }
 
 } // namespace
 
 WriteTarget open_write_target(const WriteOptions& options, const DataPlace& place) {
+    check_choice(options);
     const WantedSheet wanted = wanted_sheet(options, place);
     const auto list = list_if_there(options.book);
     WriteTarget target =
         list ? open_target(options.book, wanted, list) : make_target(options.book, wanted);
     check_target(options);
-    target.cells.range = find_room(options, place, target.cells);
+    check_asked_for(options, place, target.cells);
+    target.cells.range = find_room(options, place, target);
     return target;
 }
 

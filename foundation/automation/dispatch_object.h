@@ -61,7 +61,8 @@ struct DispatchMember {
 ///
 ///     static std::span<const DispatchMember<Object>> members();
 ///
-/// An exception that leaves a member becomes `E_OUTOFMEMORY` or `DISP_E_EXCEPTION`. References may
+/// An exception that leaves a member becomes `E_OUTOFMEMORY` or `DISP_E_EXCEPTION`, unless `Object`
+/// overrides `result_of_exception`. References may
 /// be counted on any thread.
 template <class Object>
 class DispatchObject : public IDispatch {
@@ -126,15 +127,23 @@ class DispatchObject : public IDispatch {
             // A put's value is named and comes first, which is the place of the last argument.
             return (static_cast<Object*>(this)->*found.call)(
                 {used, {parameters->rgvarg, parameters->cArgs}, result});
+        } catch (...) {
+            return result_of_exception();
+        }
+    }
+
+  protected:
+    virtual ~DispatchObject() = default;
+    /// What a call returns whose member has thrown the exception that is being handled.
+    virtual HRESULT result_of_exception() const noexcept {
+        try {
+            throw;
         } catch (const std::bad_alloc&) {
             return E_OUTOFMEMORY;
         } catch (...) {
             return DISP_E_EXCEPTION;
         }
     }
-
-  protected:
-    virtual ~DispatchObject() = default;
 
   private:
     std::atomic<ULONG> references_{1};

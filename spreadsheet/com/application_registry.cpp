@@ -34,9 +34,9 @@ std::optional<std::vector<std::u16string>> list_workbooks(const excel_applicatio
                                                           LONG count) {
     std::vector<std::u16string> names;
     for (LONG number = 1; number <= count; ++number) {
-        com::CallResult item =
-            com::get(instance.workbooks(), OLESTR("Item"), {Variant::integer(number).get()});
-        const auto workbook = excel_application::get_temp_ref(item.value.release_object());
+        const auto workbook =
+            com::get(instance.workbooks(), OLESTR("Item"), {Variant::integer(number).get()})
+                .object();
         const com::CallResult name = com::get(workbook.get(), OLESTR("FullName"));
         const auto text = text_in(name.value.get());
         if (!name || !text) return std::nullopt;
@@ -99,6 +99,7 @@ ApplicationSlots* application_registry() {
 void start_applications() {
     if (slots != nullptr) return;
     slots = std::make_unique<ApplicationSlots>().release();
+    // A thread in another apartment is refused when its first book starts an application.
     if (CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED) == S_FALSE) CoUninitialize();
 }
 

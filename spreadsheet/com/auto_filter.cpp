@@ -62,6 +62,8 @@ AutoFilter AutoFilter::capture(IDispatch* sheet) {
     }
     const auto range = object_of(get(filter.get(), OLESTR("Range")));
     captured.address_ = get(range.get(), OLESTR("Address")).or_fail_internally(kTag);
+    if (captured.address_.type() != VT_BSTR)
+        com::fail_call(kTag, error_id::internal, OLESTR("Address"), S_OK);
     return captured;
 }
 

@@ -12,27 +12,52 @@
 namespace spreadsheet::com {
 namespace {
 
-/// What the application says most often; empty for any other result.
-std::string_view meaning_of(HRESULT result) {
+/// What a call returns after the application's process has ended, or while it ends (MS-ERREF 2.2).
+constexpr HRESULT kServerUnavailable = static_cast<HRESULT>(0x800706ba);
+constexpr HRESULT kServerCallFailed = static_cast<HRESULT>(0x800706be);
+/// The application's own error for most operations that it does not carry out.
+constexpr HRESULT kNotCarriedOut = static_cast<HRESULT>(0x800a03ec);
+
+bool says_application_ended(HRESULT result) {
     switch (result) {
-    case S_OK:
-        return "a result of an unexpected type";
+    case RPC_E_DISCONNECTED:
+    case RPC_E_SERVER_DIED:
+    case RPC_E_SERVER_DIED_DNE:
+    case kServerUnavailable:
+    case kServerCallFailed:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// What the application returns most often, in words; empty for any other result.
+std::string_view meaning_of(HRESULT result) {
+    if (says_application_ended(result)) return "the application has ended";
+    switch (result) {
     case DISP_E_EXCEPTION:
+    case kNotCarriedOut:
         return "the application refused the operation";
     case DISP_E_UNKNOWNNAME:
     case DISP_E_MEMBERNOTFOUND:
         return "the application does not have it";
+    case E_NOTIMPL:
+        return "the application cannot do that";
     case DISP_E_BADINDEX:
         return "there is no such element";
     case RPC_E_CALL_REJECTED:
+    case RPC_E_SERVERCALL_RETRYLATER:
         return "the application is busy, perhaps with a dialog";
-    case RPC_E_DISCONNECTED:
-        return "the application has ended";
     case E_OUTOFMEMORY:
         return "memory ran out";
     default:
         return {};
     }
+}
+
+FailureKind kind_of(HRESULT result) {
+    if (says_application_ended(result)) return FailureKind::NoApplication;
+    return result == E_OUTOFMEMORY ? FailureKind::OutOfMemory : FailureKind::Unknown;
 }
 
 std::string hexadecimal(HRESULT result) {
@@ -44,13 +69,17 @@ std::string hexadecimal(HRESULT result) {
 
 } // namespace
 
-std::string describe_call(const OLECHAR* member, HRESULT result) {
+Failure cause_of(const OLECHAR* member, HRESULT result) {
     std::string text = "The application's member " +
-                       foundation::unicode::to_utf8(reinterpret_cast<const char16_t*>(member)) +
-                       " failed with " + hexadecimal(result);
-    if (const std::string_view meaning = meaning_of(result); !meaning.empty())
-        text.append(": ").append(meaning);
-    return text + ".";
+                       foundation::unicode::to_utf8(reinterpret_cast<const char16_t*>(member));
+    if (SUCCEEDED(result)) {
+        text += " returned a value of an unexpected type";
+    } else {
+        text += " failed with " + hexadecimal(result);
+        if (const std::string_view meaning = meaning_of(result); !meaning.empty())
+            text.append(": ").append(meaning);
+    }
+    return {kind_of(result), text + "."};
 }
 
 void log_line(std::string_view tag, std::string_view text) {
@@ -65,17 +94,16 @@ void fail(std::string_view tag, error_id id, Failure failure) {
 }
 
 void fail_call(std::string_view tag, error_id id, const OLECHAR* member, HRESULT result) {
-    Failure failure;
-    if (result == E_OUTOFMEMORY) failure.kind = FailureKind::OutOfMemory;
-    if (result == RPC_E_DISCONNECTED) failure.kind = FailureKind::NoApplication;
-    failure.cause = describe_call(member, result);
-    fail(tag, id, std::move(failure));
+    fail(tag, id, cause_of(member, result));
 }
 
 void fail_start(HRESULT result) {
     Failure failure;
     failure.kind = FailureKind::NoApplication;
-    failure.cause = foundation::automation::start_problem(result);
+    failure.cause = result == RPC_E_CHANGED_MODE
+                        ? "The thread is in a multithreaded apartment: use interactive mode on a "
+                          "thread that is initialised as a single-threaded one, or not at all."
+                        : foundation::automation::start_problem(result);
     fail("[COM APPLICATION MSG]:", error_id::internal, std::move(failure));
 }
 

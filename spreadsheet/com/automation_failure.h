@@ -20,16 +20,16 @@ void log_line(std::string_view tag, std::string_view text);
 /// `id`, which carries the cause.
 [[noreturn]] void fail(std::string_view tag, error_id id, Failure failure);
 
-/// Logs and throws for a call that ended in `result`. An `S_OK` means a result of an
-/// unexpected type.
+/// The cause of a call that ended in `result`: one sentence with the member, the result's number
+/// and, where it is known, what it means. `S_OK` means a value of an unexpected type. The kind
+/// is unknown unless the application has ended or is out of memory.
+Failure cause_of(const OLECHAR* member, HRESULT result);
+
+/// `fail` for a call that ended in `result`.
 [[noreturn]] void fail_call(std::string_view tag, error_id id, const OLECHAR* member,
                             HRESULT result);
 
 /// Logs why no application could be started, then throws `Exception` 18 of kind `NoApplication`.
 [[noreturn]] void fail_start(HRESULT result);
-
-/// One sentence for a call that failed: the member, the result's number and, where it is known,
-/// what it means.
-std::string describe_call(const OLECHAR* member, HRESULT result);
 
 } // namespace spreadsheet::com

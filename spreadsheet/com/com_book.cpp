@@ -9,7 +9,6 @@
 
 #include "foundation/ascii_case.h"
 #include "spreadsheet/com/com_sheet.h"
-#include "spreadsheet/com/late_bound_call.h"
 #include "spreadsheet/com/workbook_path.h"
 
 namespace spreadsheet {
@@ -159,8 +158,7 @@ std::shared_ptr<ISheet> COMBook::add_sheet(std::size_t index, const std::u16stri
     if (index > sheets_.size() || sheets_.empty())
         com::fail(kTag, kNotAdded,
                   {FailureKind::Missing, "The workbook has no sheet beside that place."});
-    com::CallResult active = com::get(workbook_.get(), OLESTR("ActiveSheet"));
-    const auto active_sheet = excel_application::get_temp_ref(active.value.release_object());
+    const auto active_sheet = com::get(workbook_.get(), OLESTR("ActiveSheet")).object();
     const auto activate = [&] {
         if (active_sheet) com::call(active_sheet.get(), OLESTR("Activate"));
     };
@@ -168,7 +166,7 @@ std::shared_ptr<ISheet> COMBook::add_sheet(std::size_t index, const std::u16stri
         std::shared_ptr<COMSheet> added = insert_sheet(index, name);
         activate();
         return added;
-    } catch (const Exception&) {
+    } catch (...) {
         activate();
         throw;
     }
@@ -179,28 +177,34 @@ std::shared_ptr<COMSheet> COMBook::insert_sheet(std::size_t index, const std::u1
     const Variant missing = Variant::null();
     const Variant& before = index == 0 ? neighbour : missing;
     const Variant& after = index == 0 ? missing : neighbour;
-    constexpr error_id kNotAdded = error_id::sheet_not_created;
-    com::CallResult result =
-        com::call(worksheets_.get(), OLESTR("Add"), {after.get(), before.get()});
-    if (!result) com::fail_call(kTag, kNotAdded, result.member, result.status);
-    const auto object = application_->adopt(result.value.release_object());
-    if (!object) com::fail_call(kTag, kNotAdded, result.member, S_OK);
+    const auto object =
+        application_->adopt(com::call(worksheets_.get(), OLESTR("Add"), {after.get(), before.get()})
+                                .release_object_or_fail(kTag, error_id::sheet_not_created));
     std::shared_ptr<COMSheet> added = make_sheet(object);
     const auto place = sheets_.insert(sheets_.begin() + static_cast<std::ptrdiff_t>(index), added);
     try {
         added->name(name);
-    } catch (const Exception&) {
+    } catch (...) {
         // A sheet that did not get its name does not remain.
         sheets_.erase(place);
-        com::call(object.get(), OLESTR("Delete"));
+        delete_sheet(object.get());
         throw;
     }
     return added;
 }
 
+com::CallResult COMBook::delete_sheet(IDispatch* object) {
+    // Another book of this application may have switched alerts on when it was closed, and a
+    // question of a hidden application is never answered.
+    show_alerts(false);
+    return com::call(object, OLESTR("Delete"));
+}
+
 void COMBook::remove_sheet(std::size_t index) {
-    IDispatch* const object = index < sheets_.size() ? sheets_[index]->object() : nullptr;
-    com::call(object, OLESTR("Delete")).or_fail(kTag, error_id::sheet_not_deleted);
+    constexpr error_id kNotDeleted = error_id::sheet_not_deleted;
+    if (index >= sheets_.size())
+        com::fail(kTag, kNotDeleted, {FailureKind::Missing, "The workbook has no such sheet."});
+    delete_sheet(sheets_[index]->object()).or_fail(kTag, kNotDeleted);
     sheets_.erase(sheets_.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
@@ -216,12 +220,15 @@ void COMBook::save(const std::u16string& path) {
     const com::CallResult saved =
         com::call(workbook_.get(), OLESTR("SaveAs"), {file_format.get(), file_name.get()});
     if (saved) return;
-    com::fail(kTag, error_id::book_not_saved,
-              {FailureKind::FileNotWritten, com::describe_call(saved.member, saved.status), path});
+    Failure failure = com::cause_of(saved.member, saved.status);
+    if (failure.kind == FailureKind::Unknown) failure.kind = FailureKind::FileNotWritten;
+    failure.file = path;
+    com::fail(kTag, error_id::book_not_saved, std::move(failure));
 }
 
 void COMBook::save_to_memory(std::vector<unsigned char>&) {
-    throw Exception(error_id::save_to_memory_unsupported);
+    com::fail(kTag, error_id::save_to_memory_unsupported,
+              {FailureKind::Unsupported, "Interactive mode saves to files, not to memory."});
 }
 
 } // namespace spreadsheet

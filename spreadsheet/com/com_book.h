@@ -12,6 +12,7 @@
 
 #include "spreadsheet/book.h"
 #include "spreadsheet/com/excel_application.h"
+#include "spreadsheet/com/late_bound_call.h"
 
 namespace spreadsheet {
 
@@ -66,9 +67,9 @@ class COMBook : public IBook {
     void open_workbook(book::format format, const std::u16string* path);
     std::shared_ptr<IDispatch> open_file(const std::u16string& path);
     std::shared_ptr<IDispatch> make_workbook();
-    /// Waits until the workbook reports its format; `Exception` 9 when it does not, or holds plain
-    /// text.
-    void check_file_format(bool from_file);
+    /// Waits until the workbook reports its format; `Exception` 9 when it does not, or when the
+    /// file at `path` (null for a new workbook) was read as plain text.
+    void check_file_format(const std::u16string* path);
     /// Switches alerts of the application on or off; the result is not checked.
     void show_alerts(bool on);
     /// Reads the user's date formats once, so that no later read has to.
@@ -78,6 +79,8 @@ class COMBook : public IBook {
     std::shared_ptr<IDispatch> worksheet(std::size_t number);
     std::shared_ptr<COMSheet> make_sheet(std::shared_ptr<IDispatch> sheet) const;
     std::shared_ptr<COMSheet> insert_sheet(std::size_t index, const std::u16string& name);
+    /// Deletes a sheet in the application without a question.
+    com::CallResult delete_sheet(IDispatch* object);
     void close_workbook();
 
     std::shared_ptr<excel_application> application_;

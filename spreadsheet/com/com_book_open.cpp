@@ -9,7 +9,6 @@
 #include "foundation/files.h"
 #include "spreadsheet/com/com_book.h"
 #include "spreadsheet/com/com_sheet.h"
-#include "spreadsheet/com/late_bound_call.h"
 #include "spreadsheet/com/workbook_path.h"
 
 namespace spreadsheet {
@@ -29,9 +28,11 @@ constexpr auto kLongestWait = 5000ms;
 constexpr LONG kPlainText = -4158;
 constexpr LONG kOpenXmlWorkbook = 51;
 
-/// Why the application has not opened a file.
-Failure explain_open(const std::u16string& path, std::string call) {
-    Failure failure{FailureKind::NotAWorkbook, std::move(call), path};
+/// Why the application has not opened a file; `failure` is what it says itself.
+Failure explain_open(const std::u16string& path, Failure failure) {
+    failure.file = path;
+    if (failure.kind != FailureKind::Unknown) return failure;
+    failure.kind = FailureKind::NotAWorkbook;
     try {
         foundation::files::open_for_reading(path);
     } catch (const foundation::files::FileError& problem) {
@@ -49,7 +50,8 @@ Failure explain_open(const std::u16string& path, std::string call) {
 
 void COMBook::open_workbook(book::format format, const std::u16string* path) {
     format_ = format;
-    application_ = excel_application::acquire(path == nullptr ? nullptr : path->c_str());
+    const std::u16string absolute = path == nullptr ? u"" : com::absolute_path(*path);
+    application_ = excel_application::acquire(path == nullptr ? nullptr : absolute.c_str());
     IDispatch* const application = application_->application();
     if (application == nullptr) com::fail_start(RPC_E_DISCONNECTED);
     if (application_->workbooks() != nullptr) {
@@ -59,14 +61,12 @@ void COMBook::open_workbook(book::format format, const std::u16string* path) {
     }
     workbook_ = path == nullptr ? make_workbook() : open_file(*path);
     show_alerts(false);
-    check_file_format(path != nullptr);
-    com::CallResult worksheets = com::get(workbook_.get(), OLESTR("Worksheets"));
-    if (!worksheets) com::fail_call(kTag, error_id::internal, worksheets.member, worksheets.status);
-    worksheets_ = application_->adopt(worksheets.value.release_object());
-    if (!worksheets_) com::fail_call(kTag, error_id::internal, worksheets.member, S_OK);
+    check_file_format(path);
+    worksheets_ = application_->adopt(com::get(workbook_.get(), OLESTR("Worksheets"))
+                                          .release_object_or_fail(kTag, error_id::internal));
 }
 
-void COMBook::check_file_format(bool from_file) {
+void COMBook::check_file_format(const std::u16string* path) {
     auto wait = 0ms;
     com::CallResult result = com::get(workbook_.get(), OLESTR("FileFormat"));
     for (; !result && wait < kLongestWait; wait += kPause) {
@@ -74,11 +74,14 @@ void COMBook::check_file_format(bool from_file) {
         clock.sleep_until(clock.now() + kPause);
         result = com::get(workbook_.get(), OLESTR("FileFormat"));
     }
-    const Variant number = std::move(result).or_fail(kTag, error_id::book_not_loaded);
-    if (from_file && integer_in(number.get()) == kPlainText)
-        com::fail(kTag, error_id::book_not_loaded,
-                  {FailureKind::NotAWorkbook,
-                   "The application has read the file as plain text, not as a workbook."});
+    const bool is_text = path != nullptr && integer_in(result.value.get()) == kPlainText;
+    if (result && !is_text) return;
+    Failure failure =
+        is_text ? Failure{FailureKind::NotAWorkbook,
+                          "The application has read the file as plain text, not as a workbook."}
+                : com::cause_of(result.member, result.status);
+    if (path != nullptr) failure.file = *path;
+    com::fail(kTag, error_id::book_not_loaded, std::move(failure));
 }
 
 void COMBook::read_date_formats() {
@@ -98,30 +101,26 @@ std::size_t COMBook::count_worksheets() const {
 }
 
 std::shared_ptr<IDispatch> COMBook::worksheet(std::size_t number) {
-    com::CallResult item = com::get(worksheets_.get(), OLESTR("Item"),
-                                    {Variant::integer(static_cast<LONG>(number)).get()});
-    if (!item) com::fail_call(kTag, error_id::internal, item.member, item.status);
-    std::shared_ptr<IDispatch> object = application_->adopt(item.value.release_object());
-    if (!object) com::fail_call(kTag, error_id::internal, item.member, S_OK);
-    return object;
+    return application_->adopt(com::get(worksheets_.get(), OLESTR("Item"),
+                                        {Variant::integer(static_cast<LONG>(number)).get()})
+                                   .release_object_or_fail(kTag, error_id::internal));
 }
 
 // --- From a file
 
 std::shared_ptr<IDispatch> COMBook::open_file(const std::u16string& path) {
-    const Variant file_name = Variant::text(path);
+    const Variant file_name = Variant::text(com::absolute_path(path));
     com::CallResult opened =
         com::call(application_->workbooks(), OLESTR("Open"), {file_name.get()});
     IDispatch* const workbook = opened ? opened.value.release_object() : nullptr;
     if (workbook == nullptr)
         com::fail(kTag, error_id::book_not_loaded,
-                  explain_open(path, com::describe_call(opened.member, opened.status)));
+                  explain_open(path, com::cause_of(opened.member, opened.status)));
     return application_->adopt(workbook);
 }
 
 void COMBook::init_from_file(const std::u16string& path, book::format format) {
-    const std::u16string absolute = com::absolute_path(path);
-    open_workbook(format, &absolute);
+    open_workbook(format, &path);
     const std::size_t count = count_worksheets();
     for (std::size_t number = 1; number <= count; ++number)
         sheets_.push_back(make_sheet(worksheet(number)));
@@ -136,7 +135,8 @@ void COMBook::init_from_file_with_range(const std::u16string&, book::format, std
 void COMBook::init_from_file_only_sheetNames(const std::u16string&, book::format) {}
 
 void COMBook::init_from_memory(const void*, std::size_t, book::format) {
-    throw Exception(error_id::load_from_memory_unsupported);
+    com::fail(kTag, error_id::load_from_memory_unsupported,
+              {FailureKind::Unsupported, "Interactive mode opens files, not memory."});
 }
 
 // --- A new workbook
@@ -155,9 +155,7 @@ std::shared_ptr<IDispatch> COMBook::make_workbook() {
     com::CallResult added = com::call(application_->workbooks(), OLESTR("Add"));
     if (added ? sets_format : format_ == book::format::XLSX)
         com::put(application, kDefaultFormat, kept);
-    IDispatch* const workbook = added ? added.value.release_object() : nullptr;
-    if (workbook == nullptr) com::fail_call(kTag, kNotMade, added.member, added.status);
-    return application_->adopt(workbook);
+    return application_->adopt(std::move(added).release_object_or_fail(kTag, kNotMade));
 }
 
 void COMBook::init_new(std::size_t sheet_count, book::format format, const std::u16string&) {
@@ -165,8 +163,7 @@ void COMBook::init_new(std::size_t sheet_count, book::format format, const std::
     std::size_t count = count_worksheets();
     // A new sheet may come before one that is counted already, so all are made before any is taken.
     for (; count < sheet_count; ++count) {
-        com::CallResult added = com::call(worksheets_.get(), OLESTR("Add"));
-        std::move(added).object_or_fail(kTag, error_id::internal);
+        com::call(worksheets_.get(), OLESTR("Add")).object_or_fail(kTag, error_id::internal);
     }
     for (std::size_t number = 1; number <= sheet_count; ++number)
         sheets_.push_back(make_sheet(worksheet(number)));
@@ -174,7 +171,7 @@ void COMBook::init_new(std::size_t sheet_count, book::format format, const std::
         const auto surplus = com::get(worksheets_.get(), OLESTR("Item"),
                                       {Variant::integer(static_cast<LONG>(sheet_count + 1)).get()})
                                  .object_or_fail(kTag, error_id::internal);
-        com::call(surplus.get(), OLESTR("Delete")).or_fail(kTag, error_id::sheet_not_deleted);
+        delete_sheet(surplus.get()).or_fail(kTag, error_id::sheet_not_deleted);
     }
     read_date_formats();
 }

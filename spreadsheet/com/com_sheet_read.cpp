@@ -74,7 +74,7 @@ void COMSheet::check_limits(const Range& range) const {
     if (is_empty(range) || range.first_row < 0 || range.first_column < 0 ||
         !is_within_limits(range, format_))
         com::fail(kTag, error_id::range_not_parsed,
-                  {FailureKind::Limit, "The range lies beyond the sheet."});
+                  {FailureKind::Limit, "The range is empty or beyond the limits of the format."});
 }
 
 std::shared_ptr<IDispatch> COMSheet::range_object(const Range& range) const {
@@ -109,24 +109,19 @@ Range COMSheet::used_range() const {
 }
 
 std::shared_ptr<IDispatch> COMSheet::find_name(IDispatch* owner, const std::u16string& name) const {
-    com::CallResult names = get(owner, OLESTR("Names"));
-    const auto collection = excel_application::get_temp_ref(names.value.release_object());
     const Variant key = Variant::text(name);
-    com::CallResult item = get(collection.get(), OLESTR("Item"), {key.get()});
-    const auto entry = excel_application::get_temp_ref(item.value.release_object());
-    com::CallResult cells = get(entry.get(), OLESTR("RefersToRange"));
-    return excel_application::get_temp_ref(cells.value.release_object());
+    const auto names = get(owner, OLESTR("Names")).object();
+    const auto entry = get(names.get(), OLESTR("Item"), {key.get()}).object();
+    return get(entry.get(), OLESTR("RefersToRange")).object();
 }
 
 Range COMSheet::named_range(const std::u16string& name) const {
     std::shared_ptr<IDispatch> cells = find_name(object(), name);
     if (!cells) {
-        com::CallResult parent = get(object(), OLESTR("Parent"));
-        const auto workbook = excel_application::get_temp_ref(parent.value.release_object());
+        const auto workbook = get(object(), OLESTR("Parent")).object();
         cells = find_name(workbook.get(), name);
     }
-    com::CallResult sheet = get(cells.get(), OLESTR("Worksheet"));
-    const auto home = excel_application::get_temp_ref(sheet.value.release_object());
+    const auto home = get(cells.get(), OLESTR("Worksheet")).object();
     const com::CallResult home_name = get(home.get(), OLESTR("Name"));
     const auto text = text_in(home_name.value.get());
     const bool is_here = text && *text == this->name();
@@ -188,8 +183,7 @@ void COMSheet::cell_types(const CellIterator& cells, cell_type* out) const {
 // --- Values
 
 double COMSheet::date_offset_days() const {
-    com::CallResult parent = get(object(), OLESTR("Parent"));
-    const auto workbook = excel_application::get_temp_ref(parent.value.release_object());
+    const auto workbook = get(object(), OLESTR("Parent")).object();
     const com::CallResult date_1904 = get(workbook.get(), OLESTR("Date1904"));
     return date_1904 && is_true(date_1904.value.get()) ? kDateSystemOffsetDays : 0.0;
 }

@@ -75,7 +75,8 @@ cell_type COMSheet::typeCheck(int, int) {
 }
 
 void COMSheet::prefetch(Range, cell_type*) const {
-    throw Exception(error_id::google_only);
+    com::fail(kTag, error_id::google_only,
+              {FailureKind::Unsupported, "Interactive mode fetches nothing in advance."});
 }
 
 } // namespace spreadsheet

@@ -34,7 +34,9 @@ IDispatch* start_application(HRESULT& result) {
     result = CLSIDFromProgID(OLESTR("Excel.Application"), &class_id);
     if (FAILED(result)) return nullptr;
     // The thread keeps the initialisation that was its first.
-    if (CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED) == S_FALSE) CoUninitialize();
+    result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (result == S_FALSE) CoUninitialize();
+    if (FAILED(result)) return nullptr;
     void* application = nullptr;
     result = CoCreateInstance(class_id, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch, &application);
     return FAILED(result) ? nullptr : static_cast<IDispatch*>(application);

@@ -23,7 +23,7 @@ namespace spreadsheet {
 class excel_application {
   public:
     /// Starts a hidden application and initialises automation for the calling thread. `Exception`
-    /// 18 when it does not start or has no workbooks.
+    /// 18 when it does not start, has no workbooks, or the thread is in a multithreaded apartment.
     excel_application();
     excel_application(const excel_application&) = delete;
     excel_application& operator=(const excel_application&) = delete;

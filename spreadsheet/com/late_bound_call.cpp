@@ -83,11 +83,18 @@ Variant CallResult::or_fail_internally(std::string_view tag) && {
     return std::move(*this).or_fail(tag, error_id::internal);
 }
 
+std::shared_ptr<IDispatch> CallResult::object() && {
+    return excel_application::get_temp_ref(SUCCEEDED(status) ? value.release_object() : nullptr);
+}
+
 std::shared_ptr<IDispatch> CallResult::object_or_fail(std::string_view tag, error_id id) && {
-    if (FAILED(status)) fail_call(tag, id, member, status);
-    IDispatch* const object = value.release_object();
-    if (object == nullptr) fail_call(tag, id, member, S_OK);
-    return excel_application::get_temp_ref(object);
+    return excel_application::get_temp_ref(std::move(*this).release_object_or_fail(tag, id));
+}
+
+IDispatch* CallResult::release_object_or_fail(std::string_view tag, error_id id) && {
+    IDispatch* const object = SUCCEEDED(status) ? value.release_object() : nullptr;
+    if (object == nullptr) fail_call(tag, id, member, status);
+    return object;
 }
 
 } // namespace com

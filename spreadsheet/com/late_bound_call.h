@@ -42,9 +42,13 @@ struct CallResult {
     Variant or_fail(std::string_view tag, error_id id) &&;
     /// The same with `Exception` 18; std::bad_alloc where the application is out of memory.
     Variant or_fail_internally(std::string_view tag) &&;
-    /// The object that the call returned, released by its last owner; `Exception` `id` when the
-    /// call failed or returned no object.
+    /// The object that the call returned, released by its last owner; null when the call failed or
+    /// returned no object.
+    std::shared_ptr<IDispatch> object() &&;
+    /// The same; `Exception` `id` in place of null.
     std::shared_ptr<IDispatch> object_or_fail(std::string_view tag, error_id id) &&;
+    /// The same with its reference, which is the caller's.
+    IDispatch* release_object_or_fail(std::string_view tag, error_id id) &&;
 };
 
 /// The three calls with their value. `arguments` are not owned; `target` may be null, which gives

@@ -9,10 +9,9 @@ namespace {
 
 /// The pair (first, last) that holds `value`, as its place among the pairs.
 std::size_t find_pair(const std::vector<int>& pairs, int value) {
-    std::size_t pair = 0;
-    while (pairs[2 * pair + 1] < value)
-        ++pair;
-    return pair;
+    // The pairs ascend, so the first bound that is not below the value is one of its pair.
+    const auto bound = std::lower_bound(pairs.begin(), pairs.end(), value);
+    return static_cast<std::size_t>(bound - pairs.begin()) / 2;
 }
 
 /// Appends a value that follows the last pair, or a pair of its own.

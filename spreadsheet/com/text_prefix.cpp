@@ -4,13 +4,14 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "foundation/ascii_case.h"
 #include "foundation/unicode.h"
 
 namespace spreadsheet::com {
 namespace {
 
-/// No number, date or time that an application recognises is longer, in any language.
-constexpr std::size_t kLongestNumber = 64;
+/// No date or time that an application recognises is longer, in any language.
+constexpr std::size_t kLongestDate = 64;
 
 /// Units that a formula, an error value or hidden text begins with.
 constexpr std::u16string_view kSpecialBeginnings = u"=+-@#'";
@@ -27,12 +28,20 @@ bool is_digit(char16_t unit) {
     return (unit >= u'0' && unit <= u'9') || (unit >= u'\uFF10' && unit <= u'\uFF19');
 }
 
+/// An ASCII letter that no number has: the exponent's are left out.
+bool is_word_letter(char16_t unit) {
+    const char32_t lower = foundation::unicode::fold_ascii(unit);
+    return lower >= U'a' && lower <= U'z' && lower != U'e';
+}
+
 } // namespace
 
 bool needs_apostrophe(std::u16string_view text) {
     if (text.empty()) return false;
     if (kSpecialBeginnings.find(text.front()) != std::u16string_view::npos) return true;
-    if (text.size() > kLongestNumber) return false;
+    // A number may be of any length.
+    if (text.size() > kLongestDate && std::any_of(text.begin(), text.end(), is_word_letter))
+        return false;
     return std::any_of(text.begin(), text.end(), is_digit) ||
            std::any_of(std::begin(kBooleans), std::end(kBooleans), [&](std::u16string_view word) {
                return foundation::unicode::equal_ignoring_case(word, text);

@@ -2,7 +2,6 @@
 #include "spreadsheet/com/workbook_path.h"
 
 #include <filesystem>
-#include <system_error>
 
 #include "foundation/files.h"
 
@@ -10,11 +9,12 @@ namespace spreadsheet::com {
 
 std::u16string absolute_path(const std::u16string& path) {
     if (path.empty() || path.find(u"://") != std::u16string::npos) return path;
-    const std::filesystem::path native = foundation::files::native_path(path);
-    if (native.is_absolute()) return path;
-    std::error_code failure;
-    const std::filesystem::path absolute = std::filesystem::absolute(native, failure);
-    return failure ? path : absolute.u16string();
+    try {
+        const std::filesystem::path native = foundation::files::native_path(path);
+        return std::filesystem::absolute(native).make_preferred().u16string();
+    } catch (const std::filesystem::filesystem_error&) {
+        return path; // such as a current folder that has been removed or has no name in Unicode
+    }
 }
 
 } // namespace spreadsheet::com

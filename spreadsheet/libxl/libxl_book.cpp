@@ -151,6 +151,45 @@ void LibXLBook::append_sheet(std::shared_ptr<ISheet> sheet, int index) {
     library_indices_.push_back(index);
 }
 
+// --- What a look finds
+
+std::optional<SheetSummary> LibXLBook::summarize_sheet(std::size_t index) {
+    constexpr std::string_view tag = "[LIBXL BOOK SCAN MSG]:";
+    const int library_index = libxl::library_index(index);
+    if (!book_ || book_->sheet_type(library_index) != workbook::SheetKind::Worksheet)
+        return std::nullopt;
+    std::optional<workbook::SheetScan> scan;
+    reporter_->run(tag, error_id::book_not_loaded, [&] {
+        scan = book_->scan_sheet(library_index);
+        return scan.has_value();
+    });
+    if (!scan) reporter_->fail(tag, error_id::book_not_loaded);
+    return SheetSummary{
+        {scan->first_row, scan->first_column, scan->end_row - 1, scan->end_column - 1},
+        {scan->first_filled_row, scan->first_filled_column, scan->end_filled_row - 1,
+         scan->end_filled_column - 1},
+        scan->cells,
+        scan->formulas,
+        scan->formulas_without_result,
+        static_cast<sheet::hidden>(scan->state),
+        scan->is_protected};
+}
+
+std::optional<std::vector<NamedRange>> LibXLBook::named_ranges() {
+    if (!book_) return std::nullopt;
+    std::vector<NamedRange> named;
+    for (const workbook::NamedCells& cells : book_->named_cells()) {
+        NamedRange range{cells.name,
+                         static_cast<std::size_t>(cells.sheet),
+                         std::nullopt,
+                         cells.is_table,
+                         {cells.first_row, cells.first_column, cells.last_row, cells.last_column}};
+        if (cells.scope) range.scope = static_cast<std::size_t>(*cells.scope);
+        named.push_back(std::move(range));
+    }
+    return named;
+}
+
 // --- Loading
 
 void LibXLBook::create_library_book(book::format format) {

@@ -75,6 +75,8 @@ class LibXLBook : public IBook, public IBookExtras {
     virtual void init_from_file_common(const std::u16string& name, book::format format);
 
     void reorder_sheet(std::size_t from, std::size_t to) override;
+    std::optional<SheetSummary> summarize_sheet(std::size_t index) override;
+    std::optional<std::vector<NamedRange>> named_ranges() override;
     SaveSummary last_save() const override;
     std::optional<Failure> take_unreported_failure() override;
 

@@ -15,13 +15,14 @@
 #include "spreadsheet/libxl/library_failure.h"
 #include "spreadsheet/libxl/merged_cells.h"
 #include "spreadsheet/sheet.h"
+#include "spreadsheet/sheet_extras.h"
 #include "workbook/library.h"
 
 namespace spreadsheet {
 
 class MergeRecord;
 
-class LibXLSheet : public ISheet {
+class LibXLSheet : public ISheet, public ISheetExtras {
   public:
     /// A sheet without a handle, for `ChartSheet`: whatever would ask the library throws
     /// `Exception` 31.
@@ -103,6 +104,13 @@ class LibXLSheet : public ISheet {
                             const MergedCellRowRule& row_rule) override;
     void readDatesAsDoubles(Range range, double* out) const override;
     void prefetch(Range range, cell_type* out) const override;
+
+    Range filled_range() const override;
+    std::optional<Range> next_row_of_cells(int row) const override;
+    void number_styles(Range range, number_style* out) const override;
+    std::vector<Range> merged_ranges() const override;
+    std::uint64_t formulas_without_result() const override;
+    bool read_formulas(int first_row, int last_row, const FormulaBuilder& builder) const override;
 
   private:
     /// Where a typed read puts its cells; the alternative decides how a cell is read.

@@ -104,6 +104,25 @@ TEST(Variant, OwnsWhatItHolds) {
     EXPECT_EQ(view_of(nullptr), u"");
 }
 
+TEST(Bstr, KnowsItsLengthWhateverItHolds) {
+    const OLECHAR* const source = OLESTR("a\0bc");
+    const struct {
+        BSTR text;
+        std::u16string_view expected;
+    } kCases[] = {{SysAllocString(source), u"a"}, // up to the null
+                  {SysAllocStringLen(source, 4), {u"a\0bc", 4}},
+                  {SysAllocStringLen(source, 0), u""}};
+    for (const auto& [text, expected] : kCases) {
+        ASSERT_NE(text, nullptr);
+        EXPECT_EQ(view_of(text), expected);
+        EXPECT_EQ(SysStringByteLen(text), 2 * expected.size()) << "bytes, not units";
+        EXPECT_EQ(text[expected.size()], 0) << "the null after it is not counted";
+        SysFreeString(text);
+    }
+    EXPECT_EQ(SysAllocString(nullptr), nullptr);
+    EXPECT_EQ(SysAllocStringLen(nullptr, 1u << 31), nullptr) << "its bytes have no count";
+}
+
 TEST(Variant, SaysWhatItHolds) {
     EXPECT_EQ(integer_in(Variant::number(3.0).get()), 3);
     EXPECT_EQ(integer_in(Variant::number(3.5).get()), std::nullopt);
@@ -114,7 +133,7 @@ TEST(Variant, SaysWhatItHolds) {
     EXPECT_EQ(Variant::boolean(true).get().boolVal, -1);
 }
 
-TEST(Blocks, LieColumnAfterColumn) {
+TEST(Blocks, AreInMemoryColumnAfterColumn) {
     bool alive = false;
     {
         BlockBuilder builder(2, 3);

@@ -176,7 +176,7 @@ def main():
             row = first_free_cell(openpyxl.load_workbook(source)[title])
             with open(os.path.join(scratch, "value.csv"), "w") as file:
                 file.write("%r\n" % WRITTEN)
-            written = run(program, "write", after_path, "-s", title, "-r", "A%d" % row,
+            written = run(program, "write", after_path, "--plain", "-s", title, "-r", "A%d" % row,
                           os.path.join(scratch, "value.csv"))
             if written.returncode != 0:
                 if "is protected" in written.stderr:

@@ -243,10 +243,23 @@ TEST_F(DamagedCompoundFile, MayEndWithinASectorOrAfterMore) {
     EXPECT_EQ(streams_of(bytes), whole);
     bytes.resize(24 * kSector - 300); // the unused end of the sector table
     EXPECT_EQ(workbook(), whole[u"Workbook"]);
+    bytes.resize(23 * kSector + 4 * 8); // without the links of its last sectors
+    EXPECT_EQ(workbook(), "damaged");
     bytes.resize(15 * kSector);
     EXPECT_EQ(workbook(), "damaged");
     bytes.resize(kSector);
     EXPECT_EQ(workbook(), "damaged");
+}
+
+TEST_F(DamagedCompoundFile, MayEndAfterTheLastByteOfAStream) {
+    bytes.append(bytes, 10 * kSector, kSector); // the workbook's last sector moves to the end
+    link(8, 23);
+    link(23, kEndOfChain);
+    put(record(1) + kSizeField, 5120 - 100);
+    for (const std::size_t cut : {0, 100, 101}) {
+        bytes.resize(25 * kSector - cut);
+        EXPECT_EQ(workbook(), cut <= 100 ? whole[u"Workbook"].substr(0, 5020) : "damaged") << cut;
+    }
 }
 
 TEST_F(DamagedCompoundFile, ReportsChainsThatDoNotHoldTheirStream) {

@@ -4,13 +4,16 @@
 // contract_test.cpp.
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "foundation/files.h"
+#include "foundation/output_file.h"
 #include "tests/workbook/scratch_folder.h"
+#include "tests/workbook/xls_stream.h"
 #include "workbook/library.h"
 #include "workbook/opc/opc_package.h"
 
@@ -94,6 +97,59 @@ TEST(FailedSave, NoticesThatTheFileWasChangedSinceItWasLoaded) {
     EXPECT_NE(std::string(loaded->error_message()).find("changed"), std::string::npos)
         << loaded->error_message();
     EXPECT_EQ(folder.file_count(), 1u);
+}
+
+TEST(FailedSave, NoticesThatACellOfAnXlsFileWasChanged) {
+    const ScratchFolder folder;
+    const std::u16string path = folder.file("b.xls");
+    const auto put = [&](const std::string& bytes) {
+        std::ofstream(files::native_path(path), std::ios::binary) << bytes;
+    };
+    const auto biff2 = [](double value) {
+        return test::Stream()
+            .record(0x0009, test::Bytes().u16(2).u16(0x10))
+            .record(0x0003, test::Bytes().u16(0).u16(0).u8(0).u16(0).f64(value))
+            .eof()
+            .str();
+    };
+    const auto biff8 = [](double value) {
+        const std::unique_ptr<Book> book = xlCreateBookW();
+        book->insert_sheet(0, u"One", nullptr)->write_num(0, 0, value, nullptr);
+        std::string bytes;
+        EXPECT_TRUE(book->save(*files::memory_output(bytes), u""));
+        return bytes;
+    };
+    for (const auto& made :
+         {std::function<std::string(double)>(biff2), std::function<std::string(double)>(biff8)}) {
+        put(made(1.1));
+        const std::unique_ptr<Book> book = xlCreateBookW();
+        ASSERT_TRUE(book->load(path));
+        put(made(2.2));
+        ASSERT_TRUE(book->get_sheet(0)->write_num(0, 1, 5.0, nullptr));
+        EXPECT_FALSE(book->save(path));
+        EXPECT_NE(std::string(book->error_message()).find("changed"), std::string::npos);
+        put(made(1.1));
+        ASSERT_TRUE(book->save(path)) << book->error_message();
+        ASSERT_TRUE(book->save(path)) << book->error_message();
+        put(made(1.1)); // what was loaded, not what was saved
+        EXPECT_FALSE(book->save(path));
+    }
+}
+
+TEST(SavedBook, HasChangesThatWereTakenBackAfterASave) {
+    const ScratchFolder folder;
+    const std::u16string path = folder.file("b.xls");
+    const std::unique_ptr<Book> book = xlCreateBookW();
+    book->insert_sheet(0, u"One", nullptr);
+    ASSERT_TRUE(book->save(path));
+    ASSERT_TRUE(book->load(path));
+    for (const char16_t* name : {u"Two", u"One"}) {
+        ASSERT_TRUE(book->get_sheet(0)->set_name(name));
+        ASSERT_TRUE(book->save(path)) << book->error_message();
+        const std::unique_ptr<Book> saved = xlCreateBookW();
+        ASSERT_TRUE(saved->load(path));
+        EXPECT_EQ(saved->get_sheet_name(0), name);
+    }
 }
 
 } // namespace

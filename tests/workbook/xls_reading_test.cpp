@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Record by record what XLS books hold, and how damaged ones end.
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -100,7 +101,7 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
             .record(0x0204, cell(1, 1).text(string8("label").str()))
             .record(0x00D6, cell(1, 2).text(string8("rich").str()).u16(1).u16(0).u16(0))
             .record(0x0201, cell(1, 3))
-            .record(0x00BE, Bytes().u16(1).u16(4).u16(0).u16(0).u16(5))
+            .record(0x00BE, Bytes().u16(1).u16(4).u16(0).u16(1).u16(5))
             .record(0x0205, cell(2, 0).u8(1).u8(0))
             .record(0x0205, cell(2, 1).u8(0x2A).u8(1))
             .record(0x0006, formula(3, 0, Bytes().f64(2.25)))
@@ -112,6 +113,7 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
             .record(0x0006, formula(3, 4, special(3, 0)))
             .record(0x0006, formula(3, 5, special(0, 0))) // its string is missing
             .record(0x0203, cell(3, 6).f64(1))
+            .record(0x0006, formula(3, 7, Bytes().f64(-HUGE_VAL))) // nearly the mark of strings
             .record(0x0207, string8("not of a formula"));
     const auto book = load(book8(strings, sheet));
     const Sheet& data = *book->get_sheet(0);
@@ -119,8 +121,10 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
     EXPECT_EQ(row_of(data, 1, 6),
               (Row{"\"two\"", "\"label\"", "\"rich\"", "blank", "blank", "blank"}));
     EXPECT_EQ(row_of(data, 2, 3), (Row{"TRUE", "#N/A", ""}));
-    EXPECT_EQ(row_of(data, 3, 7),
-              (Row{"2.25", "\"result\"", "TRUE", "#DIV/0!", "\"\"", "\"\"", "1."}));
+    EXPECT_EQ(row_of(data, 3, 8),
+              (Row{"2.25", "\"result\"", "TRUE", "#DIV/0!", "\"\"", "\"\"", "1.", "-inf"}));
+    EXPECT_EQ(data.cell_format(1, 4)->num_format(), 0);
+    EXPECT_EQ(data.cell_format(1, 5)->num_format(), 14);
     EXPECT_FALSE(data.cell_format(0, 1)->locked());
     EXPECT_TRUE(data.cell_format(0, 0)->locked());
 }
@@ -143,8 +147,23 @@ TEST(XlsReading, JoinsSharedStringsAcrossContinueRecords) {
             .record(0x003C, Bytes().u8(0).text("z").u16(0)) // cut within the runs
             .record(0x003C, Bytes().u16(0).text("phonet").u16(2).u8(1).u16(
                                 0xD83D)) // cut within a surrogate pair
-            .record(0x003C, Bytes().u8(1).u16(0xDE00).u16(2).u8(0).text("\xE4\xFF").u16(0).u8(0));
-    const char* const expected[] = {"ab\u03B1\u03B2", "x\u00E9z", "\U0001F600", "\u00E4\u00FF", ""};
+            .record(0x003C, Bytes()
+                                .u8(1)
+                                .u16(0xDE00)
+                                .u16(2)
+                                .u8(0)
+                                .text("\xE4\xFF")
+                                .u16(0)
+                                .u8(0)
+                                .u16(4)
+                                .u8(1)
+                                .u16(0xDC00)
+                                .u16(0xD800)
+                                .u16(u'x')
+                                .u16(0xD800)); // no pairs
+    const char* const expected[] = {
+        "ab\u03B1\u03B2", "x\u00E9z", "\U0001F600",
+        "\u00E4\u00FF",   "",         "\xED\xB0\x80\xED\xA0\x80x\xED\xA0\x80"};
     StringPool all;
     read_shared_strings(sst.str(), 0, 99, all);
     ASSERT_EQ(all.size(), std::size(expected));
@@ -169,7 +188,20 @@ TEST(XlsReading, ReadsWhatIsAroundTheCells) {
             .record(0x0203, cell(0, 0).f64(9))
             .eof() // a chart's own cells
             .append(repeated)
-            .record(0x00E5, Bytes().u16(2).u16(0).u16(1).u16(0).u16(2).u16(5).u16(5).u16(1).u16(3));
+            .record(0x00E5, Bytes()
+                                .u16(2)
+                                .u16(0)
+                                .u16(1)
+                                .u16(0)
+                                .u16(2)
+                                .u16(5)
+                                .u16(5)
+                                .u16(1)
+                                .u16(3)
+                                .u16(7)
+                                .u16(8)
+                                .u16(1)
+                                .u16(2)); // not counted
     const auto book = load(book8(formats8(), sheet));
     const Sheet& data = *book->get_sheet(0);
     EXPECT_TRUE(data.protect());
@@ -215,6 +247,8 @@ TEST(XlsReading, ListsSheetsOfEveryKind) {
     EXPECT_EQ(book->get_sheet(3)->hidden(), SheetState::Hidden);
     EXPECT_EQ(book->get_sheet(3)->end_row(), 0);
     EXPECT_EQ(book->get_sheet_name(3), u"Module");
+    EXPECT_FALSE(book->get_sheet(3)->write_bool(0, 0, true, nullptr));
+    EXPECT_EQ(book->insert_sheet(0, u"Copy", book->get_sheet(2)), nullptr);
     ASSERT_TRUE(book->load_info(stream.file()));
     EXPECT_EQ(book->get_sheet(0), nullptr);
     EXPECT_EQ(book->sheet_count(), 4);
@@ -246,7 +280,8 @@ TEST(XlsReading, FindsNamesThatAreOneRectangle) {
             .record(0x0018, name(1, 0, "Own", Bytes().u8(0x44).u16(8).u16(9)))
             .record(0x0018, name(0, 0x20, "\x06", area))
             .record(0x0018, name(0, 0, "Elsewhere", other_book))
-            .record(0x0018, name(0, 0, "Sum", Bytes(area).text(area.str())));
+            .record(0x0018, name(0, 0, "Sum", Bytes(area).text(area.str())))
+            .record(0x0018, name(0, 0, "Cut", area).str().substr(0, 14));
     const auto book = load(book8(globals, Stream()));
     const Sheet& data = *book->get_sheet(0);
     int a[4];
@@ -320,15 +355,17 @@ TEST(XlsReading, ReadsBiff2) {
 }
 
 TEST(XlsReading, ReadsBiff4BooksOfSeveralSheets) {
-    const auto sheet = [](std::string_view name, unsigned format) {
+    const auto sheet = [](std::string_view name, unsigned format, unsigned kind = 0x10) {
         const Stream cells = Stream()
-                                 .record(0x0409, Bytes().u16(4).u16(0x10))
+                                 .record(0x0409, Bytes().u16(4).u16(kind))
+                                 .record(0x0042, Bytes().u16(1253))
+                                 .record(0x0022, Bytes().u16(1))
                                  .record(0x041E, Bytes().u16(0).u8(1).text("0"))
                                  .record(0x041E, Bytes().u16(0).u8(2).text("yy"))
                                  .record(0x0443, Bytes().u8(0).u8(format).u16(1).u32(0).u32(0))
                                  .record(0x0203, cell(0, 0).f64(3))
                                  .record(0x0406, formula(0, 1, special(0, 0)))
-                                 .record(0x0207, Bytes().u16(1).text("r"))
+                                 .record(0x0207, Bytes().u16(1).text("\xE1"))
                                  .eof();
         return Stream()
             .record(0x008F, Bytes()
@@ -341,12 +378,15 @@ TEST(XlsReading, ReadsBiff4BooksOfSeveralSheets) {
                               .record(0x0409, Bytes().u16(4).u16(0x100))
                               .append(sheet("Numbers", 0))
                               .append(sheet("Dates", 1))
+                              .append(sheet("Curve", 0, 0x20))
                               .eof();
     const auto book = load(stream);
-    ASSERT_EQ(book->sheet_count(), 2);
+    ASSERT_EQ(book->sheet_count(), 3);
+    EXPECT_TRUE(book->is_date_1904());
+    EXPECT_EQ(book->sheet_type(2), SheetKind::Chart);
     EXPECT_EQ(book->get_sheet_name(1), u"Dates");
-    EXPECT_EQ(row_of(*book->get_sheet(0), 0, 2), (Row{"3.", "\"r\""}));
-    EXPECT_EQ(row_of(*book->get_sheet(1), 0, 2), (Row{"date 3.", "\"r\""}));
+    EXPECT_EQ(row_of(*book->get_sheet(0), 0, 2), (Row{"3.", "\"\u03B1\""}));
+    EXPECT_EQ(row_of(*book->get_sheet(1), 0, 2), (Row{"date 3.", "\"\u03B1\""}));
 }
 
 TEST(XlsReading, DecodesByteStringsByCodePage) {
@@ -364,6 +404,10 @@ TEST(XlsReading, DecodesByteStringsByCodePage) {
         {932, 0, "\x93\xFA\x96\x7B", "\u65E5\u672C"},
         {10000, 0, "\x8A", "\u00E4"},
         {0x8000, 0, "\x8A", "\u00E4"},
+        {10006, 0, "\xC3\xE1\xFD\x8A", "\u039F\u03B1\u0390\u00E4"}, // all of the Macintosh
+        {10010, 0, "\xBE\x8A", "\u0103\u00E4"},
+        {10081, 0, "\xDA\xDD\x8A", "\u011E\u0131\u00E4"},
+        {10082, 0, "\xE8\x8A", "\u010D\u00E4"},
         {9999, 0, "\xE4", "\u00E4"},
         {0, 0, "plain", "plain"},
     };
@@ -415,6 +459,44 @@ TEST(XlsReading, EndsInACauseWhenDamaged) {
         }
         begin = end;
     }
+}
+
+TEST(XlsReading, SaysWhereASheetHasNoEnd) {
+    const std::string whole = book8(Stream(), Stream().record(0x0203, cell(0, 0).f64(1))).str();
+    auto book = xlCreateBookW();
+    ASSERT_TRUE(book->load(foundation::files::memory_file(whole.substr(0, whole.size() - 4))));
+    EXPECT_EQ(shown(*book->get_sheet(0), 0, 0), "1.");
+    ASSERT_EQ(book->load_warnings().size(), 1u);
+    EXPECT_THAT(book->load_warnings()[0], HasSubstr("\"Data\" has no end"));
+}
+
+// Sheets whose first record leads into the same cells are not many times as many cells.
+TEST(XlsReading, RefusesSheetsThatShareTheirRecords) {
+    constexpr int kSheets = 40;
+    constexpr std::size_t kHeadBytes = 24; // a BOF record and the header of another
+    Stream cells;
+    for (int row = 0; row < 1000; ++row)
+        cells.record(0x0203, cell(row, 0).f64(row));
+    const auto globals = [](std::size_t begin) {
+        Stream stream = Stream().bof8(0x05);
+        for (int i = 0; i < kSheets; ++i)
+            stream.record(0x0085, bound_sheet(begin + static_cast<std::size_t>(i) * kHeadBytes, 0,
+                                              0, "S" + std::to_string(i)));
+        return stream.eof();
+    };
+    std::string stream = globals(globals(0).size()).str();
+    for (int i = kSheets; i-- > 0;) {
+        stream += Stream().bof8(0x10).str();
+        append_u16(stream, 0x00EC);
+        append_u16(stream, static_cast<std::uint16_t>(static_cast<std::size_t>(i) * kHeadBytes));
+    }
+    stream += Stream(cells).eof().str();
+    auto book = xlCreateBookW();
+    EXPECT_FALSE(book->load(foundation::files::memory_file(stream)));
+    EXPECT_EQ(book->error_kind(), ErrorKind::Damaged);
+    EXPECT_THAT(book->error_message(), HasSubstr("records in common"));
+    EXPECT_TRUE(book->load_sheet(foundation::files::memory_file(stream), 7));
+    EXPECT_EQ(book->get_sheet(7)->end_row(), 1000);
 }
 
 // --- Which engine

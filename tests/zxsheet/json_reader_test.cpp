@@ -19,7 +19,8 @@ class Notes : public CellSink {
         text += '<' + place.sheet.value_or("-") + ' ' + place.range.value_or("-") + '>';
     }
     void add(const CellValue& cell) override {
-        text += ' ' + std::string(type_name(cell.type)) + ':' + plain_text(cell, DateStyle::Serial);
+        text += ' ' + std::string(type_name(cell.type)) + ':' +
+                plain_text(cell, {TextStyle::Dates::Serial, {}, false});
     }
     void end_row() override { text += '|'; }
 
@@ -75,7 +76,7 @@ TEST(ReadJson, NamesLineAndColumnOfWhatIsWrong) {
         {"{\"values\":[[\"\xE9\"]]}", "column 14: This is not JSON: the text is not UTF-8"},
         {"{\"values\":[[\"\\ud800\"]]}", "not JSON"},
         {"{\"values\":[[1e999]]}", "too large"},
-        {"[[1]]", "column 1: The data must be an object"},
+        {"1", "The data must be an object"},
         {"{}", "no \"values\""},
         {"{\"sheet\":\"a\",\"types\":[[\"number\"]]}", "no \"values\""},
         {"{\"values\":[1]}", "An array is expected here, not a number"},

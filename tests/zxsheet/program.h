@@ -62,9 +62,11 @@ struct MadeSheet {
     std::string attributes;
     std::string part;
     bool is_chart = false;
+    std::string table{}; ///< attributes of the one on the sheet; empty for none
 };
 
-/// Bytes of an XLSX file. Format 1 of the cells is a date, `after` follows the list of sheets.
+/// Bytes of an XLSX file. Formats 1 to 3 of the cells are a date, a time of day and an elapsed
+/// time, `after` follows the list of sheets.
 inline std::string make_book(const std::vector<MadeSheet>& sheets, const std::string& after = {}) {
     const std::string office =
         "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
@@ -82,6 +84,14 @@ inline std::string make_book(const std::vector<MadeSheet>& sheets, const std::st
                    sheets[i].attributes + "/>";
         relations += "<Relationship Id='r" + id + "' Type='" + office + "/" + kind + "' Target='s" +
                      id + ".xml'/>";
+        if (!sheets[i].table.empty()) {
+            items.push_back({"xl/_rels/s" + id + ".xml.rels",
+                             "<Relationships xmlns='" + package +
+                                 "/relationships'><Relationship Id='t' Type='" + office +
+                                 "/table' Target='t" + id + ".xml'/></Relationships>"});
+            items.push_back({"xl/t" + id + ".xml",
+                             "<table xmlns='" + main + "' id='1' " + sheets[i].table + "/>"});
+        }
         items.push_back(
             {part, "<" + kind + " xmlns='" + main + "'>" + sheets[i].part + "</" + kind + ">"});
     }
@@ -109,8 +119,9 @@ inline std::string make_book(const std::vector<MadeSheet>& sheets, const std::st
          "<Relationships xmlns='" + package + "/relationships'>" + relations + "</Relationships>"});
     items.push_back(
         {"xl/styles.xml", "<styleSheet xmlns='" + main +
-                              "'><cellXfs><xf/>"
-                              "<xf numFmtId='14' applyNumberFormat='1'/></cellXfs></styleSheet>"});
+                              "'><cellXfs><xf/><xf numFmtId='14' applyNumberFormat='1'/>"
+                              "<xf numFmtId='20' applyNumberFormat='1'/>"
+                              "<xf numFmtId='46' applyNumberFormat='1'/></cellXfs></styleSheet>"});
     return workbook::test::build_zip(items);
 }
 

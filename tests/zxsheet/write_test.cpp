@@ -143,11 +143,63 @@ TEST(WriteCommand, ReplacesTheWholeRectangle) {
                               "<row r='2'><c r='A2'><v>4</v></c><c r='B2' s='1'><v>5</v></c>"
                               "<c r='C2'><v>6</v></c></row></sheetData>"}}));
         std::vector<std::string> arguments{"write", book.text()};
-        if (keeps_format) arguments.push_back("--keep-format");
+        arguments.insert(arguments.end(), {"-r", "A1"});
+        if (!keeps_format) arguments.push_back("--plain");
         sentence(arguments, "61\n7,8\n");
         EXPECT_EQ(output({"read", book.text()}),
                   keeps_format ? "1900-03-01,,3\n7,1900-01-08,6\n" : "61,,3\n7,8,6\n");
         EXPECT_EQ(output({"types", book.text(), "-r", "B1"}), keeps_format ? "other\n" : "empty\n");
+    }
+}
+
+// Rows after the last one, by names and without; nothing that stays; formats of dates.
+TEST(WriteCommand, AddsToABookAndReplacesIt) {
+    const std::string before =
+        "<sheetData><row r='2'><c r='B2' t='str'><v>Name</v></c>"
+        "<c r='C2' t='str'><v>day</v></c><c r='D2' t='str'><v>n</v></c></row>"
+        "<row r='3'><c r='B3' t='str'><v>a</v></c><c r='C3' s='1'><v>61</v>"
+        "</c><c r='D3' s='3'><v>1</v></c></row>"
+        "<row r='9'><c r='C9' s='1'/></row></sheetData>";
+    const struct {
+        std::vector<std::string> options;
+        std::string input;
+        std::string expected; ///< `read -r B2:D5`
+    } cases[] = {
+        {{"--append"}, "b,1901-01-01\n", "Name,day,n\na,1900-03-01,24:00:00\nb,1901-01-01,\n,,\n"},
+        {{"--append", "--header"},
+         "N,name\n2,b\n3\n",
+         "Name,day,n\na,1900-03-01,24:00:00\nb,,2\n,,3\n"},
+        {{"--append", "--from", "jsonl"},
+         "{\"day\":\"1901-01-01\",\"name\":\"b\"}\n {\"name\":null}",
+         "Name,day,n\na,1900-03-01,24:00:00\nb,1901-01-01,\n,,\n"},
+        {{"--replace", "-r", "B3"},
+         "1901-01-01,7,2\n",
+         ",,\n1901-01-01,1900-01-07,48:00:00\n,,\n,,\n"},
+        {{"-r", "B3", "--plain"}, "b,7,2\n", "Name,day,n\nb,7,2\n,,\n,,\n"},
+        {{"-r", "B3", "--from", "json"},
+         "[[\"b\",\"x\"],[null,true]]",
+         "Name,day,n\nb,x,24:00:00\n,true,\n,,\n"},
+        {{"-r", "Data!D2:D5", "--from", "json"},
+         "[{\"m\":1},{\"m\":2}]",
+         "Name,day,m\na,1900-03-01,24:00:00\n,,2\n,,\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.options));
+        const TemporaryPath book("log.xlsx");
+        book.fill(make_book({{"Data", "", before}}));
+        std::vector<std::string> arguments{"write", book.text()};
+        arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+        sentence(arguments, c.input);
+        EXPECT_EQ(output({"read", book.text(), "-r", "B2:D5"}), c.expected);
+    }
+    // What read prints comes back the same.
+    for (const char* format : {"csv", "tsv", "json", "jsonl", "records"}) {
+        const TemporaryPath book("again.xlsx"), again("again2.xlsx");
+        sentence({"write", book.text()}, "name,day,ok\n007,2024-03-01,true\n\"x,y\",,-1.5\n");
+        const std::string printed = output({"read", book.text(), "--to", format});
+        const std::string from = format == std::string("records") ? "json" : format;
+        sentence({"write", again.text(), "--from", from}, printed);
+        EXPECT_EQ(output({"read", again.text()}), output({"read", book.text()})) << format;
     }
 }
 
@@ -178,6 +230,12 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         const char* mentioned;
     } cases[] = {
         {{book.text(), "--from", "xml"}, "1", 2, "csv, tsv, json"},
+        {{book.text()}, "1", 2, "'Data' has values already; say where"},
+        {{book.text(), kWeather}, "", 2, "is a workbook"},
+        {{book.text(), "--append", "--replace"}, "1", 2, "either"},
+        {{book.text(), "--append", "--header"}, "2\n1\n", 5, "no column '2'"},
+        {{book.text(), "--append", "--from", "json"}, "[{\"1\":1},{\"b\":2}]", 1, "no \"b\""},
+        {{book.text(), "--from", "jsonl", "-s", "1"}, "[1]\n[1,[2]]", 1, "Line 2, column 4"},
         {{book.text(), "-s", "a/b"}, "1", 2, "Invalid sheet name"},
         {{missing.text(), "-s", "[x]"}, "1", 2, "Invalid sheet name"},
         {{book.text(), "no such.csv"}, "", 3, "no such.csv: There is no such file"},
@@ -190,14 +248,17 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         {{book.text(), "-r", "XFD1"}, "1,2", 6, "room for 1 column "},
         {{book.text(), "-r", "A1048576"}, "1\n2\n", 6, "room for 1 row "},
         {{book.text(), "-r", "A1:B2"}, "1\n2\n3\n", 6, "room for 2 rows in 'Data'!A1:B2"},
-        {{book.text()}, wide, 6, "Row 1 of the data has more columns"},
-        {{book.text()}, "1\n" + std::string(32'768, 'x'), 6, "Row 2 of the data has text"},
+        {{book.text(), "-s", "1"}, wide, 6, "Row 1 of the data has more columns"},
+        {{book.text(), "-s", "1"},
+         "1\n" + std::string(32'768, 'x'),
+         6,
+         "Row 2 of the data has text"},
         {{book.text(), "-s", "Locked"}, "1", 6, "'Locked'!A1 is protected"},
         {{book.text(), "-o", "other.xlsm"}, "1", 6, "incompatible"},
         {{missing.text() + ".ods"}, "1", 6, ".xltm"},
         {{missing.text() + "/below.xlsx"}, "1", 6, "below.xlsx"},
-        {{book.text()}, "1\n\"2", 1, "Line 2"},
-        {{book.text(), "--from", "json"}, "{\"values\":[[1],[2]", 1, "column 18"},
+        {{book.text(), "-s", "1"}, "1\n\"2", 1, "Line 2"},
+        {{book.text(), "--from", "json"}, "{\"range\":\"A1\",\"values\":[[1],[2]", 1, "column 31"},
         {{"gsheet:abc", "-o", "other.xlsx"}, "1", 7, "gsheet:abc: The request failed"},
         {{missing.text(), "--app"}, "1", 8, "install"},
     };

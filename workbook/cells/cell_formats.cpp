@@ -8,23 +8,24 @@
 namespace workbook {
 
 void CellFormats::define_number_format(std::uint32_t identifier, std::string_view code) {
-    own_formats_[identifier] = is_date_format(code);
+    own_formats_[identifier] = date_style(code);
 }
 
 std::size_t CellFormats::add(CellFormat format) {
     formats_.push_back(format);
-    is_date_.push_back(shows_date(format.num_format));
+    styles_.push_back(style_of(format.num_format));
     return formats_.size() - 1;
 }
 
 void CellFormats::set_num_format(std::size_t index, std::uint32_t identifier) {
     formats_[index].num_format = identifier;
-    is_date_[index] = shows_date(identifier);
+    styles_[index] = style_of(identifier);
 }
 
-bool CellFormats::shows_date(std::uint32_t identifier) const {
+std::uint8_t CellFormats::style_of(std::uint32_t identifier) const {
     const auto own = own_formats_.find(identifier);
-    return own == own_formats_.end() ? is_builtin_date_format(identifier) : own->second;
+    return static_cast<std::uint8_t>(own == own_formats_.end() ? builtin_date_style(identifier)
+                                                               : own->second);
 }
 
 } // namespace workbook

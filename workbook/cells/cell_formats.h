@@ -35,16 +35,19 @@ class CellFormats {
     const CellFormat& operator[](std::size_t index) const { return formats_[index]; }
 
     /// Whether cells with format `index` show a date or a time; false for an index out of range.
-    bool is_date(std::size_t index) const {
-        return index < is_date_.size() && is_date_[index] != 0;
+    bool is_date(std::size_t index) const { return style(index) != NumberStyle::Number; }
+    /// How cells with format `index` show a number; `Number` for an index out of range.
+    NumberStyle style(std::size_t index) const {
+        return index < styles_.size() ? static_cast<NumberStyle>(styles_[index])
+                                      : NumberStyle::Number;
     }
 
   private:
-    bool shows_date(std::uint32_t identifier) const;
+    std::uint8_t style_of(std::uint32_t identifier) const;
 
     std::vector<CellFormat> formats_;
-    std::vector<std::uint8_t> is_date_; ///< beside `formats_`: one byte a format for the cell reads
-    std::unordered_map<std::uint32_t, bool> own_formats_; ///< by identifier: is it a date
+    std::vector<std::uint8_t> styles_; ///< beside `formats_`: one byte a format for the cell reads
+    std::unordered_map<std::uint32_t, NumberStyle> own_formats_; ///< by identifier
 };
 
 /// The handle of one of a book's formats.

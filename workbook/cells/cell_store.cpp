@@ -21,21 +21,39 @@ bool by_column(const StoredCell& a, const StoredCell& b) {
     return a.column < b.column;
 }
 
-// Bounds over rows that are in order and have cells in order.
+// Bounds over rows that have cells in order.
 class BoundsCollector {
   public:
+    explicit BoundsCollector(const CellBounds& bounds = {}) : bounds_(bounds) {}
+
     void add(int row, int first_column, int last_column) {
         if (bounds_.end_row == 0) {
             bounds_ = {row, row + 1, first_column, last_column + 1};
             return;
         }
-        bounds_.end_row = row + 1;
+        bounds_.first_row = std::min(bounds_.first_row, row);
+        bounds_.end_row = std::max(bounds_.end_row, row + 1);
         bounds_.first_column = std::min(bounds_.first_column, first_column);
         bounds_.end_column = std::max(bounds_.end_column, last_column + 1);
     }
     const CellBounds& bounds() const { return bounds_; }
 
+    void add(int row, const StoredCell* begin, const StoredCell* end) {
+        add(row, static_cast<int>(begin->column), static_cast<int>(end[-1].column));
+    }
+    void add_filled(int row, const StoredCell* begin, const StoredCell* end) {
+        const StoredCell* const first = std::find_if(begin, end, is_filled);
+        if (first == end) return;
+        while (!is_filled(end[-1]))
+            --end;
+        add(row, first, end);
+    }
+
   private:
+    static bool is_filled(const StoredCell& cell) {
+        return cell.stored_kind() != StoredKind::Blank;
+    }
+
     CellBounds bounds_;
 };
 
@@ -59,7 +77,10 @@ void CellStore::begin_row(int row) {
 
 void CellStore::end_row() {
     if (!in_order_) open_end_ = open_begin_ + keep_last_of_equals(open_begin_, open_end_);
-    if (open_end_ != open_begin_) {
+    if (!keeps_rows_) {
+        if (open_end_ != open_begin_) count_open_row();
+        open_end_ = open_begin_;
+    } else if (open_end_ != open_begin_) {
         const auto count = static_cast<std::uint32_t>(open_end_ - open_begin_);
         rows_.push_back({open_row_, count, open_begin_});
     }
@@ -78,6 +99,7 @@ std::uint32_t CellStore::keep_last_of_equals(StoredCell* begin, StoredCell* end)
 }
 
 void CellStore::finish() {
+    if (!keeps_rows_) return;
     const auto not_ascending = [](const Row& a, const Row& b) { return a.index >= b.index; };
     if (std::adjacent_find(rows_.begin(), rows_.end(), not_ascending) != rows_.end())
         merge_equal_rows();
@@ -112,23 +134,24 @@ void CellStore::merge_equal_rows() {
 }
 
 void CellStore::compute_bounds() const {
-    const auto is_filled = [](const StoredCell& c) { return c.stored_kind() != StoredKind::Blank; };
     BoundsCollector all, filled;
     for (const Row& row : rows_) {
         if (row.count == 0) continue;
-        const StoredCell* begin = row.cells;
-        const StoredCell* end = begin + row.count;
-        const int index = static_cast<int>(row.index);
-        all.add(index, static_cast<int>(begin->column), static_cast<int>(end[-1].column));
-        const StoredCell* first = std::find_if(begin, end, is_filled);
-        if (first == end) continue;
-        while (!is_filled(end[-1]))
-            --end;
-        filled.add(index, static_cast<int>(first->column), static_cast<int>(end[-1].column));
+        all.add(static_cast<int>(row.index), row.cells, row.cells + row.count);
+        filled.add_filled(static_cast<int>(row.index), row.cells, row.cells + row.count);
     }
     bounds_ = all.bounds();
     filled_bounds_ = filled.bounds();
     bounds_outdated_ = false;
+}
+
+void CellStore::count_open_row() {
+    BoundsCollector all(bounds_), filled(filled_bounds_);
+    all.add(static_cast<int>(open_row_), open_begin_, open_end_);
+    filled.add_filled(static_cast<int>(open_row_), open_begin_, open_end_);
+    bounds_ = all.bounds();
+    filled_bounds_ = filled.bounds();
+    size_ += static_cast<std::size_t>(open_end_ - open_begin_);
 }
 
 } // namespace workbook

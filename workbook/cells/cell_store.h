@@ -58,6 +58,10 @@ class CellStore {
     CellStore(CellStore&&) = default;
     CellStore& operator=(CellStore&&) = default;
 
+    /// Before filling: rows are counted, with their bounds, and not kept.
+    void keep_bounds_only() { keeps_rows_ = false; }
+    bool keeps_rows() const { return keeps_rows_; }
+
     /// Filling: `begin_row`, then per cell write `*next_cell()` and call `keep_cell`, then
     /// `end_row`; `finish` once at the end. Rows and columns may come in any order and more than
     /// once; the last cell written at a place wins.
@@ -139,6 +143,7 @@ class CellStore {
     void prefetch_ahead(const Row* found, std::uint32_t at) const;
     void merge_equal_rows();
     void compute_bounds() const;
+    void count_open_row();
     void widen_bounds(int row, const StoredCell& cell);
 
     void begin_edits();
@@ -162,6 +167,7 @@ class CellStore {
     StoredCell* open_limit_ = nullptr;
     std::uint32_t open_row_ = 0;
     bool in_order_ = true;
+    bool keeps_rows_ = true;
 
     std::size_t size_ = 0;
     Rectangle expected_;

@@ -55,6 +55,8 @@ struct SheetCells {
     StringPool own_strings;
     /// One past the greatest shared string index that a cell uses; 0 when none does.
     std::uint64_t shared_strings_end = 0;
+    std::uint64_t formulas = 0; ///< cells that have one
+    std::uint64_t formulas_without_result = 0;
     /// One past the greatest index of a format that a cell or row has, 0 when none has one.
     std::uint32_t formats_end = 0;
 };

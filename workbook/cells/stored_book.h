@@ -31,6 +31,7 @@ struct StoredBook {
     const SheetLimits limits;
     CellFormats cell_formats;
     std::deque<StoredFormat> formats; ///< handles, by index; they stay where they are in memory
+    std::uint32_t default_format = 0; ///< of cells that are written without one
     std::size_t used_formats_end = 0; ///< one past the last format that a cell was written with
     StringPool shared_strings;
     StringSet added_strings; ///< written to cells, in any sheet

@@ -88,6 +88,24 @@ bool StoredSheet::is_date(int row, int column) const {
            book_.cell_formats.is_date(cell->format);
 }
 
+NumberStyle StoredSheet::number_style(int row, int column) const {
+    const StoredCell* cell = find(row, column);
+    return cell != nullptr && cell->stored_kind() == StoredKind::Number
+               ? book_.cell_formats.style(cell->format)
+               : NumberStyle::Number;
+}
+
+std::optional<RowOfCells> StoredSheet::next_row_of_cells(int row) const {
+    const CellStore& store = cells_.cells;
+    for (std::size_t i = store.row_from(row); i < store.row_count(); ++i) {
+        const CellStore::RowCells cells = store.row_at(i);
+        if (cells.begin != cells.end)
+            return RowOfCells{cells.row, static_cast<int>(cells.begin->column),
+                              static_cast<int>(cells.end[-1].column)};
+    }
+    return std::nullopt;
+}
+
 double StoredSheet::read_num(int row, int column) const {
     const StoredCell* cell = find(row, column);
     if (cell == nullptr) return 0.0;

@@ -35,6 +35,7 @@ class StoredSheet : public Sheet {
     bool protect() const override;
     CellKind cell_type(int row, int column) const override;
     bool is_date(int row, int column) const override;
+    NumberStyle number_style(int row, int column) const override;
     double read_num(int row, int column) const override;
     bool read_bool(int row, int column) const override;
     std::u16string_view read_str(int row, int column) const override;
@@ -48,6 +49,12 @@ class StoredSheet : public Sheet {
     int end_filled_row() const override { return cells_.cells.filled_bounds().end_row; }
     int first_filled_column() const override { return cells_.cells.filled_bounds().first_column; }
     int end_filled_column() const override { return cells_.cells.filled_bounds().end_column; }
+
+    std::optional<RowOfCells> next_row_of_cells(int row) const override;
+
+    std::uint64_t formulas_without_result() const override {
+        return cells_.formulas_without_result;
+    }
 
     int merge_size() const override { return static_cast<int>(merged_regions().size()); }
     bool merge(int index, int& first_row, int& last_row, int& first_column,

@@ -63,14 +63,14 @@ bool StoredSheet::find_format(const Format* format, std::uint32_t& index) {
         last_format_ = format;
         last_format_index_ = static_cast<std::uint32_t>(found);
     }
-    index = format != nullptr ? last_format_index_ : 0;
+    index = last_format_index_;
     return true;
 }
 
 bool StoredSheet::write(int row, int column, const Format* format, StoredKind kind,
                         StoredCell cell) {
     if (!limits_.hold(row, column)) return check_area({row, row, column, column});
-    std::uint32_t index = 0;
+    std::uint32_t index = book_.default_format;
     if (format != nullptr && !find_format(format, index)) return false;
     cell.column = static_cast<std::uint32_t>(column);
     cell.format = index & kMaxStoredFormat;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Walks the trees of the directory without trusting a link.
 #include "workbook/cfb/compound_directory.h"
 
 #include <algorithm>

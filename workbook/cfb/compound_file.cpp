@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Finds streams and reads them, extent by extent.
 #include "workbook/cfb/compound_file.h"
 
 #include <algorithm>
@@ -22,10 +24,10 @@ std::string shown(const CompoundEntry& entry) {
     return "the stream \"" + foundation::unicode::to_utf8(name) + '"';
 }
 
-/// Fills `buffer` with bytes of the file; what its last sector lacks is zeros.
-void read_padded(RandomAccessFile& file, std::uint64_t position, char* buffer, std::size_t count) {
-    const std::size_t got = file.read_at(position, buffer, count);
-    std::fill(buffer + got, buffer + count, '\0');
+/// Extents are within the file as it was when it was opened.
+void read_all(RandomAccessFile& file, std::uint64_t position, char* buffer, std::size_t count) {
+    if (file.read_at(position, buffer, count) != count)
+        throw Error::file("the file has been cut since it was opened");
 }
 
 class ExtentSource final : public ByteSource {
@@ -38,7 +40,7 @@ class ExtentSource final : public ByteSource {
         Extent& extent = extents_[next_];
         const auto count =
             static_cast<std::size_t>(std::min<std::uint64_t>(capacity, extent.count));
-        read_padded(file_, extent.position, buffer, count);
+        read_all(file_, extent.position, buffer, count);
         extent.position += count;
         extent.count -= count;
         if (extent.count == 0) ++next_;
@@ -107,13 +109,12 @@ std::vector<Extent> CompoundFile::locate(const CompoundEntry& stream) const {
 std::string CompoundFile::read_stream(const CompoundEntry& stream) {
     const std::vector<Extent> extents = locate(stream);
     std::string bytes;
-    bytes.reserve(static_cast<std::size_t>(stream.size));
-    foundation::expect_to_fill(bytes.data(), bytes.capacity());
+    foundation::reserve_to_fill(bytes, static_cast<std::size_t>(stream.size));
     bytes.resize(static_cast<std::size_t>(stream.size));
     char* next = bytes.data();
     for (const Extent& extent : extents) {
         const auto count = static_cast<std::size_t>(extent.count);
-        read_padded(*file_, extent.position, next, count);
+        read_all(*file_, extent.position, next, count);
         next += count;
     }
     return bytes;

@@ -43,8 +43,8 @@ class CompoundFile {
     /// The storage at a path, likewise; the root for an empty path.
     const CompoundEntry* find_storage(std::u16string_view path) const;
 
-    /// All bytes of a stream. Throws `Error` (`Damaged`) when its sectors form a cycle or end
-    /// before its size: nothing shorter than `size` is returned.
+    /// All bytes of a stream. Throws `Error` (`Damaged`) when its sectors form a cycle, end before
+    /// its size or are not all in the file: what is returned has `size` bytes.
     std::string read_stream(const CompoundEntry& stream);
 
     /// The same in blocks, for streams that need not be in memory; must not outlive this.

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Reads the three tables of a compound file and follows chains of sectors through them.
 #include "workbook/cfb/sector_tables.h"
 
 #include <algorithm>
@@ -16,9 +18,10 @@ using namespace cfb;
 
 constexpr std::string_view kFile = "the compound file";
 
-/// `count` bytes at `position`; zeros for those past the end of the file.
+/// `count` bytes at `position`; those past the end of the file are 0xFF, which makes free sectors
+/// of links and unused entries of a directory's bytes.
 std::string read_padded(RandomAccessFile& file, std::uint64_t position, std::size_t count) {
-    std::string bytes(count, '\0');
+    std::string bytes(count, '\xFF');
     file.read_at(position, bytes.data(), count);
     return bytes;
 }
@@ -42,14 +45,6 @@ bool follow(const std::vector<std::uint32_t>& links, std::uint32_t first, std::u
         sector = links[sector];
     }
     return true;
-}
-
-/// Adds bytes to extents, as part of the last one where they continue it.
-void append_extent(std::vector<Extent>& extents, std::uint64_t position, std::uint64_t count) {
-    if (!extents.empty() && extents.back().position + extents.back().count == position)
-        extents.back().count += count;
-    else
-        extents.push_back({position, count});
 }
 
 [[noreturn]] void refuse_chain(std::string_view what) {
@@ -117,13 +112,25 @@ void SectorTables::read_fat(RandomAccessFile& file, const std::string& header) {
     fat_.resize(static_cast<std::size_t>(sectors));
 }
 
+void SectorTables::append(std::vector<Extent>& extents, const Extent& next,
+                          std::string_view what) const {
+    if (next.position > file_size_ || next.count > file_size_ - next.position)
+        throw Error::damaged(
+            kFile,
+            std::string("it ends within ").append(what).append("; the file may be incomplete"));
+    if (!extents.empty() && extents.back().position + extents.back().count == next.position)
+        extents.back().count += next.count;
+    else
+        extents.push_back(next);
+}
+
 std::vector<Extent> SectorTables::locate(std::uint32_t first, std::uint64_t size,
                                          std::string_view what) const {
     std::vector<Extent> extents;
     std::uint64_t left = size;
     const auto add = [&](std::uint32_t sector) {
         const std::uint64_t count = std::min<std::uint64_t>(left, sector_bytes_);
-        append_extent(extents, position_of(sector), count);
+        append(extents, {position_of(sector), count}, what);
         left -= count;
     };
     if (!follow(fat_, first, divided_up(size, sector_bytes_), add)) refuse_chain(what);
@@ -139,10 +146,11 @@ std::vector<Extent> SectorTables::locate_small(std::uint32_t first, std::uint64_
     const auto add = [&](std::uint32_t small) {
         if (small / per_sector >= container.size()) refuse_chain(what);
         const std::uint64_t count = std::min<std::uint64_t>(left, kSmallSectorBytes);
-        append_extent(extents,
-                      position_of(container[small / per_sector]) +
-                          std::uint64_t{small % per_sector} * kSmallSectorBytes,
-                      count);
+        append(extents,
+               {position_of(container[small / per_sector]) +
+                    std::uint64_t{small % per_sector} * kSmallSectorBytes,
+                count},
+               what);
         left -= count;
     };
     if (!follow(small_fat_, first, divided_up(size, kSmallSectorBytes), add)) refuse_chain(what);

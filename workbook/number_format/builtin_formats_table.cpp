@@ -10,16 +10,23 @@ namespace {
 
 struct IdentifierSpan {
     std::uint32_t first, last;
+    NumberStyle style;
 };
 
-constexpr IdentifierSpan kDateIdentifiers[] = {{14, 22}, {45, 47}};
+constexpr IdentifierSpan kDateIdentifiers[] = {
+    {14, 17, NumberStyle::Date}, {18, 21, NumberStyle::Time},    {22, 22, NumberStyle::DateTime},
+    {45, 45, NumberStyle::Time}, {46, 46, NumberStyle::Elapsed}, {47, 47, NumberStyle::Time}};
 
 } // namespace
 
-bool is_builtin_date_format(std::uint32_t identifier) {
+NumberStyle builtin_date_style(std::uint32_t identifier) {
     for (const IdentifierSpan& span : kDateIdentifiers)
-        if (identifier >= span.first && identifier <= span.last) return true;
-    return false;
+        if (identifier >= span.first && identifier <= span.last) return span.style;
+    return NumberStyle::Number;
+}
+
+bool is_builtin_date_format(std::uint32_t identifier) {
+    return builtin_date_style(identifier) != NumberStyle::Number;
 }
 
 } // namespace workbook

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // One walk over the code's first section. A letter of dates outside quotes, escapes, brackets and
-// exponents makes a date format, and so does an elapsed time in brackets.
+// exponents makes a date format, and so does an elapsed time in brackets. Which letters there are
+// says what is shown.
 #include "workbook/number_format/date_format.h"
 
 #include <algorithm>
@@ -34,24 +35,26 @@ class Walk {
   public:
     explicit Walk(std::string_view code) : rest_(code) {}
 
-    bool finds_date() {
+    NumberStyle style() {
         while (!rest_.empty() && rest_.front() != ';')
-            if (step()) return true;
-        return false;
+            step();
+        const bool has_time = has_time_ || is_elapsed_;
+        const bool has_date = has_date_ || (has_month_ && !has_time);
+        if (has_date) return has_time ? NumberStyle::DateTime : NumberStyle::Date;
+        if (is_elapsed_) return NumberStyle::Elapsed;
+        return has_time ? NumberStyle::Time : NumberStyle::Number;
     }
 
   private:
-    /// Consumes one token; true when it belongs to a date or a time.
-    bool step() {
+    /// Consumes one token and notes what it shows.
+    void step() {
         switch (lower(rest_.front())) {
         case '"':
-            skip_past('"');
-            return false;
+            return skip_past('"');
         case '\\':
         case '_':
         case '*':
-            skip(2);
-            return false;
+            return skip(2);
         case '[':
             return bracket();
         case 'e':
@@ -60,16 +63,19 @@ class Walk {
             return general_or_era();
         case 'a':
             return am_pm_or_weekday();
-        case 'y':
         case 'm':
+            return month_or_minute();
+        case 'y':
         case 'd':
+        case 'b': // the Buddhist year
+            has_date_ = true;
+            return skip(1);
         case 'h':
         case 's':
-        case 'b':
-            return true; // "b" is the Buddhist year
+            has_time_ = true;
+            return skip(1);
         default:
-            skip(1);
-            return false;
+            return skip(1);
         }
     }
 
@@ -81,42 +87,57 @@ class Walk {
         skip(end == std::string_view::npos ? rest_.size() : end + 1);
     }
 
-    bool bracket() {
+    void bracket() {
         const std::size_t end = rest_.find(']');
         const bool is_closed = end != std::string_view::npos;
         const std::string_view inside = is_closed ? rest_.substr(1, end - 1) : std::string_view{};
+        is_elapsed_ |= is_elapsed_time(inside);
         skip_past(']');
-        return is_elapsed_time(inside);
     }
 
-    bool exponent_or_era() {
+    void exponent_or_era() {
         const char next = rest_.size() > 1 ? rest_[1] : '\0';
-        skip(next == '+' || next == '-' ? 2 : 1);
-        return next != '+' && next != '-';
+        const bool is_exponent = next == '+' || next == '-';
+        has_date_ |= !is_exponent;
+        skip(is_exponent ? 2 : 1);
     }
 
-    bool general_or_era() {
+    void general_or_era() {
         const bool is_general = starts_with(rest_, "general");
         // East Asian locales write "General" as "G/" and a word of their own.
-        const bool may_be_general = is_general || starts_with(rest_, "g/");
+        has_date_ |= !is_general && !starts_with(rest_, "g/");
         skip(is_general ? 7 : 2);
-        return !may_be_general;
     }
 
-    bool am_pm_or_weekday() {
-        if (starts_with(rest_, "am/pm") || starts_with(rest_, "a/p") || starts_with(rest_, "aaa"))
-            return true;
-        skip(1);
-        return false;
+    void am_pm_or_weekday() {
+        const bool is_am_pm = starts_with(rest_, "am/pm") || starts_with(rest_, "a/p");
+        has_time_ |= is_am_pm;
+        has_date_ |= starts_with(rest_, "aaa");
+        skip(is_am_pm ? (rest_[1] == '/' ? 3 : 5) : 1);
+    }
+
+    /// Three letters and more are the name of a month, wherever they are.
+    void month_or_minute() {
+        const std::size_t count = std::min(rest_.find_first_not_of("mM"), rest_.size());
+        (count >= 3 ? has_date_ : has_month_) = true;
+        skip(count);
     }
 
     std::string_view rest_;
+    bool has_date_ = false;
+    bool has_time_ = false;
+    bool has_month_ = false; ///< or minutes, beside hours or seconds
+    bool is_elapsed_ = false;
 };
 
 } // namespace
 
+NumberStyle date_style(std::string_view code) {
+    return Walk(code).style();
+}
+
 bool is_date_format(std::string_view code) {
-    return Walk(code).finds_date();
+    return date_style(code) != NumberStyle::Number;
 }
 
 } // namespace workbook

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// BOF records of every version.
 #include "workbook/xls/biff_version.h"
 
 #include "workbook/xls/record_ids.h"

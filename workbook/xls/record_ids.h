@@ -83,4 +83,19 @@ inline constexpr Id kObject = 0x005D, kTextObject = 0x01B6, kNote = 0x001C;
 inline constexpr Id kHeaderPicture = 0x0866, kPicture = 0x007F;
 inline constexpr Id kCodeName = 0x01BA;
 
+// Changed when sheets are copied or renamed.
+inline constexpr Id kDrawingGroup = 0x00EB;
+inline constexpr Id kNameComment = 0x0894, kNameGroup = 0x0898, kNamePublished = 0x0893;
+inline constexpr Id kConditionalFormat = 0x01B1, kConditionalFormat12 = 0x087A;
+inline constexpr Id kValidation = 0x01BE;
+inline constexpr Id kChartReference = 0x1051; ///< BRAI
+inline constexpr Id kHyperlink = 0x01B8;
+inline constexpr Id kSourceArea = 0x0051, kSourceName = 0x0052; ///< DCONREF, DCONNAME
+inline constexpr Id kCustomViewBegin = 0x01AA, kCustomViewEnd = 0x01AB;
+inline constexpr Id kTables = 0x0871, kTable11 = 0x0872, kTable12 = 0x0878; ///< lists of cells
+inline constexpr Id kTableContinue11 = 0x0875, kTableSettings = 0x0877;
+inline constexpr Id kAutoFilter12 = 0x087E, kSortData = 0x0895, kContinue12 = 0x087F;
+inline constexpr Id kPivotChartLink = 0x0858, kPivotChartOptions = 0x0859;
+inline constexpr Id kWebPublishing = 0x0801;
+
 } // namespace workbook::record

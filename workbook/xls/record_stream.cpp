@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The errors of a walk over records; the walk itself is inline.
 #include "workbook/xls/record_stream.h"
 
 #include <string>

@@ -50,6 +50,8 @@ class RecordStream {
                                                      : load_u16(stream_.data() + next_);
     }
     const Record& record() const { return record_; }
+    /// Of the record that `next` would go to.
+    std::size_t position() const { return next_; }
 
     std::string_view stream() const { return stream_; }
 

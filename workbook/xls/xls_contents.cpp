@@ -9,11 +9,12 @@
 
 #include "foundation/case_folding.h"
 #include "foundation/unicode.h"
+#include "workbook/cells/sheet_facts.h"
 #include "workbook/cells/sheet_name_rules.h"
 #include "workbook/error.h"
 #include "workbook/xls/reading/shared_strings.h"
-#include "workbook/xls/reading/sheet_reader.h"
 #include "workbook/xls/writing/blank_workbook.h"
+#include "workbook/xls/writing/book_saver.h"
 #include "workbook/xls/xls_limits.h"
 #include "workbook/xls/xls_sheet.h"
 
@@ -21,7 +22,7 @@ namespace workbook {
 
 XlsContents::XlsContents(WorkbookStream opened, std::u16string path, bool is_new_book,
                          LastError& last_error)
-    : StoredBook(kXlsLimits, last_error),
+    : LoadedBook(kXlsLimits, last_error),
       is_new(is_new_book),
       source_path(std::move(path)),
       source(std::move(opened)),
@@ -39,7 +40,7 @@ XlsContents::XlsContents(WorkbookStream opened, std::u16string path, LastError& 
     : XlsContents(std::move(opened), std::move(path), false, last_error) {}
 
 XlsContents::XlsContents(LastError& last_error)
-    : XlsContents({blank_globals(), {}, nullptr, u"Workbook"}, {}, true, last_error) {}
+    : XlsContents({blank_globals(), {}, nullptr, u"Workbook", {}}, {}, true, last_error) {}
 
 XlsContents::~XlsContents() = default;
 
@@ -48,6 +49,9 @@ void XlsContents::add_formats() {
         cell_formats.define_number_format(format.identifier, format.code);
     for (const CellFormat& format : globals.formats.cell_formats())
         add_cell_format(format);
+    // The first formats are those of styles (MS-XLS 2.4.353).
+    constexpr std::uint32_t kFirstCellFormat = 15;
+    if (formats.size() > kFirstCellFormat) default_format = kFirstCellFormat;
 }
 
 void XlsContents::load_sheets() {
@@ -84,12 +88,45 @@ void XlsContents::finish_sheets() {
         if (sheet != nullptr) sheet->check_shared_strings();
 }
 
-void XlsContents::read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells,
-                            SheetTail& tail) {
-    if (!sheet.has_cells) return;
+void XlsContents::load_rows_of(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells,
+                               SheetTail& tail) {
+    const SheetEnd end = read_rows(sheet, rows, cells, tail);
+    loaded_bytes_ += end.position - sheet.position;
+    if (loaded_bytes_ / kMaxSheetOverlap > source.bytes.size())
+        throw Error::damaged("the workbook stream", "its sheets have their records in common");
+    if (!end.is_stated)
+        globals.warnings.push_back("sheet \"" + foundation::unicode::to_utf8(sheet.name) +
+                                   "\" has no end; the file may be incomplete");
+}
+
+SheetEnd XlsContents::read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells,
+                                SheetTail& tail) {
+    if (!sheet.has_cells) return {sheet.position, true};
     const CellContext context{globals.version, sheet.first_format,
                               globals.formats.has_xf_records()};
-    read_sheet(source.bytes, sheet.position, context, rows, globals.byte_text, cells, tail);
+    return read_sheet(source.bytes, sheet.position, context, rows, globals.byte_text, cells, tail);
+}
+
+SheetScan XlsContents::scan_sheet(std::size_t index) {
+    const XlsSheetEntry& sheet = *entries[index];
+    SheetScan scan;
+    SheetCells cells(kXlsLimits.columns);
+    cells.cells.keep_bounds_only();
+    SheetTail tail;
+    read_rows(sheet, {}, cells, tail);
+    fill_scan(cells, tail, scan);
+    scan.state = sheet.state;
+    return scan;
+}
+
+std::vector<NamedCells> XlsContents::named_cells() {
+    std::vector<NamedCells> named;
+    for (const XlsName& name : globals.names.names()) {
+        const auto sheet = name.sheet ? name.sheet : name.scope;
+        if (!name.cells || !sheet || name.name.starts_with(u"_xlnm._")) continue;
+        named.push_back(make_named_cells(name.name, *sheet, name.scope, *name.cells));
+    }
+    return named;
 }
 
 void XlsContents::need_strings(std::uint64_t end) {
@@ -106,22 +143,16 @@ StoredFormat& XlsContents::add_format() {
     return add_cell_format();
 }
 
-std::size_t XlsContents::wanted_sheet(int index) const {
-    const std::size_t count = entries.size();
-    if (index >= 0 && static_cast<std::size_t>(index) < count)
-        return static_cast<std::size_t>(index);
-    if (count == 1) return 0;
-    throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
-                         ", it has " + std::to_string(count));
+Sheet* XlsContents::sheet(std::size_t index) const {
+    return sheets[index].get();
+}
+
+// The stream is in memory; other streams are copied when the book is saved.
+void XlsContents::close_file() {
+    if (source.container != nullptr && !source_path.empty()) source.container->close_file();
 }
 
 // --- Changes
-
-std::size_t XlsContents::checked_index(int index, std::size_t end) const {
-    if (index >= 0 && static_cast<std::size_t>(index) < end) return static_cast<std::size_t>(index);
-    throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
-                         ", it has " + std::to_string(entries.size()));
-}
 
 void XlsContents::check_name(std::u16string_view name, const XlsSheetEntry* own) const {
     check_sheet_name(name);
@@ -147,7 +178,7 @@ void XlsContents::check_list_can_change() const {
                              "moved or removed");
 }
 
-XlsSheet& XlsContents::insert_sheet(int index, std::u16string_view name, const Sheet* original) {
+Sheet& XlsContents::insert_sheet(int index, std::u16string_view name, const Sheet* original) {
     check_list_can_change();
     const std::size_t at = checked_index(index, entries.size() + 1);
     check_name(name, nullptr);
@@ -159,6 +190,8 @@ XlsSheet& XlsContents::insert_sheet(int index, std::u16string_view name, const S
     });
     if (original != nullptr && found == sheets.end())
         throw Error::missing("the sheet to copy is not one of this workbook");
+    if (original != nullptr && !(*found)->entry().has_cells)
+        throw Error::refused("the sheet to copy is listed in the file without cells");
     auto entry = std::make_unique<XlsSheetEntry>();
     if (original != nullptr) *entry = (*found)->entry();
     entry->name = name;
@@ -189,17 +222,8 @@ void XlsContents::move_sheet(int from, int to) {
     const std::size_t last = checked_index(to, entries.size());
     if (first == last) return;
     check_list_can_change();
-    const auto rotate = [&](auto& list) {
-        const auto at = [&list](std::size_t i) {
-            return list.begin() + static_cast<std::ptrdiff_t>(i);
-        };
-        if (first < last)
-            std::rotate(at(first), at(first + 1), at(last + 1));
-        else
-            std::rotate(at(last), at(first), at(first + 1));
-    };
-    rotate(entries);
-    rotate(sheets);
+    move_element(entries, first, last);
+    move_element(sheets, first, last);
 }
 
 void XlsContents::rename_sheet(XlsSheetEntry& sheet, std::u16string_view name) {
@@ -213,6 +237,14 @@ void XlsContents::set_sheet_state(XlsSheetEntry& sheet, SheetState state) {
     check_list_can_change();
     if (state != SheetState::Visible) check_not_last_visible(sheet);
     sheet.state = state;
+}
+
+SaveCounts XlsContents::save(std::u16string_view path) {
+    return save_book(*this, path);
+}
+
+SaveCounts XlsContents::save(foundation::files::OutputFile& out, std::u16string_view) {
+    return save_book(*this, out);
 }
 
 } // namespace workbook

@@ -22,6 +22,10 @@ inline constexpr std::uint64_t kMaxXlsStreamBytes = std::uint64_t{2} << 30;
 /// Nested substreams: a sheet, a chart in it, and some for safety.
 inline constexpr int kMaxSubstreamDepth = 8;
 
+/// How often the bytes of the stream may be read as those of a sheet. Sheets have no byte in
+/// common, but one whose end is missing goes on to the end of the stream.
+inline constexpr std::uint64_t kMaxSheetOverlap = 8;
+
 /// Sheets of a book: their numbers have 16 bits (MS-XLS 2.5.142 ITab).
 inline constexpr std::size_t kMaxXlsSheets = 65'535;
 

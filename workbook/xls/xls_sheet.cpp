@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// What a sheet of the binary formats adds to a stored one.
 #include "workbook/xls/xls_sheet.h"
 
 #include <algorithm>
@@ -12,10 +14,12 @@ XlsSheet::XlsSheet(XlsContents& contents, XlsSheetEntry& entry, RowSpan rows)
     : StoredSheet(contents), contents_(contents), entry_(entry) {
     loaded_rows_ = rows;
     try {
-        contents_.read_rows(entry_, rows, cells_, tail_);
+        contents_.load_rows_of(entry_, rows, cells_, tail_);
     } catch (const Error& error) {
         throw error.in_sheet(utf8_name());
     }
+    if (!entry_.has_cells)
+        refuse_changes("it cannot be changed, since the file lists it without cells: add a sheet");
 }
 
 XlsSheet::XlsSheet(XlsContents& contents, XlsSheetEntry& entry)
@@ -34,15 +38,10 @@ std::uint64_t XlsSheet::added_string_cells() const {
 
 std::string XlsSheet::write(std::string_view stream, std::size_t position,
                             const AddedStrings& strings) const {
-    // The first formats are those of styles (MS-XLS 2.4.353).
-    constexpr std::uint16_t kFirstCellFormat = 15;
-    const bool has_cell_formats =
-        contents_.globals.formats.cell_formats().size() > kFirstCellFormat;
     return rewrite_sheet({.stream = stream,
                           .position = position,
                           .version = contents_.globals.version,
-                          .is_copy = entry_.copy_of.has_value(),
-                          .default_format = has_cell_formats ? kFirstCellFormat : std::uint16_t{0},
+                          .default_format = static_cast<std::uint16_t>(contents_.default_format),
                           .cells = cells_.cells,
                           .changes = changes_,
                           .strings = strings});

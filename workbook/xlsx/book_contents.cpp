@@ -5,11 +5,16 @@
 
 #include <algorithm>
 
+#include "foundation/unicode.h"
+#include "workbook/cells/sheet_facts.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/xlsx/reading/shared_strings.h"
+#include "workbook/xlsx/reading/sheet_tables.h"
 #include "workbook/xlsx/reading/styles_reader.h"
+#include "workbook/xlsx/reading/worksheet_reader.h"
 #include "workbook/xlsx/structure/workbook_editor.h"
+#include "workbook/xlsx/writing/book_saver.h"
 #include "workbook/xlsx/xlsx_limits.h"
 #include "workbook/xlsx/xlsx_sheet.h"
 
@@ -17,7 +22,7 @@ namespace workbook {
 
 BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_view path,
                            LastError& last_error)
-    : StoredBook(kXlsxLimits, last_error),
+    : LoadedBook(kXlsxLimits, last_error),
       package(std::move(opened)),
       source_path(path),
       workbook(read_workbook_part(*package)),
@@ -26,14 +31,14 @@ BookContents::BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_vi
 BookContents::~BookContents() = default;
 
 void BookContents::load_sheets() {
-    need_styles();
+    need_formats();
     for (std::size_t i = 0; i < sheets.size(); ++i)
         read_sheet(i, {});
     read_strings();
 }
 
 void BookContents::load_rows(int sheet_index, RowSpan rows) {
-    need_styles();
+    need_formats();
     read_sheet(wanted_sheet(sheet_index), rows);
     read_strings();
 }
@@ -44,7 +49,7 @@ int BookContents::index_of(const SheetEntry& sheet) const {
     return static_cast<int>(found - workbook.sheets.begin());
 }
 
-void BookContents::need_styles() {
+void BookContents::need_formats() {
     if (has_styles_) return;
     open_package();
     read_styles();
@@ -54,7 +59,7 @@ void BookContents::need_styles() {
 // Damaged files have cells with formats that they do not define. A format that is added must not
 // become theirs, so their indexes go to formats that change nothing.
 StoredFormat& BookContents::add_format() {
-    need_styles();
+    need_formats();
     if (claimed_formats_.empty()) {
         claimed_formats_.resize(kMaxCellFormats);
         for (const auto& sheet : sheets)
@@ -110,13 +115,52 @@ std::unique_ptr<ByteSource> BookContents::open_sheet_part(const SheetEntry& shee
     return editor_ != nullptr ? editor_->open_sheet(sheet) : package->open_part(sheet.part);
 }
 
-std::size_t BookContents::wanted_sheet(int index) const {
-    const std::size_t count = workbook.sheets.size();
-    if (index >= 0 && static_cast<std::size_t>(index) < count)
-        return static_cast<std::size_t>(index);
-    if (count == 1) return 0;
-    throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
-                         ", it has " + std::to_string(count));
+Sheet* BookContents::sheet(std::size_t index) const {
+    return sheets[index].get();
+}
+
+SheetScan BookContents::scan_sheet(std::size_t index) {
+    const SheetEntry& sheet = *workbook.sheets[index];
+    SheetScan scan;
+    scan.state = sheet.state;
+    if (sheet.part.empty()) return scan;
+    SheetCells cells(kMaxColumns);
+    cells.cells.keep_bounds_only();
+    SheetTail tail;
+    try {
+        read_worksheet(*open_sheet_part(sheet), {}, date_base(workbook), cells, tail);
+    } catch (const Error& failure) {
+        throw failure.in_sheet(foundation::unicode::to_utf8(sheet.name));
+    }
+    fill_scan(cells, tail, scan);
+    return scan;
+}
+
+std::vector<NamedCells> BookContents::named_cells() {
+    std::vector<NamedCells> named;
+    for (const DefinedName& name : workbook.defined_names) {
+        if (name.is_hidden || name.name.starts_with(u"_xlnm._")) continue;
+        const auto area = parse_named_area(name.formula);
+        if (!area) continue;
+        const auto sheet = area->sheet.empty() ? name.sheet_index : sheet_of_name(area->sheet);
+        if (sheet)
+            named.push_back(make_named_cells(name.name, *sheet, name.sheet_index, area->cells));
+    }
+    open_package();
+    for (std::size_t i = 0; i < workbook.sheets.size(); ++i)
+        for (const SheetTable& table : read_tables(*package, workbook.sheets[i]->part)) {
+            named.push_back(
+                make_named_cells(table.name, static_cast<int>(i), std::nullopt, table.cells));
+            named.back().is_table = true;
+        }
+    return named;
+}
+
+std::optional<int> BookContents::sheet_of_name(std::u16string_view name) const {
+    for (std::size_t i = 0; i < workbook.sheets.size(); ++i)
+        if (foundation::unicode::equal_ignoring_case(workbook.sheets[i]->name, name))
+            return static_cast<int>(i);
+    return std::nullopt;
 }
 
 // --- Changes
@@ -156,13 +200,7 @@ WorkbookEditor& BookContents::editor() {
     return *editor_;
 }
 
-std::size_t BookContents::checked_index(int index, std::size_t end) const {
-    if (index >= 0 && static_cast<std::size_t>(index) < end) return static_cast<std::size_t>(index);
-    throw Error::missing("the workbook has no sheet " + std::to_string(index + std::int64_t{1}) +
-                         ", it has " + std::to_string(workbook.sheets.size()));
-}
-
-XlsxSheet& BookContents::insert_sheet(int index, std::u16string_view name, const Sheet* source) {
+Sheet& BookContents::insert_sheet(int index, std::u16string_view name, const Sheet* source) {
     const std::size_t at = checked_index(index, workbook.sheets.size() + 1);
     const auto original = std::find_if(sheets.begin(), sheets.end(), [source](const auto& sheet) {
         return sheet != nullptr && sheet.get() == source;
@@ -171,7 +209,7 @@ XlsxSheet& BookContents::insert_sheet(int index, std::u16string_view name, const
         throw Error::missing("the sheet to copy is not one of this workbook");
     if (source != nullptr && !source->need_tail())
         throw Error::damaged("the sheet to copy", error.message());
-    need_styles();
+    need_formats();
     std::unique_ptr<XlsxSheet> inserted;
     if (source == nullptr)
         inserted = std::make_unique<XlsxSheet>(*this, editor().insert_sheet(at, name));
@@ -191,12 +229,7 @@ void BookContents::move_sheet(int from, int to) {
     const std::size_t first = checked_index(from, workbook.sheets.size());
     const std::size_t last = checked_index(to, workbook.sheets.size());
     editor().move_sheet(first, last);
-    const auto begin = sheets.begin();
-    const auto at = [begin](std::size_t i) { return begin + static_cast<std::ptrdiff_t>(i); };
-    if (first < last)
-        std::rotate(at(first), at(first + 1), at(last + 1));
-    else
-        std::rotate(at(last), at(first), at(first + 1));
+    move_element(sheets, first, last);
 }
 
 void BookContents::rename_sheet(SheetEntry& sheet, std::u16string_view name) {
@@ -209,6 +242,14 @@ void BookContents::set_sheet_state(SheetEntry& sheet, SheetState state) {
 
 void BookContents::set_date_1904(bool on) {
     editor().set_date_1904(on);
+}
+
+SaveCounts BookContents::save(std::u16string_view path) {
+    return save_book(*this, path);
+}
+
+SaveCounts BookContents::save(foundation::files::OutputFile& out, std::u16string_view extension) {
+    return save_book(*this, out, extension);
 }
 
 // The save is done; whether the file can be opened again is a matter of the next call that needs

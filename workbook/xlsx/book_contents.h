@@ -12,8 +12,7 @@
 #include <vector>
 
 #include "workbook/cells/sheet_data.h"
-#include "workbook/cells/stored_book.h"
-#include "workbook/library.h"
+#include "workbook/loaded_book.h"
 #include "workbook/opc/opc_package.h"
 #include "workbook/xlsx/reading/workbook_part.h"
 
@@ -22,39 +21,47 @@ namespace workbook {
 class WorkbookEditor;
 class XlsxSheet;
 
-struct BookContents : StoredBook {
+struct BookContents final : LoadedBook {
     /// `last_error` is where the book keeps its last failure; `path` is where the
     /// package was opened, empty for one in memory.
     BookContents(std::unique_ptr<OpcPackage> opened, std::u16string_view path,
                  LastError& last_error);
-    ~BookContents();
+    ~BookContents() override;
     BookContents(const BookContents&) = delete;
     BookContents& operator=(const BookContents&) = delete;
 
-    /// Reads the cells of all worksheets. Throws `Error`.
-    void load_sheets();
-    /// Reads the cells of one sheet's rows; see `Book::load_sheet` for `sheet_index`. Throws
-    /// `Error`.
-    void load_rows(int sheet_index, RowSpan rows);
-    /// Reads the formats of a book of which no cell was loaded. Throws `Error`.
-    void need_styles();
-    /// With number format 0. No cell that was loaded has it. Throws `Error`.
-    StoredFormat& add_format();
+    void load_sheets() override;
+    void load_rows(int sheet_index, RowSpan rows) override;
+    void close_file() override { close_package(); }
+    const std::vector<std::string>& warnings() const override { return workbook.warnings; }
+    std::size_t sheet_count() const override { return workbook.sheets.size(); }
+    std::u16string_view sheet_name(std::size_t index) const override {
+        return workbook.sheets[index]->name;
+    }
+    SheetKind sheet_kind(std::size_t index) const override { return workbook.sheets[index]->kind; }
+    Sheet* sheet(std::size_t index) const override;
+    void need_formats() override;
+    StoredFormat& add_format() override;
+    bool is_date_1904() const override { return workbook.date_1904; }
+    void set_date_1904(bool on) override;
+    Sheet& insert_sheet(int index, std::u16string_view name, const Sheet* source) override;
+    void delete_sheet(int index) override;
+    void move_sheet(int from, int to) override;
+    SaveCounts save(std::u16string_view path) override;
+    SaveCounts save(foundation::files::OutputFile& out, std::u16string_view extension) override;
+
     /// Reads the shared strings up to index `end`, if the book has them. Throws `Error`.
     void need_strings(std::uint64_t end);
     /// The XML of a sheet as a save would start from it; opens the package. Throws `Error`.
     std::unique_ptr<ByteSource> open_sheet_part(const SheetEntry& sheet);
+    SheetScan scan_sheet(std::size_t index) override;
+    std::vector<NamedCells> named_cells() override;
     /// The index of a sheet of this book.
     int index_of(const SheetEntry& sheet) const;
 
-    // Changes to the structure; see `Book` for the arguments. They throw `Error` and have changed
-    // nothing then.
-    XlsxSheet& insert_sheet(int index, std::u16string_view name, const Sheet* source);
-    void delete_sheet(int index);
-    void move_sheet(int from, int to);
+    // Changes; they throw `Error` and have changed nothing then.
     void rename_sheet(SheetEntry& sheet, std::u16string_view name);
     void set_sheet_state(SheetEntry& sheet, SheetState state);
-    void set_date_1904(bool on);
     /// Made when the first change asks for it; opens the package.
     WorkbookEditor& editor();
     /// Opens the package again if it was closed. Throws `Error` when its file has gone or is no
@@ -77,9 +84,7 @@ struct BookContents : StoredBook {
     void read_styles();
     void read_sheet(std::size_t index, RowSpan rows);
     void read_strings();
-    std::size_t wanted_sheet(int index) const;
-    std::size_t checked_index(int index, std::size_t end) const;
-
+    std::optional<int> sheet_of_name(std::u16string_view name) const;
     std::unique_ptr<foundation::files::RandomAccessFile> open_source() const;
 
     bool has_styles_ = false;

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "workbook/error.h"
+#include "workbook/xlsx/reading/formula_reader.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
 
 namespace workbook {
@@ -47,6 +48,16 @@ void XlsxSheet::read_other_rows(SheetCells& cells) const {
     read_worksheet(*contents_.open_sheet_part(entry_), {}, date_base(contents_.workbook), cells,
                    tail);
     contents_.need_strings(cells.shared_strings_end);
+}
+
+bool XlsxSheet::visit_formulas(int first_row, int last_row, const FormulaVisitor& visit) const {
+    if (is_new_) return true;
+    try {
+        read_formulas(*contents_.open_sheet_part(entry_), {first_row, last_row}, visit);
+        return true;
+    } catch (const Error& error) {
+        return fail(error.kind(), error.what());
+    }
 }
 
 template <class Change>

@@ -109,7 +109,7 @@ TEST_F(Application, ReleasesWhatIsRegisteredOnce) {
 }
 
 #ifndef _WIN32 // there the class would have to be marshalled between threads
-TEST_F(Application, LeavesOneInitialisationOnItsThread) {
+TEST_F(Application, NeedsAndLeavesASingleThreadedApartment) {
     std::thread([] {
         excel_application first;
         excel_application second;
@@ -118,6 +118,8 @@ TEST_F(Application, LeavesOneInitialisationOnItsThread) {
         EXPECT_EQ(CoCreateInstance(foundation::automation::kSpreadsheetApplication, nullptr,
                                    CLSCTX_LOCAL_SERVER, IID_IDispatch, &object),
                   CO_E_NOTINITIALIZED);
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        EXPECT_EQ(thrown_id([] { excel_application(); }), 18) << "in another apartment";
     }).join();
 }
 #endif

@@ -60,9 +60,21 @@ TEST_F(ComBook, SaysWhyAFileCannotBeOpened) {
         }
         return Failure{};
     };
-    EXPECT_EQ(failure(kRoot + u"none.xlsx").kind, FailureKind::FileNotFound);
-    EXPECT_EQ(failure(kRoot + u"none.xlsx").file, kRoot + u"none.xlsx");
+    EXPECT_EQ(failure(u"none.xlsx").kind, FailureKind::FileNotFound);
+    EXPECT_EQ(failure(u"none.xlsx").file, u"none.xlsx") << "as the caller gave it";
     EXPECT_EQ(failure(kRoot + u"plain.txt").kind, FailureKind::NotAWorkbook);
+    EXPECT_EQ(failure(kRoot + u"plain.txt").file, kRoot + u"plain.txt");
+    const std::pair<HRESULT, FailureKind> kResults[] = {
+        {scripted::kRefused, FailureKind::FileNotFound},
+        {E_OUTOFMEMORY, FailureKind::OutOfMemory},
+        {RPC_E_DISCONNECTED, FailureKind::NoApplication},
+        // The server is unavailable; its call failed.
+        {static_cast<HRESULT>(0x800706ba), FailureKind::NoApplication},
+        {static_cast<HRESULT>(0x800706be), FailureKind::NoApplication}};
+    for (const auto& [result, kind] : kResults) {
+        script.refused["Workbooks.Open"] = result;
+        EXPECT_EQ(failure(u"none.xlsx").kind, kind) << result;
+    }
 }
 
 TEST_F(ComBook, GivesTheApplicationPathsFromTheRoot) {
@@ -134,6 +146,10 @@ TEST_F(ComBook, FailsToBeMadeWithTheErrorOfEachStep) {
         EXPECT_EQ(thrown_id([&] { make(expected.sheets); }), expected.id) << expected.member;
         EXPECT_EQ(script.applications[0]->default_save_format, expected.save_format);
     }
+    // Only where a workbook of format XLSX is not made, its default is put back.
+    script.refused = {{"Workbooks.Add", scripted::kRefused}};
+    EXPECT_EQ(thrown_id([] { make(1, book::format::XLSM); }), 0);
+    EXPECT_EQ(script.applications[0]->default_save_format, 51);
     // The put alone.
     script.refused.clear();
     const auto calls = static_cast<int>(script.calls.size());
@@ -236,12 +252,27 @@ TEST_F(ComBook, IsSavedInItsFormat) {
 }
 
 TEST_F(ComBook, IsClosedWithoutAQuestion) {
+    file->on_open = [&] { script.applications[0]->alerts = true; };
     {
         const auto book = open();
         EXPECT_FALSE(script.applications[0]->alerts);
     }
     EXPECT_TRUE(file->saved && file->closed);
     EXPECT_TRUE(script.applications[0]->alerts);
+    file->on_open = nullptr;
+    script.applications[0]->alerts = false;
+    open();
+    EXPECT_FALSE(script.applications[0]->alerts) << "the user had switched them off";
+}
+
+TEST_F(ComBook, AsksNothingAfterAnotherBookOfTheApplicationIsClosed) {
+    auto first = make(1);
+    const auto second = make(2);
+    ASSERT_EQ(script.applications.size(), 1u);
+    first.reset();
+    second->remove_sheet(0); // the scripted application notes a question as a violation
+    script.applications[0]->alerts = true;
+    second->save(kRoot + u"saved.xlsx");
 }
 
 /// What a host may do with a book, each step of it.

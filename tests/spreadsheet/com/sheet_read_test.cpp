@@ -195,10 +195,17 @@ TEST_F(ComSheetRead, KnowsDatesByTheLettersOfTheUser) {
         script.international[18 + index] = letters[index];
     script.international[24] = u"other";
     script.international[25] = u"Standard hT";
-    const std::pair<const char16_t*, cell_type> kFormats[] = {
-        {u"TT.MM.JJJJ", kDate}, {u"hh:mm:ss", kDate},     {u"Standard hT", kNumber},
-        {u"dd.yyyy", kNumber},  {u"0 \"Tage\"", kNumber}, {u"[$-T]0", kNumber},
-        {u"\"T\"T", kDate},     {u"[Rot]JJ", kDate},      {u"#,##0", kNumber}};
+    const std::pair<const char16_t*, cell_type> kFormats[] = {{u"MM", kDate},
+                                                              {u"hh", kDate},
+                                                              {u"Standard hT", kNumber},
+                                                              {u"dd.yyyy", kNumber},
+                                                              {u"0 \"Tage\"", kNumber},
+                                                              {u"[$-T]0", kNumber},
+                                                              {u"\"T\"T", kDate},
+                                                              {u"[Rot]JJ", kDate},
+                                                              {u"#,##0", kNumber},
+                                                              {u"mm", kDate},
+                                                              {u"ss", kDate}};
     int row = 0;
     for (const auto& [format, type] : kFormats)
         put(row++, 0, Variant::number(40.0), format);

@@ -138,6 +138,7 @@ TEST(NeedsApostrophe, IsTrueOfTextThatCouldBeSomethingElse) {
     for (const char16_t* text : {u"plain", u"Total sum", u"a=b", u"", u"truely"})
         EXPECT_FALSE(com::needs_apostrophe(text));
     EXPECT_FALSE(com::needs_apostrophe(std::u16string(60, u'x') + u" in 2024"));
+    EXPECT_TRUE(com::needs_apostrophe(std::u16string(70, u'1') + u"E5"));
     for (const char16_t* text : {u"007", u"wahr", u"\uff11", u"Mar 5", u"#NV", u"'x"})
         EXPECT_TRUE(com::needs_apostrophe(text));
 }

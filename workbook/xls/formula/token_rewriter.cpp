@@ -41,10 +41,10 @@ class Rewriter {
     void rewrite_token(const FormulaToken& token) {
         switch (token.id()) {
         case TokenId::Name:
-            if (changes_.name) replace_name(token);
+            if (changes_.name) replace_name(token.body, changes_.name(name_at(token.body)));
             break;
         case TokenId::ExternalName:
-            replace_extern_sheet(token);
+            rewrite_external_name(token);
             break;
         case TokenId::Reference3d:
             if (!replace_extern_sheet(token)) lose(token, TokenId::ReferenceError3d);
@@ -60,13 +60,23 @@ class Rewriter {
         }
     }
 
-    void replace_name(const FormulaToken& token) {
-        const std::uint32_t old = load_u32(formula_.data() + token.body);
-        const std::uint32_t now = changes_.name(old);
-        if (now == old) return;
-        store_u16(formula_, token.body, static_cast<std::uint16_t>(now & 0xFFFF));
-        store_u16(formula_, token.body + 2, static_cast<std::uint16_t>(now >> 16));
+    std::uint32_t name_at(std::size_t position) const {
+        return load_u32(formula_.data() + position);
+    }
+
+    void replace_name(std::size_t position, std::uint32_t now) {
+        if (now == name_at(position)) return;
+        store_u16(formula_, position, static_cast<std::uint16_t>(now & 0xFFFF));
+        store_u16(formula_, position + 2, static_cast<std::uint16_t>(now >> 16));
         is_changed_ = true;
+    }
+
+    void rewrite_external_name(const FormulaToken& token) {
+        constexpr std::size_t kEntryBytes = 2;
+        const std::size_t name = token.body + kEntryBytes;
+        const std::uint16_t entry = load_u16(formula_.data() + token.body);
+        replace_extern_sheet(token);
+        if (changes_.extern_name) replace_name(name, changes_.extern_name(entry, name_at(name)));
     }
 
     /// False when the sheets are gone.

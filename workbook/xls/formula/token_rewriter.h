@@ -19,6 +19,11 @@ struct TokenChanges {
     std::function<std::optional<std::uint16_t>(std::uint16_t entry)> extern_sheet;
     /// The one-based number of the defined name that takes the place of another. Null: they stay.
     std::function<std::uint32_t(std::uint32_t name)> name;
+    /// The same for a name that a token reaches through an entry of EXTERNSHEET (PtgNameX), as the
+    /// token had it. Null: they stay.
+    std::function<std::uint32_t(std::uint16_t entry, std::uint32_t name)> extern_name;
+
+    bool any() const { return extern_sheet || name || extern_name; }
 };
 
 /// Changes a formula of which the first `token_bytes` are tokens; their number stays, what follows

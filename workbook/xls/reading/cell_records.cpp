@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The records of BIFF3 and later begin with row, column and format; those of BIFF2 have three bytes
-// of attributes in the format's place. Records come row after row as a rule, in any order
-// otherwise.
+// of attributes in the format's place. Records come row after row as a rule, but may
+// come in any order.
 #include "workbook/xls/reading/cell_records.h"
 
 #include <algorithm>
@@ -267,6 +267,7 @@ void CellRecords::read_formula(const Record& record) {
     require_size(record, header + kResultBytes, "a FORMULA record");
     const Place place = is_biff2 ? biff2_place_of(record) : place_of(record);
     const FormulaResult result = parse_formula_result(record.data.data() + header);
+    if (rows_.holds(place.row)) ++cells_.formulas;
     switch (result.kind) {
     case ResultKind::Number:
         add_number(place, result.number);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Fields that CONTINUE records may cut.
 #include "workbook/xls/reading/continued_record.h"
 
 #include "workbook/xls/record_ids.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Results are numbers unless their last two bytes are 0xFFFF, which no number has.
 #include "workbook/xls/reading/formula_results.h"
 
 #include <cstring>

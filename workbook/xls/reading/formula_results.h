@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The cached result of a formula: eight bytes that are a number or say what else it is (MS-XLS
-// 2.5.133 FormulaValue), and the texts of error codes (2.5.10 BErr).
+// 2.5.133 FormulaValue), and the strings of error codes (2.5.10 BErr).
 #pragma once
 
 #include <cstdint>

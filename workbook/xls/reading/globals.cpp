@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// One pass over the globals; sheets are not looked at, except in BIFF4 workbooks.
 #include "workbook/xls/reading/globals.h"
 
 #include <string>
@@ -30,7 +32,7 @@ class GlobalsReader {
         read_substream();
         if (start_.version == BiffVersion::Biff4 && !has_one_sheet)
             for (XlsSheetEntry& sheet : globals_.sheets)
-                read_sheet_formats(sheet);
+                read_globals_of(sheet);
         drop_repeated_sheets();
         globals_.formats.finish();
         globals_.names.finish();
@@ -112,13 +114,25 @@ class GlobalsReader {
         globals_.byte_text.set_font_charset(record.u8(kCharset));
     }
 
-    void read_sheet_formats(XlsSheetEntry& sheet) {
+    /// In BIFF4 each sheet of a workbook has what a book of one sheet has.
+    void read_globals_of(XlsSheetEntry& sheet) {
         globals_.formats.begin_sheet();
         RecordStream records(stream_, sheet.position);
-        if (!records.next() || !read_bof(records.record())) return;
+        if (!records.next()) return;
+        const std::optional<SubstreamStart> start = read_bof(records.record());
+        if (!start) return;
+        if (start->kind == SubstreamKind::Chart) sheet.kind = SheetKind::Chart;
         while (records.next() && records.record().id != record::kEof)
-            globals_.formats.read(records, strings_);
+            read_record_of_sheet(records);
         sheet.first_format = globals_.formats.first_format();
+    }
+
+    void read_record_of_sheet(RecordStream& records) {
+        const std::uint16_t id = records.record().id;
+        if (id == record::kDate1904 || id == record::kCodePage)
+            read_record(records);
+        else
+            globals_.formats.read(records, strings_);
     }
 
     const std::string_view stream_;

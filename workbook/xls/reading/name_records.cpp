@@ -51,7 +51,7 @@ NameHeader read_header(ContinuedRecord& record, BiffVersion version) {
     if (version >= BiffVersion::Biff5) {
         record.u16();
         header.scope_number = record.u16();
-        record.u32(); // lengths of the texts for menus and help
+        record.u32(); // lengths of the strings for menus and help
     }
     return header;
 }
@@ -112,8 +112,8 @@ bool NameRecords::read(RecordStream& records, RecordStrings& strings) {
 }
 
 void NameRecords::read_name(RecordStream& records, RecordStrings& strings) {
-    constexpr std::size_t kLongestHeader = 14;
-    if (records.record().size() < kLongestHeader && version_ >= BiffVersion::Biff5) return;
+    const std::size_t header_bytes = version_ >= BiffVersion::Biff5 ? 14 : 6;
+    if (records.record().size() <= header_bytes) return;
     ContinuedRecord record(records);
     const NameHeader header = read_header(record, version_);
     XlsName name;
@@ -121,7 +121,7 @@ void NameRecords::read_name(RecordStream& records, RecordStrings& strings) {
         foundation::unicode::to_utf16(strings.read_characters(record, header.name_length)),
         header.is_built_in);
     if (header.scope_number > 0) name.scope = header.scope_number - 1;
-    // Only formulas that lie in one piece are short enough to be a rectangle.
+    // Only formulas in one piece are short enough to be a rectangle.
     if (header.formula_bytes > 0 && header.formula_bytes <= record.rest().size())
         parse_formula(record.rest().substr(0, header.formula_bytes), name);
     names_.push_back(std::move(name));
@@ -135,7 +135,7 @@ void NameRecords::parse_formula(std::string_view tokens, XlsName& name) const {
     const bool is_biff8 = version_ == BiffVersion::Biff8;
     // BIFF8 names a reference to a sheet; BIFF5 has eight unused bytes, then first and last sheet.
     const std::size_t prefix = !is_3d ? 0 : is_biff8 ? 2 : 14;
-    const std::size_t corner_bytes = (is_area ? 2 : 1) * (is_biff8 ? 4 : 3);
+    const std::size_t corner_bytes = std::size_t{is_area ? 2u : 1u} * (is_biff8 ? 4 : 3);
     if (tokens.size() != 1 + prefix + corner_bytes) return;
     tokens.remove_prefix(1);
     if (is_3d && is_biff8) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Defined names that stand for one rectangle of cells: NAME records (MS-XLS 2.4.150), and the
+// Defined names that refer to one rectangle of cells: NAME records (MS-XLS 2.4.150), and the
 // references to sheets that they use (2.4.105 ExternSheet, 2.4.271 SupBook).
 #pragma once
 
@@ -34,9 +34,10 @@ class NameRecords {
     /// Once all records were read.
     void finish();
 
-    /// The cells of sheet `sheet` that `name` stands for: first a name of this sheet, then one of
+    /// The cells of sheet `sheet` that `name` refers to: first a name of this sheet, then one of
     /// the book.
     std::optional<Rectangle> find(std::u16string_view name, int sheet) const;
+    const std::vector<XlsName>& names() const { return names_; }
 
   private:
     struct SheetSpan {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "workbook/xls/biff_version.h"
@@ -16,6 +17,10 @@ namespace workbook {
 /// How many bytes hold a string's length.
 enum class LengthField { OneByte, TwoBytes };
 
+/// Of the flags of a string, and of the byte that a CONTINUE record within its characters begins
+/// with: characters have two bytes (MS-XLS 2.5.293 XLUnicodeRichExtendedString).
+inline constexpr std::uint8_t kWideCharacters = 0x01;
+
 /// Reads the strings of one book. Results are in generalised UTF-8, valid until the next read.
 /// A string that is longer than what is left of its record ends with it.
 class RecordStrings {
@@ -26,20 +31,20 @@ class RecordStrings {
 
     /// Length, string and, in BIFF8, what is attached to it (formatting runs, phonetic data).
     const std::string& read(ContinuedRecord& record, LengthField length_field);
-    /// A string of `length` characters, whose length stands elsewhere.
+    /// A string of `length` characters; its length is in another field.
     const std::string& read_characters(ContinuedRecord& record, std::size_t length);
 
     /// The same for a BIFF8 string with its length in two bytes, in a book of any version.
     const std::string& read_unicode(ContinuedRecord& record, std::size_t length);
+    /// Passes over such a string, which the next byte begins, without decoding it.
+    static void skip_unicode(ContinuedRecord& record);
 
   private:
     void append_bytes(ContinuedRecord& record, std::size_t length);
-    void append_units(ContinuedRecord& record, std::size_t length, bool is_wide);
 
     const BiffVersion version_;
     ByteText& byte_text_;
     std::string text_;
-    std::u16string units_;
 };
 
 } // namespace workbook

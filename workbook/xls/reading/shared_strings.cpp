@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Strings are counted as they come: the counts of the record are not believed.
 #include "workbook/xls/reading/shared_strings.h"
 
 #include "workbook/xls/reading/record_strings.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Entries of the three kinds of sheet lists.
 #include "workbook/xls/reading/sheet_list.h"
 
 #include "foundation/unicode.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The sheets of a book in their order: BOUNDSHEET records (MS-XLS 2.4.28), or what stands for them
-// in books that are older.
+// The sheets of a book in their order: BOUNDSHEET records (MS-XLS 2.4.28), or what older books
+// have in their place.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,9 @@ struct XlsSheetEntry {
     SheetKind kind = SheetKind::Worksheet;
     SheetState state = SheetState::Visible;
     std::size_t position = 0; ///< of the sheet's BOF record in the stream
-    bool has_cells = true;    ///< false for a module of macros, which counts as an empty sheet
+    /// False for a module of macros and for a second entry of one sheet: they are empty sheets that
+    /// cannot be changed.
+    bool has_cells = true;
     std::uint32_t first_format = 0; ///< what its cells add to the index of their format
     /// Its index in the loaded book; nullopt for a sheet that was added since.
     std::optional<std::size_t> original;

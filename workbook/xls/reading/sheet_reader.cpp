@@ -30,10 +30,11 @@ class SheetReader {
           cells_(cells),
           tail_(tail) {}
 
-    void run() {
+    SheetEnd run() {
         if (!records_.next() || !read_bof(records_.record()))
             refuse_record(records_.record(), "a sheet does not begin with a BOF record");
-        for (int depth = 1; depth > 0 && records_.next();) {
+        int depth = 1;
+        while (depth > 0 && records_.next()) {
             if (depth == 1 && cell_records_.read(records_)) continue;
             const Record& record = records_.record();
             if (record.id == record::kEof)
@@ -45,6 +46,7 @@ class SheetReader {
         }
         cell_records_.finish();
         finish_row_formats();
+        return {records_.position(), depth == 0};
     }
 
   private:
@@ -130,7 +132,10 @@ class SheetReader {
 
     void read_merged_regions(const Record& record) {
         constexpr std::size_t kHeader = 2, kEach = 8;
-        for (std::size_t at = kHeader; at + kEach <= record.size(); at += kEach) {
+        if (record.size() < kHeader) return;
+        const std::size_t stated_end = kHeader + kEach * record.u16(0);
+        const std::size_t end = std::min(record.size(), stated_end);
+        for (std::size_t at = kHeader; at + kEach <= end; at += kEach) {
             const Rectangle region{record.u16(at), record.u16(at + 2), record.u16(at + 4),
                                    record.u16(at + 6)};
             const bool is_region = region.first_row <= region.last_row &&
@@ -152,9 +157,9 @@ class SheetReader {
 
 } // namespace
 
-void read_sheet(std::string_view stream, std::size_t position, const CellContext& context,
-                RowSpan rows, ByteText& byte_text, SheetCells& cells, SheetTail& tail) {
-    SheetReader(stream, position, context, rows, byte_text, cells, tail).run();
+SheetEnd read_sheet(std::string_view stream, std::size_t position, const CellContext& context,
+                    RowSpan rows, ByteText& byte_text, SheetCells& cells, SheetTail& tail) {
+    return SheetReader(stream, position, context, rows, byte_text, cells, tail).run();
 }
 
 } // namespace workbook

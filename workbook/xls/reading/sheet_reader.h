@@ -12,9 +12,14 @@
 
 namespace workbook {
 
-/// Reads the sheet whose BOF record is at `position` of the stream. Fills `cells` with those of
-/// `rows` only, and both given otherwise. Throws `Error`.
-void read_sheet(std::string_view stream, std::size_t position, const CellContext& context,
-                RowSpan rows, ByteText& byte_text, SheetCells& cells, SheetTail& tail);
+struct SheetEnd {
+    std::size_t position = 0; ///< after the sheet's last record in the stream
+    bool is_stated = false;   ///< by an EOF record; false where the stream ends first
+};
+
+/// Reads the sheet whose BOF record is at `position` of the stream. `cells` gets the cells of
+/// `rows` only; everything else is read whichever rows are wanted. Throws `Error`.
+SheetEnd read_sheet(std::string_view stream, std::size_t position, const CellContext& context,
+                    RowSpan rows, ByteText& byte_text, SheetCells& cells, SheetTail& tail);
 
 } // namespace workbook

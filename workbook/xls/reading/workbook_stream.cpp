@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Which stream is the book, and whether it is encrypted.
 #include "workbook/xls/reading/workbook_stream.h"
 
+#include <functional>
 #include <utility>
 
 #include "workbook/detect/file_kind.h"
@@ -54,12 +57,38 @@ WorkbookStream read_encrypted_or_not(std::unique_ptr<RandomAccessFile> file) {
     refuse_file_kind(kind);
 }
 
+bool is_same(const WorkbookStream& stream, std::string in_file) {
+    if (stream.saved_hash) return hash_of_stream(in_file) == *stream.saved_hash;
+    if (stream.encryption) decrypt_workbook_stream(in_file);
+    return in_file == stream.bytes;
+}
+
+std::string stream_in(CompoundFile& container, std::u16string_view name) {
+    const CompoundEntry* entry = container.find_stream(name);
+    return entry == nullptr ? std::string() : container.read_stream(*entry);
+}
+
 } // namespace
 
 WorkbookStream read_workbook_stream(std::unique_ptr<RandomAccessFile> file) {
     WorkbookStream result = read_encrypted_or_not(std::move(file));
     result.encryption = decrypt_workbook_stream(result.bytes);
     return result;
+}
+
+std::size_t hash_of_stream(std::string_view bytes) {
+    return std::hash<std::string_view>{}(bytes);
+}
+
+void verify_same_stream(const WorkbookStream& stream, std::unique_ptr<RandomAccessFile> file) {
+    bool is_still_same = false;
+    try {
+        is_still_same =
+            is_same(stream, file != nullptr ? read_whole_file(*file).bytes
+                                            : stream_in(*stream.container, stream.name));
+    } catch (const Error&) {
+    }
+    if (!is_still_same) throw Error::file("the file has been changed on disk since it was loaded");
 }
 
 } // namespace workbook

@@ -8,15 +8,20 @@
 #include <vector>
 
 #include "foundation/files.h"
+#include "foundation/large_block.h"
 #include "workbook/cfb/compound_writer.h"
 #include "workbook/error.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
 #include "workbook/xls/writing/blank_workbook.h"
 #include "workbook/xls/writing/byte_encoder.h"
+#include "workbook/xls/writing/drawing_group.h"
 #include "workbook/xls/writing/globals_rewriter.h"
 #include "workbook/xls/writing/record_writer.h"
 #include "workbook/xls/writing/shared_strings_writer.h"
+#include "workbook/xls/writing/sheet_copy.h"
+#include "workbook/xls/writing/sheet_name_changes.h"
+#include "workbook/xls/writing/sheet_references.h"
 #include "workbook/xls/writing/sheet_rewriter.h"
 #include "workbook/xls/xls_limits.h"
 #include "workbook/xls/xls_sheet.h"
@@ -40,20 +45,34 @@ std::size_t end_of_substream(std::string_view stream, std::size_t position) {
     return stream.size();
 }
 
+std::vector<PlannedSheet> planned_sheets(const XlsContents& book) {
+    std::vector<PlannedSheet> sheets;
+    for (const auto& entry : book.entries) {
+        const auto original = entry->original;
+        const bool is_renamed = original && entry->name != book.globals.sheets[*original].name;
+        sheets.push_back({entry->name, entry->state, original, entry->copy_of, is_renamed});
+    }
+    return sheets;
+}
+
 class StreamWriter {
   public:
     explicit StreamWriter(const XlsContents& book)
-        : book_(book), old_(book.source.bytes), byte_encoder_(book.globals.byte_text) {
-        for (const auto& entry : book.entries)
-            sheets_.push_back({entry->name, entry->state, entry->original, entry->copy_of});
-    }
+        : book_(book),
+          old_(book.source.bytes),
+          byte_encoder_(book.globals.byte_text),
+          sheets_(planned_sheets(book)),
+          references_(old_, sheets_, book.globals.sheets.size()),
+          drawings_(std::string()) {}
 
     std::string run() {
         if (sheets_.empty()) throw Error::refused("a workbook needs at least one sheet");
         if (!has_changes()) return std::string(old_);
         check_version();
         prepare_strings();
-        if (version() < BiffVersion::Biff5) return rewritten(0);
+        if (version() < BiffVersion::Biff5) return rewritten(0, old_, book_.entries[0]->position);
+        find_new_names();
+        make_copies();
         write_globals();
         for (std::size_t i = 0; i < sheets_.size(); ++i)
             append_sheet(i);
@@ -74,10 +93,9 @@ class StreamWriter {
     bool has_changed_list() const {
         if (sheets_.size() != book_.globals.sheets.size()) return true;
         for (std::size_t i = 0; i < sheets_.size(); ++i) {
-            const XlsSheetEntry& old = book_.globals.sheets[i];
-            if (sheets_[i].original != i || sheets_[i].name != old.name ||
-                sheets_[i].state != old.state)
-                return true;
+            const bool is_same = sheets_[i].original == i && !sheets_[i].is_renamed &&
+                                 sheets_[i].state == book_.globals.sheets[i].state;
+            if (!is_same) return true;
         }
         return false;
     }
@@ -127,6 +145,26 @@ class StreamWriter {
         return uses;
     }
 
+    void find_new_names() {
+        for (const PlannedSheet& sheet : sheets_)
+            if (sheet.original) names_.set(book_.globals.sheets[*sheet.original].name, sheet.name);
+    }
+
+    // Before the globals, which say what drawings the book has.
+    void make_copies() {
+        copies_.resize(sheets_.size());
+        const bool has_copies = std::any_of(sheets_.begin(), sheets_.end(),
+                                            [](const auto& sheet) { return sheet.copy_of; });
+        if (has_copies) drawings_ = DrawingGroup::of_book(old_);
+        for (std::size_t i = 0; i < sheets_.size(); ++i) {
+            if (!sheets_[i].copy_of) continue;
+            SheetNameChanges names = names_;
+            names.set(book_.globals.sheets[*sheets_[i].copy_of].name, sheets_[i].name);
+            copies_[i] = copied_sheet(old_, book_.entries[i]->position,
+                                      references_.changes_for_copy(i), names, drawings_);
+        }
+    }
+
     void write_globals() {
         const bool has_added_strings =
             std::any_of(book_.sheets.begin(), book_.sheets.end(), [](const auto& one) {
@@ -139,7 +177,9 @@ class StreamWriter {
             {.stream = old_,
              .version = version(),
              .sheets = sheets_,
-             .original_count = book_.globals.sheets.size(),
+             .references = references_,
+             .names = names_,
+             .drawings = drawings_,
              .formats = book_.cell_formats,
              .first_new_format = known_formats(),
              .formats_end = std::max(book_.used_formats_end, known_formats()),
@@ -156,35 +196,55 @@ class StreamWriter {
             throw Error::limit(kStreamName, "it would be larger than 2 GiB");
         RecordWriter(written_.bytes)
             .set_u32(written_.sheet_positions[i], static_cast<std::uint32_t>(begin));
-        std::string substream;
         auto moved = static_cast<std::int64_t>(begin);
-        if (sheets_[i].original && (sheet(i) == nullptr || !sheet(i)->is_changed())) {
-            const std::size_t old_begin = book_.entries[i]->position;
-            substream = old_.substr(old_begin, end_of_substream(old_, old_begin) - old_begin);
-            moved -= static_cast<std::int64_t>(old_begin);
-            moved_index(substream, moved);
-        } else {
-            substream = rewritten(i);
-            moved_index(substream, moved);
-        }
+        std::string substream;
+        if (sheets_[i].original)
+            substream = kept(i, moved);
+        else
+            substream = added(i);
+        if (moved != 0) move_index(substream, version(), moved);
+        if (begin + substream.size() > written_.bytes.capacity())
+            foundation::reserve_to_fill(written_.bytes, 2 * begin + substream.size());
         written_.bytes += substream;
     }
 
-    void moved_index(std::string& substream, std::int64_t distance) const {
-        if (distance != 0) move_index(substream, version(), distance);
+    /// A sheet of the loaded book. Positions in it have moved by so much, if it is as it was.
+    std::string kept(std::size_t i, std::int64_t& moved) const {
+        const std::size_t position = book_.entries[i]->position;
+        const bool is_changed = sheet(i) != nullptr && sheet(i)->is_changed();
+        const std::string renamed =
+            names_.empty() ? std::string() : sheet_with_names(old_, position, names_);
+        if (!renamed.empty()) return rewritten(i, renamed, 0);
+        if (is_changed) return rewritten(i, old_, position);
+        moved -= static_cast<std::int64_t>(position);
+        return std::string(old_.substr(position, end_of_substream(old_, position) - position));
     }
 
-    std::string rewritten(std::size_t i) {
-        const XlsSheetEntry& entry = *book_.entries[i];
-        if (entry.original || entry.copy_of) return sheet(i)->write(old_, entry.position, strings_);
-        const std::string blank = blank_sheet(book_.is_new && i == 0);
-        return sheet(i)->write(blank, 0, strings_);
+    std::string added(std::size_t i) {
+        if (!sheets_[i].copy_of) return rewritten(i, blank_sheet(book_.is_new && i == 0), 0);
+        return rewritten(i, std::exchange(copies_[i], {}), 0);
+    }
+
+    std::string rewritten(std::size_t i, std::string_view stream, std::size_t position) const {
+        if (sheet(i) != nullptr) return sheet(i)->write(stream, position, strings_);
+        const CellStore no_cells(kXlsLimits.columns);
+        const SheetChanges no_changes;
+        return rewrite_sheet({.stream = stream,
+                              .position = position,
+                              .version = version(),
+                              .cells = no_cells,
+                              .changes = no_changes,
+                              .strings = strings_});
     }
 
     const XlsContents& book_;
     const std::string_view old_;
     ByteEncoder byte_encoder_;
-    std::vector<PlannedSheet> sheets_;
+    const std::vector<PlannedSheet> sheets_;
+    SheetReferences references_;
+    DrawingGroup drawings_;
+    SheetNameChanges names_;
+    std::vector<std::string> copies_; ///< what copies of sheets begin with, by index
     AddedStrings strings_;
     WrittenGlobals written_;
 };
@@ -228,25 +288,51 @@ class OpenContainer {
     bool opens_;
 };
 
+/// Another program's changes must not be undone unseen, nor streams be copied from another version.
+void verify_source(const XlsContents& book, bool is_over_source) {
+    if (book.is_new) return;
+    if (book.source.container != nullptr)
+        verify_same_stream(book.source, nullptr);
+    else if (is_over_source)
+        verify_same_stream(book.source, foundation::files::open_for_reading(book.source_path));
+}
+
+/// The workbook stream as the file will have it.
+struct SavedStream {
+    std::string bytes;
+    bool is_in_file = false; ///< that was loaded
+};
+
+SavedStream stream_to_save(XlsContents& book) {
+    SavedStream stream;
+    stream.bytes = changed_workbook_stream(book);
+    stream.is_in_file =
+        !book.is_new && !book.source.saved_hash && stream.bytes == book.source.bytes;
+    if (book.source.encryption) encrypt_workbook_stream(stream.bytes, *book.source.encryption);
+    return stream;
+}
+
 /// Writes the file without committing it.
-SaveCounts write_file(XlsContents& book, foundation::files::OutputFile& out) {
-    std::string stream = changed_workbook_stream(book);
-    if (book.source.encryption) encrypt_workbook_stream(stream, *book.source.encryption);
+SaveCounts write_file(const XlsContents& book, const SavedStream& stream,
+                      foundation::files::OutputFile& out) {
     if (!book.is_new && book.source.container == nullptr) {
-        out.append(stream.data(), stream.size());
-        return {0, 1, 0};
+        out.append(stream.bytes.data(), stream.bytes.size());
+        return stream.is_in_file ? SaveCounts{1, 0, 0} : SaveCounts{0, 1, 0};
     }
     CompoundChanges changes;
-    changes.written.push_back(
-        {book.source.name, [&stream](ByteSink& sink) { sink.append(stream); }});
     changes.class_id = kWorkbookClass;
+    if (!stream.is_in_file)
+        changes.written.push_back(
+            {book.source.name, [&stream](ByteSink& sink) { sink.append(stream.bytes); }});
     const CompoundCounts counts = write_compound_file(book.source.container.get(), changes, out);
     return {counts.copied, counts.written, counts.dropped};
 }
 
 /// The saved file is the one that later saves copy from. Nothing is lost when it cannot be opened:
 /// such a save says so.
-void continue_with(XlsContents& book, std::u16string_view path) {
+void continue_with(XlsContents& book, std::u16string_view path, std::size_t saved_hash) {
+    book.source.saved_hash = saved_hash;
+    if (book.source.container == nullptr) return;
     try {
         auto saved = std::make_unique<CompoundFile>(foundation::files::open_for_reading(path));
         saved->close_file();
@@ -260,19 +346,22 @@ void continue_with(XlsContents& book, std::u16string_view path) {
 
 SaveCounts save_book(XlsContents& book, std::u16string_view path) {
     OpenContainer container(book);
+    const bool is_over_source =
+        !book.source_path.empty() && foundation::files::is_same_file(path, book.source_path);
+    verify_source(book, is_over_source);
     const auto out = foundation::files::replace_file(path);
-    const SaveCounts counts = write_file(book, *out);
-    const bool is_over_source = book.source.container != nullptr && !book.source_path.empty() &&
-                                foundation::files::is_same_file(path, book.source_path);
+    const SavedStream stream = stream_to_save(book);
+    const SaveCounts counts = write_file(book, stream, *out);
     container.close(); // some systems do not let a file take the place of one that is open
     out->commit();
-    if (is_over_source) continue_with(book, path);
+    if (is_over_source) continue_with(book, path, hash_of_stream(stream.bytes));
     return counts;
 }
 
 SaveCounts save_book(XlsContents& book, foundation::files::OutputFile& out) {
     OpenContainer container(book);
-    const SaveCounts counts = write_file(book, out);
+    verify_source(book, false);
+    const SaveCounts counts = write_file(book, stream_to_save(book), out);
     out.commit();
     return counts;
 }

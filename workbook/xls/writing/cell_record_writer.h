@@ -31,11 +31,9 @@ std::optional<std::uint32_t> rk_number(double value);
 
 class CellRecordWriter {
   public:
-    /// Appends to `out`; both references must outlive this. Cells without a format of their own get
-    /// `default_format`.
-    CellRecordWriter(BiffVersion version, std::uint16_t default_format, const AddedStrings& strings,
-                     std::string& out)
-        : version_(version), default_format_(default_format), strings_(strings), out_(out) {}
+    /// Appends to `out`; both references must outlive this.
+    CellRecordWriter(BiffVersion version, const AddedStrings& strings, std::string& out)
+        : version_(version), strings_(strings), out_(out) {}
 
     /// The row of the cells to come.
     void set_row(int row);
@@ -58,12 +56,11 @@ class CellRecordWriter {
     void write_biff2(const StoredCell& cell);
     void write_string(const StoredCell& cell);
 
-    std::uint16_t format_of(const StoredCell& cell) const {
-        return cell.format == 0 ? default_format_ : static_cast<std::uint16_t>(cell.format);
+    static std::uint16_t format_of(const StoredCell& cell) {
+        return static_cast<std::uint16_t>(cell.format);
     }
 
     const BiffVersion version_;
-    const std::uint16_t default_format_;
     const AddedStrings& strings_;
     std::string& out_;
     std::uint16_t row_ = 0;

@@ -74,8 +74,7 @@ class Survey {
             return;
         }
         is_at_end_ = record.id == record::kEof;
-        const bool is_dimensions =
-            record.id == record::kDimensions || record.id == record::kDimensions2;
+        const bool is_dimensions = record.id == dimensions_record(version_);
         if (is_dimensions && is_after_) { // comes too late, and once is enough
             has_last_ = false;
             return;

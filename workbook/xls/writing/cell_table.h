@@ -10,6 +10,7 @@
 
 #include "workbook/cells/rectangle.h"
 #include "workbook/xls/biff_version.h"
+#include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
 
 namespace workbook {
@@ -48,6 +49,11 @@ struct CellTable {
 
     static constexpr std::size_t kNoElement = static_cast<std::size_t>(-1);
 };
+
+/// The number of the record with the used range. BIFF2's is no such record in later versions.
+constexpr record::Id dimensions_record(BiffVersion version) {
+    return version == BiffVersion::Biff2 ? record::kDimensions2 : record::kDimensions;
+}
 
 /// Surveys the sheet whose BOF record is at `position`; records about positions in the stream
 /// (INDEX, DBCELL) are left out. Throws `Error`.

@@ -2,14 +2,17 @@
 #include "workbook/xls/writing/globals_rewriter.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "workbook/error.h"
 #include "workbook/io/little_endian.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
+#include "workbook/xls/writing/drawing_group.h"
 #include "workbook/xls/writing/format_records_writer.h"
 #include "workbook/xls/writing/record_writer.h"
 #include "workbook/xls/writing/shared_strings_writer.h"
+#include "workbook/xls/writing/sheet_name_changes.h"
 #include "workbook/xls/writing/sheet_references.h"
 
 namespace workbook {
@@ -21,9 +24,7 @@ constexpr std::size_t kBoundSheetName = 6; ///< after position, state and type
 class GlobalsWriter {
   public:
     explicit GlobalsWriter(const GlobalsRewrite& globals)
-        : globals_(globals),
-          references_(globals.sheets, globals.original_count),
-          writer_(written_.bytes) {}
+        : globals_(globals), references_(globals.references), writer_(written_.bytes) {}
 
     WrittenGlobals run() {
         find_bound_sheets();
@@ -33,6 +34,7 @@ class GlobalsWriter {
         while (records.next()) {
             const Record& record = records.record();
             if (record.id == record::kBof) ++depth;
+            if (is_biff8()) references_.before(record, written_.bytes);
             if (record.id == record::kEof && --depth == 0) {
                 end_formats();
                 write_bound_sheets();
@@ -96,6 +98,13 @@ class GlobalsWriter {
         case record::kExtSst:
             is_dropped_ = true;
             return;
+        case record::kDrawingGroup:
+            write_drawing_group(record);
+            return;
+        case record::kSourceArea:
+        case record::kSourceName:
+            write_source(record);
+            return;
         default:
             copy(record);
             if (is_biff8()) references_.adjust(record, last_copied_, written_.bytes);
@@ -107,6 +116,8 @@ class GlobalsWriter {
     void write_bound_sheets() {
         if (has_bound_sheets_) return;
         has_bound_sheets_ = true;
+        has_formats_ = true; // a book without any gets its first ones here
+        end_formats();
         for (std::size_t i = 0; i < globals_.sheets.size(); ++i)
             write_bound_sheet(globals_.sheets[i], written_.sheet_positions[i]);
     }
@@ -126,8 +137,8 @@ class GlobalsWriter {
                 : static_cast<std::uint8_t>((static_cast<std::uint8_t>(old[4]) & ~3u) | state));
         writer_.u8(old.size() < kBoundSheetName ? std::uint8_t{0}
                                                 : static_cast<std::uint8_t>(old[5]));
-        if (!is_biff8() && !old.empty()) {
-            writer_.bytes(old.substr(kBoundSheetName)); // names do not change before BIFF8
+        if (old.size() > kBoundSheetName && sheet.original && !sheet.is_renamed) {
+            writer_.bytes(old.substr(kBoundSheetName));
         } else {
             writer_.u8(static_cast<std::uint8_t>(sheet.name.size()));
             writer_.characters(sheet.name);
@@ -154,6 +165,31 @@ class GlobalsWriter {
             writer_.u16(is_known ? old[*sheet.original] : ++highest);
         }
         writer_.end();
+    }
+
+    /// Where the cells of a pivot table come from.
+    void write_source(const Record& record) {
+        std::string data(record.data);
+        if (is_biff8() && globals_.names.apply(record.id, data))
+            writer_.record(record.id, data);
+        else
+            copy(record);
+    }
+
+    void write_drawing_group(const Record& record) {
+        if (!globals_.drawings.has_changed()) {
+            copy(record);
+            return;
+        }
+        is_dropped_ = true; // with those after it
+        if (std::exchange(has_drawing_group_, true)) return;
+        const std::string data = globals_.drawings.data();
+        int records = 0;
+        for (std::size_t at = 0; at < data.size(); at += kMaxRecordBytes) {
+            // Applications write two of these before they go on in CONTINUE records.
+            const record::Id id = records++ < 2 ? record::kDrawingGroup : record::kContinue;
+            writer_.record(id, std::string_view(data).substr(at, kMaxRecordBytes));
+        }
     }
 
     // --- Formats, strings, settings
@@ -195,14 +231,14 @@ class GlobalsWriter {
     }
 
     const GlobalsRewrite& globals_;
-    SheetReferences references_;
+    SheetReferences& references_;
     WrittenGlobals written_;
     RecordWriter writer_;
     std::vector<std::string_view> bound_sheets_; ///< data of the old records
     std::size_t last_copied_ = 0; ///< header of the last copied record in the new globals
     bool is_dropped_ = false;     ///< the last record, with what continues it
     bool has_formats_ = false, are_formats_written_ = false;
-    bool has_bound_sheets_ = false, has_strings_ = false;
+    bool has_bound_sheets_ = false, has_strings_ = false, has_drawing_group_ = false;
 };
 
 } // namespace

@@ -19,12 +19,17 @@
 
 namespace workbook {
 
+class DrawingGroup;
+class SheetNameChanges;
+class SheetReferences;
+
 /// One sheet of the book that is written.
 struct PlannedSheet {
     std::u16string_view name;
     SheetState state = SheetState::Visible;
     std::optional<std::size_t> original; ///< its index in the loaded book; nullopt for a new one
     std::optional<std::size_t> copy_of;  ///< the index in the loaded book of what it is a copy of
+    bool is_renamed = false;             ///< since it was loaded
 };
 
 /// Views and references must outlive the call they are given to.
@@ -32,7 +37,9 @@ struct GlobalsRewrite {
     std::string_view stream; ///< the loaded workbook stream
     BiffVersion version = BiffVersion::Biff8;
     const std::vector<PlannedSheet>& sheets; ///< in their order
-    std::size_t original_count = 0;          ///< sheets of the loaded book
+    SheetReferences& references;             ///< for `sheets`; used once
+    const SheetNameChanges& names;           ///< of the loaded sheets
+    const DrawingGroup& drawings;            ///< with those of copied sheets
     const CellFormats& formats;              ///< of all cells
     std::size_t first_new_format = 0;        ///< formats from here to `formats_end` are written
     std::size_t formats_end = 0;             ///< anew

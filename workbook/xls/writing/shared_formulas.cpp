@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "workbook/xls/formula/token_rewriter.h"
+#include "workbook/xls/formula/token_stream.h"
 #include "workbook/xls/reading/formula_results.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
@@ -92,6 +93,71 @@ std::optional<std::string> own_formula(const Record& shared, int row, int column
     return result + *formula;
 }
 
+/// The formula of one cell of an array formula (MS-XLS 2.4.4 Array) as an array formula of its own:
+/// the item of the array that the cell shows. An array of one row or column fills all of them:
+/// INDEX(array, 1 + row * (ROWS(array) > 1), 1 + column * (COLUMNS(array) > 1)). Nullopt when it
+/// cannot be parsed or would be longer than applications take.
+class ArrayItem {
+  public:
+    static std::optional<std::string> record_data(const Record& array, const SharedFormula& group,
+                                                  int row, int column) {
+        constexpr std::size_t kArea = 6, kOptions = 6;
+        if (array.size() < kFormula) return {};
+        const std::size_t token_bytes = array.u16(kLength);
+        const std::string_view formula = array.data.substr(kFormula);
+        if (!biff::parse_tokens(formula, token_bytes)) return {};
+        ArrayItem item(formula, token_bytes);
+        item.append_array();
+        item.append_place(row - group.area.first_row, kRows);
+        item.append_place(column - group.area.first_column, kColumns);
+        item.append(item.tokens_, {0x62, 3, 29, 0}); // INDEX
+        if (item.tokens_.size() > kMostTokenBytes) return {};
+        std::string data;
+        for (const int value : {row, row, column << 8 | column})
+            append_u16(data, static_cast<std::uint16_t>(value));
+        data.append(array.data.substr(kArea, kLength - kOptions));
+        append_u16(data, static_cast<std::uint16_t>(item.tokens_.size()));
+        data += item.tokens_ + item.extra_;
+        if (data.size() > kMaxRecordBytes) return {};
+        return data;
+    }
+
+  private:
+    static constexpr std::size_t kLength = 12, kFormula = 14;
+    static constexpr std::size_t kMostTokenBytes = 1800;
+    static constexpr int kRows = 76, kColumns = 77; ///< functions
+
+    ArrayItem(std::string_view formula, std::size_t token_bytes)
+        : array_(formula.substr(0, token_bytes)), array_extra_(formula.substr(token_bytes)) {}
+
+    static void append(std::string& out, std::initializer_list<int> bytes) {
+        for (const int byte : bytes)
+            out += static_cast<char>(byte);
+    }
+
+    void append_array() {
+        constexpr std::string_view kVolatile("\x19\1\0\0", 4); // said once
+        const bool repeats = !tokens_.empty() && array_.starts_with(kVolatile);
+        tokens_.append(array_.substr(repeats ? kVolatile.size() : 0));
+        extra_.append(array_extra_);
+    }
+
+    void append_integer(int value) { append(tokens_, {0x1E, value & 0xFF, value >> 8}); }
+
+    void append_place(int offset, int count_function) {
+        append_integer(1);
+        if (offset == 0) return;
+        append_integer(offset);
+        append_array();
+        append(tokens_, {0x61, count_function, 0});
+        append_integer(1);
+        append(tokens_, {0x0D, 0x15, 0x05, 0x03}); // > () * +
+    }
+
+    const std::string_view array_, array_extra_;
+    std::string tokens_, extra_;
+};
+
 } // namespace
 
 SharedFormulas::SharedFormulas(std::string_view stream, BiffVersion version, const CellTable& table,
@@ -134,28 +200,44 @@ bool SharedFormulas::adjust(const CellExtent& cell, std::string& out) const {
         return leads_to(formula, one);
     });
     if (group == broken_.end()) return false;
-    if (group->kind != SharedFormula::Kind::Shared) {
-        append_result(stream_, cell, formula, out);
-        return true;
-    }
     RecordStream master(stream_, group->record);
     master.next();
-    const auto tokens = version_ == BiffVersion::Biff8
-                            ? own_formula(master.record(), cell.row, cell.first_column)
-                            : std::nullopt;
-    if (!tokens || kTokenBytes + tokens->size() > kMaxRecordBytes) {
+    const bool is_array = group->kind == SharedFormula::Kind::Array;
+    std::optional<std::string> own;
+    if (version_ == BiffVersion::Biff8 && is_array)
+        own = ArrayItem::record_data(master.record(), *group, cell.row, cell.first_column);
+    else if (version_ == BiffVersion::Biff8 && group->kind == SharedFormula::Kind::Shared)
+        own = own_formula(master.record(), cell.row, cell.first_column);
+    if (!own || kTokenBytes + own->size() > kMaxRecordBytes) {
         append_result(stream_, cell, formula, out);
         return true;
     }
     std::string data(formula.data.substr(0, kTokenBytes));
     const auto flags = static_cast<std::uint16_t>(formula.u16(kFlags) & ~kIsShared);
-    data[kFlags] = static_cast<char>(flags & 0xFF);
-    data[kFlags + 1] = static_cast<char>(flags >> 8);
-    data += *tokens; // with its length in front
-    append_record(record::kFormula, data, {}, out);
-    const std::size_t after = formula.position + RecordStream::kHeaderBytes + formula.size();
-    out.append(stream_.substr(after, cell.end - after));
+    RecordWriter(data).set_u16(kFlags, flags);
+    if (is_array) {
+        append_u16(data, 5);
+        data += static_cast<char>(kExp);
+        append_u16(data, cell.row);
+        append_u16(data, cell.first_column);
+        append_record(record::kFormula, data, {}, out);
+        append_record(record::kArray, *own, {}, out);
+    } else {
+        append_record(record::kFormula, data, *own, out); // with its length in front
+    }
+    append_string(cell, out);
     return true;
+}
+
+/// The string that the formula of a cell has as its result.
+void SharedFormulas::append_string(const CellExtent& cell, std::string& out) const {
+    RecordStream records(stream_.substr(0, cell.end), cell.begin);
+    while (records.next())
+        if (records.record().id == record::kString) {
+            out.append(
+                stream_.substr(records.record().position, cell.end - records.record().position));
+            return;
+        }
 }
 
 } // namespace workbook

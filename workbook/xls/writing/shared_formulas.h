@@ -2,7 +2,8 @@
 //
 // Formulas that several cells of a sheet share, as far as a change takes one of their cells away:
 // what the cells that stay have instead. A shared formula whose own cell is lost is spelled out in
-// the others; an array formula or data table that loses a cell leaves its values.
+// the others; of an array formula, each other cell gets a formula for its item; a data table that
+// loses a cell leaves its values.
 #pragma once
 
 #include <string>
@@ -30,6 +31,7 @@ class SharedFormulas {
   private:
     bool has_lost(const SharedFormula& group, const CellStore& cells,
                   const ClearedCells& cleared) const;
+    void append_string(const CellExtent& cell, std::string& out) const;
 
     std::string_view stream_;
     const BiffVersion version_;

@@ -6,7 +6,7 @@
 
 #include "foundation/unicode.h"
 #include "workbook/error.h"
-#include "workbook/xls/reading/continued_record.h"
+#include "workbook/xls/reading/record_strings.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
 #include "workbook/xls/writing/record_writer.h"
@@ -14,10 +14,6 @@
 namespace workbook {
 
 namespace {
-
-// The flags of a string (MS-XLS 2.5.293 XLUnicodeRichExtendedString).
-constexpr std::uint8_t kWide = 0x01, kHasPhonetic = 0x04, kHasRuns = 0x08;
-constexpr std::uint64_t kRunBytes = 4;
 
 constexpr std::size_t kCountBytes = 8;        ///< before the first string
 constexpr std::size_t kStringHeaderBytes = 3; ///< length and flags
@@ -36,28 +32,6 @@ std::uint32_t strings_per_bucket(std::size_t count) {
     return std::max(kFewestPerBucket, static_cast<std::uint32_t>(wanted));
 }
 
-/// Passes over the string that `record` is at.
-void skip_string(ContinuedRecord& record) {
-    std::size_t units = record.u16();
-    if (units == 0 && record.rest().empty()) return;
-    const std::uint8_t flags = record.u8();
-    const std::uint64_t runs = (flags & kHasRuns) != 0 ? record.u16() : 0;
-    const std::uint64_t phonetic_bytes = (flags & kHasPhonetic) != 0 ? record.u32() : 0;
-    bool is_wide = (flags & kWide) != 0;
-    for (;;) {
-        const std::size_t width = is_wide ? 2 : 1;
-        const std::size_t here = std::min(units, record.rest().size() / width);
-        record.advance(here * width);
-        units -= here;
-        if (units == 0) break;
-        do {
-            if (!record.next_segment()) return;
-        } while (record.rest().empty());
-        is_wide = (record.u8() & kWide) != 0;
-    }
-    record.skip(runs * kRunBytes + phonetic_bytes);
-}
-
 class TableWriter {
   public:
     TableWriter(std::size_t count, std::string& out)
@@ -74,7 +48,7 @@ class TableWriter {
             if (strings.rest().empty() && !strings.next_segment()) break;
             const auto at = static_cast<std::size_t>(strings.rest().data() - stream.data());
             note_string(begin + at - table, begin + records.record().position - table);
-            skip_string(strings);
+            RecordStrings::skip_unicode(strings);
         }
         std::size_t last = table, end = table;
         RecordStream all(stream, table);
@@ -102,11 +76,11 @@ class TableWriter {
         if (writer_.room() < kStringHeaderBytes + width) continue_record();
         note_string(out_.size(), record_begin_);
         writer_.u16(static_cast<std::uint16_t>(text.size()));
-        writer_.u8(is_wide ? kWide : 0);
+        writer_.u8(is_wide ? kWideCharacters : 0);
         while (!text.empty()) {
             if (writer_.room() < width) {
                 continue_record();
-                writer_.u8(is_wide ? kWide : 0);
+                writer_.u8(is_wide ? kWideCharacters : 0);
             }
             const std::size_t here = std::min(text.size(), writer_.room() / width);
             for (const char16_t unit : text.substr(0, here))

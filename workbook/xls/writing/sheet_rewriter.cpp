@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "foundation/large_block.h"
 #include "workbook/io/little_endian.h"
 #include "workbook/xls/record_ids.h"
 #include "workbook/xls/record_stream.h"
@@ -35,10 +36,13 @@ class SheetWriter {
           table_(survey_cells(sheet.stream, sheet.position, sheet.version)),
           groups_(sheet.stream, sheet.version, table_, sheet.cells, sheet.changes.cleared),
           cleared_(sheet.changes.cleared),
-          cells_(sheet.version, sheet.default_format, sheet.strings, block_),
+          cells_(sheet.version, sheet.strings, block_),
           records_(out_) {}
 
     std::string run() {
+        // A number, the largest cell but for formulas, has 18 bytes.
+        constexpr std::size_t kCellBytes = 18;
+        foundation::reserve_to_fill(out_, sheet_.cells.size() * kCellBytes);
         find_rows();
         write_before();
         write_rows();
@@ -85,7 +89,7 @@ class SheetWriter {
             }
             if (i > 0 && is_replaced(other)) continue;
             if (other.id == record::kDefColWidth) column_default_ = out_.size();
-            copy_other(other);
+            copy(other.begin, other.end);
             const bool is_start = i == 0;
             const bool has_uncalced =
                 i + 1 < before.size() && before[i + 1].id == record::kUncalced;
@@ -99,10 +103,10 @@ class SheetWriter {
         }
     }
 
-    static bool is_after_columns(std::uint16_t id) {
-        return id == record::kColInfo || id == record::kDimensions || id == record::kDimensions2;
+    bool is_after_columns(std::uint16_t id) const {
+        return id == record::kColInfo || id == dimensions_record(sheet_.version);
     }
-    static bool is_after_protection(std::uint16_t id) {
+    bool is_after_protection(std::uint16_t id) const {
         return is_after_columns(id) || id == record::kDefColWidth || is_protection(id);
     }
     static bool is_protection(std::uint16_t id) {
@@ -113,33 +117,10 @@ class SheetWriter {
     /// Whether a record is not copied, since what it says has changed.
     bool is_replaced(const OtherExtent& other) const {
         const SheetChanges& changes = sheet_.changes;
-        if (sheet_.is_copy && stays_with_original(other.id)) return true;
         if (other.id == record::kColInfo) return !changes.column_widths.empty();
         if (is_protection(other.id)) return changes.is_protected.has_value();
         if (other.id == record::kMergeCells) return changes.merged_regions.has_value();
         return false;
-    }
-
-    static bool stays_with_original(std::uint16_t id) {
-        constexpr std::uint16_t kRecords[] = {
-            record::kDrawing, record::kDrawingSelection, record::kObject,  record::kTextObject,
-            record::kNote,    record::kHeaderPicture,    record::kPicture, record::kCodeName,
-            record::kBof};
-        return std::find(std::begin(kRecords), std::end(kRecords), id) != std::end(kRecords);
-    }
-
-    /// A record that is copied with nothing but these words changed.
-    void copy_other(const OtherExtent& other) {
-        const std::size_t at = out_.size();
-        copy(other.begin, other.end);
-        // One sheet is selected, not its copies.
-        constexpr std::uint16_t kSelected = 0x0600;
-        constexpr std::size_t kOptionBytes = 2;
-        const std::size_t options = at + RecordStream::kHeaderBytes;
-        if (sheet_.is_copy && other.id == record::kWindow2 &&
-            other.end - other.begin >= RecordStream::kHeaderBytes + kOptionBytes)
-            records_.set_u16(
-                options, static_cast<std::uint16_t>(load_u16(out_.data() + options) & ~kSelected));
     }
 
     void write_columns() {
@@ -172,8 +153,7 @@ class SheetWriter {
         dimensions_ = out_.size() + RecordStream::kHeaderBytes;
         const bool is_biff2 = sheet_.version == BiffVersion::Biff2;
         const std::size_t bytes = is_biff2 ? 8 : sheet_.version == BiffVersion::Biff8 ? 14 : 10;
-        records_.record(is_biff2 ? record::kDimensions2 : record::kDimensions,
-                        std::string(bytes, '\0'));
+        records_.record(dimensions_record(sheet_.version), std::string(bytes, '\0'));
     }
 
     void finish_dimensions() {
@@ -302,13 +282,13 @@ class SheetWriter {
             const CellExtent& cell = table_.cells[next_cell_];
             if (cell.row < row) continue; // cannot be: every such row is written
             written = write_changed(written, stored.end, cell.first_column, plan);
-            if (!has_cleared && !is_overwritten(written, stored.end, cell)) {
+            if (!has_cleared && !is_overwritten(stored, cell)) {
                 cells_.flush();
                 widen(plan, cell.first_column, cell.last_column);
                 if (!may_adjust || !groups_.adjust(cell, block_))
                     block_.append(sheet_.stream.substr(cell.begin, cell.end - cell.begin));
             } else {
-                written = write_remaining(written, stored.end, cell, has_cleared, plan);
+                written = write_remaining(written, stored, cell, has_cleared, plan);
             }
         }
         write_changed(written, stored.end, kXlsLimits.columns, plan);
@@ -338,28 +318,34 @@ class SheetWriter {
         return cell;
     }
 
-    /// Whether a changed cell takes one of the places of `old`.
-    static bool is_overwritten(const StoredCell* cell, const StoredCell* end,
-                               const CellExtent& old) {
-        return std::any_of(
-            cell,
-            std::find_if(cell, end,
-                         [&](const StoredCell& one) { return one.column > old.last_column; }),
-            [](const StoredCell& one) { return one.is_changed(); });
+    /// The first cell of the row from `column` on.
+    static const StoredCell* cell_from(const CellStore::RowCells& row, int column) {
+        return std::lower_bound(row.begin, row.end, column, [](const StoredCell& one, int wanted) {
+            return static_cast<int>(one.column) < wanted;
+        });
+    }
+
+    /// Whether a changed cell takes one of the places of `old`. Some producers have a place in two
+    /// records, so the cell may have been written with an earlier one.
+    static bool is_overwritten(const CellStore::RowCells& stored, const CellExtent& old) {
+        return std::any_of(cell_from(stored, old.first_column),
+                           cell_from(stored, old.last_column + 1),
+                           [](const StoredCell& one) { return one.is_changed(); });
     }
 
     /// Of an old record with cells that were changed or cleared, what stays of it, between changed
     /// cells.
-    const StoredCell* write_remaining(const StoredCell* written, const StoredCell* end,
+    const StoredCell* write_remaining(const StoredCell* written, const CellStore::RowCells& stored,
                                       const CellExtent& old, bool has_cleared, RowPlan& plan) {
         RecordStream records(sheet_.stream, old.begin);
         records.next();
         const Record record = records.record();
         const bool is_shared_record = record.id == record::kMulRk || record.id == record::kMulBlank;
         for (int column = old.first_column; column <= old.last_column; ++column) {
-            written = write_changed(written, end, column, plan);
-            const bool is_changed = written != end && static_cast<int>(written->column) == column &&
-                                    written->is_changed();
+            written = write_changed(written, stored.end, column, plan);
+            const StoredCell* const now = cell_from(stored, column);
+            const bool is_changed =
+                now != stored.end && static_cast<int>(now->column) == column && now->is_changed();
             if (is_changed || (has_cleared && cleared_.holds(column))) continue;
             cells_.flush();
             widen(plan, column, column);
@@ -389,7 +375,7 @@ class SheetWriter {
     void write_after() {
         for (const OtherExtent& other : table_.after) {
             if (other.id == record::kEof || other.id == record::kMergeCells) write_regions();
-            if (!is_replaced(other)) copy_other(other);
+            if (!is_replaced(other)) copy(other.begin, other.end);
         }
         if (table_.after.empty() || table_.after.back().id != record::kEof)
             records_.record(record::kEof, {});

@@ -22,10 +22,7 @@ struct SheetRewrite {
     std::string_view stream;  ///< that the sheet was read from
     std::size_t position = 0; ///< of its BOF record
     BiffVersion version = BiffVersion::Biff8;
-    /// For a copy of the sheet: drawings, whose numbers are the book's, and what the sheet is
-    /// called in macros do not go with it.
-    bool is_copy = false;
-    std::uint16_t default_format = 0; ///< of cells, rows and columns without one of their own
+    std::uint16_t default_format = 0; ///< of rows and columns without one of their own
     const CellStore& cells;           ///< changed ones are marked
     const SheetChanges& changes;
     const AddedStrings& strings;

@@ -106,6 +106,7 @@ const char* SheetDataReader::take_plain_cell(const char* p) {
     if (cell == nullptr) return nullptr;
     CellHead head;
     std::uint32_t column = next_column_;
+    has_plain_formula_ = false;
     p = tag_.open(p, "c");
     if (p != nullptr) p = take_plain_head(p, column, head);
     if (p == nullptr) return nullptr;
@@ -120,6 +121,7 @@ const char* SheetDataReader::take_plain_cell(const char* p) {
     }
     cell->column = column;
     cell->format = head.format & kMaxStoredFormat;
+    if (has_plain_formula_) count_formula(cell->stored_kind() != StoredKind::Blank);
     cells_.keep_cell();
     next_column_ = column + 1;
     return p;
@@ -209,6 +211,7 @@ const char* SheetDataReader::take_plain_value(const char* p, CellType type, Stor
     if (const char* const formula = tag_.open(p, "f")) {
         p = take_plain_formula(formula);
         if (p == nullptr) return nullptr;
+        has_plain_formula_ = true;
     }
     const char* const value = tag_.open(p, "v>");
     if (value == nullptr || *value == '<') {

@@ -123,7 +123,7 @@ void SheetDataReader::read_row_tag() {
 void SheetDataReader::read_cell() {
     const int depth = scanner_.depth();
     const CellHead head = read_head();
-    bool has_value = false, has_text = false;
+    bool has_value = false, has_text = false, has_formula = false;
     value_.clear();
     inline_text_.clear();
     for (;;) {
@@ -137,9 +137,11 @@ void SheetDataReader::read_cell() {
             has_text = true;
             append_item_text(scanner_, inline_text_);
         } else {
+            has_formula |= scanner_.name() == "f";
             scanner_.skip_element();
         }
     }
+    if (has_formula && !skipping_) count_formula(has_value);
     store_value(head, has_value, has_text);
 }
 
@@ -248,11 +250,12 @@ void SheetDataReader::store_shared_string(StoredCell& cell) {
 
 void SheetDataReader::store_text(StoredCell& cell, std::string_view text) {
     cell.kind = static_cast<std::uint32_t>(StoredKind::OwnString);
-    cell.value.text = out_.own_strings.add(text);
+    if (!is_scan_) cell.value.text = out_.own_strings.add(text);
 }
 
 void SheetDataReader::store_error(StoredCell& cell, std::string_view text) {
     cell.kind = static_cast<std::uint32_t>(StoredKind::Error);
+    if (is_scan_) return;
     for (const auto& [known, index] : error_texts_)
         if (known == text) {
             cell.value.text = index;

@@ -28,7 +28,8 @@ class SheetDataReader {
           rows_(rows),
           date_base_(dates),
           out_(out),
-          cells_(out.cells) {}
+          cells_(out.cells),
+          is_scan_(!out.cells.keeps_rows()) {}
 
     /// Call after the Start of sheetData. Reads to its End and returns true, or stops at the first
     /// row after the wanted ones and returns false. Throws `Error`.
@@ -66,6 +67,10 @@ class SheetDataReader {
     CellHead read_head();
     void move_to(std::string_view reference);
     void store_value(const CellHead& head, bool has_value, bool has_text);
+    void count_formula(bool has_result) {
+        ++out_.formulas;
+        if (!has_result) ++out_.formulas_without_result;
+    }
     void store_number(StoredCell& cell);
     void store_shared_string(StoredCell& cell);
     void store_text(StoredCell& cell, std::string_view text);
@@ -80,6 +85,8 @@ class SheetDataReader {
     const DateBase date_base_;
     SheetCells& out_;
     CellStore& cells_;
+    const bool is_scan_; ///< values are not kept
+    bool has_plain_formula_ = false;
 
     bool in_row_ = false;
     bool skipping_ = false; ///< the cells to come are not wanted

@@ -2,14 +2,16 @@
 //
 // The table for people: one pass finds the widths of the columns, a second one writes.
 #include <algorithm>
+#include <limits>
 
 #include "foundation/unicode.h"
 #include "zxsheet/cell_text.h"
-#include "zxsheet/row_writers.h"
+#include "zxsheet/output_format.h"
 
 namespace zxsheet {
 namespace {
 
+/// Of a cell, unless all of it is asked for.
 constexpr std::size_t kMaxWidth = 40;
 
 bool begins_character(char byte) {
@@ -21,24 +23,24 @@ std::size_t width_of(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins_character));
 }
 
-/// At most `kMaxWidth` characters; an ellipsis in place of the rest.
-std::string clipped(const std::string& text) {
+/// At most `width` characters; an ellipsis in place of the rest.
+std::string clipped(const std::string& text, std::size_t width) {
     std::size_t characters = 0;
     std::size_t cut = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (!begins_character(text[i])) continue;
-        if (++characters == kMaxWidth) cut = i;
-        if (characters > kMaxWidth) return text.substr(0, cut) + "\xE2\x80\xA6";
+        if (++characters == width) cut = i;
+        if (characters > width) return text.substr(0, cut) + "\xE2\x80\xA6";
     }
     return text;
 }
 
-/// The cell on one line.
-std::string shown(const CellValue& cell, DateStyle dates) {
-    std::string text = plain_text(cell, dates);
+/// The cell on one line, at most `width` characters of it.
+std::string shown(const CellValue& cell, const TextStyle& style, std::size_t width) {
+    std::string text = plain_text(cell, style);
     std::replace_if(
         text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
-    return clipped(text);
+    return clipped(text, width);
 }
 
 std::string column_letters(int column) {
@@ -53,8 +55,14 @@ bool is_number(const CellValue& cell) {
 
 class TableWriter {
   public:
-    TableWriter(const Selection& selection, const PrintStyle& style, OutputSink& out)
-        : selection_(selection), style_(style), out_(out) {}
+    /// `line_width` is that of a line, 0 for any.
+    TableWriter(const Selection& selection, const PrintStyle& style, std::size_t line_width,
+                std::size_t cell_width, OutputSink& out)
+        : selection_(selection),
+          style_(style),
+          line_width_(line_width),
+          cell_width_(cell_width),
+          out_(out) {}
 
     void write() {
         measure();
@@ -79,7 +87,8 @@ class TableWriter {
             ++rows;
             widths_.resize(std::max(widths_.size(), row.size()), 1);
             for (std::size_t i = 0; i < row.size(); ++i)
-                widths_[i] = std::max(widths_[i], width_of(shown(*row[i], style_.dates)));
+                widths_[i] =
+                    std::max(widths_[i], width_of(shown(*row[i], style_.text, cell_width_)));
         });
         // With rows or columns left out, the names of those that remain are not known.
         const spreadsheet::Range& range = selection_.range;
@@ -102,7 +111,7 @@ class TableWriter {
                     const std::vector<const CellValue*>& row) {
         std::string line = std::string(number_width - number.size(), ' ') + number;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const std::string text = shown(*row[i], style_.dates);
+            const std::string text = shown(*row[i], style_.text, cell_width_);
             const std::string padding(widths_[i] - width_of(text), ' ');
             line += "  " + (is_number(*row[i]) ? padding + text : text + padding);
         }
@@ -111,21 +120,41 @@ class TableWriter {
 
     void end_line(std::string& line) {
         line.erase(line.find_last_not_of(' ') + 1);
-        out_.write(line);
+        out_.write(line_width_ == 0 ? line : clipped(line, line_width_));
         out_.write('\n');
     }
 
     const Selection& selection_;
     const PrintStyle& style_;
+    const std::size_t line_width_;
+    const std::size_t cell_width_;
     OutputSink& out_;
     std::vector<std::size_t> widths_;
     bool numbered_ = true;
 };
 
+class TableFormat final : public OutputFormat {
+  public:
+    TableFormat(const PrintStyle& style, std::optional<std::size_t> width)
+        : style_(style), width_(width) {}
+
+    void write(const Selection& selection, OutputSink& out) const override {
+        const std::size_t line_width = width_.value_or(out.terminal_width());
+        const std::size_t cell_width =
+            width_ == 0u ? std::numeric_limits<std::size_t>::max() : kMaxWidth;
+        TableWriter(selection, style_, line_width, cell_width, out).write();
+    }
+
+  private:
+    const PrintStyle style_;
+    const std::optional<std::size_t> width_;
+};
+
 } // namespace
 
-void write_table(const Selection& selection, const PrintStyle& style, OutputSink& out) {
-    TableWriter(selection, style, out).write();
+std::unique_ptr<OutputFormat> table_format(const PrintStyle& style,
+                                           std::optional<std::size_t> width) {
+    return std::make_unique<TableFormat>(style, width);
 }
 
 } // namespace zxsheet

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The formats that cells are printed in: one interface, a class for each in a source of its own.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "zxsheet/cell_grid.h"
+#include "zxsheet/cell_text.h"
+#include "zxsheet/output_sink.h"
+
+namespace zxsheet {
+
+/// How cells are printed, whatever the format.
+struct PrintStyle {
+    TextStyle text;
+    MergedRules merged;
+};
+
+class OutputFormat {
+  public:
+    virtual ~OutputFormat() = default;
+    /// Prints all cells of the selection.
+    virtual void write(const Selection& selection, OutputSink& out) const = 0;
+};
+
+struct SeparatedOptions {
+    char separator = ',';
+    bool has_mark = false;            ///< a byte order mark at the beginning
+    bool has_carriage_return = false; ///< lines end with CR LF
+};
+
+/// One line a row, fields between separators, quoted where they need it (RFC 4180).
+std::unique_ptr<OutputFormat> separated_format(const PrintStyle& style,
+                                               const SeparatedOptions& options);
+
+/// One JSON object with the sheet's name, the range, the types and, if wanted, the values.
+std::unique_ptr<OutputFormat> json_format(const PrintStyle& style, Content content);
+
+/// One JSON array a row and line.
+std::unique_ptr<OutputFormat> json_lines_format(const PrintStyle& style);
+
+/// JSON objects, whose names are the first row, in an array or one a line.
+enum class RecordLayout { Array, Lines };
+std::unique_ptr<OutputFormat> records_format(const PrintStyle& style, RecordLayout layout);
+
+/// One line for each cell that is there, with its address, type and value: as TSV or as JSON
+/// objects. Costs what the cells cost, however far apart they are.
+enum class CellLayout { Tsv, JsonLines };
+std::unique_ptr<OutputFormat> cells_format(const PrintStyle& style, CellLayout layout,
+                                           Bounds bounds);
+
+/// Aligned columns under their letters, rows after their numbers, for people. Lines are cut to
+/// `width` characters; 0 for no cut at all, nullopt for that of the terminal, if there is one.
+std::unique_ptr<OutputFormat> table_format(const PrintStyle& style,
+                                           std::optional<std::size_t> width);
+
+/// Names of columns as records have them: none empty and no two alike.
+std::vector<std::string> unique_names(const std::vector<std::string>& names);
+
+/// Appends the field, in quotes where it has a separator, a quote or a line end in it; `also` is a
+/// further character that asks for quotes.
+void append_field(std::string& out, std::string_view field, char separator, char also);
+
+} // namespace zxsheet
