@@ -38,6 +38,8 @@ struct ServiceReason {
     std::string status;  ///< the canonical code, such as "PERMISSION_DENIED"
     std::string reason;  ///< the machine-readable reason, such as "API_KEY_INVALID"
     std::string message; ///< for people
+    /// The page that the service gives for help, such as the one that switches an API on.
+    std::string help_url{};
 };
 
 /// The cause of a failed operation.

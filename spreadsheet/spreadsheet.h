@@ -11,6 +11,7 @@
 #include "spreadsheet/exception.h"
 #include "spreadsheet/failure.h"
 #include "spreadsheet/limits.h"
+#include "spreadsheet/online.h"
 #include "spreadsheet/range.h"
 #include "spreadsheet/sheet.h"
 #include "spreadsheet/sheet_contents.h"

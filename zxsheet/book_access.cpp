@@ -6,7 +6,10 @@
 #include <charconv>
 
 #include "foundation/unicode.h"
+#include "spreadsheet/gsheet/drive.h"
+#include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/online_cells.h"
 #include "zxsheet/range_reference.h"
 #include "zxsheet/suggestion.h"
 
@@ -24,6 +27,15 @@ std::size_t first_worksheet(const IBook& book, const BookLocation& location) {
     for (std::size_t i = 0; i < book.num_sheets(); ++i)
         if (book.sheet_type(i) == sheet::type::worksheet) return i;
     throw not_found(location, "The book has no worksheet.");
+}
+
+std::size_t sheet_of_address(const std::shared_ptr<IBook>& book, const BookLocation& location) {
+    OnlineBook* const online = online_book(book);
+    const auto index =
+        online != nullptr ? online->sheet_with_id(*location.sheet_id()) : std::nullopt;
+    if (index) return *index;
+    throw not_found(location, "There is no sheet with the number " +
+                                  std::to_string(*location.sheet_id()) + " (gid).");
 }
 
 /// Whether the text of a range is what is wrong, and not the way to the sheet.
@@ -57,6 +69,37 @@ std::shared_ptr<IBook> load_sheet(const BookLocation& location, std::size_t inde
         static_cast<std::size_t>(rows->first), static_cast<std::size_t>(rows->last));
 }
 
+/// The ID of the only spreadsheet with the title that stands in the place of an ID; nullopt when
+/// there is none or no way to search. Throws `CommandError` for several.
+std::optional<std::string> id_by_title(const BookLocation& location) {
+    std::vector<gsheet::DriveFile> found;
+    try {
+        found = gsheet::find_spreadsheets(location.library_path());
+    } catch (const std::exception&) {
+        return {}; // the refusal of the ID says more
+    }
+    if (found.empty()) return {};
+    if (found.size() == 1) return unicode::to_utf8(found.front().id);
+    std::string ids;
+    for (const gsheet::DriveFile& file : found)
+        ids += (ids.empty() ? "" : ", ") + unicode::to_utf8(file.id);
+    throw CommandError(ExitCode::NotReadable, location.text() +
+                                                  ": There are several spreadsheets with this "
+                                                  "title; give an ID: " +
+                                                  ids + ".");
+}
+
+std::shared_ptr<IBook> open_online(const BookLocation& location) {
+    try {
+        return load_sheet(location, 0, {});
+    } catch (const Exception& e) {
+        if (e.id() != error_id::google_sheet_not_found) throw;
+        const auto id = id_by_title(location);
+        if (!id) throw;
+        return load_sheet(BookLocation::online(*id), 0, {});
+    }
+}
+
 /// The rows to load; nullopt for all of them. At least one row has to be loaded.
 std::optional<Rows> rows_to_load(Extent extent, const std::optional<Range>& cells) {
     if (extent == Extent::NoCells) return Rows{0, 0};
@@ -78,7 +121,8 @@ struct WantedCells {
     std::optional<CellsText> cells; ///< for A1 notation, and for a name that the book knows
 };
 
-void check_one_sheet(const IBook& list, const CellSelector& wanted, const std::string& named) {
+void check_one_sheet(const std::shared_ptr<IBook>& list, const CellSelector& wanted,
+                     const std::string& named) {
     if (wanted.sheet.empty()) return;
     if (find_sheet(list, wanted.book, wanted.sheet) == find_sheet(list, wanted.book, named)) return;
     throw CommandError(ExitCode::Usage, wanted.book.text() + ": The range '" + wanted.range +
@@ -94,35 +138,49 @@ range_type shape_of(const Range& range, book::format format) {
     return range_type::named;
 }
 
+CommandError no_such_name(const CellSelector& wanted, const std::string& text) {
+    return not_found(wanted.book, "There is no range '" + text + "' and no name '" + text +
+                                      "' in the spreadsheet.");
+}
+
 WantedCells resolve(const std::shared_ptr<IBook>& list, const CellSelector& wanted) {
     const RangeReference reference = split_reference(wanted.range);
     WantedCells found;
     found.text = reference.cells;
-    if (reference.sheet) check_one_sheet(*list, wanted, *reference.sheet);
+    if (reference.sheet) check_one_sheet(list, wanted, *reference.sheet);
     const std::string& sheet = reference.sheet ? *reference.sheet : wanted.sheet;
     const bool has_sheet = !sheet.empty();
     if (!found.text.empty()) found.cells = parse_cells(found.text, list->format());
     if (found.cells || found.text.empty()) {
-        found.sheet = find_sheet(*list, wanted.book, sheet);
+        found.sheet = find_sheet(list, wanted.book, sheet);
         return found;
     }
     const auto index =
-        has_sheet ? std::optional(find_sheet(*list, wanted.book, sheet)) : std::nullopt;
+        has_sheet ? std::optional(find_sheet(list, wanted.book, sheet)) : std::nullopt;
+    if (OnlineBook* const online = online_book(list)) {
+        const auto cells = online->find_name(unicode::to_utf16(found.text));
+        if (!cells) throw no_such_name(wanted, found.text);
+        found.sheet = cells->sheet_index;
+        found.cells = CellsText{cells->range, range_type::named};
+        return found;
+    }
     const auto named = find_named_range(list, found.text, index);
-    found.sheet = named ? named->sheet : find_sheet(*list, wanted.book, sheet);
+    found.sheet = named ? named->sheet : find_sheet(list, wanted.book, sheet);
     if (named) found.cells = CellsText{named->range, shape_of(named->range, list->format())};
     return found;
 }
 
-Range bounds_of(const ISheet& sheet, Bounds bounds) {
+Range bounds_of(const Selection& selection, Bounds bounds) {
+    if (online_sheet(selection.sheet) != nullptr) return used_online_range(selection);
+    const ISheet& sheet = *selection.sheet;
     return bounds == Bounds::Filled ? filled_range(sheet) : sheet.used_range();
 }
 
 /// The cells, whole columns and rows ended at the bounds of the sheet; none on an empty sheet.
-Range close_off(const CellsText& cells, const ISheet& sheet, Bounds wanted) {
+Range close_off(const CellsText& cells, const Selection& selection, Bounds wanted) {
     Range range = cells.range;
     if (cells.has_rows() && cells.has_columns()) return range;
-    const Range bounds = bounds_of(sheet, wanted);
+    const Range bounds = bounds_of(selection, wanted);
     if (bounds.count() <= 0) return {0, 0, -1, -1};
     if (!cells.has_rows()) {
         range.first_row = bounds.first_row;
@@ -138,7 +196,7 @@ Range close_off(const CellsText& cells, const ISheet& sheet, Bounds wanted) {
 
 std::shared_ptr<IBook> open_book(const BookLocation& location) {
     // A spreadsheet online is never loaded as a whole; it hands all of its sheets out.
-    if (location.is_online()) return load_sheet(location, 0, {});
+    if (location.is_online()) return open_online(location);
     return load_book_from_file(location.library_path(), location.format(), location.mode());
 }
 
@@ -167,18 +225,20 @@ std::optional<std::size_t> sheet_number(const std::string& text) {
     return number;
 }
 
-std::size_t find_sheet(const IBook& book, const BookLocation& location, const std::string& wanted) {
-    if (wanted.empty()) return first_worksheet(book, location);
-    if (const auto index = find_sheet_name(book, unicode::to_utf16(wanted))) return *index;
+std::size_t find_sheet(const std::shared_ptr<IBook>& book, const BookLocation& location,
+                       const std::string& wanted) {
+    if (wanted.empty() && location.sheet_id()) return sheet_of_address(book, location);
+    if (wanted.empty()) return first_worksheet(*book, location);
+    if (const auto index = find_sheet_name(*book, unicode::to_utf16(wanted))) return *index;
     const auto number = sheet_number(wanted);
-    if (number && *number <= book.num_sheets()) return *number - 1;
-    const std::string similar = suggestion(wanted, sheet_names(book));
+    if (number && *number <= book->num_sheets()) return *number - 1;
+    const std::string similar = suggestion(wanted, sheet_names(*book));
     throw not_found(location,
                     "There is no sheet '" + wanted + "'" + (similar.empty() ? "." : similar));
 }
 
-Range range_on_sheet(const std::string& text, const Selection& selection,
-                     const BookLocation& location) {
+Range range_on_sheet(const std::string& text, Selection& selection, const BookLocation& location) {
+    if (location.is_online()) return find_online_range(text, selection, location);
     const std::u16string units = unicode::to_utf16(text);
     try {
         return sheet_range(units.data(), units.size(), selection.sheet, selection.book->format(),
@@ -209,10 +269,12 @@ Selection open_selection(const std::shared_ptr<IBook>& list, const CellSelector&
     selection.book = location.is_file() ? load_sheet(location, found.sheet, rows) : list;
     selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : found.sheet);
     if (!selection.sheet) throw Exception(error_id::sheet_not_opened);
+    selection.sheet_index = found.sheet;
     if (extent == Extent::NoCells) return selection;
-    selection.range = found.cells ? close_off(*found.cells, *selection.sheet, wanted.bounds)
-                      : found.text.empty() ? bounds_of(*selection.sheet, wanted.bounds)
+    selection.range = found.cells          ? close_off(*found.cells, selection, wanted.bounds)
+                      : found.text.empty() ? bounds_of(selection, wanted.bounds)
                                            : range_on_sheet(found.text, selection, location);
+    check_in_grid(selection, location);
     return selection;
 }
 

@@ -30,10 +30,11 @@ std::optional<std::size_t> find_sheet_name(const spreadsheet::IBook& book,
 /// The number from 1 that `text` is.
 std::optional<std::size_t> sheet_number(const std::string& text);
 
-/// The index of the wanted sheet of the book at `location`: of that name, else of that number; the
-/// first worksheet for an empty `wanted`. Throws `CommandError` when there is none.
-std::size_t find_sheet(const spreadsheet::IBook& book, const BookLocation& location,
-                       const std::string& wanted);
+/// The index of the wanted sheet of the book at `location`: of that name, else of that number; for
+/// an empty `wanted` the sheet that a browser's address names, else the first worksheet. Throws
+/// `CommandError` when there is none.
+std::size_t find_sheet(const std::shared_ptr<spreadsheet::IBook>& book,
+                       const BookLocation& location, const std::string& wanted);
 
 /// Where a selection ends that does not say so: at the last cell that has a value, or at the last
 /// one that is there, formatted blanks included.
@@ -47,6 +48,7 @@ struct CellSelector {
     Bounds bounds = Bounds::Used;
 };
 
+struct FetchedCells;
 class FormulaTexts;
 
 /// A sheet and the cells of it that are wanted.
@@ -56,11 +58,15 @@ struct Selection {
     std::u16string sheet_name;
     spreadsheet::Range range;                       ///< of no cells when the sheet is empty
     std::shared_ptr<const FormulaTexts> formulas{}; ///< that are wanted in place of values
+    std::size_t sheet_index = 0;                    ///< in the workbook
+    /// Cells of a sheet online that were fetched last; a second pass needs no request.
+    mutable std::shared_ptr<FetchedCells> fetched{};
 };
 
-/// The range that `text` names on the sheet, A1 or a defined name. Throws `CommandError` that names
-/// the sheet for text that names none; other failures pass unchanged.
-spreadsheet::Range range_on_sheet(const std::string& text, const Selection& selection,
+/// The range that `text` names on the sheet, A1 or a defined name. A name of a spreadsheet online
+/// selects the sheet that it is on. Throws `CommandError` that names the sheet for text that names
+/// none; other failures pass unchanged.
+spreadsheet::Range range_on_sheet(const std::string& text, Selection& selection,
                                   const BookLocation& location);
 
 /// How much of the wanted sheet to load; a save keeps what is not loaded.

@@ -3,7 +3,9 @@
 // Paths and IDs of books.
 #include "zxsheet/book_location.h"
 
+#include <charconv>
 #include <string_view>
+#include <system_error>
 
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
@@ -15,6 +17,28 @@ namespace unicode = foundation::unicode;
 namespace book = spreadsheet::book;
 
 constexpr std::string_view kOnlinePrefix = "gsheet:";
+constexpr std::string_view kAddressPrefix = "https://docs.google.com/spreadsheets/";
+
+/// The ID in a browser's address, ".../spreadsheets/d/ID/edit#gid=0" or
+/// ".../spreadsheets/u/1/d/ID".
+std::string id_in_address(std::string_view address) {
+    constexpr std::string_view kMark = "/d/";
+    const std::size_t mark = address.find(kMark, kAddressPrefix.size() - 1);
+    if (mark == std::string_view::npos) return {};
+    const std::string_view rest = address.substr(mark + kMark.size());
+    return std::string(rest.substr(0, rest.find_first_of("/?#")));
+}
+
+/// The number after the last "gid=".
+std::optional<std::int64_t> sheet_id_in_address(std::string_view address) {
+    constexpr std::string_view kMark = "gid=";
+    const std::size_t mark = address.rfind(kMark);
+    if (mark == std::string_view::npos) return {};
+    const std::string_view digits = address.substr(mark + kMark.size());
+    std::int64_t id = 0;
+    const auto [end, failure] = std::from_chars(digits.data(), digits.data() + digits.size(), id);
+    return failure == std::errc() ? std::optional(id) : std::nullopt;
+}
 
 } // namespace
 
@@ -42,6 +66,12 @@ void BookLocation::set_text(const std::string& text) {
     text_ = text;
     is_online_ = text.starts_with(kOnlinePrefix);
     id_ = is_online_ ? text.substr(kOnlinePrefix.size()) : std::string();
+    sheet_id_.reset();
+    const std::string address = is_online_ ? id_ : text;
+    if (!address.starts_with(kAddressPrefix)) return;
+    is_online_ = true;
+    id_ = id_in_address(address);
+    sheet_id_ = sheet_id_in_address(address);
 }
 
 BookLocation::Kind BookLocation::kind() const {

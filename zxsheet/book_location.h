@@ -4,6 +4,7 @@
 // spreadsheet online. Parsed once; whatever depends on it asks this value.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -23,7 +24,8 @@ class BookLocation {
     enum class Kind { File, Application, Online };
 
     BookLocation() = default;
-    /// "gsheet:ID" is a spreadsheet online, anything else a UTF-8 path.
+    /// "gsheet:ID" is a spreadsheet online, and so is its address in a browser, alone or after
+    /// "gsheet:"; anything else is a UTF-8 path.
     explicit BookLocation(const std::string& text) { set_text(text); }
     /// What is online under this ID, or is about to be, whatever `text` looks like.
     static BookLocation online(const std::string& text);
@@ -49,6 +51,8 @@ class BookLocation {
     const std::string& file() const { return file_.empty() ? text_ : file_; }
     /// The ID of a spreadsheet online; empty for a file.
     const std::string& id() const { return id_; }
+    /// The sheet that a browser's address names by its number ("gid").
+    const std::optional<std::int64_t>& sheet_id() const { return sheet_id_; }
 
     /// What the library takes as path, mode and format. The format is the one that the extension
     /// names, XLSX for an unknown extension, since the content decides anyway.
@@ -60,6 +64,7 @@ class BookLocation {
     std::string text_;
     std::string file_; ///< where a copy is; empty for none
     std::string id_;
+    std::optional<std::int64_t> sheet_id_;
     bool is_online_ = false;
     bool wants_application_ = false;
 };

@@ -8,7 +8,9 @@
 #include <tuple>
 
 #include "foundation/unicode.h"
+#include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/online_cells.h"
 
 namespace zxsheet {
 namespace {
@@ -175,6 +177,71 @@ void visit_ruled(const Selection& selection, const MergedRules& wanted, const Ro
                marks(sheet.get_omit_vars_vector(), band.columns()), visit);
 }
 
+Range common_range(const Range& a, const Range& b) {
+    return {std::max(a.first_row, b.first_row), std::max(a.first_column, b.first_column),
+            std::min(a.last_row, b.last_row), std::min(a.last_column, b.last_column)};
+}
+
+std::size_t offset(int first, int index) {
+    return static_cast<std::size_t>(index - first);
+}
+
+/// Sheets online have times of day before their first day.
+void mark_times(Band& band) {
+    for (CellValue& cell : band.cells) {
+        if (cell.type != cell_type::date || cell.number < -1.0 || cell.number >= 0.0) continue;
+        cell.number += 1.0;
+        cell.style = number_style::time;
+    }
+}
+
+/// Puts the fetched cells into the band, whose other cells stay empty.
+void fill_band(const ISheet& sheet, const FetchedCells& fetched, Content content, Band& band) {
+    Band inner;
+    inner.range = common_range(band.range, fetched.range);
+    const std::size_t height = offset(fetched.range.first_row, fetched.range.last_row + 1);
+    for (int column = inner.range.first_column; column <= inner.range.last_column; ++column) {
+        const auto begin =
+            fetched.types.begin() +
+            static_cast<std::ptrdiff_t>(offset(fetched.range.first_column, column) * height +
+                                        offset(fetched.range.first_row, inner.range.first_row));
+        inner.types.insert(inner.types.end(), begin,
+                           begin + static_cast<std::ptrdiff_t>(
+                                       offset(inner.range.first_row, inner.range.last_row + 1)));
+    }
+    inner.adopt_types();
+    if (content == Content::Values && !inner.cells.empty()) read_values(sheet, inner);
+    mark_times(inner);
+    if (inner.range == band.range) {
+        band = std::move(inner);
+        return;
+    }
+    const std::size_t rows = band.rows();
+    std::size_t next = 0;
+    for (int column = inner.range.first_column; column <= inner.range.last_column; ++column)
+        for (int row = inner.range.first_row; row <= inner.range.last_row; ++row)
+            band.cells[offset(band.range.first_column, column) * rows +
+                       offset(band.range.first_row, row)] = std::move(inner.cells[next++]);
+}
+
+/// A sheet online: a block of rows comes at once, and bands of it are delivered.
+void visit_online(const Selection& selection, Content content, int band_rows,
+                  const RowVisitor& visit) {
+    const Range& whole = selection.range;
+    for (const RowBlock& block : online_row_blocks(selection)) {
+        const FetchedCells& fetched = fetch_block(selection, block);
+        for (int row = block.first_row; row <= block.last_row; row += band_rows) {
+            Band band;
+            band.range = {row, whole.first_column, std::min(block.last_row, row + band_rows - 1),
+                          whole.last_column};
+            band.cells.resize(static_cast<std::size_t>(band.range.count()));
+            fill_band(*selection.sheet, fetched, content, band);
+            visit_rows(band, std::vector<bool>(band.rows()), std::vector<bool>(band.columns()),
+                       visit);
+        }
+    }
+}
+
 } // namespace
 
 FormulaTexts::FormulaTexts(const Selection& selection, const BookLocation& location) {
@@ -214,6 +281,8 @@ void for_each_row(const Selection& selection, const MergedRules& rules, Content 
     if (rules.columns || rules.rows) return visit_ruled(selection, rules, visit);
     const std::int64_t columns = std::int64_t{whole.last_column} - whole.first_column + 1;
     const auto band_rows = static_cast<int>(std::max<std::int64_t>(1, kCellsPerBand / columns));
+    if (online_sheet(selection.sheet) != nullptr)
+        return visit_online(selection, content, band_rows, visit);
     Band band;
     for (int row = whole.first_row; row <= whole.last_row; row += band_rows) {
         const int last_row = std::min(whole.last_row, row + band_rows - 1);
@@ -292,6 +361,18 @@ void for_each_block(const Selection& selection,
 }
 
 void for_each_cell(const Selection& selection, const CellVisitor& visit) {
+    if (online_sheet(selection.sheet) != nullptr) {
+        // Empty cells cost nothing there, requests do.
+        int row = selection.range.first_row;
+        for_each_row(
+            selection, {}, Content::Values, [&](const std::vector<const CellValue*>& cells) {
+                for (std::size_t i = 0; i < cells.size(); ++i)
+                    if (cells[i]->type != cell_type::empty)
+                        visit(row, selection.range.first_column + static_cast<int>(i), *cells[i]);
+                ++row;
+            });
+        return;
+    }
     Selection part = selection;
     for_each_block(selection, [&](const Range& block) {
         part.range = block;

@@ -39,6 +39,7 @@ struct Command {
     std::vector<Parameter> parameters; ///< their targets are in `options`
     std::string footer;                ///< of the help
     std::shared_ptr<BookOptions> options;
+    bool is_hidden = false; ///< known only with --host-functions
 
     // One of the two is set. Both throw `CommandError` or what the library throws.
 

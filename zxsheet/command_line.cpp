@@ -62,6 +62,7 @@ void add_parameter(CLI::App& app, const Parameter& parameter) {
 
 void add_command(CLI::App& parent, const Command& command, ParsedLine& parsed) {
     CLI::App& added = *parent.add_subcommand(command.name, command.summary);
+    if (command.is_hidden) added.group(""); // not in the help
     added.callback([&parsed, &command] { parsed.command = &command; });
     if (!command.footer.empty()) added.footer(command.footer);
     for (const Parameter& parameter : command.parameters)
@@ -168,6 +169,11 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
     app.require_subcommand(1);
     app.allow_windows_style_options(false); // "/data/book.xlsx" is a path everywhere
     bool wants_application = false;
+    bool wants_host_functions = false;
+    Parameter log_level{"--log", "LEVEL",
+                        "Print the library's log on standard error: error, info, debug or trace",
+                        &parsed.log_level};
+    log_level.choices = {"error", "info", "debug", "trace"};
     const std::vector<Parameter> options{
         {"--google-root",
          "URL",
@@ -177,8 +183,11 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
          0,
          {},
          "ZX_GOOGLE_ROOT"},
+        log_level,
         {kApplicationFlag, "", "Let the spreadsheet application open the file of any command",
-         &wants_application}};
+         &wants_application},
+        {"--host-functions", "", "Know the functions that are for hosts only, too",
+         &wants_host_functions}};
     for (const Parameter& option : options)
         add_parameter(app, option);
     if (arguments.size() == 2 && arguments[0] == "help") {
@@ -191,6 +200,11 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
         const std::vector<std::string> words = with_help_flag(arguments, table);
         app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
         if (wants_application) use_application(*parsed.command);
+        if (parsed.command->is_hidden && !wants_host_functions)
+            throw CommandError(ExitCode::Usage, "The command '" + parsed.command->name +
+                                                    "' is a host's function and does not do what "
+                                                    "its name says; give --host-functions to call "
+                                                    "it all the same");
     } catch (const CLI::ParseError& e) {
         if (e.get_exit_code() != 0) throw CommandError(ExitCode::Usage, usage_sentence(e, app));
         std::ostringstream text;

@@ -14,6 +14,7 @@ struct ParsedLine {
     const Command* command = nullptr; ///< of the table; null when text was asked for
     std::string text;                 ///< the help or the version that was asked for
     std::string google_root;          ///< empty for the service's own addresses
+    std::string log_level;            ///< of the library's log; empty for none
 };
 
 /// Fills the options of the command that `arguments` name (UTF-8, without the program's name).

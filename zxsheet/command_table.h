@@ -37,5 +37,6 @@ Command diff_command();
 std::vector<Command> sheet_commands();
 std::vector<Command> range_commands();
 std::vector<Command> google_commands();
+Command whoami_command();
 
 } // namespace zxsheet

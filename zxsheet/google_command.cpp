@@ -12,6 +12,7 @@
 #include "foundation/unicode.h"
 #include "spreadsheet/failure.h"
 #include "spreadsheet/gsheet/builtins.h"
+#include "spreadsheet/gsheet/drive.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/host_errors.h"
 #include "zxsheet/command_error.h"
@@ -31,6 +32,8 @@ using Builtin = void (*)(int, HostArrayPtr*, int, const HostArray**);
 struct GoogleOptions : BookOptions {
     std::vector<std::string> arguments; ///< those that must be given
     std::vector<std::string> more;
+    bool convert = false;
+    std::string folder{};
 };
 
 /// Strings as the host's functions take them.
@@ -109,23 +112,47 @@ void create(const GoogleOptions& options, OutputSink& out) {
 }
 
 void remove_file(const GoogleOptions& options, OutputSink&) {
-    const auto result = call_with_arguments(gsheet::deleteGoogleSpreadsheet, options);
-    if (!*result->logicals())
-        throw CommandError(ExitCode::Service, options.book.text() +
-                                                  ": The file was not deleted; check that it "
-                                                  "exists and that the access token may delete "
-                                                  "it.");
+    gsheet::delete_drive_file(options.book.library_path());
 }
 
 void size(const GoogleOptions& options, OutputSink& out) {
-    const auto bytes = call_with_arguments(gsheet::fileAttributesForGoogleSheet, options);
-    out.write(std::to_string(static_cast<long long>(*bytes->doubles())) + '\n');
+    const gsheet::DriveFile file = gsheet::drive_file(options.book.library_path());
+    if (file.quota_bytes < 0)
+        throw CommandError(ExitCode::Service,
+                           options.book.text() + ": The service does not say how large it is.");
+    out.write(std::to_string(file.quota_bytes) + '\n');
+}
+
+void type(const GoogleOptions& options, OutputSink& out) {
+    const gsheet::DriveFile file = gsheet::drive_file(options.book.library_path());
+    if (file.mime_type != gsheet::kSpreadsheetMimeType)
+        throw CommandError(ExitCode::NotAWorkbook,
+                           options.book.text() +
+                               ": The file is not a Google spreadsheet; its type is " +
+                               file.mime_type + ".");
+    out.write(file.mime_type + '\n');
+}
+
+void print_file(const gsheet::DriveFile& file, OutputSink& out) {
+    out.write(unicode::to_utf8(file.id) + '\t' + unicode::to_utf8(file.name) + '\t' +
+              file.mime_type + '\n');
 }
 
 /// A file that cannot be read and a service that does not take it are different failures.
 void upload(const GoogleOptions& options, OutputSink& out) {
     open_input_file(options.book.text());
-    print_text(*call_with_arguments(gsheet::uploadSheetToGdrive, options), out);
+    print_file(gsheet::upload_to_drive(unicode::to_utf16(options.book.text()),
+                                       {options.convert, unicode::to_utf16(options.folder)}),
+               out);
+}
+
+void find(const GoogleOptions& options, OutputSink& out) {
+    const auto found = gsheet::find_spreadsheets(unicode::to_utf16(options.arguments.front()));
+    if (found.empty())
+        throw CommandError(ExitCode::NotReadable,
+                           options.book.text() + ": There is no spreadsheet with this title.");
+    for (const gsheet::DriveFile& file : found)
+        print_file(file, out);
 }
 
 template <Builtin builtin>
@@ -138,31 +165,36 @@ struct Verb {
     const char* name;
     const char* what;
     std::vector<const char*> arguments;
-    bool has_sheets; ///< any number of further arguments, names of sheets
+    bool has_sheets;   ///< any number of further arguments, names of sheets
+    bool is_for_hosts; ///< left out of the help
     void (*run)(const GoogleOptions&, OutputSink&);
 };
 
 std::vector<Verb> verbs() {
     return {
-        {"create", "Make a spreadsheet, with sheets of these names", {"TITLE"}, true, create},
-        {"delete", "Delete a file of the Drive", {"ID"}, false, remove_file},
-        {"size", "Bytes that a file takes of the quota", {"ID"}, false, size},
-        {"type",
-         "Type of a file; fails unless it is a spreadsheet",
-         {"ID"},
+        {"create",
+         "Make a spreadsheet, with sheets of these names",
+         {"TITLE"},
+         true,
          false,
-         print_result<gsheet::mimeTypeForGoogleSheet>},
+         create},
+        {"find", "IDs of the spreadsheets with this title", {"TITLE"}, false, false, find},
+        {"delete", "Delete a file of the Drive", {"ID"}, false, false, remove_file},
+        {"size", "Bytes that a file takes of the quota", {"ID"}, false, false, size},
+        {"type", "Type of a file; fails unless it is a spreadsheet", {"ID"}, false, false, type},
         {"read",
-         "Values of a range as the service gives them (by ZX_API_KEY)",
+         "Values of a range as the service gives them",
          {"ID", "SHEET", "RANGE"},
+         false,
          false,
          print_result<gsheet::readGoogleSheet>},
         {"write",
          "The host's function as it is: writes 345 to A17, whatever DATA",
          {"ID", "RANGE", "DATA"},
          false,
+         true,
          print_result<gsheet::writeToGoogleSheet>},
-        {"upload", "Put a workbook file into the Drive", {"FILE"}, false, upload},
+        {"upload", "Put a workbook file into the Drive", {"FILE"}, false, false, upload},
     };
 }
 
@@ -187,6 +219,15 @@ Command command_of(const Verb& verb) {
     command.parameters.front().target = [&target = *options, is_id](const std::string& text) {
         take_first(text, is_id, target);
     };
+    if (std::string_view(verb.name) == "upload") {
+        command.parameters.push_back({"--convert", "",
+                                      "Make a spreadsheet of it, which can be read and written",
+                                      &options->convert});
+        command.parameters.push_back({"--folder", "ID",
+                                      "Put it into this folder, also of a shared drive",
+                                      &options->folder});
+    }
+    command.is_hidden = verb.is_for_hosts;
     command.read = [options, run = verb.run](OutputSink& out) { run(*options, out); };
     return command;
 }
@@ -197,6 +238,7 @@ std::vector<Command> google_commands() {
     std::vector<Command> commands;
     for (const Verb& verb : verbs())
         commands.push_back(command_of(verb));
+    commands.push_back(whoami_command());
     return commands;
 }
 
@@ -204,7 +246,7 @@ void use_google_root(const std::string& root) {
     gsheet::Endpoints endpoints;
     if (!root.empty()) {
         const std::u16string address = unicode::to_utf16(root);
-        endpoints = {address, address, address};
+        endpoints = {address, address, address, address};
     }
     try {
         gsheet::set_endpoints(endpoints);

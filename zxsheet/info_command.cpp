@@ -4,6 +4,7 @@
 // sheet by sheet, and no cell of it is kept.
 #include <algorithm>
 #include <exception>
+#include <numeric>
 #include <optional>
 #include <vector>
 
@@ -70,21 +71,23 @@ void look_through(const std::shared_ptr<IBook>& book, std::size_t index, bool al
     info.is_protected = info.summary->is_protected;
 }
 
-void ask_sheet(const IBook& book, std::size_t index, SheetInfo& info) {
+/// `known` is the used range where it was asked for already.
+void ask_sheet(const IBook& book, std::size_t index, const std::optional<Range>& known,
+               SheetInfo& info) {
     const auto sheet = book.sheet(index);
     info.visibility = visibility_name(sheet->hidden());
     if (!book.is_interactive()) info.is_protected = sheet->is_protected();
-    info.range = range_text(sheet->used_range());
+    info.range = range_text(known ? *known : sheet->used_range());
 }
 
 SheetInfo describe_sheet(const std::shared_ptr<IBook>& book, std::size_t index,
-                         const InfoOptions& options) {
+                         const std::optional<Range>& known, const InfoOptions& options) {
     SheetInfo info;
     info.name = to_utf8(sheet_name(*book, index));
     info.kind = kind_of(*book, index);
     if (info.kind != "worksheet") return info;
     if (!options.book.is_file()) {
-        ask_sheet(*book, index, info);
+        ask_sheet(*book, index, known, info);
         return info;
     }
     try {
@@ -93,6 +96,18 @@ SheetInfo describe_sheet(const std::shared_ptr<IBook>& book, std::size_t index,
         info.failure = std::current_exception();
     }
     return info;
+}
+
+/// The used range of each sheet of a spreadsheet online, all by one request; nothing elsewhere.
+std::vector<std::optional<Range>> known_ranges(const std::shared_ptr<IBook>& book) {
+    std::vector<std::size_t> indices(book->num_sheets());
+    std::iota(indices.begin(), indices.end(), std::size_t{0});
+    std::vector<std::optional<Range>> known(indices.size());
+    OnlineBook* const online = online_book(book);
+    if (online == nullptr) return known;
+    const std::vector<Range> used = online->used_ranges(indices);
+    std::copy(used.begin(), used.end(), known.begin());
+    return known;
 }
 
 /// The first failure of a sheet; null when all could be read.
@@ -107,8 +122,9 @@ BookInfo describe_book(const InfoOptions& options) {
     BookInfo info;
     info.format = to_utf8(book::to_string(book->format()));
     info.date_system = book->are_dates_1904() ? "1904" : "1900";
-    for (std::size_t i = 0; i < book->num_sheets(); ++i)
-        info.sheets.push_back(describe_sheet(book, i, options));
+    const std::vector<std::optional<Range>> known = known_ranges(book);
+    for (std::size_t i = 0; i < known.size(); ++i)
+        info.sheets.push_back(describe_sheet(book, i, known[i], options));
     const bool has_good = std::any_of(info.sheets.begin(), info.sheets.end(),
                                       [](const SheetInfo& sheet) { return !sheet.failure; });
     if (!has_good && first_failure(info)) std::rethrow_exception(first_failure(info));

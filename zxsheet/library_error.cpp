@@ -3,6 +3,7 @@
 // The identifier says which operation failed, the cause's kind why: together they give the code.
 #include "zxsheet/library_error.h"
 
+#include <new>
 #include <optional>
 
 #include "zxsheet/input_file.h"
@@ -155,11 +156,14 @@ std::string message_of(error_id id) {
 }
 
 std::string sentence_of(Operation operation, error_id id, const spreadsheet::Failure& failure) {
+    const bool has_advice =
+        failure.kind == FailureKind::Service && failure.cause != failure.service.message;
     switch (operation) {
     case Operation::UnseenRefusal:
         return "This version cannot read files of this format by itself; let the spreadsheet "
                "application open it with --app, or save it as XLSX first.";
     case Operation::AccessOnline:
+        if (has_advice) return "Access was refused. " + failure.cause;
         return "Access was refused; set ZX_ACCESS_TOKEN to a token that may use the file, or "
                "ZX_API_KEY for reading a public spreadsheet.";
     case Operation::ReplyOnline:
@@ -169,13 +173,15 @@ std::string sentence_of(Operation operation, error_id id, const spreadsheet::Fai
         return "The range has more rows than one reply may have; read it in parts of at most "
                "500,001 with --range.";
     case Operation::SearchOnline:
-        return message_of(id);
+        return message_of(id) + (has_advice ? ' ' + failure.cause : "");
     default:
         break;
     }
     const bool has_message = id == error_id::google_too_many_requests ||
                              id == error_id::google_timed_out || id == error_id::google_last_sheet;
-    return has_message ? message_of(id) : failure.cause;
+    if (!has_message) return failure.cause;
+    return message_of(id) +
+           (has_advice && failure.cause != message_of(id) ? ' ' + failure.cause : "");
 }
 
 } // namespace
@@ -191,6 +197,23 @@ CommandError command_error(error_id id, const spreadsheet::Failure& failure,
     const std::string& name = operation == Operation::Save ? save_target(options) : book.text();
     return {code, name + ": " +
                       with_service_reason(sentence_of(operation, id, failure), failure.service)};
+}
+
+CommandError as_command_error(const std::exception_ptr& failure, const BookOptions& options) {
+    const BookLocation& book = options.book;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const CommandError& error) {
+        return error;
+    } catch (const spreadsheet::Exception& e) {
+        return command_error(e.id(), spreadsheet::failure_of(e), options);
+    } catch (const std::bad_alloc&) {
+        return {ExitCode::Failed, book.text() + ": There is not enough memory."};
+    } catch (const std::exception& e) {
+        // What the library does not turn into an error of its own is the network's.
+        return {book.is_online() ? ExitCode::Service : ExitCode::Failed,
+                book.text() + ": " + e.what()};
+    }
 }
 
 } // namespace zxsheet

@@ -3,6 +3,8 @@
 // From the library's exceptions to exit codes and sentences.
 #pragma once
 
+#include <exception>
+
 #include "spreadsheet/failure.h"
 #include "zxsheet/command.h"
 #include "zxsheet/command_error.h"
@@ -13,5 +15,8 @@ namespace zxsheet {
 /// operation failed, `failure` why.
 CommandError command_error(spreadsheet::error_id id, const spreadsheet::Failure& failure,
                            const BookOptions& options);
+
+/// The same for whatever a command throws.
+CommandError as_command_error(const std::exception_ptr& failure, const BookOptions& options);
 
 } // namespace zxsheet

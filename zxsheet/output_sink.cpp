@@ -3,10 +3,12 @@
 // Collecting output and handing it on.
 #include "zxsheet/output_sink.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "zxsheet/book_location.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -32,6 +34,12 @@ void OutputSink::finish() {
     if (!file_ || !out_) fail();
 }
 
+std::string OutputSink::break_off_text() const {
+    if (sent_bytes_ == 0) return {};
+    return " The output breaks off after " + counted(sent_lines_, "whole line") + " (" +
+           counted(sent_bytes_, "byte") + ").";
+}
+
 void OutputSink::flush() {
     if (before_first_) std::exchange(before_first_, nullptr)();
     if (!file_name_.empty() && !file_.is_open()) {
@@ -41,6 +49,8 @@ void OutputSink::flush() {
     }
     std::ostream& target = file_.is_open() ? file_ : out_;
     target.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+    sent_bytes_ += buffer_.size();
+    sent_lines_ += static_cast<std::uint64_t>(std::count(buffer_.begin(), buffer_.end(), '\n'));
     buffer_.clear();
     if (!target) fail();
 }

@@ -4,6 +4,7 @@
 // first piece, so that a command which fails before leaves an old file alone.
 #pragma once
 
+#include <cstdint>
 #include <fstream>
 #include <functional>
 #include <ostream>
@@ -37,6 +38,9 @@ class OutputSink {
     /// Writes what is left. Throws `Failure` when the file or stream does not take it.
     void finish();
 
+    /// Says where the output ends when a failure cuts it off; empty when nothing has gone out.
+    std::string break_off_text() const;
+
   private:
     void flush();
     [[noreturn]] void fail() const;
@@ -46,6 +50,8 @@ class OutputSink {
     std::ofstream file_;
     std::function<void()> before_first_; ///< empty once called
     std::string buffer_;
+    std::uint64_t sent_bytes_ = 0;
+    std::uint64_t sent_lines_ = 0;
     std::vector<std::string> notes_;
     std::size_t terminal_width_ = 0;
     int exit_code_ = 0;

@@ -33,6 +33,12 @@ void ProgressLine::set_text(std::string text) {
     text_ = std::move(text);
 }
 
+void ProgressLine::print_above(std::ostream& out, const std::string& line) {
+    const std::lock_guard lock(mutex_);
+    erase();
+    out << line << '\n' << std::flush;
+}
+
 void ProgressLine::finish() {
     if (!thread_.joinable()) return;
     {

@@ -26,6 +26,8 @@ class ProgressLine {
     ~ProgressLine() { finish(); }
 
     void set_text(std::string text);
+    /// Prints a line of its own to `out`, which may be the terminal; the line of progress follows.
+    void print_above(std::ostream& out, const std::string& line);
     /// Erases the line for good. May be called more than once.
     void finish();
 

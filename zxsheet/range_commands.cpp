@@ -4,6 +4,7 @@
 #include "zxsheet/book_access.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
+#include "zxsheet/online_cells.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
 
@@ -19,6 +20,7 @@ Selection open_range(const RangeOptions& options) {
     Selection selection =
         open_selection({options.book, options.sheet, options.range}, Extent::WholeSheet);
     check_target(options);
+    selection.range = range_in_grid(selection, selection.range);
     return selection;
 }
 
@@ -30,7 +32,7 @@ std::string save_selection(const Selection& selection, const RangeOptions& optio
 
 std::string run_clear(const RangeOptions& options, ChangeTools& tools) {
     const Selection selection = open_range(options);
-    check_unlocked(*selection.sheet, selection.range, options.book);
+    check_unlocked(selection.sheet, selection.range, options.book);
     selection.sheet->clear(selection.range);
     return save_selection(selection, options, tools, "Cleared ");
 }

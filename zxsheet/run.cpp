@@ -4,14 +4,16 @@
 #include "zxsheet/run.h"
 
 #include <algorithm>
-#include <new>
+#include <exception>
 #include <ostream>
 
+#include "spreadsheet/gsheet/credentials.h"
 #include "spreadsheet/spreadsheet.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_line.h"
 #include "zxsheet/google_command.h"
 #include "zxsheet/library_error.h"
+#include "zxsheet/service_notices.h"
 #include "zxsheet/streamed_book.h"
 
 namespace zxsheet {
@@ -48,14 +50,20 @@ int read_book(const Command& command, const Streams& streams) {
     if (output == kStream) output.clear();
     ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Reading " + command.options->book.text());
+    const PauseNotices notices(streams.err, streams.terminal.is_err, progress);
     OutputSink sink(streams.out, output, [&] {
         // The terminal may show the data as well, and a pipe may end the program here.
         if (output.empty()) return progress.finish();
         progress.set_text("Writing " + output);
     });
     sink.set_terminal_width(streams.terminal.out_width);
-    command.read(sink);
-    sink.finish();
+    try {
+        command.read(sink);
+        sink.finish();
+    } catch (const std::exception&) {
+        const CommandError error = as_command_error(std::current_exception(), *command.options);
+        throw CommandError(error.code(), error.what() + sink.break_off_text());
+    }
     progress.finish();
     for (const std::string& note : sink.notes())
         print_sentence(note, streams.err);
@@ -65,6 +73,7 @@ int read_book(const Command& command, const Streams& streams) {
 int change_book(const Command& command, const Streams& streams) {
     ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Opening " + command.options->book.text());
+    const PauseNotices notices(streams.err, streams.terminal.is_err, progress);
     ChangeTools tools{streams.in, streams.out, progress};
     const std::string done = command.change(tools);
     progress.finish();
@@ -74,21 +83,12 @@ int change_book(const Command& command, const Streams& streams) {
 
 /// Runs the command and returns the exit code; whatever it throws leaves as a `CommandError`.
 int execute(const Command& command, const Streams& streams) {
-    const BookLocation& book = command.options->book;
     StreamedBook streamed;
     try {
         streamed.fetch(command.options->book, streams.in);
         return command.change ? change_book(command, streams) : read_book(command, streams);
-    } catch (const CommandError&) {
-        throw;
-    } catch (const spreadsheet::Exception& e) {
-        throw command_error(e.id(), spreadsheet::failure_of(e), *command.options);
-    } catch (const std::bad_alloc&) {
-        throw CommandError(ExitCode::Failed, book.text() + ": There is not enough memory.");
-    } catch (const std::exception& e) {
-        // What the library does not turn into an error of its own is the network's.
-        throw CommandError(book.is_online() ? ExitCode::Service : ExitCode::Failed,
-                           book.text() + ": " + e.what());
+    } catch (const std::exception&) {
+        throw as_command_error(std::current_exception(), *command.options);
     }
 }
 
@@ -105,7 +105,12 @@ int run(const std::vector<std::string>& arguments, std::istream& in, std::ostrea
         }
         const LibrarySession session;
         use_google_root(line.google_root);
-        return execute(*line.command, {in, out, err, terminal});
+        gsheet::use_credential_search(true);
+        const LogPrinting log(line.log_level, err);
+        Terminal shown = terminal;
+        // The log and a line of progress would disturb each other.
+        shown.is_err = terminal.is_err && line.log_level.empty();
+        return execute(*line.command, {in, out, err, shown});
     } catch (const CommandError& e) {
         print_sentence(e.what(), err);
         return static_cast<int>(e.code());

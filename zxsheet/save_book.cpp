@@ -4,6 +4,7 @@
 #include "zxsheet/save_book.h"
 
 #include "foundation/unicode.h"
+#include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/library_error.h"
 #include "zxsheet/streamed_book.h"
@@ -42,6 +43,12 @@ std::string parts_text(const SaveSummary& parts, Origin origin) {
             " written";
     if (parts.parts_dropped > 0) text += ", " + grouped(parts.parts_dropped) + " dropped";
     return text;
+}
+
+/// Online the book knows without asking, and knows as well what the caller is an editor of.
+bool may_write(const std::shared_ptr<ISheet>& sheet, const Range& range) {
+    const OnlineSheet* const online = online_sheet(sheet);
+    return online != nullptr ? online->may_write(range) : sheet->is_range_writeable(range);
 }
 
 } // namespace
@@ -105,11 +112,16 @@ void check_sheet_name(const std::string& name, const BookLocation& location) {
         throw Exception(error_id::sheet_name_invalid);
 }
 
-void check_unlocked(ISheet& sheet, const Range& range, const BookLocation& location) {
-    if (sheet.is_range_writeable(range)) return;
+void check_unlocked(const std::shared_ptr<ISheet>& sheet, const Range& range,
+                    const BookLocation& location) {
+    if (may_write(sheet, range)) return;
     throw CommandError(ExitCode::NotWritten,
-                       location.text() + ": " + place_text(sheet.name(), range) +
-                           " is protected; 'zxsheet sheet unprotect' lifts the protection.");
+                       location.text() + ": " + place_text(sheet->name(), range) +
+                           (location.is_online()
+                                ? " is protected, and this account is not among its editors; ask "
+                                  "the owner of the spreadsheet."
+                                : " is protected; 'zxsheet sheet unprotect' lifts the "
+                                  "protection."));
 }
 
 void check_done(const std::shared_ptr<IBook>& book, const BookOptions& options) {

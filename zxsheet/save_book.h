@@ -28,8 +28,8 @@ void check_target(const BookOptions& options);
 void check_sheet_name(const std::string& name, const BookLocation& location);
 
 /// Throws `CommandError` when the sheet's protection locks a cell of the range.
-void check_unlocked(spreadsheet::ISheet& sheet, const spreadsheet::Range& range,
-                    const BookLocation& location);
+void check_unlocked(const std::shared_ptr<spreadsheet::ISheet>& sheet,
+                    const spreadsheet::Range& range, const BookLocation& location);
 
 /// Throws `CommandError` if the book or a sheet of it could not do something since the last call
 /// that does not throw by itself: writing cells, renaming, protecting, fitting columns.

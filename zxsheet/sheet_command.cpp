@@ -3,6 +3,7 @@
 // `zxsheet sheet ...`: adding, removing, renaming, moving, hiding and protecting sheets. Sheets
 // whose cells do not matter are not loaded.
 #include "foundation/unicode.h"
+#include "spreadsheet/online.h"
 #include "zxsheet/book_access.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
@@ -47,7 +48,7 @@ struct ListedSheet {
 ListedSheet list_sheet(const SheetOptions& options) {
     ListedSheet listed{open_sheet_list(options.book), 0, {}};
     check_target(options);
-    listed.index = find_sheet(*listed.book, options.book, options.sheet);
+    listed.index = find_sheet(listed.book, options.book, options.sheet);
     listed.name = sheet_name(*listed.book, listed.index);
     return listed;
 }
@@ -57,6 +58,18 @@ Selection open_sheet(const SheetOptions& options) {
     Selection selection = open_selection({options.book, options.sheet}, Extent::NoCells);
     check_target(options);
     return selection;
+}
+
+/// The service says so as well, but after the request and with the name cut.
+void check_name_is_free(const IBook& book, const std::string& name, const BookLocation& location,
+                        std::optional<std::size_t> own_index = {}) {
+    if (!location.is_online()) return;
+    const auto index = find_sheet_name(book, unicode::to_utf16(name));
+    if (!index || index == own_index) return;
+    throw CommandError(ExitCode::NotWritten,
+                       location.text() + ": There is a sheet " +
+                           quoted_sheet(sheet_name(book, *index)) +
+                           " already; names differ by more than upper and lower case.");
 }
 
 /// The index that `--at` or `--to` means; there are `places`.
@@ -70,10 +83,16 @@ std::size_t wanted_index(std::size_t position, std::size_t places, const BookLoc
 std::string set_visibility(const SheetOptions& options, ChangeTools& tools, sheet::hidden state,
                            const std::string& adjective) {
     const Selection selection = open_sheet(options);
-    selection.sheet->hidden(state);
-    if (selection.sheet->hidden() != state)
-        throw Exception(options.book.is_online() ? error_id::google_unsupported
-                                                 : error_id::hidden_state_not_set);
+    if (OnlineSheet* const online = online_sheet(selection.sheet); online != nullptr) {
+        if (state == sheet::hidden::very_hidden)
+            throw CommandError(ExitCode::Usage, options.book.text() +
+                                                    ": A sheet online is hidden or visible; leave "
+                                                    "--very out.");
+        online->set_hidden(state == sheet::hidden::hidden);
+    } else {
+        selection.sheet->hidden(state);
+    }
+    if (selection.sheet->hidden() != state) throw Exception(error_id::hidden_state_not_set);
     return save_changes(selection.book, options, tools,
                         "Made sheet " + quoted_sheet(selection.sheet_name) + ' ' + adjective);
 }
@@ -100,7 +119,8 @@ std::string run_add(const AddOptions& options, ChangeTools& tools) {
         book = open_sheet_list(options.book);
     } else {
         const Selection selection =
-            open_selection({options.book, options.copied_sheet}, Extent::WholeSheet);
+            open_selection({options.book, options.copied_sheet},
+                           options.book.is_online() ? Extent::NoCells : Extent::WholeSheet);
         book = selection.book;
         source = selection.sheet_name;
     }
@@ -109,6 +129,7 @@ std::string run_add(const AddOptions& options, ChangeTools& tools) {
     const std::size_t index =
         options.position ? wanted_index(*options.position, count + 1, options.book) : count;
     const std::u16string name = unicode::to_utf16(options.name);
+    check_name_is_free(*book, options.name, options.book);
     add_sheet(book, index, name, source);
     std::string done = "Added sheet " + quoted_sheet(name) + " as number " + grouped(index + 1);
     if (!source.empty()) done += ", a copy of " + quoted_sheet(source);
@@ -125,6 +146,7 @@ std::string run_rename(const RenameOptions& options, ChangeTools& tools) {
     check_sheet_name(options.new_name, options.book);
     const Selection selection = open_sheet(options);
     const std::u16string name = unicode::to_utf16(options.new_name);
+    check_name_is_free(*selection.book, options.new_name, options.book, selection.sheet_index);
     selection.sheet->name(name);
     check_done(selection.book, options);
     if (selection.sheet->name() != name) throw Exception(error_id::sheet_name_invalid);

@@ -9,6 +9,9 @@
 #include "foundation/unicode.h"
 #include "zxsheet/cell_text.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/library_error.h"
+#include "zxsheet/online_cells.h"
+#include "zxsheet/online_writer.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
 
@@ -18,6 +21,8 @@ namespace {
 using namespace spreadsheet;
 
 constexpr std::size_t kCellsPerBlock = 1 << 16;
+/// A request to the service may be larger, but is slow then, and repeated as a whole.
+constexpr std::size_t kBytesPerRequest = 10'000'000;
 constexpr std::size_t kMaxTextUnits = 32'767;
 constexpr std::size_t kMaxOnlineTextUnits = 50'000;
 
@@ -68,19 +73,65 @@ void SheetWriter::add(const CellValue& cell) {
         added.type = cell_type::text;
         if (added.text.empty()) added.text = date_text(cell.number);
     }
+    request_bytes_ += request_bytes(added);
     if (has_value(added)) ++values_;
 }
 
 void SheetWriter::end_row() {
+    if (skipped_ < options_.skip.value_or(0)) {
+        ++skipped_;
+        for (; count_ > open_row_begin_; --count_)
+            if (has_value(cells_[count_ - 1])) --values_;
+        return;
+    }
     row_ends_.push_back(count_);
     open_row_begin_ = count_;
-    if (std::max(count_, row_ends_.size()) >= kCellsPerBlock) flush();
+    if (is_block_full()) flush();
+}
+
+bool SheetWriter::is_block_full() const {
+    constexpr std::size_t kRowBytes = 14; // {"values":[]},
+    if (online_ != nullptr)
+        return request_bytes_ + row_ends_.size() * kRowBytes >= kBytesPerRequest;
+    return std::max(count_, row_ends_.size()) >= kCellsPerBlock;
 }
 
 void SheetWriter::finish() {
     flush();
-    empty_rest();
-    if (options_.replace) clear_rest();
+    if (!failure_) {
+        try {
+            empty_rest();
+            if (options_.replace) clear_rest();
+        } catch (const std::exception&) {
+            if (online_ == nullptr || rows_ == 0) throw;
+            failure_ = std::current_exception();
+        }
+    }
+    if (!failure_) return;
+    if (rows_ == 0) std::rethrow_exception(failure_);
+    report_partial_write();
+}
+
+void SheetWriter::report_partial_write() const {
+    const CommandError cause = as_command_error(failure_, options_);
+    const auto rows = static_cast<std::uint64_t>(rows_);
+    std::string sentence = cause.what();
+    if (!sentence.ends_with('.')) sentence += '.';
+    if (rows_to_go_ == 0)
+        throw CommandError(cause.code(),
+                           sentence + " All " + counted(rows, "row") +
+                               " were written, but cells beside the shorter ones kept their "
+                               "values; run the command again.");
+    Range next = written();
+    next.first_row = next.last_row + 1;
+    next = {next.first_row, next.first_column, next.first_row, next.first_column};
+    throw CommandError(cause.code(), sentence + " Rows " + grouped(skipped_ + 1) + " to " +
+                                         grouped(skipped_ + rows) +
+                                         " of the data were written to " +
+                                         place_text(target_.cells.sheet_name, written()) + ", " +
+                                         grouped(rows_to_go_) + " to go; run again with -r " +
+                                         foundation::unicode::to_utf8(range_string(next)) +
+                                         " --skip " + std::to_string(skipped_ + rows) + ".");
 }
 
 Range SheetWriter::written() const {
@@ -93,23 +144,70 @@ void SheetWriter::open() {
     if (target_.cells.book) return;
     tools_.progress.set_text("Opening " + options_.book.text());
     target_ = open_write_target(options_, place_);
-    used_before_ = target_.cells.sheet->used_range();
+    online_ = online_sheet(target_.cells.sheet);
+    // Online, what is there is replaced, wherever it is.
+    if (online_ == nullptr)
+        used_before_ = target_.cells.sheet->used_range();
+    else if (options_.replace)
+        used_before_ = used_online_range(target_.cells);
     dates_1904_ = target_.cells.book->are_dates_1904();
     tools_.progress.set_text("Writing " + options_.book.text());
 }
 
 void SheetWriter::flush() {
     open();
+    online_ != nullptr ? flush_online() : flush_files();
+    count_ = 0;
+    open_row_begin_ = 0;
+    request_bytes_ = 0;
+    row_ends_.clear();
+    tools_.progress.set_text("Writing " + options_.book.text() + ", " +
+                             counted(static_cast<std::uint64_t>(rows_), "row"));
+}
+
+void SheetWriter::flush_files() {
     for (std::size_t row = 0; row < row_ends_.size();) {
         const int rows = rows_of_piece(row);
         write_piece(row, rows);
         row += static_cast<std::size_t>(rows);
     }
-    count_ = 0;
-    open_row_begin_ = 0;
-    row_ends_.clear();
-    tools_.progress.set_text("Writing " + options_.book.text() + ", " +
-                             counted(static_cast<std::uint64_t>(rows_), "row"));
+}
+
+void SheetWriter::flush_online() {
+    int columns = 0;
+    for (std::size_t row = 0; row < row_ends_.size(); ++row)
+        columns = std::max(columns, columns_of(row));
+    if (failure_) {
+        rows_to_go_ += row_ends_.size();
+        return;
+    }
+    try {
+        check_room(static_cast<int>(row_ends_.size()), columns);
+        if (static_cast<std::int64_t>(row_ends_.size()) * columns > kMaxGoogleCells)
+            throw Exception(error_id::google_range_too_large);
+        if (columns > 0) write_online_block(columns);
+    } catch (const std::exception&) {
+        failure_ = std::current_exception();
+        rows_to_go_ = row_ends_.size();
+        return;
+    }
+    const int rows = static_cast<int>(row_ends_.size());
+    if (rows > 0) note_piece(target_.cells.range.first_row + rows_, rows, columns);
+}
+
+/// The rows that were collected as one rectangle; rows that are shorter empty what is beside them.
+void SheetWriter::write_online_block(int columns) {
+    const Range& room = target_.cells.range;
+    const int first_row = room.first_row + rows_;
+    OnlineBlock block;
+    block.range = {first_row, room.first_column, first_row + static_cast<int>(row_ends_.size()) - 1,
+                   room.first_column + columns - 1};
+    block.rows.resize(row_ends_.size());
+    for (std::size_t row = 0; row < row_ends_.size(); ++row)
+        for (std::size_t i = row_begin(row); i < row_ends_[row]; ++i)
+            block.rows[row].push_back(has_value(cells_[i]) ? &cells_[i] : nullptr);
+    check_unlocked(target_.cells.sheet, block.range, options_.book);
+    write_online(*online_, block, keeps_formats());
 }
 
 std::size_t SheetWriter::row_begin(std::size_t row) const {
@@ -142,6 +240,10 @@ void SheetWriter::write_piece(std::size_t first, int rows) {
     if (columns > 0)
         write_range({row, room.first_column, row + rows - 1, room.first_column + columns - 1},
                     first);
+    note_piece(row, rows, columns);
+}
+
+void SheetWriter::note_piece(int row, int rows, int columns) {
     if (pieces_.empty() || pieces_.back().columns != columns)
         pieces_.push_back({row, rows, columns});
     else
@@ -177,15 +279,24 @@ void SheetWriter::write_range(const Range& range, std::size_t first_row) {
 }
 
 void SheetWriter::write_patch(CellPatch& patch, const Range& range) {
-    check_unlocked(*target_.cells.sheet, range, options_.book);
-    const bool keeps_format = !options_.plain && !target_.is_new_sheet;
-    patch.write(*target_.cells.sheet, used_before_, keeps_format);
+    check_unlocked(target_.cells.sheet, range, options_.book);
+    patch.write(*target_.cells.sheet, used_before_, keeps_formats());
     check_done(target_.cells.book, options_);
 }
 
 void SheetWriter::empty_rest() {
     for (const Piece& piece : pieces_) {
         const int first_column = target_.cells.range.first_column;
+        if (online_ != nullptr) {
+            if (piece.columns == columns_) continue;
+            OnlineBlock block;
+            block.range = {piece.first_row, first_column + piece.columns,
+                           piece.first_row + piece.rows - 1, first_column + columns_ - 1};
+            block.rows.resize(static_cast<std::size_t>(piece.rows));
+            check_unlocked(target_.cells.sheet, block.range, options_.book);
+            write_online(*online_, block, keeps_formats());
+            continue;
+        }
         const Range& used = used_before_;
         const Range rest{std::max(piece.first_row, used.first_row),
                          std::max(first_column + piece.columns, used.first_column),
@@ -220,13 +331,17 @@ void SheetWriter::clear_rest() {
          used.last_column}};
     for (const Range& rest : rests) {
         if (rest.first_row > rest.last_row || rest.first_column > rest.last_column) continue;
-        check_unlocked(*target_.cells.sheet, rest, options_.book);
+        check_unlocked(target_.cells.sheet, rest, options_.book);
         target_.cells.sheet->clear(rest);
     }
 }
 
+bool SheetWriter::keeps_formats() const {
+    return !options_.plain && !target_.is_new_sheet;
+}
+
 std::size_t SheetWriter::next_row() const {
-    return static_cast<std::size_t>(rows_) + row_ends_.size() + 1;
+    return skipped_ + static_cast<std::size_t>(rows_) + row_ends_.size() + 1;
 }
 
 void SheetWriter::fail(std::size_t row_number, const std::string& what) const {

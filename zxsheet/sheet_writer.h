@@ -4,9 +4,11 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <vector>
 
+#include "spreadsheet/online.h"
 #include "zxsheet/cell_patch.h"
 #include "zxsheet/cell_sink.h"
 #include "zxsheet/write_target.h"
@@ -14,7 +16,8 @@
 namespace zxsheet {
 
 /// The rows end up as one rectangle as wide as the widest of them; cells that shorter rows lack are
-/// empty in it.
+/// empty in it. A sheet online changes with each block: when one fails, the rest of the rows is
+/// only counted, and `finish` reports how far the sheet got.
 class SheetWriter : public CellSink {
   public:
     SheetWriter(const WriteOptions& options, ChangeTools& tools);
@@ -43,6 +46,12 @@ class SheetWriter : public CellSink {
     };
 
     void flush();
+    bool is_block_full() const;
+    void flush_files();
+    void flush_online();
+    void write_online_block(int columns);
+    [[noreturn]] void report_partial_write() const;
+    void note_piece(int row, int rows, int columns);
     int rows_of_piece(std::size_t first) const;
     void write_piece(std::size_t first, int rows);
     void write_range(const spreadsheet::Range& range, std::size_t first_row);
@@ -51,6 +60,7 @@ class SheetWriter : public CellSink {
     void empty_range(const spreadsheet::Range& range);
     /// Removes the cells of the sheet beside the rectangle.
     void clear_rest();
+    bool keeps_formats() const;
     std::size_t row_begin(std::size_t row) const;
     int columns_of(std::size_t row) const;
     void check_room(int rows, int columns) const;
@@ -64,6 +74,7 @@ class SheetWriter : public CellSink {
     const std::size_t max_text_units_;
     DataPlace place_;
     WriteTarget target_; ///< without a book until the first block is written
+    spreadsheet::OnlineSheet* online_ = nullptr; ///< the target's sheet, if it is online
     spreadsheet::Range used_before_{0, 0, -1, -1};
     bool dates_1904_ = false;
 
@@ -71,6 +82,10 @@ class SheetWriter : public CellSink {
     std::size_t count_ = 0;
     std::vector<std::size_t> row_ends_; ///< in `cells_`
     std::size_t open_row_begin_ = 0;    ///< of the row that is not complete
+    std::size_t request_bytes_ = 0;     ///< of the collected cells
+    std::size_t skipped_ = 0;           ///< rows that were left out, as the options ask
+    std::exception_ptr failure_;        ///< of a block online
+    std::uint64_t rows_to_go_ = 0;      ///< counted since
 
     std::vector<Piece> pieces_;
     int rows_ = 0; ///< written

@@ -24,6 +24,9 @@ using spreadsheet::cell_type;
 
 enum class Format { Csv, Tsv, Json, JsonLines };
 
+/// No sheet has more rows.
+constexpr std::size_t kMaxRows = 10'000'000;
+
 struct DataOptions : WriteOptions {
     std::string input;            ///< the data; empty or "-" for standard input
     std::optional<Format> from{}; ///< of the data; by the name of `input` when not given
@@ -148,6 +151,7 @@ Command write_command() {
          {"--replace", "", "Leave no other cell on the sheet", &options->replace},
          {"--text", "", "Write every field of CSV and TSV, and dates in JSON, as text",
           &options->as_text},
+         {"--skip", "N", "Leave out the first N rows of the data", &options->skip, false, kMaxRows},
          {"--plain", "", "Cells lose the formats that they have", &options->plain},
          save_option(options->output)},
         run_write, "");

@@ -7,7 +7,9 @@
 
 #include "foundation/unicode.h"
 #include "spreadsheet/failure.h"
+#include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/online_cells.h"
 #include "zxsheet/range_reference.h"
 #include "zxsheet/wording.h"
 
@@ -95,7 +97,8 @@ WriteTarget open_target(const BookLocation& location, const WantedSheet& wanted,
     if (is_missing) return add_target(location, wanted.text, list);
     // Names come before numbers.
     WriteTarget target;
-    target.cells = open_selection(list, {location, wanted.text}, Extent::WholeSheet);
+    const Extent extent = location.is_online() ? Extent::NoCells : Extent::WholeSheet;
+    target.cells = open_selection(list, {location, wanted.text}, extent);
     target.preparation = "Wrote ";
     return target;
 }
@@ -106,11 +109,16 @@ Range room_from(const Range& cell, book::format format) {
             book::get_col_limit(format)};
 }
 
+Range filled_cells(const Selection& cells) {
+    return online_sheet(cells.sheet) != nullptr ? used_online_range(cells)
+                                                : filled_range(*cells.sheet);
+}
+
 Range find_room(const WriteOptions& options, const DataPlace& place, WriteTarget& target) {
-    const Selection& cells = target.cells;
+    Selection& cells = target.cells;
     const book::format format = cells.book->format();
     if (options.append) {
-        const Range filled = filled_range(*cells.sheet);
+        const Range filled = filled_cells(cells);
         if (filled.count() <= 0) return room_from({0, 0, 0, 0}, format);
         target.header = {filled.first_row, filled.first_column, filled.first_row,
                          filled.last_column};
@@ -133,7 +141,7 @@ void check_choice(const WriteOptions& options) {
 void check_asked_for(const WriteOptions& options, const DataPlace& place, const Selection& cells) {
     const bool is_told = !options.sheet.empty() || !options.range.empty() || options.append ||
                          options.replace || place.sheet || place.range;
-    if (is_told || filled_range(*cells.sheet).count() <= 0) return;
+    if (is_told || filled_cells(cells).count() <= 0) return;
     throw CommandError(ExitCode::Usage,
                        options.book.text() + ": " + quoted_sheet(cells.sheet_name) +
                            " has values already; say where to write with --sheet or --range, or "

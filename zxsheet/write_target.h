@@ -3,6 +3,7 @@
 // Where `zxsheet write` writes: to a sheet of an existing or new book, itself existing or added.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -16,10 +17,11 @@ namespace zxsheet {
 /// What the command line says about the target.
 struct WriteOptions : BookOptions {
     std::string sheet;
-    std::string range;    ///< the first cell, or all that may be written to
-    bool append = false;  ///< after the last row with a value
-    bool replace = false; ///< nothing of the sheet's cells stays
-    bool plain = false;   ///< cells lose the formats that they have
+    std::string range;                 ///< the first cell, or all that may be written to
+    bool append = false;               ///< after the last row with a value
+    bool replace = false;              ///< nothing of the sheet's cells stays
+    bool plain = false;                ///< cells lose the formats that they have
+    std::optional<std::size_t> skip{}; ///< rows of the data to leave out
 };
 
 struct WriteTarget {

@@ -43,6 +43,20 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+/// Whether the host of a URL is a name or an address of this machine (RFC 6761, section 6.3).
+bool is_on_this_machine(std::string_view url) {
+    const std::size_t scheme = url.find("://");
+    if (scheme == std::string_view::npos) return false;
+    std::string_view host = url.substr(scheme + 3);
+    host = host.substr(0, host.find_first_of("/?#"));
+    if (host.find('@') != std::string_view::npos) return false; // libcurl's host is what follows
+    if (host.starts_with("[::1]")) return true;
+    host = host.substr(0, host.find(':'));
+    return host == "localhost" || host.ends_with(".localhost") || host == "127.0.0.1" ||
+           (host.starts_with("127.") &&
+            host.find_first_not_of("0123456789.") == std::string_view::npos);
+}
+
 /// Header lines in libcurl's form.
 class HeaderList {
   public:
@@ -156,7 +170,10 @@ void set(CURL* handle, CURLoption option, Value value) {
 }
 
 void set_request(CURL* handle, const HttpRequest& request, HeaderList& headers) {
-    set(handle, CURLOPT_URL, request.fullUrl().c_str());
+    const std::string url = request.fullUrl();
+    set(handle, CURLOPT_URL, url.c_str());
+    // A proxy elsewhere must not get what is for this machine.
+    if (is_on_this_machine(url)) set(handle, CURLOPT_PROXY, "");
     for (const auto& [name, value] : request.headers())
         headers.add(value.empty() ? name + ";" : name + ": " + value);
     const bool has_body =

@@ -14,6 +14,7 @@
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
 #include "spreadsheet/gsheet/arguments.h"
+#include "spreadsheet/gsheet/auth/credential_search.h"
 #include "spreadsheet/gsheet/builtins.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/host_errors.h"
@@ -38,10 +39,8 @@ std::u16string file_url(const std::u16string& id) {
 
 http::HttpResponse send_deletion(const std::string& url) {
     http::HttpRequest request(http::HttpMethod::Delete, url);
-    set_bearer(request, to_utf8(getCredential("accesstoken")));
-    const auto client = sharedHttpClient();
-    if (client == nullptr) throw Exception(error_id::google_unavailable_again);
-    return client->send(std::move(request));
+    set_bearer(request, bearer_token(Scope::drive));
+    return send_request(std::move(request));
 }
 
 bool is_deleted(const http::HttpResponse& response, const std::string& url) {

@@ -107,11 +107,22 @@ void CellsToWrite::append_object(std::string& json, const Cell& cell) const {
     }
 }
 
-std::string CellsToWrite::rows_text() const {
+std::size_t CellsToWrite::filled_columns(std::size_t row) const {
+    std::size_t count = columns_;
+    while (count > 0 && at(row, count - 1).type == cell_type::empty)
+        --count;
+    return count;
+}
+
+std::string CellsToWrite::rows_text(bool trimmed) const {
+    std::size_t rows = rows_;
+    while (trimmed && rows > 0 && filled_columns(rows - 1) == 0)
+        --rows;
     std::string json;
-    append_array(json, rows_, [&](std::size_t row) {
+    append_array(json, rows, [&](std::size_t row) {
+        const std::size_t columns = trimmed ? filled_columns(row) : columns_;
         json += R"({"values":)";
-        append_array(json, columns_,
+        append_array(json, columns,
                      [&](std::size_t column) { append_object(json, at(row, column)); });
         json += '}';
     });

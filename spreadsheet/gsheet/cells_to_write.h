@@ -23,8 +23,9 @@ class CellsToWrite {
     CellsToWrite(const Range& range, const cell_type* types, const CellProvider& provider);
 
     /// For "updateCells": `[{"values":[{...},...]},...]`, one element for each row. A cell without
-    /// a value is an empty object.
-    std::string rows_text() const;
+    /// a value is an empty object; `trimmed` leaves those out that end a row, and rows that end the
+    /// block, which the service clears all the same.
+    std::string rows_text(bool trimmed = false) const;
     /// For "values": `[[...],...]`, one array for each column. A cell without a value is "".
     std::string columns_text() const;
     /// The dates, each run of neighbours in a column as one range.
@@ -51,6 +52,8 @@ class CellsToWrite {
         return cells_[column * rows_ + row];
     }
     bool has_value(const Cell& cell) const;
+    /// Columns up to the row's last cell with a value.
+    std::size_t filled_columns(std::size_t row) const;
     void append_object(std::string& json, const Cell& cell) const;
     void append_value(std::string& json, const Cell& cell) const;
 

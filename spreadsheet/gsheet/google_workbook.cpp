@@ -10,6 +10,8 @@
 #include "spreadsheet/exception.h"
 #include "spreadsheet/gsheet/service_requests.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
+#include "spreadsheet/gsheet/value_blocks.h"
+#include "spreadsheet/limits.h"
 #include "spreadsheet/trace.h"
 
 namespace spreadsheet {
@@ -41,6 +43,10 @@ std::string title_body(const std::u16string& title) {
     Object body;
     body["properties"] = std::move(properties);
     return foundation::json::to_text(std::move(body));
+}
+
+int last_index(std::size_t count) {
+    return static_cast<int>(std::min<std::size_t>(count, kMaxGoogleCells)) - 1;
 }
 
 } // namespace
@@ -166,23 +172,80 @@ std::size_t GoogleSheetWorkbook::index_of(std::int64_t sheet_id) {
     return static_cast<std::size_t>(found - sheets_.begin());
 }
 
+// --- Beyond the interface of books
+
+std::optional<std::size_t> GoogleSheetWorkbook::sheet_with_id(std::int64_t sheet_id) {
+    const Trace trace;
+    need(Known::names);
+    for (std::size_t index = 0; index < sheets_.size(); ++index)
+        if (sheets_[index].properties->sheet_id == sheet_id) return index;
+    return {};
+}
+
+std::vector<Range> GoogleSheetWorkbook::used_ranges(const std::vector<std::size_t>& sheet_indices) {
+    const Trace trace;
+    std::vector<Range> used(sheet_indices.size(), Range{0, 0, -1, -1});
+    Array filters;
+    for (const std::size_t index : sheet_indices) {
+        const SheetProperties& sheet = *entry(index).properties;
+        if (sheet.kind != gsheet::SheetKind::grid) continue;
+        Object grid({{"sheetId", sheet.sheet_id}});
+        Object filter;
+        filter["gridRange"] = std::move(grid);
+        filters.emplace_back(std::move(filter));
+    }
+    if (filters.empty()) return used;
+    Object body;
+    body["dataFilters"] = std::move(filters);
+    body["majorDimension"] = "ROWS";
+    auto request = gsheet::createAuthorizedRequest(
+        foundation::http::HttpMethod::Post,
+        gsheet::spreadsheet_url(id_, u"/values:batchGetByDataFilter"),
+        {{"fields", "valueRanges(dataFilters.gridRange.sheetId,valueRange.values)"}});
+    request.setRequestBody(foundation::json::to_text(std::move(body)));
+    const std::vector<gsheet::ValueBlock> blocks =
+        gsheet::executeRequestAndReadJsonResponse(std::move(request), gsheet::measure_value_blocks);
+    for (std::size_t i = 0; i < sheet_indices.size(); ++i) {
+        const Entry& sheet = entry(sheet_indices[i]);
+        for (const gsheet::ValueBlock& block : blocks) {
+            if (block.sheet_id != sheet.properties->sheet_id || block.columns == 0) continue;
+            used[i] = {0, 0, last_index(block.rows), last_index(block.columns)};
+            sheet.worksheet->note_used_range(used[i]);
+        }
+    }
+    return used;
+}
+
+std::optional<GoogleSheetWorkbook::NamedCells>
+GoogleSheetWorkbook::find_name(const std::u16string& name) {
+    const Trace trace;
+    need(Known::everything);
+    const Object reply = gsheet::get_spreadsheet(id_, {{"fields", "namedRanges"}});
+    const Object* const range = gsheet::find_named_range(reply, name);
+    if (range == nullptr) return {};
+    const auto index = sheet_with_id(gsheet::integer_in(*range, "sheetId").value_or(0));
+    if (!index) return {};
+    const std::optional<Range> cells = gsheet::cells_of(*range, *sheets_[*index].properties);
+    if (!cells) return {};
+    return NamedCells{*index, *cells};
+}
+
 // --- Changes
 
 std::size_t GoogleSheetWorkbook::add_sheet(std::size_t index, const std::u16string& name) {
     const Trace trace;
     need(Known::everything);
-    Object properties;
-    properties["title"] = gsheet::json_text(name);
-    properties["index"] = index;
-    Object request;
-    request["properties"] = std::move(properties);
-    const Object reply = gsheet::batch_update(id_, "addSheet", std::move(request));
+    const Object reply = send_add_sheet(index, name);
     const Object* const added = gsheet::first_reply(reply, "addSheet");
     const Object* const told = added != nullptr ? gsheet::object_in(*added, "properties") : nullptr;
     if (told == nullptr) {
         known_ = Known::nothing; // the sheet is there, whatever the reply left out
         need(Known::everything);
-        return std::min(index, sheets_.size() - 1);
+        const auto added_at = std::find_if(sheets_.begin(), sheets_.end(), [&](const Entry& sheet) {
+            return sheet.properties->title == name;
+        });
+        if (added_at == sheets_.end()) return std::min(index, sheets_.size() - 1);
+        return static_cast<std::size_t>(added_at - sheets_.begin());
     }
     const std::int64_t end = static_cast<std::int64_t>(sheets_.size());
     const std::int64_t place = std::clamp<std::int64_t>(
@@ -191,23 +254,91 @@ std::size_t GoogleSheetWorkbook::add_sheet(std::size_t index, const std::u16stri
     return static_cast<std::size_t>(place);
 }
 
+Object GoogleSheetWorkbook::send_add_sheet(std::size_t index, const std::u16string& name) {
+    Object properties;
+    properties["title"] = gsheet::json_text(name);
+    properties["index"] = index;
+    Object request;
+    request["properties"] = std::move(properties);
+    const auto has_name = [&name](const Entry& sheet) {
+        return foundation::unicode::equal_ignoring_case(sheet.properties->title, name);
+    };
+    const bool was_there = std::any_of(sheets_.begin(), sheets_.end(), has_name);
+    try {
+        return gsheet::batch_update(id_, "addSheet", std::move(request));
+    } catch (const Exception&) {
+        if (was_there || !gsheet::last_request_was_repeated()) throw;
+        try {
+            fetch(Known::everything);
+        } catch (const std::exception&) {
+            known_ = Known::nothing; // whether the sheet is there is for the next question
+        }
+        if (std::none_of(sheets_.begin(), sheets_.end(), has_name)) throw;
+        return {};
+    }
+}
+
 std::size_t GoogleSheetWorkbook::copy_sheet(std::size_t source, std::size_t index,
                                             const std::u16string& name) {
     const Trace trace;
+    const std::int64_t sheet_id = send_copy(source);
+    place_copy(sheet_id, index, name);
+    known_ = Known::nothing; // protection travels with the copy, and the reply does not tell of it
+    need(Known::everything);
+    return index_of(sheet_id);
+}
+
+std::int64_t GoogleSheetWorkbook::send_copy(std::size_t source) {
+    const std::u16string source_title = entry(source).properties->title;
     const std::u16string path =
         u"/sheets/" +
         foundation::unicode::to_utf16(std::to_string(entry(source).properties->sheet_id)) +
         u":copyTo";
     Object destination;
     destination["destinationSpreadsheetId"] = gsheet::json_text(id_);
+    std::optional<std::int64_t> kept;
+    std::exception_ptr failure;
+    try {
+        const Object reply = gsheet::post_to_spreadsheet(
+            id_, path, foundation::json::to_text(std::move(destination)));
+        kept = gsheet::integer_in(reply, "sheetId");
+        if (!kept) throw Exception(error_id::internal);
+    } catch (const Exception&) {
+        if (!gsheet::last_request_was_repeated()) throw;
+        failure = std::current_exception();
+    }
+    if (!gsheet::last_request_was_repeated()) return *kept;
+    Array deletions;
+    try {
+        for (const std::int64_t copy : ids_of_new_copies(source_title)) {
+            if (!kept) kept = copy; // one that was made although the service reported a failure
+            if (copy == *kept) continue;
+            Object named;
+            named["deleteSheet"] = Object({{"sheetId", copy}});
+            deletions.emplace_back(std::move(named));
+        }
+        if (!deletions.empty()) gsheet::batch_update(id_, std::move(deletions));
+    } catch (const std::exception&) {
+        known_ = Known::nothing; // superfluous copies stay; the next question finds them
+    }
+    if (!kept) std::rethrow_exception(failure);
+    return *kept;
+}
+
+std::vector<std::int64_t>
+GoogleSheetWorkbook::ids_of_new_copies(const std::u16string& source_title) {
     const Object reply =
-        gsheet::post_to_spreadsheet(id_, path, foundation::json::to_text(std::move(destination)));
-    const auto sheet_id = gsheet::integer_in(reply, "sheetId");
-    if (!sheet_id) throw Exception(error_id::internal);
-    place_copy(*sheet_id, index, name);
-    known_ = Known::nothing; // protection travels with the copy, and the reply does not tell of it
-    need(Known::everything);
-    return index_of(*sheet_id);
+        gsheet::get_spreadsheet(id_, {{"fields", "sheets.properties(sheetId,title)"}});
+    const std::u16string begin = u"Copy of " + source_title; // as the service names them
+    std::vector<std::int64_t> ids;
+    for (const SheetProperties& sheet : parse_sheets(reply)) {
+        const bool is_known =
+            std::any_of(sheets_.begin(), sheets_.end(), [&](const Entry& candidate) {
+                return candidate.properties->sheet_id == sheet.sheet_id;
+            });
+        if (!is_known && sheet.title.starts_with(begin)) ids.push_back(sheet.sheet_id);
+    }
+    return ids;
 }
 
 void GoogleSheetWorkbook::place_copy(std::int64_t sheet_id, std::size_t index,

@@ -42,6 +42,15 @@ class GoogleSheetWorkbook {
     /// The object of a sheet, the same one at every call; null for a kind of sheet that has none.
     std::shared_ptr<GoogleSheetWorksheet> worksheet(std::size_t index);
 
+    /// As `OnlineBook` has them.
+    std::optional<std::size_t> sheet_with_id(std::int64_t sheet_id);
+    std::vector<Range> used_ranges(const std::vector<std::size_t>& sheet_indices);
+    struct NamedCells {
+        std::size_t sheet_index;
+        Range range;
+    };
+    std::optional<NamedCells> find_name(const std::u16string& name);
+
     /// Counts the metadata that came; the sheets may be others than before whenever it differs.
     std::uint64_t revision() const { return revision_; }
 
@@ -68,6 +77,13 @@ class GoogleSheetWorkbook {
     Entry& entry(std::size_t index);
     Entry make_entry(gsheet::SheetProperties properties) const;
     std::size_t index_of(std::int64_t sheet_id);
+    /// The request "addSheet" itself. Where a repeated request is refused since the first attempt
+    /// has added the sheet, the reply is empty.
+    gsheet::Object send_add_sheet(std::size_t index, const std::u16string& name);
+    /// The identifier of a new copy. Where the request was repeated, its other copies are deleted.
+    std::int64_t send_copy(std::size_t source);
+    /// Identifiers of the sheets that were not in the spreadsheet when its metadata came.
+    std::vector<std::int64_t> ids_of_new_copies(const std::u16string& source_title);
     /// Gives a fresh copy its name and place; takes it away again when that fails.
     void place_copy(std::int64_t sheet_id, std::size_t index, const std::u16string& name);
 

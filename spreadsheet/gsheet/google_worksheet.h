@@ -41,6 +41,8 @@ class GoogleSheetWorksheet {
 
     /// Rows and columns up to the last that hold a value; asked once, again while it is empty.
     Range used_range();
+    /// Takes over a used range that was asked for elsewhere.
+    void note_used_range(const Range& used);
     /// `Exception` 23 when the spreadsheet has no such name on this sheet.
     Range named_range(const std::u16string& name) const;
     /// Fetches the range and tells its types; `out` may be null.
@@ -57,9 +59,15 @@ class GoogleSheetWorksheet {
 
     void write(const Range& range, const cell_type* types, const CellProvider& provider,
                bool preserve_format);
+    /// As `OnlineSheet::replace`.
+    void replace(const Range& range, const cell_type* types, const CellProvider& provider,
+                 bool keep_formats);
     void clear(const Range& range);
+    void set_hidden(bool hidden);
     void rename(const std::u16string& title);
     bool is_range_writeable(const Range& range) const;
+    /// As `OnlineSheet::may_write`.
+    bool may_write(const Range& range) const;
     void set_protected(bool on);
     void unmerge(const Range& range);
     void auto_fit_column_widths(const Range& range);
@@ -79,7 +87,12 @@ class GoogleSheetWorksheet {
     void fit_grid(const Range& range);
     void shrink_grid(const gsheet::GridPlan& plan);
     void grow_grid(const char* dimension, std::int64_t length, std::int64_t& count);
-    void write_clear_format(const Range& range, const class CellsToWrite& cells);
+    /// The requests of a batch that do what the plan says.
+    gsheet::Array grid_requests(const gsheet::GridPlan& plan) const;
+    /// Takes rows and columns away again that a repeated request has appended once too often.
+    void mend_repeated_growth(const gsheet::GridSize& growth);
+    void note_filled(const class CellsToWrite& cells);
+    void write_clear_format(const Range& range, const CellsToWrite& cells);
     void write_preserve_format(const Range& range, const CellsToWrite& cells);
     /// Cells have changed: what was fetched counts no longer.
     void forget_cells();

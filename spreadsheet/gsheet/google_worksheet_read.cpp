@@ -30,7 +30,6 @@ namespace {
 
 using foundation::unicode::to_utf16;
 using foundation::unicode::to_utf8;
-using gsheet::Array;
 using gsheet::CachedCell;
 using gsheet::Object;
 
@@ -71,38 +70,12 @@ Range bounds_of(const CellTypeIterator& cells) {
     return {cells.row_blocks().front(), *first, cells.row_blocks().back(), *last};
 }
 
-/// The inclusive range of a named range; its open ends reach to the end of the grid.
-Range closed_range(const gsheet::GridRange& range, const gsheet::SheetProperties& sheet) {
-    constexpr std::int64_t kUnbounded = gsheet::GridRange::kUnbounded;
-    const auto end_of = [](std::int64_t end, std::int64_t count) {
-        return end == kUnbounded ? count : end;
-    };
-    const gsheet::GridRange closed{range.start_row, end_of(range.end_row, sheet.row_count),
-                                   range.start_column,
-                                   end_of(range.end_column, sheet.column_count)};
-    if (closed.is_empty()) throw Exception(error_id::named_range_not_found);
-    return {static_cast<int>(closed.start_row), static_cast<int>(closed.start_column),
-            static_cast<int>(closed.end_row - 1), static_cast<int>(closed.end_column - 1)};
-}
-
-const Object* find_named_range(const Object& reply, const std::u16string& name) {
-    const Array* const entries = gsheet::array_in(reply, "namedRanges");
-    if (entries == nullptr) return nullptr;
-    for (const auto& entry : *entries) {
-        const Object* const candidate = entry.if_object();
-        if (candidate != nullptr &&
-            foundation::unicode::equal_ignoring_case(gsheet::text_in(*candidate, "name"), name))
-            return gsheet::object_in(*candidate, "range");
-    }
-    return nullptr;
-}
-
-/// Whether the service refused the name that was the request's only argument. Refusals for another
-/// cause, such as an API key that is not valid, give a reason.
+/// Whether the service refused the name that was the request's only argument. The message alone
+/// tells that from other refusals: there is no reason beside it, nor is there one beside those.
 bool is_unknown_range(const Exception& failure) {
     const ServiceReason service = failure_of(failure).service;
     return service.http_status == 400 && service.status == "INVALID_ARGUMENT" &&
-           service.reason.empty();
+           service.reason.empty() && service.message.starts_with("Unable to parse range");
 }
 
 } // namespace
@@ -168,6 +141,11 @@ Range GoogleSheetWorksheet::used_range() {
     return used;
 }
 
+void GoogleSheetWorksheet::note_used_range(const Range& used) {
+    used_range_known_ = !is_empty(used);
+    if (used_range_known_) used_range_ = used;
+}
+
 Range GoogleSheetWorksheet::named_range(const std::u16string& name) const {
     const Trace trace;
     const gsheet::SheetProperties& self = sheet();
@@ -179,11 +157,13 @@ Range GoogleSheetWorksheet::named_range(const std::u16string& name) const {
         if (is_unknown_range(failure)) throw Exception(error_id::named_range_not_found);
         throw;
     }
-    const Object* const range = find_named_range(*reply, name);
+    const Object* const range = gsheet::find_named_range(*reply, name);
     const bool is_here =
         range != nullptr && gsheet::integer_in(*range, "sheetId").value_or(0) == self.sheet_id;
     if (!is_here) throw Exception(error_id::named_range_not_found);
-    return closed_range(gsheet::parse_grid_range(*range), self);
+    const std::optional<Range> cells = gsheet::cells_of(*range, self);
+    if (!cells) throw Exception(error_id::named_range_not_found);
+    return *cells;
 }
 
 // --- Types and typed reads

@@ -45,6 +45,33 @@ Object date_format_request(std::int64_t sheet_id, const Range& run) {
     return named;
 }
 
+Object append_dimension(std::int64_t sheet_id, const char* dimension, std::int64_t length) {
+    return Object({{"sheetId", sheet_id}, {"dimension", dimension}, {"length", length}});
+}
+
+/// Deletes the rows or columns from `begin` to before `end`.
+Object delete_dimension(std::int64_t sheet_id, const char* dimension, std::int64_t begin,
+                        std::int64_t end) {
+    Object range({{"sheetId", sheet_id},
+                  {"dimension", dimension},
+                  {"startIndex", begin},
+                  {"endIndex", end}});
+    Object request;
+    request["range"] = std::move(range);
+    return request;
+}
+
+std::optional<gsheet::SheetProperties> find_sheet(const Object& reply, std::int64_t sheet_id) {
+    const Array* const sheets = gsheet::array_in(reply, "sheets");
+    if (sheets == nullptr) return {};
+    for (const auto& sheet : *sheets) {
+        if (!sheet.is_object()) continue;
+        gsheet::SheetProperties parsed = gsheet::parse_sheet(sheet.get_object());
+        if (parsed.sheet_id == sheet_id) return parsed;
+    }
+    return {};
+}
+
 } // namespace
 
 void GoogleSheetWorksheet::send(std::string_view request_name, Object request) const {
@@ -63,10 +90,48 @@ void GoogleSheetWorksheet::write(const Range& range, const cell_type* types,
         write_preserve_format(range, cells);
     else
         write_clear_format(range, cells);
+    note_filled(cells);
+}
+
+void GoogleSheetWorksheet::note_filled(const CellsToWrite& cells) {
     const std::optional<Range> filled = cells.filled();
     if (!used_range_known_ || !filled) return;
     used_range_.last_row = std::max(used_range_.last_row, filled->last_row);
     used_range_.last_column = std::max(used_range_.last_column, filled->last_column);
+}
+
+void GoogleSheetWorksheet::replace(const Range& range, const cell_type* types,
+                                   const CellProvider& provider, bool keep_formats) {
+    const Trace trace;
+    gsheet::SheetProperties& self = sheet();
+    const gsheet::GridSize before{self.row_count, self.column_count};
+    const gsheet::GridPlan plan = gsheet::plan_grid(before, range, [this] { return used_range(); });
+    const bool is_cut = plan.cut.rows < before.rows || plan.cut.columns < before.columns;
+    if (is_cut &&
+        (used_range().last_row >= plan.cut.rows || used_range().last_column >= plan.cut.columns))
+        throw Exception(error_id::google_range_too_large);
+    const CellsToWrite cells(range, types, provider);
+    Array around = grid_requests(plan);
+    std::string body = R"({"requests":[)";
+    for (const auto& request : around)
+        body.append(to_text(request)) += ',';
+    body += R"({"updateCells":{"range":)";
+    body += to_text(grid_range_json(self.sheet_id, range));
+    body += keep_formats ? R"(,"fields":"userEnteredValue","rows":)"
+                         : R"(,"fields":"userEnteredFormat,userEnteredValue","rows":)";
+    body += cells.rows_text(true);
+    body += "}}";
+    if (keep_formats)
+        for (const Range& run : cells.date_runs())
+            (body += ',') += to_text(date_format_request(self.sheet_id, run));
+    body += "]}";
+    forget_cells(); // a write that fails may have taken effect
+    gsheet::post_to_spreadsheet(spreadsheet_id_, u":batchUpdate", std::move(body));
+    self.row_count = plan.wanted.rows;
+    self.column_count = plan.wanted.columns;
+    mend_repeated_growth(
+        {plan.wanted.rows - plan.cut.rows, plan.wanted.columns - plan.cut.columns});
+    note_filled(cells);
 }
 
 void GoogleSheetWorksheet::write_clear_format(const Range& range, const CellsToWrite& cells) {
@@ -124,15 +189,10 @@ void GoogleSheetWorksheet::shrink_grid(const gsheet::GridPlan& plan) {
     if (!is_by_rows && plan.cut.columns >= self.column_count) return;
     std::int64_t& count = is_by_rows ? self.row_count : self.column_count;
     const std::int64_t left = is_by_rows ? plan.cut.rows : plan.cut.columns;
-    Object range({{"sheetId", self.sheet_id},
-                  {"dimension", is_by_rows ? "ROWS" : "COLUMNS"},
-                  {"startIndex", left},
-                  {"endIndex", count}});
     log_grid_request("DeleteDimension", gsheet::batch_update_url(spreadsheet_id_));
-    Object request;
-    request["range"] = std::move(range);
     forget_cells();
-    send("deleteDimension", std::move(request));
+    send("deleteDimension",
+         delete_dimension(self.sheet_id, is_by_rows ? "ROWS" : "COLUMNS", left, count));
     count = left;
     if (!used_range_known_) return;
     int& last = is_by_rows ? used_range_.last_row : used_range_.last_column;
@@ -143,9 +203,52 @@ void GoogleSheetWorksheet::grow_grid(const char* dimension, std::int64_t length,
                                      std::int64_t& count) {
     if (length <= 0) return;
     log_grid_request("AppendDimension", gsheet::batch_update_url(spreadsheet_id_));
-    send("appendDimension",
-         Object({{"sheetId", sheet().sheet_id}, {"dimension", dimension}, {"length", length}}));
+    send("appendDimension", append_dimension(sheet().sheet_id, dimension, length));
     count += length;
+    const bool are_rows = std::string_view(dimension) == "ROWS";
+    mend_repeated_growth({are_rows ? length : 0, are_rows ? 0 : length});
+}
+
+Array GoogleSheetWorksheet::grid_requests(const gsheet::GridPlan& plan) const {
+    const gsheet::SheetProperties& self = sheet();
+    Array requests;
+    const auto add = [&requests](const char* name, Object request) {
+        Object named;
+        named[name] = std::move(request);
+        requests.emplace_back(std::move(named));
+    };
+    const auto fit = [&](const char* dimension, std::int64_t now, std::int64_t cut,
+                         std::int64_t wanted) {
+        if (cut < now) add("deleteDimension", delete_dimension(self.sheet_id, dimension, cut, now));
+        if (wanted > cut)
+            add("appendDimension", append_dimension(self.sheet_id, dimension, wanted - cut));
+    };
+    fit("ROWS", self.row_count, plan.cut.rows, plan.wanted.rows);
+    fit("COLUMNS", self.column_count, plan.cut.columns, plan.wanted.columns);
+    return requests;
+}
+
+void GoogleSheetWorksheet::mend_repeated_growth(const gsheet::GridSize& growth) {
+    const bool has_grown = growth.rows > 0 || growth.columns > 0;
+    if (!has_grown || !gsheet::last_request_was_repeated()) return;
+    gsheet::SheetProperties& self = sheet();
+    const Object reply = gsheet::get_spreadsheet(
+        spreadsheet_id_, {{"fields", "sheets.properties(sheetId,gridProperties)"}});
+    const std::optional<gsheet::SheetProperties> now = find_sheet(reply, self.sheet_id);
+    if (!now) return;
+    Array requests;
+    // Only what is a multiple of the growth came from the repeats.
+    const auto cut = [&](const char* dimension, std::int64_t& known, std::int64_t actual,
+                         std::int64_t length) {
+        const std::int64_t surplus = actual - known;
+        if (length <= 0 || surplus <= 0 || surplus % length != 0) return;
+        Object named;
+        named["deleteDimension"] = delete_dimension(self.sheet_id, dimension, known, actual);
+        requests.emplace_back(std::move(named));
+    };
+    cut("ROWS", self.row_count, now->row_count, growth.rows);
+    cut("COLUMNS", self.column_count, now->column_count, growth.columns);
+    if (!requests.empty()) gsheet::batch_update(spreadsheet_id_, std::move(requests));
 }
 
 // --- The sheet
@@ -174,8 +277,31 @@ GoogleSheetWorksheet::protected_ranges(const std::u16string& range) const {
 bool GoogleSheetWorksheet::is_range_writeable(const Range& range) const {
     const Trace trace;
     gsheet::check_range(range);
-    return gsheet::is_writeable(range,
-                                protected_ranges(gsheet::qualified_range(sheet().title, range)));
+    const gsheet::SheetProperties& self = sheet();
+    // The service refuses ranges beyond the grid, which a write makes larger: the whole sheet is
+    // asked about then.
+    const bool is_inside = self.row_count == 0 || (range.last_row < self.row_count &&
+                                                   range.last_column < self.column_count);
+    const std::u16string where =
+        is_inside ? gsheet::qualified_range(self.title, range) : gsheet::quoted_title(self.title);
+    return gsheet::is_writeable(range, protected_ranges(where));
+}
+
+bool GoogleSheetWorksheet::may_write(const Range& range) const {
+    const Trace trace;
+    std::vector<gsheet::ProtectedRange> locked = sheet().protected_ranges;
+    std::erase_if(locked, [](const auto& entry) { return entry.is_editable; });
+    return gsheet::is_writeable(range, locked);
+}
+
+void GoogleSheetWorksheet::set_hidden(bool hidden) {
+    const Trace trace;
+    Object properties({{"sheetId", sheet().sheet_id}, {"hidden", hidden}});
+    Object request;
+    request["properties"] = std::move(properties);
+    request["fields"] = "hidden";
+    send("updateSheetProperties", std::move(request));
+    sheet().hidden = hidden;
 }
 
 void GoogleSheetWorksheet::set_protected(bool on) {
@@ -200,6 +326,7 @@ void GoogleSheetWorksheet::set_protected(bool on) {
     }
     if (!requests.empty()) gsheet::batch_update(spreadsheet_id_, std::move(requests));
     self.is_protected = false;
+    std::erase_if(self.protected_ranges, [](const auto& entry) { return entry.is_whole_sheet; });
 }
 
 void GoogleSheetWorksheet::unmerge(const Range& range) {

@@ -204,6 +204,30 @@ void GSheetWorkbook::reorder_sheet(std::size_t from, std::size_t to) {
     move_sheet(sheets[from], to);
 }
 
+// --- Beyond the interface of books
+
+std::u16string GSheetWorkbook::title() {
+    const Trace trace;
+    return implementation().title();
+}
+
+std::optional<std::size_t> GSheetWorkbook::sheet_with_id(std::int64_t id) {
+    const Trace trace;
+    return implementation().sheet_with_id(id);
+}
+
+std::vector<Range> GSheetWorkbook::used_ranges(const std::vector<std::size_t>& sheet_indices) {
+    const Trace trace;
+    return implementation().used_ranges(sheet_indices);
+}
+
+std::optional<OnlineBook::NamedCells> GSheetWorkbook::find_name(const std::u16string& name) {
+    const Trace trace;
+    const auto found = implementation().find_name(name);
+    if (!found) return {};
+    return NamedCells{found->sheet_index, found->range};
+}
+
 // --- Loading and saving
 
 void GSheetWorkbook::init_with(std::shared_ptr<GoogleSheetWorkbook> implementation) {

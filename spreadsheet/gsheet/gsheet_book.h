@@ -14,6 +14,7 @@
 #include "spreadsheet/book.h"
 #include "spreadsheet/book_extras.h"
 #include "spreadsheet/gsheet/google_workbook.h"
+#include "spreadsheet/online.h"
 
 namespace spreadsheet {
 
@@ -21,7 +22,7 @@ namespace spreadsheet {
 /// was. Sheet objects stay the same through every change; that of a removed sheet throws
 /// `Exception` 6 from then on. The list of sheets ends before the first one that is neither a grid
 /// nor a chart.
-class GSheetWorkbook : public IBook, public IBookExtras {
+class GSheetWorkbook : public IBook, public IBookExtras, public OnlineBook {
   public:
     explicit GSheetWorkbook(book::format format = book::format::GSHEET);
     GSheetWorkbook(const GSheetWorkbook&) = delete;
@@ -64,6 +65,11 @@ class GSheetWorkbook : public IBook, public IBookExtras {
     std::shared_ptr<ISheet> move_sheet(const std::shared_ptr<ISheet>& sheet, std::size_t index);
     /// The same by indices; `Exception` 6 when one of them is out of range.
     void reorder_sheet(std::size_t from, std::size_t to) override;
+
+    std::u16string title() override;
+    std::optional<std::size_t> sheet_with_id(std::int64_t id) override;
+    std::vector<Range> used_ranges(const std::vector<std::size_t>& sheet_indices) override;
+    std::optional<NamedCells> find_name(const std::u16string& name) override;
 
   private:
     using Sheets = std::vector<std::shared_ptr<ISheet>>;

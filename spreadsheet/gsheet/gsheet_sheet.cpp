@@ -271,4 +271,25 @@ void GSheetWorksheet::prefetch(Range range, cell_type* out) const {
     sheet_->fetch_types(range, out);
 }
 
+OnlineSheet::Grid GSheetWorksheet::grid() const {
+    const Trace trace;
+    return {sheet_->properties().row_count, sheet_->properties().column_count};
+}
+
+bool GSheetWorksheet::may_write(const Range& range) const {
+    const Trace trace;
+    return sheet_->may_write(range);
+}
+
+void GSheetWorksheet::replace(const Range& range, const cell_type* types,
+                              const CellProvider& provider, bool keep_formats) {
+    const Trace trace;
+    sheet_->replace(range, types, provider, keep_formats);
+}
+
+void GSheetWorksheet::set_hidden(bool hidden) {
+    const Trace trace;
+    sheet_->set_hidden(hidden);
+}
+
 } // namespace spreadsheet

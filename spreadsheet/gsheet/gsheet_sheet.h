@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "spreadsheet/gsheet/google_worksheet.h"
+#include "spreadsheet/online.h"
 #include "spreadsheet/sheet.h"
 
 namespace spreadsheet {
@@ -16,7 +17,7 @@ namespace spreadsheet {
 /// `cell_types` and `prefetch` fetch a range in one request; reads of cells within the range
 /// fetched last send none. Merged-cell rules are refused with `Exception` 43, typed writes without
 /// a provider as well; a range that ends 500,001 rows or more behind its beginning with 56.
-class GSheetWorksheet : public ISheet {
+class GSheetWorksheet : public ISheet, public OnlineSheet {
   public:
     explicit GSheetWorksheet(std::shared_ptr<GoogleSheetWorksheet> sheet);
 
@@ -84,6 +85,12 @@ class GSheetWorksheet : public ISheet {
                             const MergedCellRowRule& row_rule) override;
     void readDatesAsDoubles(Range range, double* out) const override;
     void prefetch(Range range, cell_type* out) const override;
+
+    Grid grid() const override;
+    bool may_write(const Range& range) const override;
+    void replace(const Range& range, const cell_type* types, const CellProvider& provider,
+                 bool keep_formats) override;
+    void set_hidden(bool hidden) override;
 
   private:
     std::shared_ptr<GoogleSheetWorksheet> sheet_;

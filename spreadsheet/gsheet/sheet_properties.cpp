@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "foundation/unicode.h"
 #include "spreadsheet/limits.h"
 
 namespace gsheet {
@@ -29,6 +30,7 @@ ProtectedRange parse_protected_range(const Object& entry) {
     // A range that belongs to a name or a table is not the sheet's, whatever it covers.
     const bool is_own = !entry.contains("namedRangeId") && !entry.contains("tableId");
     parsed.is_whole_sheet = is_own && parsed.range == GridRange{};
+    parsed.is_editable = flag_in(entry, "warningOnly") || flag_in(entry, "requestingUserCanEdit");
     if (const Array* const parts = array_in(entry, "unprotectedRanges"))
         for (const auto& part : *parts)
             if (part.is_object()) parsed.unprotected.push_back(parse_grid_range(part.get_object()));
@@ -54,9 +56,10 @@ SheetProperties parse_sheet(const Object& sheet) {
     const Object* const properties = object_in(sheet, "properties");
     SheetProperties parsed =
         properties != nullptr ? parse_sheet_properties(*properties) : SheetProperties{};
-    const std::vector<ProtectedRange> ranges = parse_protected_ranges(sheet);
-    parsed.is_protected = std::any_of(ranges.begin(), ranges.end(),
-                                      [](const auto& range) { return range.is_whole_sheet; });
+    parsed.protected_ranges = parse_protected_ranges(sheet);
+    parsed.is_protected =
+        std::any_of(parsed.protected_ranges.begin(), parsed.protected_ranges.end(),
+                    [](const auto& range) { return range.is_whole_sheet; });
     return parsed;
 }
 
@@ -67,6 +70,31 @@ std::vector<ProtectedRange> parse_protected_ranges(const Object& sheet) {
     for (const auto& entry : *entries)
         if (entry.is_object()) parsed.push_back(parse_protected_range(entry.get_object()));
     return parsed;
+}
+
+const Object* find_named_range(const Object& reply, const std::u16string& name) {
+    const Array* const entries = array_in(reply, "namedRanges");
+    if (entries == nullptr) return nullptr;
+    for (const auto& entry : *entries) {
+        const Object* const candidate = entry.if_object();
+        if (candidate != nullptr &&
+            foundation::unicode::equal_ignoring_case(text_in(*candidate, "name"), name))
+            return object_in(*candidate, "range");
+    }
+    return nullptr;
+}
+
+std::optional<spreadsheet::Range> cells_of(const Object& grid_range, const SheetProperties& sheet) {
+    const GridRange range = parse_grid_range(grid_range);
+    const auto end_of = [](std::int64_t end, std::int64_t count) {
+        return end == GridRange::kUnbounded ? count : end;
+    };
+    const GridRange closed{range.start_row, end_of(range.end_row, sheet.row_count),
+                           range.start_column, end_of(range.end_column, sheet.column_count)};
+    if (closed.is_empty()) return {};
+    return spreadsheet::Range{
+        static_cast<int>(closed.start_row), static_cast<int>(closed.start_column),
+        static_cast<int>(closed.end_row - 1), static_cast<int>(closed.end_column - 1)};
 }
 
 bool is_writeable(const spreadsheet::Range& target, const std::vector<ProtectedRange>& ranges) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,8 @@ enum class SheetKind : std::uint8_t {
 struct ProtectedRange {
     std::int64_t id = 0;
     bool is_whole_sheet = false;
+    /// It only warns, or the caller is one of its editors.
+    bool is_editable = false;
     GridRange range;
     std::vector<GridRange> unprotected;
 };
@@ -32,6 +35,7 @@ struct SheetProperties {
     SheetKind kind = SheetKind::other;
     bool hidden = false;
     bool is_protected = false; ///< as a whole
+    std::vector<ProtectedRange> protected_ranges;
     std::int64_t row_count = 0;
     std::int64_t column_count = 0;
     bool removed = false; ///< from the spreadsheet; its object is of no use any more
@@ -44,7 +48,15 @@ SheetProperties parse_sheet(const Object& sheet);
 /// The "protectedRanges" of an element of "sheets".
 std::vector<ProtectedRange> parse_protected_ranges(const Object& sheet);
 
-/// Whether no cell of `target` is protected, unprotected parts of protected ranges left aside.
+/// The "range" of the entry of "namedRanges" with that name, compared without regard to case; null
+/// when there is none.
+const Object* find_named_range(const Object& reply, const std::u16string& name);
+/// The cells of a GridRange object on its sheet; open ends reach to the end of the grid. No value
+/// when there are none.
+std::optional<spreadsheet::Range> cells_of(const Object& grid_range, const SheetProperties& sheet);
+
+/// Whether no cell of `target` is protected, unprotected parts of protected ranges left aside. What
+/// the caller may edit all the same counts as protected.
 bool is_writeable(const spreadsheet::Range& target, const std::vector<ProtectedRange>& ranges);
 
 } // namespace gsheet

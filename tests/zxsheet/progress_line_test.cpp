@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "zxsheet/progress_line.h"
+#include "zxsheet/service_notices.h"
 
 namespace zxsheet::test {
 namespace {
@@ -76,6 +77,26 @@ TEST(ProgressLine, ShowsNothingWhenTheWorkIsShortOrNobodyLooks) {
     short_work.finish();
     ProgressLine(nullptr, "Reading", 0ms).finish();
     EXPECT_EQ(screen.text(), "");
+}
+
+TEST(PauseText, IsThereForLongPausesOnly) {
+    using gsheet::PauseReason;
+    const struct {
+        gsheet::Pause pause;
+        const char *on_terminal, *elsewhere;
+    } cases[] = {
+        {{2000ms, PauseReason::server_error, 503}, "", ""},
+        {{4001ms, PauseReason::too_many_requests, 429},
+         "waiting 5 s: the service wants fewer requests (429)",
+         ""},
+        {{60s, PauseReason::rate_window, 200},
+         "waiting 60 s: the service allows 60 requests a minute",
+         "waiting 60 s: the service allows 60 requests a minute"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(pause_text(c.pause, true).value_or(""), c.on_terminal);
+        EXPECT_EQ(pause_text(c.pause, false).value_or(""), c.elsewhere);
+    }
 }
 
 } // namespace

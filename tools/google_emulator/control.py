@@ -10,6 +10,7 @@ from .faults import FAULTS, FaultError
 from .generated import GeneratedNumbers
 from .methods import Reply
 from .samples import STATES
+from .sign_in import public_key
 
 PREFIX = "/__emulator/"
 
@@ -102,7 +103,9 @@ class Control:
         sheet.generated = GeneratedNumbers(rows, columns)
 
     def credentials(self, body):
-        """Replaces the tokens ({token: state}), the keys, or both."""
+        """Replaces what is given: the tokens ({token: state}), the keys, the service accounts ({address: {"public_key":
+        PEM, "lifetime": seconds}}), the refresh tokens ({token: {"client_id", "client_secret", "scopes", "lifetime",
+        "state": "valid" or anything else}}), the requests that tokens to come are good for, the endpoint's clock."""
         tokens = body.get("tokens", {})
         if not set(tokens.values()) <= set(TOKEN_STATES):
             raise ControlError(f"a token is one of {', '.join(TOKEN_STATES)}")
@@ -110,6 +113,13 @@ class Control:
             self.emulator.service.credentials.tokens = dict(tokens)
         if "keys" in body:
             self.emulator.service.credentials.keys = list(body["keys"])
+        known = self.emulator.service.credentials
+        if "accounts" in body:
+            known.accounts = {address: account | {"key": public_key(account["public_key"])}
+                              for address, account in body["accounts"].items()}
+        for name in ("refresh_tokens", "uses", "clock_offset"):
+            if name in body:
+                setattr(known, name, body[name])
 
     def order_faults(self, body):
         self.emulator.plan.order(body if isinstance(body, list) else [body])

@@ -1,5 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Who may do what: access tokens with a state each, API keys for reading what is public."""
+"""Who may do what: access tokens with a state each or an end, API keys for reading what is public."""
+
+import time
+from dataclasses import dataclass
+from typing import Optional
 
 from .errors import ServiceError, bad_request, error_info
 
@@ -16,15 +20,39 @@ _KEYS_NOT_SUPPORTED = ("API keys are not supported by this API. Expected OAuth2 
                        "credentials that assert a principal. See https://cloud.google.com/docs/authentication")
 
 
+@dataclass
+class IssuedToken:
+    """A token that the token endpoint gave."""
+
+    account: str
+    scopes: set
+    end: float  # seconds of the epoch
+    uses: Optional[int] = None  # requests that are left; None: any number
+
+    def has_ended(self, moment):
+        return moment >= self.end or self.uses == 0
+
+
 class Credentials:
     def __init__(self):
         self.tokens = dict(DEFAULT_TOKENS)
         self.keys = list(DEFAULT_KEYS)
+        self.accounts = {}  # of services: e-mail address -> "key" (modulus, exponent), "lifetime"
+        self.refresh_tokens = {}  # token -> "client_id", "client_secret", "scopes", "lifetime", "state"
+        self.uses = []  # requests that the tokens to come are good for, one number for each
+        self.issued = {}
+        self.clock_offset = 0  # of the endpoint's clock, in seconds
 
-    def check(self, authorization, key, is_write):
+    def issue(self, account, scopes, end):
+        """A new token; its text repeats from run to run."""
+        token = f"issued-token-{len(self.issued) + 1}"
+        self.issued[token] = IssuedToken(account, scopes, end, self.uses.pop(0) if self.uses else None)
+        return token
+
+    def check(self, authorization, key, is_write, is_drive=False):
         """"token" or "key", whichever the caller comes with; raises what the service answers to bad ones."""
         if authorization:
-            return self._check_token(authorization, is_write)
+            return self._check_token(authorization, is_write, is_drive)
         if not key:
             raise ServiceError(403, _UNREGISTERED)
         if key not in self.keys:
@@ -37,9 +65,28 @@ class Credentials:
                 error_info("CREDENTIALS_MISSING", service="sheets.googleapis.com")])
         return "key"
 
-    def _check_token(self, authorization, is_write):
+    def _state_of_issued(self, token, is_write, is_drive):
+        """The state of a token for this request, as if it had been named; counts its use."""
+        issued = self.issued.get(token)
+        if issued is None:
+            return None
+        if issued.has_ended(time.time() + self.clock_offset):
+            return "expired"
+        if issued.uses is not None:
+            issued.uses -= 1
+        names = {scope.rpartition("/")[2] for scope in issued.scopes}
+        if names & ({"drive", "drive.file"} if is_drive else {"drive", "drive.file", "spreadsheets"}):
+            return "valid"
+        readers = {"drive.readonly", "drive.metadata.readonly"} if is_drive else {"drive.readonly",
+                                                                               "spreadsheets.readonly"}
+        return "read-only" if names & readers and not is_write else "lacks-scope"
+
+    def _check_token(self, authorization, is_write, is_drive):
         scheme, _, token = authorization.partition(" ")
-        state = self.tokens.get(token.strip()) if scheme.lower() == "bearer" else None
+        token = token.strip() if scheme.lower() == "bearer" else ""
+        state = self.tokens.get(token) or self._state_of_issued(token, is_write, is_drive)
+        if state == "lacks-scope":
+            state, is_write = "read-only", True
         if state not in ("valid", "read-only"):
             raise ServiceError(401, _INVALID_TOKEN, details=[
                 error_info("ACCESS_TOKEN_EXPIRED" if state == "expired" else "ACCESS_TOKEN_TYPE_UNSUPPORTED",

@@ -1,14 +1,17 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The methods of Drive files: create, upload, get, delete."""
+"""The methods of Drive files: create, upload, get, list, delete."""
 
+import csv
+import io
 import json
 import re
 
 from .batch_sheets import new_sheet
 from .credentials import check_access
+from .entered import entered_by_user
 from .errors import ServiceError, drive_error, no_such_file
 from .methods import Reply
-from .model import SPREADSHEET_MIME_TYPE
+from .model import SPREADSHEET_MIME_TYPE, Cell
 from .schema import check_body, normalised
 
 _SHOWN_WITHOUT_MASK = ("kind", "id", "name", "mimeType")
@@ -38,6 +41,8 @@ def _resource(entry, call):
                 "quotaBytesUsed": str(entry.quota_bytes_used)}
     if entry.book is None:
         resource["size"] = str(len(entry.content))
+    if entry.parents:
+        resource["parents"] = entry.parents
     if "fields" not in call.query:
         resource = {name: resource[name] for name in _SHOWN_WITHOUT_MASK}
     return resource
@@ -45,6 +50,35 @@ def _resource(entry, call):
 
 def _time(moment):
     return moment.strftime("%Y-%m-%dT%H:%M:%S.") + f"{moment.microsecond // 1000:03d}Z"
+
+
+_CLAUSE = re.compile(r"""\s*(name|mimeType|trashed)\s*=\s*(?:'((?:[^'\\]|\\.)*)'|(true|false))\s*(?:and|$)""")
+
+
+def list_files(drive, call):
+    """The files that the caller can see; searches know equations that are joined by "and"."""
+    query, position, wanted = call.query.get("q", ""), 0, {}
+    while position < len(query):
+        clause = _CLAUSE.match(query, position)
+        if not clause:
+            raise drive_error(400, "Invalid Value", "invalid", "q", "parameter")
+        wanted[clause.group(1)] = re.sub(r"\\(.)", r"\1", clause.group(2) or "") or clause.group(3)
+        position = clause.end()
+    found = [entry for entry in drive.files.values() if _is_visible(entry, call)
+             and wanted.get("name") in (None, entry.name) and wanted.get("mimeType") in (None, entry.mime_type)
+             and wanted.get("trashed") != "true"]
+    if call.query.get("orderBy") == "modifiedTime desc":
+        found.sort(key=lambda entry: entry.modified, reverse=True)
+    return Reply(body={"kind": "drive#fileList", "incompleteSearch": False,
+                       "files": [_resource(entry, call) for entry in found[:call.query.get("pageSize", 100)]]})
+
+
+def _is_visible(entry, call):
+    try:
+        check_access(entry, call.caller, False)
+    except ServiceError:
+        return False
+    return True
 
 
 def get(drive, call):
@@ -79,8 +113,8 @@ def _added(drive, metadata, content, content_type):
 
 
 def upload(drive, call):
-    """A new file from a body of two parts, metadata and content; the service would convert a workbook whose
-    metadata ask for a spreadsheet, which is not done here."""
+    """A new file from a body of two parts, metadata and content. Where the metadata ask for a spreadsheet, CSV is
+    converted; any other workbook becomes an empty one here."""
     if call.query.get("uploadType") != "multipart":
         raise drive_error(400, "Only multipart uploads are served.", "badRequest", "uploadType", "parameter")
     (_, metadata), (content_type, content) = _two_parts(call.headers.get("Content-Type", ""), call.raw_body)
@@ -92,9 +126,23 @@ def upload(drive, call):
         raise drive_error(400, "Parse Error", "parseError")
     check_body("File", wanted)
     wanted = normalised("File", wanted)
-    if wanted.get("mimeType") == SPREADSHEET_MIME_TYPE:
-        raise ServiceError(501, "The emulator does not convert files to spreadsheets.")
-    return Reply(body=_resource(_added(drive, wanted, content, content_type), call))
+    for folder in wanted.get("parents", ()):
+        if folder not in drive.files:
+            raise no_such_file(folder)
+    entry = _added(drive, wanted, content, content_type)
+    if entry.book and content_type == "text/csv":
+        _fill(entry.book.sheets[0], content.decode("utf-8", "replace"))
+    entry.parents = wanted.get("parents", [])
+    return Reply(body=_resource(entry, call))
+
+
+def _fill(sheet, text):
+    for row, values in enumerate(csv.reader(io.StringIO(text))):
+        for column, value in enumerate(values):
+            entered = entered_by_user(value)
+            if value and row < sheet.row_count and column < sheet.column_count:
+                sheet.put(row, column, Cell(entered.value, {"numberFormat": entered.number_format}
+                                            if entered.number_format else None))
 
 
 def _two_parts(content_type, body):

@@ -64,10 +64,15 @@ METHODS = (
            _UPDATE | {"insertDataOption": "enum!InsertDataOption"}, "ValueRange", "AppendValuesResponse", "data"),
     Method("sheets.spreadsheets.values.batchGet", "GET", _VALUES + ":batchGet", _RENDER | {"ranges": "string[]"},
            None, "BatchGetValuesResponse"),
+    Method("sheets.spreadsheets.values.batchGetByDataFilter", "POST", _VALUES + ":batchGetByDataFilter", {},
+           "BatchGetValuesByDataFilterRequest", "BatchGetValuesByDataFilterResponse"),
     Method("sheets.spreadsheets.values.batchClear", "POST", _VALUES + ":batchClear", {}, "BatchClearValuesRequest",
            "BatchClearValuesResponse"),
     Method("sheets.spreadsheets.values.batchUpdate", "POST", _VALUES + ":batchUpdate", {}, "BatchUpdateValuesRequest",
            "BatchUpdateValuesResponse"),
+    Method("drive.files.list", "GET", "/drive/v3/files", {
+        "q": "string", "orderBy": "string", "corpora": "string", "includeItemsFromAllDrives": "bool",
+        "supportsAllDrives": "bool", "pageSize": "int32", "spaces": "string"}, None, "FileList"),
     Method("drive.files.create", "POST", "/drive/v3/files", _DRIVES, "File", "File"),
     Method("drive.files.create.upload", "POST", "/upload/drive/v3/files", _DRIVES, None, "File"),
     Method("drive.files.get", "GET", "/drive/v3/files/{fileId}", _DRIVES | {"acknowledgeAbuse": "bool"}, None, "File"),
@@ -80,9 +85,9 @@ UNSERVED_METHODS = {
     "/v4/spreadsheets/{}": {
         "GET": "/developerMetadata/{}",
         "POST": "/developerMetadata:search /values:batchClearByDataFilter"
-                " /values:batchGetByDataFilter /values:batchUpdateByDataFilter"},
+                " /values:batchUpdateByDataFilter"},
     "/drive/v3": {
-        "GET": "/about /apps /apps/{} /changes /changes/startPageToken /drives /drives/{} /files /files/generateIds"
+        "GET": "/about /apps /apps/{} /changes /changes/startPageToken /drives /drives/{} /files/generateIds"
                " /files/{}/accessproposals /files/{}/accessproposals/{} /files/{}/comments /files/{}/comments/{}"
                " /files/{}/comments/{}/replies /files/{}/comments/{}/replies/{} /files/{}/export"
                " /files/{}/listLabels /files/{}/permissions /files/{}/permissions/{} /files/{}/revisions"

@@ -137,6 +137,7 @@ class DriveFile:
         self.created = self.modified = moment
         self.book = None
         self.content = b""
+        self.parents = []  # identifiers of folders
         self.quota_bytes = None  # what quotaBytesUsed shall say, where it is not to be counted
         self.access = "owner"  # of everyone with a token: owner, reader or none
         self.public = False  # readable with an API key

@@ -4,7 +4,7 @@
 from urllib.parse import unquote
 
 _HEADERS = ("Accept", "Accept-Encoding", "Authorization", "Connection", "Content-Encoding", "Content-Length",
-            "Content-Type", "Expect", "Transfer-Encoding", "User-Agent")
+            "Content-Type", "Expect", "Transfer-Encoding", "User-Agent", "X-Goog-User-Project")
 MAX_LOGGED_BODY = 1 << 20
 
 

@@ -112,6 +112,11 @@ SHEETS_MESSAGES = {
     "ClearValuesRequest": "",
     "ClearValuesResponse": "spreadsheetId:string clearedRange:string",
     "BatchGetValuesResponse": "spreadsheetId:string valueRanges:ValueRange[]",
+    "BatchGetValuesByDataFilterRequest": "dataFilters:DataFilter[] majorDimension:enum!Dimension"
+                                         " valueRenderOption:enum!ValueRenderOption"
+                                         " dateTimeRenderOption:enum!DateTimeRenderOption",
+    "BatchGetValuesByDataFilterResponse": "spreadsheetId:string valueRanges:MatchedValueRange[]",
+    "MatchedValueRange": "valueRange:ValueRange dataFilters:DataFilter[]",
     "BatchClearValuesRequest": "ranges:string[]",
     "BatchClearValuesResponse": "spreadsheetId:string clearedRanges:string[]",
     "BatchUpdateValuesRequest": "valueInputOption:enum!ValueInputOption data:ValueRange[]"
@@ -123,6 +128,7 @@ SHEETS_MESSAGES = {
 }
 
 DRIVE_MESSAGES = {
+    "FileList": "kind:string nextPageToken:string incompleteSearch:bool files:File[]",
     "File": "kind:string id:string name:string mimeType:string description:string createdTime:time modifiedTime:time"
             " size:int64* quotaBytesUsed:int64* parents:string[] starred:bool trashed:bool originalFilename:string"
             " webViewLink:string* appProperties:- capabilities:- contentHints:- contentRestrictions:-"

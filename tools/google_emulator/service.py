@@ -3,7 +3,7 @@
 
 from urllib.parse import parse_qsl
 
-from . import drive_methods, spreadsheet_methods, value_methods
+from . import drive_methods, sign_in, spreadsheet_methods, value_methods
 from .credentials import Credentials
 from .errors import NoSuchPath, ServiceError, not_found_page
 from .masks import masked, reply_mask
@@ -22,11 +22,13 @@ HANDLERS = {
     "sheets.spreadsheets.values.clear": value_methods.clear,
     "sheets.spreadsheets.values.append": value_methods.append,
     "sheets.spreadsheets.values.batchGet": value_methods.batch_get,
+    "sheets.spreadsheets.values.batchGetByDataFilter": value_methods.batch_get_by_data_filter,
     "sheets.spreadsheets.values.batchClear": value_methods.batch_clear,
     "sheets.spreadsheets.values.batchUpdate": value_methods.batch_update,
     "drive.files.create": drive_methods.create,
     "drive.files.create.upload": drive_methods.upload,
     "drive.files.get": drive_methods.get,
+    "drive.files.list": drive_methods.list_files,
     "drive.files.delete": drive_methods.delete,
 }
 assert {method.name for method in METHODS} == set(HANDLERS)
@@ -45,6 +47,8 @@ class Service:
     def answer(self, verb, target, headers, raw_body):
         """The reply to a request; target is the path with the query as they were sent."""
         path, _, query_text = target.partition("?")
+        if verb == "POST" and path in sign_in.PATHS:
+            return sign_in.answer(self.credentials, path, headers, raw_body)
         try:
             return self._answer(verb, path, query_text, headers, raw_body)
         except NoSuchPath:
@@ -57,7 +61,8 @@ class Service:
         query = {}
         for name, value in parse_qsl(query_text, keep_blank_values=True):
             query.setdefault(name, []).append(value)
-        caller = self.credentials.check(headers.get("Authorization"), query.get("key", [""])[-1], method.is_write)
+        caller = self.credentials.check(headers.get("Authorization"), query.get("key", [""])[-1], method.is_write,
+                                        method.is_drive)
         body = self._body(method, headers, raw_body)
         call = Call(method, parts, self._query(method, query), body, raw_body, headers, caller)
         mask = reply_mask(call.query["fields"], method.reply) if call.query.get("fields") and method.reply else None

@@ -72,15 +72,19 @@ def _described(drive, call, entry, selection, with_grid_data):
 
 def get_by_data_filter(drive, call):
     entry = book_of(drive, call)
+    return _described(drive, call, entry, filtered(entry.book, call), call.body.get("includeGridData"))
+
+
+def filtered(book, call):
+    """(sheet, Rect) of each data filter of a request."""
     filters = call.body.get("dataFilters", [])
     if not filters:
         raise bad_request("Must specify at least one dataFilter.")
     try:
-        selection = [find_for_reading(entry.book, wanted["a1Range"]) if "a1Range" in wanted
-                     else batch_range(entry.book, wanted.get("gridRange"), "gridRange") for wanted in filters]
+        return [find_for_reading(book, wanted["a1Range"]) if "a1Range" in wanted
+                else batch_range(book, wanted.get("gridRange"), "gridRange") for wanted in filters]
     except BatchRefusal as refusal:
         raise bad_request(f"Invalid dataFilters: {refusal}") from None
-    return _described(drive, call, entry, selection, call.body.get("includeGridData"))
 
 
 def batch_update(drive, call):

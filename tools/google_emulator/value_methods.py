@@ -10,7 +10,7 @@ from .errors import BatchRefusal, bad_request, too_long_for_a_cell
 from .methods import Reply
 from .model import MAX_CELL_CHARACTERS
 from .rendering import value_rows
-from .spreadsheet_methods import book_of
+from .spreadsheet_methods import book_of, filtered
 
 
 def _value_range(drive, book, text, options):
@@ -40,6 +40,21 @@ def batch_get(drive, call):
     if ranges:
         body["valueRanges"] = ranges
     return Reply(body=body)
+
+
+def batch_get_by_data_filter(drive, call):
+    entry = book_of(drive, call)
+    blocks = filtered(entry.book, call)
+    return Reply(body={"spreadsheetId": entry.file_id, "valueRanges": [
+        {"valueRange": _values_at(drive, entry.book, sheet, rect, call.body), "dataFilters": [_shown(wanted)]}
+        for (sheet, rect), wanted in zip(blocks, call.body["dataFilters"])]})
+
+
+def _shown(wanted):
+    """A data filter as replies have it: the sheet identifier 0 is left out."""
+    if "gridRange" not in wanted:
+        return wanted
+    return {"gridRange": {name: value for name, value in wanted["gridRange"].items() if name != "sheetId" or value}}
 
 
 def _clear(book, text):

@@ -50,9 +50,13 @@ bool is_loopback(std::u16string_view address) {
     });
 }
 
+bool is_safe_root(std::u16string_view address) {
+    if (consume(address, u"https://")) return is_host(address);
+    return consume(address, u"http://") && is_loopback(address);
+}
+
 void check(std::u16string_view address) {
-    if (consume(address, u"https://") && is_host(address)) return;
-    if (consume(address, u"http://") && is_loopback(address)) return;
+    if (is_safe_root(address)) return;
     throw std::invalid_argument(
         "the address of the service must be https://HOST, or http:// and a host of this machine");
 }
@@ -63,9 +67,16 @@ void set_endpoints(const Endpoints& endpoints) {
     check(endpoints.sheets);
     check(endpoints.drive);
     check(endpoints.upload);
+    check(endpoints.token);
     Current& now = current();
     const std::scoped_lock lock(now.mutex);
     now.endpoints = endpoints;
+}
+
+bool is_safe_address(std::u16string_view address) {
+    const std::size_t scheme = address.find(u"://");
+    if (scheme == std::u16string_view::npos) return false;
+    return is_safe_root(address.substr(0, address.find(u'/', scheme + 3)));
 }
 
 Endpoints endpoints() {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "foundation/export.h"
 
@@ -13,7 +14,8 @@ namespace gsheet {
 struct Endpoints {
     std::u16string sheets = u"https://sheets.googleapis.com";
     std::u16string drive = u"https://www.googleapis.com";
-    std::u16string upload = u"https://www.googleapis.com"; ///< of Drive files
+    std::u16string upload = u"https://www.googleapis.com";   ///< of Drive files
+    std::u16string token = u"https://oauth2.googleapis.com"; ///< gives and describes tokens
 };
 
 /// For every request from now on; not while requests are under way. An address that is neither
@@ -21,5 +23,9 @@ struct Endpoints {
 /// or without a port, throws std::invalid_argument: a credential must not travel in clear text.
 ZX_API void set_endpoints(const Endpoints& endpoints);
 ZX_API Endpoints endpoints();
+
+/// Whether a credential may go to this address, which may have a path: https, or http and this
+/// machine.
+bool is_safe_address(std::u16string_view address);
 
 } // namespace gsheet

@@ -3,6 +3,7 @@
 
 #include "foundation/log.h"
 #include "foundation/never_destroyed.h"
+#include "spreadsheet/gsheet/utils/pause.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 
 namespace gsheet {
@@ -38,9 +39,8 @@ void RateWindow::record_success_and_pause() {
     if (record_success() < kMaxSuccesses) return;
     log_line(foundation::log::error,
              "Too many request from single client, backoff until 60 seconds from last request");
-    foundation::Clock& clock = foundation::clock();
-    clock.sleep_until(foundation::Clock::later(clock.now(), kWindow));
-    purge(clock.now());
+    take_pause({kWindow, PauseReason::rate_window, 200});
+    purge(foundation::clock().now());
 }
 
 RateWindow& requestRateWindow() {

@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
-#include "foundation/clock.h"
 #include "foundation/log.h"
+#include "spreadsheet/gsheet/utils/pause.h"
 #include "spreadsheet/gsheet/utils/rate_window.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 
@@ -20,6 +20,9 @@ using foundation::http::HttpMethod;
 using foundation::http::HttpRequestTimeoutException;
 using foundation::http::HttpResponseCode;
 using foundation::http::isServerError;
+
+/// Requests block their thread, so the strategy is asked on the thread that waits for the reply.
+thread_local int last_attempts = 0;
 
 constexpr HttpResponseCode kOk = 200;
 constexpr HttpResponseCode kRequestTimeout = 408;
@@ -37,6 +40,11 @@ bool is_time_out(const std::exception_ptr& pending) {
     }
 }
 
+PauseReason reason_of_pause(bool timed_out, HttpResponseCode status) {
+    if (timed_out || status == kRequestTimeout) return PauseReason::time_out;
+    return status == kTooManyRequests ? PauseReason::too_many_requests : PauseReason::server_error;
+}
+
 /// 0 to 999, each as likely: a draw is multiplied into the range and drawn again where that would
 /// favour some of them.
 std::uint32_t random_below_thousand() {
@@ -52,6 +60,14 @@ std::uint32_t random_below_thousand() {
 }
 
 } // namespace
+
+int attempts_of_last_request() {
+    return last_attempts;
+}
+
+void forget_attempts() {
+    last_attempts = 0;
+}
 
 RetryCondition getRetryConditionBasedOnHttpReturn() {
     return [](HttpMethod method, bool timed_out, HttpResponseCode status) {
@@ -73,6 +89,7 @@ ExponentialBackOffRateLimitingStrategy::ExponentialBackOffRateLimitingStrategy(
 bool ExponentialBackOffRateLimitingStrategy::operator()(
     const foundation::http::HttpRequest& request, const foundation::http::HttpResponse& response,
     const std::exception_ptr& pending, int attempts, int consecutiveAttempts) const {
+    last_attempts = attempts;
     if (response.status == kOk) {
         requestRateWindow().record_success_and_pause();
     } else {
@@ -82,12 +99,11 @@ bool ExponentialBackOffRateLimitingStrategy::operator()(
         log_line(foundation::log::error, "[RESPONSE CODE]: " + std::to_string(response.status) +
                                              "  [RESPONSE CODE REASON]: " + response.reason);
     }
-    const bool again = condition_(request.method(), is_time_out(pending), response.status);
-    if (again) {
-        foundation::Clock& clock = foundation::clock();
-        const std::chrono::milliseconds delay(BackOffDuration(attempts));
-        clock.sleep_until(foundation::Clock::later(clock.now(), delay));
-    }
+    const bool timed_out = is_time_out(pending);
+    const bool again = condition_(request.method(), timed_out, response.status);
+    if (again)
+        take_pause({std::chrono::milliseconds(BackOffDuration(attempts)),
+                    reason_of_pause(timed_out, response.status), response.status});
     const auto count = static_cast<std::uint32_t>(std::max(consecutiveAttempts, 0));
     const bool is_limited = request.method() != HttpMethod::Get && isServerError(response.status);
     if (count <= max_consecutive_attempts_ && (!is_limited || count <= max_server_error_attempts_))

@@ -48,4 +48,9 @@ class ExponentialBackOffRateLimitingStrategy {
     bool jitter_;
 };
 
+/// How often the request that this thread sent last was attempted, as far as a strategy was asked.
+int attempts_of_last_request();
+/// Before a request of this thread.
+void forget_attempts();
+
 } // namespace gsheet

@@ -2,12 +2,14 @@
 #include "spreadsheet/gsheet/utils/service_log.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "foundation/http/http_message.h"
 #include "foundation/oauth.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/book_factory.h"
+#include "spreadsheet/gsheet/auth/credential_search.h"
 #include "spreadsheet/gsheet/utils/util_gsheet.h"
 
 namespace gsheet {
@@ -32,6 +34,8 @@ void hide(std::string& text, const std::string& secret) {
 
 std::string without_secrets(std::string_view text) {
     std::vector<std::string> secrets = foundation::oauth::stored_keys();
+    for (std::string& secret : secrets_of_search())
+        secrets.push_back(std::move(secret));
     for (const char* kind : {"accesstoken", "apikey"})
         secrets.push_back(foundation::unicode::to_utf8(getCredential(kind)));
     // A secret may be the beginning of another, whose rest would be left over.

@@ -37,6 +37,22 @@ std::string reason_in(const Object& error, std::string_view list) {
     return {};
 }
 
+/// The address that a detail gives: "activationUrl" of its metadata, else of its first link.
+std::string help_url_in(const Object& error) {
+    const Array* const details = array_in(error, "details");
+    if (details == nullptr) return {};
+    std::string url;
+    for (const auto& entry : *details) {
+        const Object* const detail = entry.if_object();
+        if (detail == nullptr) continue;
+        const Object* const metadata = object_in(*detail, "metadata");
+        if (metadata != nullptr && url.empty()) url = string_in(*metadata, "activationUrl");
+        const Object* const link = first_object_in(*detail, "links");
+        if (link != nullptr && url.empty()) url = string_in(*link, "url");
+    }
+    return url.starts_with("https://") ? url : std::string();
+}
+
 } // namespace
 
 spreadsheet::ServiceReason reason_of(const foundation::http::HttpResponse& response) {
@@ -52,6 +68,7 @@ spreadsheet::ServiceReason reason_of(const foundation::http::HttpResponse& respo
         found.message = string_in(*error, "message");
         found.reason = reason_in(*error, "details");
         if (found.reason.empty()) found.reason = reason_in(*error, "errors");
+        found.help_url = help_url_in(*error);
     } catch (const foundation::json::ParseError&) {
         // A proxy's page, say: the status is all there is.
     }

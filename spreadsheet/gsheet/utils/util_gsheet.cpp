@@ -8,8 +8,10 @@
 #include "foundation/environment.h"
 #include "foundation/log.h"
 #include "foundation/unicode.h"
+#include "spreadsheet/gsheet/auth/credential_search.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/host_errors.h"
+#include "spreadsheet/gsheet/utils/retry_strategy.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
 #include "spreadsheet/gsheet/utils/service_reason.h"
 #include "spreadsheet/with_failure.h"
@@ -30,6 +32,11 @@ using spreadsheet::ServiceReason;
 std::string code_and_reason(const http::HttpResponse& response) {
     return "[RESPONSE CODE]: " + std::to_string(response.status) +
            "  [RESPONSE CODE REASON]: " + response.reason;
+}
+
+void log_refusal(const http::HttpResponse& response) {
+    log_line(severity::error,
+             code_and_reason(response) + " [RESPONSE BODY STRING:] " + response.body);
 }
 
 void remove_line_feeds(std::string& text) {
@@ -68,6 +75,39 @@ Exception exception_for(const http::HttpResponse& response) {
     return Exception(id, without_secrets(message));
 }
 
+Scope scope_of(std::string_view url) {
+    return url.find("/drive/v3/") != std::string_view::npos ? Scope::drive : Scope::sheets;
+}
+
+/// The token that a request carries; empty for none.
+std::string token_of(const http::HttpRequest& request) {
+    constexpr std::string_view kBearer = "Bearer ";
+    for (const auto& [name, value] : request.headers())
+        if (name == "Authorization" && value.size() > kBearer.size())
+            return value.substr(kBearer.size());
+    return {};
+}
+
+RefusedRequest description_of(const http::HttpRequest& request) {
+    RefusedRequest about;
+    about.method = request.method();
+    about.is_drive = scope_of(request.fullUrl()) == Scope::drive;
+    about.has_token = !token_of(request).empty();
+    about.has_key = !about.has_token && !getCredential("apikey").empty();
+    return about;
+}
+
+RefusedRequest with_owner(RefusedRequest request) {
+    try {
+        CredentialOwner owner = credential_owner();
+        request.account = std::move(owner.account);
+        request.source = std::move(owner.source);
+    } catch (const Exception&) {
+        // The refusal is what matters now, not a file that has gone since.
+    }
+    return request;
+}
+
 /// Logs an exception that escapes `action` and lets it pass.
 template <class Action>
 auto with_failures_logged(Action action) {
@@ -84,6 +124,10 @@ auto with_failures_logged(Action action) {
 
 } // namespace
 
+bool last_request_was_repeated() {
+    return attempts_of_last_request() > 1;
+}
+
 std::u16string getCredential(std::string_view kind) {
     if (kind == "accesstoken") return foundation::environment_variable("ZX_ACCESS_TOKEN");
     if (kind == "apikey") return foundation::environment_variable("ZX_API_KEY");
@@ -95,7 +139,7 @@ http::HttpRequest createAuthorizedRequest(http::HttpMethod method, const std::u1
     const std::string address = to_utf8(url);
     log_line(severity::info, "URL for Google SpreadSheet is: " + address);
     http::HttpRequest request(method, address);
-    const std::string token = to_utf8(getCredential("accesstoken"));
+    const std::string token = bearer_token(scope_of(address));
     request.setHeader("Accept", "application/json");
     request.setHeader("Content-Type", "application/json");
     if (!token.empty())
@@ -110,30 +154,53 @@ http::HttpRequest createAuthorizedRequest(http::HttpMethod method, const std::u1
 void set_bearer(http::HttpRequest& request, const std::string& token) {
     try {
         request.setHeader("Authorization", "Bearer " + token);
+        const std::string project = quota_project();
+        if (!project.empty()) request.setHeader("x-goog-user-project", project);
     } catch (const std::invalid_argument&) {
         throw Exception(error_id::google_identity_required,
-                        "The access token holds a line end or another control character.");
+                        "The access token or the quota project holds a line end or another control "
+                        "character.");
     }
+}
+
+http::HttpResponse send_request(http::HttpRequest&& request) {
+    const std::shared_ptr<http::HttpClient> client = sharedHttpClient();
+    if (client == nullptr)
+        fail(Exception(error_id::google_unavailable_again),
+             "No HTTP client is registered; call initialize first.");
+    forget_attempts();
+    const std::string used = token_of(request);
+    if (used.empty() || !can_renew_tokens()) return client->send(std::move(request));
+    http::HttpRequest again = request;
+    http::HttpResponse response = client->send(std::move(request));
+    if (response.status != 401) return response;
+    const std::string token = renewed_token(scope_of(again.fullUrl()), used);
+    if (token.empty() || token == used) return response;
+    set_bearer(again, token);
+    return client->send(std::move(again));
 }
 
 std::string executeRequestWithToken(http::HttpRequest&& request) {
     return with_failures_logged([&] {
-        const std::shared_ptr<http::HttpClient> client = sharedHttpClient();
-        if (client == nullptr)
-            fail(Exception(error_id::google_unavailable_again),
-                 "No HTTP client is registered; call initialize first.");
-        http::HttpResponse response = client->send(std::move(request));
-        if (response.status != 200) throwForHttpStatus(response);
+        const RefusedRequest about = description_of(request);
+        http::HttpResponse response = send_request(std::move(request));
+        if (response.status != 200) throwForHttpStatus(response, about);
         log_line(severity::info, code_and_reason(response));
         return std::move(response.body);
     });
 }
 
 void throwForHttpStatus(const http::HttpResponse& response) {
-    log_line(severity::error,
-             code_and_reason(response) + " [RESPONSE BODY STRING:] " + response.body);
+    log_refusal(response);
     const ServiceReason reason = reason_of(response);
     fail(exception_for(response), reason.message, reason);
+}
+
+void throwForHttpStatus(const http::HttpResponse& response, const RefusedRequest& request) {
+    log_refusal(response);
+    const ServiceReason reason = reason_of(response);
+    const std::string advice = advice_for(reason, with_owner(request));
+    fail(exception_for(response), advice.empty() ? reason.message : advice, reason);
 }
 
 std::string extractErrorMessage(std::string& body) {

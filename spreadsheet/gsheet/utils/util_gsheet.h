@@ -13,6 +13,7 @@
 #include "foundation/http/http_message.h"
 #include "foundation/json.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/gsheet/utils/service_advice.h"
 #include "spreadsheet/gsheet/utils/shared_client.h"
 
 namespace gsheet {
@@ -27,14 +28,22 @@ foundation::http::HttpRequest
 createAuthorizedRequest(foundation::http::HttpMethod method, const std::u16string& url,
                         foundation::http::QueryParameters parameters = {});
 
-/// Sets the header "Authorization" to a token. `Exception` 45 for one that cannot stand in a
-/// header.
+/// Sets the header "Authorization" to a token, even an empty one, and that of the project whose
+/// quota is used, if one is named. `Exception` 45 for a token that cannot stand in a header.
 void set_bearer(foundation::http::HttpRequest& request, const std::string& token);
+
+/// Sends a request through the process's client. Where the credential can be renewed, a refusal of
+/// its token (401) has it renewed and the request repeated, once.
+foundation::http::HttpResponse send_request(foundation::http::HttpRequest&& request);
 
 /// Sends a request through the process's client and returns the body of the reply. Throws what
 /// `throwForHttpStatus` throws for every status other than 200, `spreadsheet::Exception` 48 when no
 /// client is registered, and lets the client's own exceptions pass.
 std::string executeRequestWithToken(foundation::http::HttpRequest&& request);
+
+/// Whether the request that this thread sent last was attempted more than once: an earlier attempt
+/// may have taken effect although the service reported a failure.
+bool last_request_was_repeated();
 
 /// As above for a body that is a JSON object, line feeds removed. `Exception` 49 for a body that is
 /// none and holds "RATE_LIMIT_EXCEEDED", 18 for any other.
@@ -65,6 +74,9 @@ auto executeRequestAndReadJsonResponse(foundation::http::HttpRequest&& request, 
 std::string extractErrorMessage(std::string& body);
 
 [[noreturn]] void throwForHttpStatus(const foundation::http::HttpResponse& response);
+/// The same with what can be done about the refusal of that request.
+[[noreturn]] void throwForHttpStatus(const foundation::http::HttpResponse& response,
+                                     const RefusedRequest& request);
 
 /// Throws the message-ID error that the host knows for a failure of the service.
 [[noreturn]] void translateToHostError(const spreadsheet::Exception& error);

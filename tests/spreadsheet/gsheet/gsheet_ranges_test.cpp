@@ -89,8 +89,9 @@ TEST_F(GSheetRanges, FindsNamedRanges) {
         {refusal(400, "Unable to parse range: Sales"),
          {R"({"error": {"status": "INVALID_ARGUMENT", "details": [{"reason": "API_KEY_INVALID"}]}})",
           400},
+         refusal(400, "Request contains an invalid argument."),
          refusal(404, "Unable to parse range: Sales")});
-    for (const int id : {23, 47, 42})
+    for (const int id : {23, 47, 47, 42})
         EXPECT_EQ(thrown_id([&] { sheet->named_range(u"Sales"); }), id);
     requests();
 }
