@@ -212,8 +212,10 @@ const std::vector<std::string>& command_docs_kinds() {
 
 std::string command_docs(const std::string& kind, const CommandTable& table,
                          const std::vector<Parameter>& options) {
+    CommandTable shown = table;
+    std::erase_if(shown.commands, [](const Command& command) { return command.is_hidden; });
     for (const Kind& known : kinds())
-        if (known.name == kind) return known.make(table, options);
+        if (known.name == kind) return known.make(shown, options);
     return {};
 }
 
