@@ -28,6 +28,7 @@ google-demo:  ## serve a sample spreadsheet like Google Sheets does, without an 
 	@python3 tools/google_emulator --port $(GOOGLE_PORT) --state demo --hint
 
 test: deps  ## build and run all tests (PRESET=dev or release)
+	@tools/install-deps python
 	@$(LIBREOFFICE)
 	$(call CONFIGURE,$(PRESET))
 	$(call BUILD,$(PRESET))
@@ -52,7 +53,7 @@ lint: deps  ## look for faults with clang-tidy (.clang-tidy has the checks)
 
 install-test: deps  ## install into a scratch folder and build programs against it
 	@$(call CONFIGURE,release)
-	@$(call BUILD,release) --target zxspreadsheet zxsheet
+	@$(call BUILD,release) --target zxspreadsheet zxsheet zxsheet_docs
 	@tests/install/check build/release
 
 windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file

@@ -24,4 +24,5 @@ install(FILES ${PROJECT_BINARY_DIR}/zxspreadsheetConfig.cmake
 file(RELATIVE_PATH ZX_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/zxspreadsheet.pc.in ${PROJECT_BINARY_DIR}/zxspreadsheet.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zxspreadsheet.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES LICENSE CHANGELOG.md README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")

@@ -51,6 +51,19 @@ class ChildProcess {
 
 int own_process_id();
 
+/// Threads that start in its scope never get the signal of a write to a broken connection, and so
+/// see the failure of the write; the thread itself does not while it lasts.
+class PipeSignalBlock {
+  public:
+    PipeSignalBlock();
+    PipeSignalBlock(const PipeSignalBlock&) = delete;
+    PipeSignalBlock& operator=(const PipeSignalBlock&) = delete;
+    ~PipeSignalBlock();
+
+  private:
+    bool was_blocked_;
+};
+
 /// Processor time that a process has used, in clock ticks; nullopt where the system does not say.
 std::optional<long long> processor_time(int process_id);
 

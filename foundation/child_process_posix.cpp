@@ -188,6 +188,23 @@ int own_process_id() {
     return getpid();
 }
 
+PipeSignalBlock::PipeSignalBlock() {
+    sigset_t pipe;
+    sigset_t before;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe, &before);
+    was_blocked_ = sigismember(&before, SIGPIPE) == 1;
+}
+
+PipeSignalBlock::~PipeSignalBlock() {
+    if (was_blocked_) return;
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
+}
+
 std::optional<long long> processor_time(int process_id) {
     std::ifstream file("/proc/" + std::to_string(process_id) + "/stat");
     std::string text;

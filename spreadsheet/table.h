@@ -38,7 +38,7 @@ inline constexpr std::int64_t kMissingDate = std::numeric_limits<std::int64_t>::
 inline constexpr std::int32_t kMissingText = -1;
 
 /// UTF-8 strings one after the other: string i is bytes `offsets[i]` to `offsets[i + 1]`.
-class ZX_API StringList {
+class StringList {
   public:
     std::size_t size() const { return offsets.size() - 1; }
     std::string_view operator[](std::size_t index) const {
@@ -46,7 +46,7 @@ class ZX_API StringList {
         return {bytes.data() + begin, static_cast<std::size_t>(offsets[index + 1]) - begin};
     }
     /// `Exception` 18 (kind Limit) when the bytes would exceed 2^31 - 1.
-    void add(std::string_view text);
+    ZX_API void add(std::string_view text);
 
     std::vector<std::int32_t> offsets{0};
     std::string bytes{};
@@ -123,7 +123,7 @@ inline constexpr int kNoHeader = -1;
 /// How a range becomes a table. By default nothing of the sheet is lost.
 struct TableOptions {
     /// The row of the range, from 0, that has the names; the rows above it are not read. With
-    /// `kNoHeader` columns are named "Column1", "Column2" ...
+    /// `kNoHeader` columns are named "column1", "column2" ...
     int header_row = 0;
     bool drop_blank_rows = false;
     bool drop_blank_columns = false;
@@ -158,9 +158,9 @@ ZX_API Table read_table(ISheet& sheet, const TableOptions& options);
 ZX_API Table read_table(const std::shared_ptr<IBook>& book, std::string_view sheet,
                         std::string_view range, const TableOptions& options);
 
-/// Names as a table has them: an empty one becomes "Column" and its one-based number, one that
-/// came before gets the first ending "_2", "_3" ... that makes it different from all others.
-ZX_API std::vector<std::string> distinct_names(std::vector<std::string> names);
+/// Names of columns as tables and records have them, none empty and no two alike: an empty one
+/// becomes "column" and its one-based number, one that came before gets ".1", ".2" ...
+ZX_API std::vector<std::string> distinct_names(const std::vector<std::string>& names);
 
 /// How a table enters a sheet.
 struct TableWriteOptions {

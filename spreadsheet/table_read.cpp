@@ -76,7 +76,7 @@ class TableBuilder : public output::CellOutputBuilder {
     }
 
     Table take() {
-        std::vector<std::string> names = distinct_names(std::move(names_));
+        std::vector<std::string> names = distinct_names(names_);
         for (std::size_t i = 0; i < names.size(); ++i)
             table_.columns[i].name = std::move(names[i]);
         return std::move(table_);
@@ -367,27 +367,21 @@ std::shared_ptr<ISheet> find_sheet(const IBook& book, std::string_view name) {
 
 } // namespace
 
-std::vector<std::string> distinct_names(std::vector<std::string> names) {
-    std::unordered_set<std::string> taken(names.begin(), names.end());
-    std::unordered_map<std::string, std::size_t> last_number; // so that many equal names are quick
-    std::unordered_set<std::string> seen;
+std::vector<std::string> distinct_names(const std::vector<std::string>& names) {
+    const std::unordered_set<std::string> taken(names.begin(), names.end());
+    std::unordered_set<std::string> used;
+    std::unordered_map<std::string, int> last_number; // so that many equal names are quick
+    std::vector<std::string> distinct;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        std::string& name = names[i];
-        const bool is_empty_name = name.empty();
-        if (is_empty_name) name = "Column" + std::to_string(i + 1);
-        if (is_empty_name ? taken.insert(name).second : seen.insert(name).second) {
-            seen.insert(name);
-            continue;
-        }
-        std::size_t& number = last_number.try_emplace(name, 1).first->second;
-        std::string numbered;
-        do
-            numbered = name + "_" + std::to_string(++number);
-        while (!taken.insert(numbered).second);
-        name = std::move(numbered);
-        seen.insert(name);
+        const std::string name = names[i].empty() ? "column" + std::to_string(i + 1) : names[i];
+        std::string wanted = name;
+        // A number that another column has by itself is passed over.
+        while (used.contains(wanted) || (wanted != names[i] && taken.contains(wanted)))
+            wanted = name + '.' + std::to_string(++last_number[name]);
+        used.insert(wanted);
+        distinct.push_back(std::move(wanted));
     }
-    return names;
+    return distinct;
 }
 
 Table read_table(ISheet& sheet, Range range, const TableOptions& options) {

@@ -80,7 +80,7 @@ BookLocation::Kind BookLocation::kind() const {
 }
 
 std::u16string BookLocation::library_path() const {
-    return unicode::to_utf16(is_online_ ? id_ : text_);
+    return unicode::to_utf16(is_online_ ? id_ : file());
 }
 
 book::interactive BookLocation::mode() const {

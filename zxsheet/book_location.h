@@ -31,6 +31,11 @@ class BookLocation {
     static BookLocation online(const std::string& text);
 
     void set_text(const std::string& text);
+    /// A copy of the book is in this file; messages call it `name`.
+    void set_file(const std::string& path, const std::string& name) {
+        text_ = name;
+        file_ = path;
+    }
     /// Lets the spreadsheet application open the file; has no effect on a spreadsheet online.
     void use_application() { wants_application_ = true; }
 
@@ -41,7 +46,9 @@ class BookLocation {
     /// As it was given; messages name the book by it.
     const std::string& text() const { return text_; }
     /// The path in the platform's form; of a spreadsheet online something that is not a file.
-    std::filesystem::path path() const { return native_path(text_); }
+    std::filesystem::path path() const { return native_path(file()); }
+    /// The path as UTF-8.
+    const std::string& file() const { return file_.empty() ? text_ : file_; }
     /// The ID of a spreadsheet online; empty for a file.
     const std::string& id() const { return id_; }
     /// The sheet that a browser's address names by its number ("gid").
@@ -55,6 +62,7 @@ class BookLocation {
 
   private:
     std::string text_;
+    std::string file_; ///< where a copy is; empty for none
     std::string id_;
     std::optional<std::int64_t> sheet_id_;
     bool is_online_ = false;

@@ -351,10 +351,19 @@ Range with_repeated_cells(const Selection& selection, const MergedRules& rules, 
     return range;
 }
 
-void for_each_cell(const Selection& selection, const CellVisitor& visit) {
+void for_each_block(const Selection& selection,
+                    const std::function<void(const Range& block)>& visit) {
     int row = selection.range.first_row;
+    while (const auto block = next_block(*selection.sheet, selection.range, row)) {
+        visit(*block);
+        row = block->last_row + 1;
+    }
+}
+
+void for_each_cell(const Selection& selection, const CellVisitor& visit) {
     if (online_sheet(selection.sheet) != nullptr) {
         // Empty cells cost nothing there, requests do.
+        int row = selection.range.first_row;
         for_each_row(
             selection, {}, Content::Values, [&](const std::vector<const CellValue*>& cells) {
                 for (std::size_t i = 0; i < cells.size(); ++i)
@@ -365,16 +374,16 @@ void for_each_cell(const Selection& selection, const CellVisitor& visit) {
         return;
     }
     Selection part = selection;
-    while (const auto block = next_block(*selection.sheet, selection.range, row)) {
-        part.range = *block;
-        row = block->first_row;
+    for_each_block(selection, [&](const Range& block) {
+        part.range = block;
+        int row = block.first_row;
         for_each_row(part, {}, Content::Values, [&](const std::vector<const CellValue*>& cells) {
             for (std::size_t i = 0; i < cells.size(); ++i)
                 if (cells[i]->type != cell_type::empty)
-                    visit(row, block->first_column + static_cast<int>(i), *cells[i]);
+                    visit(row, block.first_column + static_cast<int>(i), *cells[i]);
             ++row;
         });
-    }
+    });
 }
 
 } // namespace zxsheet

@@ -65,6 +65,11 @@ void for_each_row(const Selection& selection, const MergedRules& rules, Content 
 spreadsheet::Range with_repeated_cells(const Selection& selection, const MergedRules& rules,
                                        bool is_open);
 
+/// Calls `visit` for blocks of rows that together hold every cell of the selection: rows that begin
+/// and end at the same columns, a few thousand cells at a time.
+void for_each_block(const Selection& selection,
+                    const std::function<void(const spreadsheet::Range& block)>& visit);
+
 /// One cell; lives until the visitor returns.
 using CellVisitor = std::function<void(int row, int column, const CellValue& cell)>;
 

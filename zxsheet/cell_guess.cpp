@@ -8,7 +8,6 @@
 #include <charconv>
 #include <chrono>
 #include <cstdint>
-#include <string>
 
 namespace zxsheet {
 namespace {
@@ -45,10 +44,9 @@ struct NumberText {
     std::string_view whole, fraction;
     bool is_integer = true; ///< neither a point nor an exponent
 
-    /// The digits from the first that is not zero to the last.
-    std::string significant_digits() const {
-        const std::string digits = std::string(whole) + std::string(fraction);
-        return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
+    std::size_t digits() const { return whole.size() + fraction.size(); }
+    char digit(std::size_t i) const {
+        return i < whole.size() ? whole[i] : fraction[i - whole.size()];
     }
 };
 
@@ -73,27 +71,37 @@ std::optional<NumberText> split_number(std::string_view text) {
     return number;
 }
 
-std::string without_trailing_zeros(std::string digits) {
-    digits.erase(digits.find_last_not_of('0') + 1);
-    return digits;
-}
+/// More digits than this never read back as they were.
+constexpr std::size_t kMostDigits = 17;
 
-/// The digits of the shortest text that reads back as the same number.
-std::string shortest_digits(double value) {
-    std::array<char, 64> text;
+/// The digits of the shortest text that reads back as the same number, in `text`.
+std::string_view shortest_digits(double value, std::array<char, 64>& text) {
     const auto [end, failure] =
         std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific);
-    std::string digits;
-    for (const char* c = text.data(); c != end && *c != 'e'; ++c)
-        if (is_digit(*c)) digits.push_back(*c);
-    return without_trailing_zeros(digits);
+    char* const exponent = std::find(text.data(), end, 'e');
+    char* const digits_end = std::copy_if(text.data(), exponent, text.data(), is_digit);
+    std::string_view digits(text.data(), static_cast<std::size_t>(digits_end - text.data()));
+    digits = digits.substr(0, digits.find_last_not_of('0') + 1);
+    return digits;
 }
 
 /// Long whole numbers identify something; other long numbers are numbers when nothing is lost.
 bool keeps_its_digits(const NumberText& text, double value) {
-    const std::string digits = text.significant_digits();
-    if (digits.size() <= kSafeDigits) return true;
-    return !text.is_integer && without_trailing_zeros(digits) == shortest_digits(value);
+    std::size_t begin = 0;
+    std::size_t end = text.digits();
+    while (begin < end && text.digit(begin) == '0')
+        ++begin;
+    if (end - begin <= kSafeDigits) return true;
+    if (text.is_integer) return false;
+    while (end > begin && text.digit(end - 1) == '0')
+        --end;
+    if (end - begin > kMostDigits) return false;
+    std::array<char, 64> room;
+    const std::string_view shortest = shortest_digits(value, room);
+    if (shortest.size() != end - begin) return false;
+    for (std::size_t i = 0; i < shortest.size(); ++i)
+        if (shortest[i] != text.digit(begin + i)) return false;
+    return true;
 }
 
 std::optional<double> number_in(std::string_view field) {

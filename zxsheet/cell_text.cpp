@@ -165,6 +165,28 @@ void append_number(std::string& out, double value, bool decimal_comma) {
     out.append(text.data(), done.ptr);
 }
 
+void append_digits(std::string& out, unsigned number, int width) {
+    char digits[10];
+    for (int i = width; i-- > 0; number /= 10)
+        digits[i] = static_cast<char>('0' + number % 10);
+    out.append(digits, static_cast<std::size_t>(width));
+}
+
+/// See `date_text`; most cells of a sheet may be dates.
+void append_date(std::string& out, double serial) {
+    const auto moment = moment_of(serial);
+    if (!moment) return append_number(out, serial, false);
+    const Day day = day_of(moment->day);
+    append_digits(out, static_cast<unsigned>(day.year), 4);
+    out.push_back('-');
+    append_digits(out, day.month, 2);
+    out.push_back('-');
+    append_digits(out, day.day, 2);
+    if (moment->milliseconds == 0) return;
+    out.push_back('T');
+    out += clock_text(moment->milliseconds);
+}
+
 } // namespace
 
 std::string number_text(double value) {
@@ -174,10 +196,9 @@ std::string number_text(double value) {
 }
 
 std::string date_text(double serial) {
-    const auto moment = moment_of(serial);
-    if (!moment) return number_text(serial);
-    const std::string day = conversion('F', day_of(moment->day), 0);
-    return moment->milliseconds == 0 ? day : day + 'T' + clock_text(moment->milliseconds);
+    std::string text;
+    append_date(text, serial);
+    return text;
 }
 
 std::string time_text(double days) {
@@ -239,7 +260,7 @@ void append_text(std::string& out, const CellValue& cell, const TextStyle& style
         else if (style.dates == TextStyle::Dates::Pattern)
             out += formatted_date(cell.number, style.pattern);
         else
-            out += date_text(cell.number);
+            append_date(out, cell.number);
         return;
     case cell_type::boolean:
         out += cell.number != 0.0 ? "true" : "false";

@@ -7,6 +7,7 @@
 #include <functional>
 #include <istream>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +28,7 @@ struct BookOptions {
 /// What a command that changes a book works with besides its options.
 struct ChangeTools {
     std::istream& in;
+    std::ostream& out; ///< for a book, or data, that goes to standard output
     ProgressLine& progress;
 };
 
@@ -36,7 +38,7 @@ struct Command {
     std::string summary;
     std::vector<Parameter> parameters; ///< their targets are in `options`
     std::string footer;                ///< of the help
-    std::shared_ptr<const BookOptions> options;
+    std::shared_ptr<BookOptions> options;
     bool is_hidden = false; ///< known only with --host-functions
 
     // One of the two is set. Both throw `CommandError` or what the library throws.

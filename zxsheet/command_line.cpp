@@ -11,17 +11,12 @@
 #include <CLI/CLI.hpp>
 
 #include "spreadsheet/spreadsheet.h"
+#include "zxsheet/command_docs.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/suggestion.h"
 
 namespace zxsheet {
 namespace {
-
-constexpr const char* kExitCodes =
-    "Exit codes: 0 done; 1 failed for another reason; 2 wrong usage; 3 file or spreadsheet not "
-    "found "
-    "or not readable;\n4 not a workbook of that format; 5 no such sheet, range or name; 6 could "
-    "not "
-    "write or save; 7 service, credential or\nnetwork; 8 application not available.";
 
 CLI::Option& add_to(CLI::App& app, const Parameter& parameter) {
     const auto add = [&](auto target) -> CLI::Option* {
@@ -94,6 +89,44 @@ void add_commands(CLI::App& app, const CommandTable& table, ParsedLine& parsed) 
     }
 }
 
+std::vector<std::string> command_names(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    return names;
+}
+
+std::vector<std::string> option_names(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    return names;
+}
+
+/// "help" before the words of a command is "--help" after them.
+std::vector<std::string> with_help_flag(const std::vector<std::string>& arguments,
+                                        const CommandTable& table) {
+    if (arguments.empty() || arguments[0] != "help") return arguments;
+    std::vector<std::string> words(arguments.begin() + 1, arguments.end());
+    std::string wanted;
+    for (const std::string& word : words)
+        wanted += (wanted.empty() ? "" : " ") + word;
+    std::vector<std::string> known{{}};
+    for (const CommandGroup& group : table.groups)
+        known.push_back(group.name);
+    for (const Command& command : table.commands)
+        known.push_back(command.group + (command.group.empty() ? "" : " ") + command.name);
+    if (std::find(known.begin(), known.end(), wanted) == known.end()) {
+        const std::string similar = suggestion(wanted, known);
+        throw CommandError(ExitCode::Usage,
+                           "There is no command '" + wanted + "'" +
+                               (similar.empty() ? "; see 'zxsheet --help'" : similar));
+    }
+    words.push_back("--help");
+    return words;
+}
+
 /// What is wrong with the arguments, from the parser that found it.
 std::string usage_sentence(const CLI::ParseError& error, const CLI::App& app) {
     std::string name = "zxsheet";
@@ -106,12 +139,15 @@ std::string usage_sentence(const CLI::ParseError& error, const CLI::App& app) {
     const std::string what = error.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
         return what.substr(0, what.find(':')) + " needs exactly one value" + hint;
-    const bool is_group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
-    if (!is_group) return what + hint;
     const auto rest = command->remaining();
-    if (rest.empty()) return "A command is missing" + hint;
-    const char* const kind = rest[0].starts_with('-') ? "option" : "command";
-    return std::string("There is no ") + kind + " '" + rest[0] + "'" + hint;
+    const bool is_group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
+    if (rest.empty()) return is_group ? "A command is missing" + hint : what + hint;
+    const bool is_option = rest[0].starts_with('-');
+    if (!is_group && !is_option) return "There is no use for '" + rest[0] + "'" + hint;
+    const std::string similar =
+        suggestion(rest[0], is_option ? option_names(*command) : command_names(*command));
+    return std::string("There is no ") + (is_option ? "option" : "command") + " '" + rest[0] + "'" +
+           (similar.empty() ? hint : similar);
 }
 
 /// As if the command had its own flag.
@@ -129,33 +165,40 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
     ParsedLine parsed;
     CLI::App app("Reads and writes spreadsheets.", "zxsheet");
     app.set_version_flag("--version", std::string("zxsheet ") + spreadsheet::version());
-    app.footer(kExitCodes);
+    app.footer(std::string("'zxsheet help COMMAND' has the options of a command.\n") + kExitCodes);
     app.require_subcommand(1);
     app.allow_windows_style_options(false); // "/data/book.xlsx" is a path everywhere
-    add_parameter(app, {"--google-root",
-                        "URL",
-                        "Address of a service to use in Google's place (or ZX_GOOGLE_ROOT)",
-                        &parsed.google_root,
-                        false,
-                        0,
-                        {},
-                        "ZX_GOOGLE_ROOT"});
+    bool wants_application = false;
+    bool wants_host_functions = false;
     Parameter log_level{"--log", "LEVEL",
                         "Print the library's log on standard error: error, info, debug or trace",
                         &parsed.log_level};
     log_level.choices = {"error", "info", "debug", "trace"};
-    add_parameter(app, log_level);
-    bool wants_application = false;
-    add_parameter(app, {kApplicationFlag, "",
-                        "Let the spreadsheet application open the file of any command",
-                        &wants_application});
-    bool wants_host_functions = false;
-    add_parameter(app, {"--host-functions", "", "Know the functions that are for hosts only, too",
-                        &wants_host_functions});
+    const std::vector<Parameter> options{
+        {"--google-root",
+         "URL",
+         "Address of a service to use in Google's place (or ZX_GOOGLE_ROOT)",
+         &parsed.google_root,
+         false,
+         0,
+         {},
+         "ZX_GOOGLE_ROOT"},
+        log_level,
+        {kApplicationFlag, "", "Let the spreadsheet application open the file of any command",
+         &wants_application},
+        {"--host-functions", "", "Know the functions that are for hosts only, too",
+         &wants_host_functions}};
+    for (const Parameter& option : options)
+        add_parameter(app, option);
+    if (arguments.size() == 2 && arguments[0] == "help") {
+        parsed.text = command_docs(arguments[1], table, options);
+        if (!parsed.text.empty()) return parsed;
+    }
     add_commands(app, table, parsed);
     try {
         // The parser takes the arguments from the back.
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+        const std::vector<std::string> words = with_help_flag(arguments, table);
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
         if (wants_application) use_application(*parsed.command);
         if (parsed.command->is_hidden && !wants_host_functions)
             throw CommandError(ExitCode::Usage, "The command '" + parsed.command->name +

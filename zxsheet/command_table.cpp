@@ -11,8 +11,8 @@ CommandTable make_command_table() {
     CommandTable table;
     table.groups = {{"sheet", "Add, remove and change sheets"},
                     {"google", "Files of Google Sheets and Drive"}};
-    for (const auto make :
-         {info_command, sheets_command, types_command, read_command, new_command, write_command})
+    for (const auto make : {info_command, sheets_command, types_command, read_command, diff_command,
+                            new_command, write_command, convert_command})
         table.commands.push_back(make());
     for (const auto make : {sheet_commands, range_commands, google_commands}) {
         std::vector<Command> made = make();

@@ -32,6 +32,8 @@ Command types_command();
 Command read_command();
 Command new_command();
 Command write_command();
+Command convert_command();
+Command diff_command();
 std::vector<Command> sheet_commands();
 std::vector<Command> range_commands();
 std::vector<Command> google_commands();

@@ -59,20 +59,38 @@ void DelimitedReader::read_quoted(std::string& field) {
 
 FieldEnd DelimitedReader::read_plain(std::string& field) {
     while (true) {
+        append_run(field);
         const int byte = input_.next();
         if (byte == static_cast<unsigned char>(separator_)) return FieldEnd::Separator;
         if (byte == '\r' && input_.peek() == '\n') continue;
         if (byte == '\n' || byte == '\r') ++line_;
         if (byte == '\n' || byte == '\r' || byte == TextInput::kEnd) return FieldEnd::Row;
-        append(field, byte);
+    }
+}
+
+/// Appends all that comes before a separator or a line end, in pieces of the input.
+void DelimitedReader::append_run(std::string& field) {
+    for (std::string_view ahead; !(ahead = input_.ahead()).empty();) {
+        const char separator = separator_;
+        const auto end = std::find_if(ahead.begin(), ahead.end(), [separator](char c) {
+            return c == separator || c == '\n' || c == '\r';
+        });
+        const auto count = static_cast<std::size_t>(end - ahead.begin());
+        if (field.size() + count > kMaxFieldBytes) fail_too_long();
+        field.append(ahead.substr(0, count));
+        input_.skip(count);
+        if (count < ahead.size()) return;
     }
 }
 
 void DelimitedReader::append(std::string& field, int byte) {
-    if (field.size() >= kMaxFieldBytes)
-        fail("A field is longer than the 32,767 characters that a cell holds; a quote may be "
-             "missing.");
+    if (field.size() >= kMaxFieldBytes) fail_too_long();
     field.push_back(static_cast<char>(byte));
+}
+
+void DelimitedReader::fail_too_long() const {
+    fail("A field is longer than the 32,767 characters that a cell holds; a quote may be "
+         "missing.");
 }
 
 void DelimitedReader::check_encoding(const std::string& field) const {

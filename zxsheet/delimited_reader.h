@@ -30,7 +30,9 @@ class DelimitedReader {
   private:
     void read_quoted(std::string& field);
     FieldEnd read_plain(std::string& field);
+    void append_run(std::string& field);
     void append(std::string& field, int byte);
+    [[noreturn]] void fail_too_long() const;
     void check_encoding(const std::string& field) const;
     [[noreturn]] void fail(const std::string& what) const;
 

@@ -2,8 +2,6 @@
 //
 // JSON as one object, as one array a line, and as records.
 #include <algorithm>
-#include <map>
-#include <set>
 
 #include "foundation/unicode.h"
 #include "zxsheet/json_text.h"
@@ -118,7 +116,7 @@ class RecordsFormat final : public OutputFormat {
         std::vector<std::string> names;
         for (const CellValue* cell : row)
             names.push_back(plain_text(*cell, style_.text));
-        std::vector<std::string> keys = unique_names(names);
+        std::vector<std::string> keys = spreadsheet::distinct_names(names);
         for (std::string& key : keys)
             key = json_string(key) + ':';
         return keys;
@@ -140,23 +138,6 @@ class RecordsFormat final : public OutputFormat {
 };
 
 } // namespace
-
-std::vector<std::string> unique_names(const std::vector<std::string>& names) {
-    std::vector<std::string> unique;
-    std::set<std::string> taken(names.begin(), names.end());
-    std::set<std::string> used;
-    std::map<std::string, int> next;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const std::string name = names[i].empty() ? "column" + std::to_string(i + 1) : names[i];
-        std::string wanted = name;
-        // A number that another column has by itself is passed over.
-        while (used.contains(wanted) || (wanted != names[i] && taken.contains(wanted)))
-            wanted = name + '.' + std::to_string(++next[name]);
-        used.insert(wanted);
-        unique.push_back(wanted);
-    }
-    return unique;
-}
 
 std::unique_ptr<OutputFormat> json_format(const PrintStyle& style, Content content) {
     return std::make_unique<JsonFormat>(style, content);

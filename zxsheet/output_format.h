@@ -11,6 +11,7 @@
 #include "zxsheet/cell_grid.h"
 #include "zxsheet/cell_text.h"
 #include "zxsheet/output_sink.h"
+#include "zxsheet/parameter.h"
 
 namespace zxsheet {
 
@@ -58,8 +59,25 @@ std::unique_ptr<OutputFormat> cells_format(const PrintStyle& style, CellLayout l
 std::unique_ptr<OutputFormat> table_format(const PrintStyle& style,
                                            std::optional<std::size_t> width);
 
-/// Names of columns as records have them: none empty and no two alike.
-std::vector<std::string> unique_names(const std::vector<std::string>& names);
+enum class TextFormat { Csv, Tsv, Json, JsonLines, Records, Cells, CellsJson, Table };
+
+/// A format with all that can be asked of it.
+struct TextOptions {
+    TextFormat format = TextFormat::Csv;
+    PrintStyle style{};
+    SeparatedOptions separated{};
+    std::optional<char> delimiter{};    ///< of CSV
+    std::optional<std::size_t> width{}; ///< of a table
+    bool has_header = false;            ///< records in place of arrays
+    Bounds bounds = Bounds::Filled;     ///< of single cells
+};
+std::unique_ptr<OutputFormat> text_format(const TextOptions& options);
+
+Parameter text_format_option(std::optional<TextFormat>& format);
+/// The format that the end of a file's name says; no value for any other end.
+std::optional<TextFormat> text_format_of_name(const std::string& file);
+/// What the name of a file in the format ends with, without a dot.
+std::string ending_of(TextFormat format);
 
 /// Appends the field, in quotes where it has a separator, a quote or a line end in it; `also` is a
 /// further character that asks for quotes.

@@ -27,6 +27,10 @@ class OutputSink {
     void note(const std::string& sentence) { notes_.push_back(sentence); }
     const std::vector<std::string>& notes() const { return notes_; }
 
+    /// What the program ends with when all goes well; 0 at first.
+    void set_exit_code(int code) { exit_code_ = code; }
+    int exit_code() const { return exit_code_; }
+
     /// Characters of a line of the terminal that the data goes to; 0 when it goes elsewhere.
     std::size_t terminal_width() const { return file_name_.empty() ? terminal_width_ : 0; }
     void set_terminal_width(std::size_t width) { terminal_width_ = width; }
@@ -50,6 +54,7 @@ class OutputSink {
     std::uint64_t sent_lines_ = 0;
     std::vector<std::string> notes_;
     std::size_t terminal_width_ = 0;
+    int exit_code_ = 0;
 };
 
 } // namespace zxsheet

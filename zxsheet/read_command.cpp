@@ -15,7 +15,7 @@ namespace {
 using spreadsheet::MergedCellColumnRule;
 using spreadsheet::MergedCellRowRule;
 
-enum class Format { Csv, Tsv, Json, JsonLines, Records, Cells, CellsJson, Table };
+using Format = TextFormat;
 
 /// More cells are printed only where somebody asks for them: nearly all of them would be empty.
 constexpr std::int64_t kMostCellsUnasked = 50'000'000;
@@ -44,13 +44,18 @@ void refuse_own_book(const ReadOptions& options) {
                            options.output + ": The output would replace the book itself.");
 }
 
+void refuse_book_name(const ReadOptions& options) {
+    const std::string ending = lower_extension(options.output);
+    for (const char* book : {".xls", ".xlsx", ".xlsm", ".xltx", ".xltm"})
+        if (ending == book)
+            throw CommandError(ExitCode::Usage, options.output +
+                                                    ": Read prints text; 'zxsheet convert' makes "
+                                                    "a book of another format.");
+}
+
 Format format_of(const ReadOptions& options) {
     if (options.to) return *options.to;
-    const std::string ending = lower_extension(options.output);
-    if (ending == ".tsv" || ending == ".tab") return Format::Tsv;
-    if (ending == ".json") return options.has_header ? Format::Records : Format::Json;
-    if (ending == ".jsonl" || ending == ".ndjson") return Format::JsonLines;
-    return Format::Csv;
+    return text_format_of_name(options.output).value_or(Format::Csv);
 }
 
 void check_options(const ReadOptions& options, Format format) {
@@ -82,34 +87,6 @@ void check_options(const ReadOptions& options, Format format) {
                                                     rule.formats + " only.");
 }
 
-std::unique_ptr<OutputFormat> make_format(const ReadOptions& options, Format format) {
-    SeparatedOptions separated = options.separated;
-    switch (format) {
-    case Format::Csv:
-        // A decimal comma asks for another separator.
-        separated.separator =
-            options.delimiter.value_or(options.style.text.decimal_comma ? ';' : ',');
-        return separated_format(options.style, separated);
-    case Format::Tsv:
-        separated.separator = '\t';
-        return separated_format(options.style, separated);
-    case Format::Json:
-        return options.has_header ? records_format(options.style, RecordLayout::Array)
-                                  : json_format(options.style, Content::Values);
-    case Format::JsonLines:
-        return options.has_header ? records_format(options.style, RecordLayout::Lines)
-                                  : json_lines_format(options.style);
-    case Format::Records:
-        return records_format(options.style, RecordLayout::Array);
-    case Format::Cells:
-        return cells_format(options.style, CellLayout::Tsv, options.bounds());
-    case Format::CellsJson:
-        return cells_format(options.style, CellLayout::JsonLines, options.bounds());
-    default:
-        return table_format(options.style, options.width);
-    }
-}
-
 void check_size(const Selection& selection, const ReadOptions& options, Format format) {
     const bool is_sparse = format == Format::Cells || format == Format::CellsJson;
     const std::int64_t count = selection.range.count();
@@ -133,6 +110,7 @@ void note_missing_results(const Selection& selection, const ReadOptions& options
 
 void run_read(const ReadOptions& options, OutputSink& out) {
     refuse_own_book(options);
+    refuse_book_name(options);
     const Format format = format_of(options);
     check_options(options, format);
     Selection selection =
@@ -141,7 +119,9 @@ void run_read(const ReadOptions& options, OutputSink& out) {
     check_size(selection, options, format);
     if (options.formulas)
         selection.formulas = std::make_shared<FormulaTexts>(selection, options.book);
-    make_format(options, format)->write(selection, out);
+    text_format({format, options.style, options.separated, options.delimiter, options.width,
+                 options.has_header, options.bounds()})
+        ->write(selection, out);
     note_missing_results(selection, options, out);
 }
 
@@ -204,7 +184,7 @@ Parameter width_option(std::optional<std::size_t>& width) {
 }
 
 constexpr const char* kFooter =
-    "FORMAT is csv, tsv, json (types and values), jsonl (an array a row), records (objects by\n"
+    "Formats: csv, tsv, json (types and values), jsonl (an array a row), records (objects by\n"
     "the names in the first row), cells or cells.jsonl (one line for each cell that is there),\n"
     "or table. A number that is shown as a time of day or an elapsed time prints as 13:05:00;\n"
     "JSON keeps the number.";
@@ -218,16 +198,7 @@ Command read_command() {
         "read", "Cells of a range", options,
         {sheet_option(options->sheet),
          range_option(options->range, kReadRangeHelp),
-         choice<std::optional<Format>, Format>(
-             "--to", "FORMAT", "See below (default: as the name of -o ends, else csv)", options->to,
-             {{"csv", Format::Csv},
-              {"tsv", Format::Tsv},
-              {"json", Format::Json},
-              {"jsonl", Format::JsonLines},
-              {"records", Format::Records},
-              {"cells", Format::Cells},
-              {"cells.jsonl", Format::CellsJson},
-              {"table", Format::Table}}),
+         text_format_option(options->to),
          {"--header", "", "The first row has the names: objects in json and jsonl",
           &options->has_header},
          all_cells_flag(options->all_cells),

@@ -14,6 +14,7 @@
 #include "zxsheet/google_command.h"
 #include "zxsheet/library_error.h"
 #include "zxsheet/service_notices.h"
+#include "zxsheet/streamed_book.h"
 
 namespace zxsheet {
 namespace {
@@ -44,8 +45,9 @@ void print_sentence(std::string sentence, std::ostream& err) {
     err << "zxsheet: " << sentence << '\n';
 }
 
-void read_book(const Command& command, const Streams& streams) {
-    const std::string& output = command.options->output;
+int read_book(const Command& command, const Streams& streams) {
+    std::string& output = command.options->output;
+    if (output == kStream) output.clear();
     ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Reading " + command.options->book.text());
     const PauseNotices notices(streams.err, streams.terminal.is_err, progress);
@@ -65,22 +67,26 @@ void read_book(const Command& command, const Streams& streams) {
     progress.finish();
     for (const std::string& note : sink.notes())
         print_sentence(note, streams.err);
+    return sink.exit_code();
 }
 
-void change_book(const Command& command, const Streams& streams) {
+int change_book(const Command& command, const Streams& streams) {
     ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Opening " + command.options->book.text());
     const PauseNotices notices(streams.err, streams.terminal.is_err, progress);
-    ChangeTools tools{streams.in, progress};
+    ChangeTools tools{streams.in, streams.out, progress};
     const std::string done = command.change(tools);
     progress.finish();
     print_sentence(done, streams.err);
+    return static_cast<int>(ExitCode::Done);
 }
 
-/// Runs the command; whatever it throws leaves as a `CommandError`.
-void execute(const Command& command, const Streams& streams) {
+/// Runs the command and returns the exit code; whatever it throws leaves as a `CommandError`.
+int execute(const Command& command, const Streams& streams) {
+    StreamedBook streamed;
     try {
-        command.change ? change_book(command, streams) : read_book(command, streams);
+        streamed.fetch(command.options->book, streams.in);
+        return command.change ? change_book(command, streams) : read_book(command, streams);
     } catch (const std::exception&) {
         throw as_command_error(std::current_exception(), *command.options);
     }
@@ -104,8 +110,7 @@ int run(const std::vector<std::string>& arguments, std::istream& in, std::ostrea
         Terminal shown = terminal;
         // The log and a line of progress would disturb each other.
         shown.is_err = terminal.is_err && line.log_level.empty();
-        execute(*line.command, {in, out, err, shown});
-        return static_cast<int>(ExitCode::Done);
+        return execute(*line.command, {in, out, err, shown});
     } catch (const CommandError& e) {
         print_sentence(e.what(), err);
         return static_cast<int>(e.code());

@@ -7,6 +7,7 @@
 #include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/library_error.h"
+#include "zxsheet/streamed_book.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -56,6 +57,25 @@ const std::string& save_target(const BookOptions& options) {
     return options.output.empty() ? options.book.text() : options.output;
 }
 
+namespace {
+
+/// The path that the name of a format is taken from.
+const std::string& named_target(const BookOptions& options) {
+    return options.output.empty() || options.output == kStream ? options.book.file()
+                                                               : options.output;
+}
+
+/// By way of a file, since the library writes to nothing else.
+void save_to_stream(const std::shared_ptr<IBook>& book, std::ostream& out) {
+    const TemporaryFolder folder;
+    const std::string file =
+        folder.file("book." + unicode::to_utf8(book::to_string(book->format())));
+    save_book(book, unicode::to_utf16(file));
+    send_file(file, out);
+}
+
+} // namespace
+
 std::shared_ptr<IBook> make_book(const BookLocation& location, std::size_t sheet_count) {
     const book::format format = location.format();
     if (location.is_file() && (!can_be_made(format) || !has_extension(location.text(), format)))
@@ -71,7 +91,12 @@ void check_target(const BookOptions& options) {
         throw CommandError(ExitCode::Usage, book.text() +
                                                 ": A spreadsheet online is changed in place; leave "
                                                 "--output out.");
-    if (!book.is_online() && !has_extension(save_target(options), book.format()))
+    if (options.output.empty() && book.file() != book.text())
+        throw CommandError(ExitCode::Usage, book.text() +
+                                                ": A book from a stream cannot be changed in "
+                                                "place; name a file with --output, or - for "
+                                                "standard output.");
+    if (!book.is_online() && !has_extension(named_target(options), book.format()))
         throw Exception(error_id::file_name_incompatible);
 }
 
@@ -109,7 +134,9 @@ std::string save_changes(const std::shared_ptr<IBook>& book, const BookOptions& 
     if (options.book.is_online()) return options.book.text() + ": " + done; // saved already
     const std::string& target = save_target(options);
     tools.progress.set_text("Saving " + target);
-    save_book(book, unicode::to_utf16(target));
+    const bool is_stream = target == kStream;
+    is_stream ? save_to_stream(book, tools.out) : save_book(book, unicode::to_utf16(target));
+    if (is_stream) return "standard output: " + done + "; " + parts_text(last_save(book), origin);
     if (!options.book.is_file()) return target + ": " + done; // the application counts no parts
     return target + ": " + done + "; " + parts_text(last_save(book), origin);
 }

@@ -54,13 +54,8 @@ class SeparatedFormat final : public OutputFormat {
 } // namespace
 
 void append_field(std::string& out, std::string_view field, char separator, char also) {
-    const auto is_special = [=](char c) {
-        return c == separator || c == '"' || c == '\n' || c == '\r' || c == also;
-    };
-    bool needs_quotes = false;
-    for (const char c : field)
-        needs_quotes |= is_special(c);
-    if (!needs_quotes) {
+    const char special[] = {separator, '"', '\n', '\r', also};
+    if (field.find_first_of(std::string_view(special, sizeof special)) == field.npos) {
         out += field;
         return;
     }

@@ -44,7 +44,10 @@ bool is_too_long(const std::string& text, std::size_t max_units) {
 } // namespace
 
 SheetWriter::SheetWriter(const WriteOptions& options, ChangeTools& tools)
-    : options_(options), tools_(tools) {}
+    : options_(options),
+      tools_(tools),
+      last_column_(static_cast<std::size_t>(book::get_col_limit(options.book.format()))),
+      max_text_units_(options.book.is_online() ? kMaxOnlineTextUnits : kMaxTextUnits) {}
 
 void SheetWriter::set_place(const DataPlace& place) {
     place_ = place;
@@ -53,15 +56,17 @@ void SheetWriter::set_place(const DataPlace& place) {
 
 void SheetWriter::add(const CellValue& cell) {
     const std::size_t column = count_ - open_row_begin_;
-    if (column > static_cast<std::size_t>(book::get_col_limit(options_.book.format())))
-        fail(next_row(), "has more columns than a sheet");
-    const std::size_t max_units = options_.book.is_online() ? kMaxOnlineTextUnits : kMaxTextUnits;
-    if (is_too_long(cell.text, max_units))
-        fail(next_row(),
-             "has text of more than the " + grouped(max_units) + " characters that a cell holds");
+    if (column > last_column_) fail(next_row(), "has more columns than a sheet");
+    if (is_too_long(cell.text, max_text_units_))
+        fail(next_row(), "has text of more than the " + grouped(max_text_units_) +
+                             " characters that a cell holds");
     if (count_ == cells_.size()) cells_.emplace_back();
     CellValue& added = cells_[count_++];
-    added = cell;
+    added.type = cell.type;
+    added.number = cell.number;
+    // Other cells need no text; a date may become one.
+    if (written_type(cell) == cell_type::text || cell.type == cell_type::date)
+        added.text = cell.text;
     // A cell without a value has no text.
     if (cell.type == cell_type::empty || cell.type == cell_type::other) added.text.clear();
     if (cell.type == cell_type::date && dates_1904_ && cell.number < kFirstDay1904) {

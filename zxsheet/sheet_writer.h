@@ -70,6 +70,8 @@ class SheetWriter : public CellSink {
 
     const WriteOptions& options_;
     ChangeTools& tools_;
+    const std::size_t last_column_; ///< that a sheet can have
+    const std::size_t max_text_units_;
     DataPlace place_;
     WriteTarget target_; ///< without a book until the first block is written
     spreadsheet::OnlineSheet* online_ = nullptr; ///< the target's sheet, if it is online

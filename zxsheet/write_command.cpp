@@ -93,6 +93,8 @@ std::string summary_of(const SheetWriter& writer) {
 }
 
 std::string run_write(const DataOptions& options, ChangeTools& tools) {
+    if (is_standard_input(options) && options.book.text() == "standard input")
+        throw CommandError(ExitCode::Usage, "Standard input can be the book or the data, not both");
     std::ifstream file;
     if (!is_standard_input(options)) file = open_input_file(options.input);
     TextInput input(file.is_open() ? file : tools.in,

@@ -59,7 +59,8 @@ OfficeSession::~OfficeSession() {
 }
 
 void OfficeSession::connect(const OfficeProgram& program) {
-    const OfficeProcess::Call call(process_); // watched: it may listen and not answer
+    const OfficeProcess::Call call(process_);    // watched: it may listen and not answer
+    const foundation::PipeSignalBlock no_signal; // for the threads of the connection
     const auto resolver = css::bridge::UnoUrlResolver::create(local_context(program.folder));
     const std::string address =
         "uno:pipe,name=" + process_.pipe_name() + ";urp;StarOffice.ComponentContext";

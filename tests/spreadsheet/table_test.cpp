@@ -131,18 +131,18 @@ TEST(ReadTable, FollowsItsOptions) {
     TableOptions options;
     options.header_row = 1;
     EXPECT_THAT(texts_of(table_of(rows, options)),
-                ElementsAre("a: number 1 - -999", "a_2: number - - -", "Column3: number - - -",
+                ElementsAre("a: number 1 - -999", "a.1: number - - -", "column3: number - - -",
                             "7: mixed NA - 1:2"));
     options.missing = {"NA", "-999"};
     options.drop_blank_rows = true;
     EXPECT_THAT(
         texts_of(table_of(rows, options)),
-        ElementsAre("a: number 1 -", "a_2: number - -", "Column3: number - -", "7: number - 2"));
+        ElementsAre("a: number 1 -", "a.1: number - -", "column3: number - -", "7: number - 2"));
     options.drop_blank_columns = true;
     EXPECT_THAT(texts_of(table_of(rows, options)), ElementsAre("a: number 1 -", "7: number - 2"));
     options = {};
     options.header_row = kNoHeader;
-    EXPECT_EQ(texts_of(table_of(rows, options))[3], "Column4: mixed - 1:7 NA - 1:2");
+    EXPECT_EQ(texts_of(table_of(rows, options))[3], "column4: mixed - 1:7 NA - 1:2");
     options.header_row = 5;
     EXPECT_EQ(thrown_id([&] { table_of(rows, options); }), 12);
     options = {};
@@ -198,7 +198,7 @@ TEST(ReadTable, ReadsErrorCellsAsMissingWithAReport) {
     TableOptions options;
     options.header_row = kNoHeader;
     const Table table = read_table(book, "data", "A1:A3", options);
-    EXPECT_THAT(texts_of(table), ElementsAre("Column1: mixed 4:1 - 1:2"));
+    EXPECT_THAT(texts_of(table), ElementsAre("column1: mixed 4:1 - 1:2"));
     ASSERT_EQ(table.coerced.size(), 1U);
     EXPECT_EQ(table.coerced[0].coercion, Coercion::error_dropped);
     EXPECT_EQ(table.coerced[0].first, (Cell{1, 0}));
@@ -214,7 +214,7 @@ TEST(ReadTable, AppliesTheRulesForMergedCells) {
     options.header_row = kNoHeader;
     options.merged = MergedCellRules{MergedCellColumnRule::repeat, MergedCellRowRule::repeat};
     EXPECT_THAT(texts_of(read_table(book, "Open", "A1:C2", options)),
-                ElementsAre("Column1: number 1 -", "Column2: number 1 -", "Column3: number 1 -"));
+                ElementsAre("column1: number 1 -", "column2: number 1 -", "column3: number 1 -"));
     options.merged->columns = MergedCellColumnRule::error;
     EXPECT_EQ(thrown_id([&] { read_table(book, "Open", "A1:C2", options); }), 38);
     options.merged->columns = MergedCellColumnRule::omit;
@@ -222,9 +222,9 @@ TEST(ReadTable, AppliesTheRulesForMergedCells) {
 }
 
 TEST(DistinctNames, NumbersEmptyAndEqualNames) {
-    EXPECT_THAT(distinct_names({"", "a", "a", "a_2", "a", "Column1", ""}),
-                ElementsAre("Column1_2", "a", "a_3", "a_2", "a_4", "Column1", "Column7"));
-    EXPECT_EQ(distinct_names(std::vector<std::string>(100'000, "same")).back(), "same_100000");
+    EXPECT_THAT(distinct_names({"", "a", "a", "a.1", "a", "column1", ""}),
+                ElementsAre("column1.1", "a", "a.2", "a.1", "a.3", "column1", "column7"));
+    EXPECT_EQ(distinct_names(std::vector<std::string>(100'000, "same")).back(), "same.99999");
 }
 
 TEST(Dates, HaveOneTimeForEachSerialNumber) {

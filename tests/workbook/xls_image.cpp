@@ -65,6 +65,7 @@ class BookWalk {
 
     void read_globals() {
         std::string links;
+        std::size_t tab_ids = 0;
         std::uint16_t last = 0;
         RecordStream records(stream_, 0);
         while (records.next() && records.record().id != 0x0A) {
@@ -72,6 +73,7 @@ class BookWalk {
             if (record.id != 0x3C) last = record.id;
             if (last == 0x17) links += record.data;
             if (last == 0xEB) group_ += record.data;
+            if (record.id == 0x013D) tab_ids = record.size() / 2;
             if (record.id == 0x85) {
                 positions_.push_back(record.u32(0));
                 image_.sheets.push_back(
@@ -87,6 +89,7 @@ class BookWalk {
                                   record.u16(8), record.data.substr(15 + bytes), record.u16(4)});
             }
         }
+        if (tab_ids != 0 && tab_ids != positions_.size()) fault("numbers of sheets");
         for (std::size_t at = 2; at + 6 <= links.size(); at += 6)
             links_.push_back(
                 {load_u16(&links[at]), load_u16(&links[at + 2]), load_u16(&links[at + 4])});
@@ -156,6 +159,7 @@ class BookWalk {
         std::map<std::pair<int, int>, std::pair<int, int>> members;
         std::pair<int, int> last{};
         std::vector<std::string> drawings;
+        std::uint32_t end_row = 0xFFFF;
         int depth = 0;
         RecordStream records(stream_, position);
         while (records.next()) {
@@ -168,6 +172,9 @@ class BookWalk {
                 return;
             }
             switch (record.id) {
+            case 0x0200:
+                end_row = record.u32(4);
+                break;
             case 0x06: {
                 last = {record.u16(0), record.u16(2)};
                 const auto group = std::pair<int, int>(record.u16(23), record.u16(25));
@@ -207,6 +214,9 @@ class BookWalk {
             default:
                 break;
             }
+            if (depth == 1 && record.id >= 0x0203 && record.id <= 0x0205 &&
+                record.u16(0) >= end_row)
+                fault("used range", position);
             if (depth == 0) break;
         }
         for (const auto& [place, group] : members)
@@ -283,18 +293,27 @@ class BookWalk {
 
     int read_drawing(std::string_view data) {
         unsigned drawing = 0, claimed = 0;
-        std::vector<unsigned> shapes;
+        std::vector<unsigned> shapes, joined;
         walk_art(data, [&](unsigned type, unsigned instance, std::string_view body) {
             if (type == 0xF008) {
                 drawing = instance;
                 claimed = load_u32(body.data());
             }
             if (type == 0xF00A) shapes.push_back(load_u32(body.data()));
+            if (type == 0xF012) // a connector follows the shapes that it joins
+                for (const std::size_t at : {4, 8, 12})
+                    joined.push_back(load_u32(&body[at]));
+            if (type == 0xF00B)
+                for (unsigned i = 0; i < instance; ++i)
+                    if ((load_u16(&body[6 * i]) & 0x4000) != 0) ++uses_[load_u32(&body[6 * i + 2])];
         });
         if (claimed != shapes.size()) fault("count of shapes");
         for (const unsigned shape : shapes)
             if (!shapes_.try_emplace(shape, drawing).second)
                 fault("shape " + std::to_string(shape) + " twice");
+        for (const unsigned shape : joined)
+            if (shape != 0 && std::find(shapes.begin(), shapes.end(), shape) == shapes.end())
+                fault("joined shape");
         if (!drawings_.insert(drawing).second) fault("drawing twice");
         return static_cast<int>(shapes.size());
     }
@@ -302,7 +321,9 @@ class BookWalk {
     void check_drawings() {
         std::vector<std::pair<unsigned, unsigned>> clusters;
         unsigned highest = 0;
+        unsigned pictures = 0;
         walk_art(group_, [&](unsigned type, unsigned, std::string_view body) {
+            if (type == 0xF007 && load_u32(&body[24]) < uses_[++pictures]) fault("use of picture");
             if (type != 0xF006) return;
             highest = load_u32(body.data());
             for (unsigned i = 1; i < load_u32(body.data() + 4); ++i)
@@ -327,6 +348,7 @@ class BookWalk {
     std::string group_;
     std::map<unsigned, unsigned> shapes_; ///< drawing by number of the shape
     std::set<unsigned> drawings_;
+    std::map<unsigned, unsigned> uses_; ///< of pictures
 };
 
 void read_cells(Book& book, BookImage& image) {

@@ -198,7 +198,7 @@ std::string drawing_group() {
     block.u32(4u << 10).u32(4).u32(12).u32(3);
     for (unsigned i = 1; i <= 3; ++i)
         block.u32(i).u32(9);
-    const Bytes picture = art(0xF007, 0, Bytes().text(std::string(24, '\0')).u32(6).u32(0).u32(0));
+    const Bytes picture = art(0xF007, 0, Bytes().text(std::string(24, '\0')).u32(12).u32(0).u32(0));
     return art(0xF000, 0,
                Bytes().text(art(0xF006, 0, block).str()).text(art(0xF001, 1, picture, true).str()),
                true)
@@ -256,7 +256,9 @@ Stream linked_sheet(unsigned number) {
 std::string linked_book() {
     const auto globals = [](const std::vector<std::size_t>& positions) {
         Stream stream;
-        stream.bof8(0x05).record(0x3D, std::string(18, 0));
+        stream.bof8(0x05)
+            .record(0x3D, std::string(18, 0))
+            .record(0x013D, Bytes().u16(1).u16(2).u16(3));
         for (unsigned i = 0; i < 3; ++i)
             stream.record(0x85, bound_sheet(positions[i], 0, 0, std::string(1, "ABC"[i])));
         stream.record(0x01AE, Bytes().u16(3).u16(0x0401));

@@ -8,9 +8,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "foundation/output_file.h"
 #include "foundation/unicode.h"
 #include "tests/workbook/xls_stream.h"
 #include "workbook/cells/string_pool.h"
+#include "workbook/cfb/compound_writer.h"
 #include "workbook/library.h"
 #include "workbook/xls/reading/byte_text.h"
 #include "workbook/xls/reading/shared_strings.h"
@@ -90,6 +92,9 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
         0x00FC, Bytes().u32(2).u32(2).text(string8("one").str()).text(string8("two").str()));
     const Stream sheet =
         Stream()
+            .record(0x0012, Bytes().u16(0))
+            .record(0x0099, Bytes().u16(12 * 256))
+            .record(0x0055, Bytes().u16(8)) // less exact
             .record(0x0203, cell(0, 0).f64(1.5))
             .record(0x027E, cell(0, 1, 1).u32(44000u << 2 | 2)) // RK: an integer
             .record(0x027E,
@@ -123,6 +128,8 @@ TEST(XlsReading, MakesCellsOfEveryRecord) {
     EXPECT_EQ(row_of(data, 2, 3), (Row{"TRUE", "#N/A", ""}));
     EXPECT_EQ(row_of(data, 3, 8),
               (Row{"2.25", "\"result\"", "TRUE", "#DIV/0!", "\"\"", "\"\"", "1.", "-inf"}));
+    EXPECT_FALSE(data.protect());
+    EXPECT_EQ(data.column_width(0), 12.0);
     EXPECT_EQ(data.cell_format(1, 4)->num_format(), 0);
     EXPECT_EQ(data.cell_format(1, 5)->num_format(), 14);
     EXPECT_FALSE(data.cell_format(0, 1)->locked());
@@ -292,6 +299,24 @@ TEST(XlsReading, FindsNamesThatAreOneRectangle) {
     EXPECT_TRUE(data.named_range(u"_xlnm.Print_Area", a[0], a[1], a[2], a[3]));
     EXPECT_FALSE(data.named_range(u"Elsewhere", a[0], a[1], a[2], a[3]));
     EXPECT_FALSE(data.named_range(u"Sum", a[0], a[1], a[2], a[3]));
+
+    const Bytes area5 =
+        Bytes().u8(0x3B).u16(0xFFFF).u32(0).u32(0).u16(0).u16(0).u16(0xC001).u16(2).u8(3).u8(4);
+    const Stream biff5 = Stream()
+                             .record(0x0809, Bytes().u16(0x0500).u16(0x10).u32(0))
+                             .record(0x0018, Bytes()
+                                                 .u16(0)
+                                                 .u8(0)
+                                                 .u8(3)
+                                                 .u16(static_cast<unsigned>(area5.str().size()))
+                                                 .u32(0)
+                                                 .u32(0)
+                                                 .text("Old")
+                                                 .text(area5.str()))
+                             .eof();
+    const auto old = load(biff5);
+    ASSERT_TRUE(old->get_sheet(0)->named_range(u"old", a[0], a[1], a[2], a[3]));
+    EXPECT_THAT(a, ::testing::ElementsAre(1, 2, 3, 4));
 }
 
 TEST(XlsReading, LoadsSomeRowsAndTheOthersWhenTheyAreNeeded) {
@@ -356,17 +381,18 @@ TEST(XlsReading, ReadsBiff2) {
 
 TEST(XlsReading, ReadsBiff4BooksOfSeveralSheets) {
     const auto sheet = [](std::string_view name, unsigned format, unsigned kind = 0x10) {
-        const Stream cells = Stream()
-                                 .record(0x0409, Bytes().u16(4).u16(kind))
-                                 .record(0x0042, Bytes().u16(1253))
-                                 .record(0x0022, Bytes().u16(1))
-                                 .record(0x041E, Bytes().u16(0).u8(1).text("0"))
-                                 .record(0x041E, Bytes().u16(0).u8(2).text("yy"))
-                                 .record(0x0443, Bytes().u8(0).u8(format).u16(1).u32(0).u32(0))
-                                 .record(0x0203, cell(0, 0).f64(3))
-                                 .record(0x0406, formula(0, 1, special(0, 0)))
-                                 .record(0x0207, Bytes().u16(1).text("\xE1"))
-                                 .eof();
+        const Stream cells =
+            Stream()
+                .record(0x0409, Bytes().u16(4).u16(kind))
+                .record(0x0042, Bytes().u16(1253))
+                .record(0x0022, Bytes().u16(1))
+                .record(0x041E, Bytes().u16(0).u8(1).text("0"))
+                .record(0x041E, Bytes().u16(0).u8(2).text(format == 1 ? "yy" : "00"))
+                .record(0x0443, Bytes().u8(0).u8(format).u16(1).u32(0).u32(0))
+                .record(0x0203, cell(0, 0).f64(3))
+                .record(0x0406, formula(0, 1, special(0, 0)))
+                .record(0x0207, Bytes().u16(1).text("\xE1"))
+                .eof();
         return Stream()
             .record(0x008F, Bytes()
                                 .u32(static_cast<std::uint32_t>(cells.size()))
@@ -506,6 +532,12 @@ TEST(XlsReading, ContentDecidesNotTheCreator) {
     auto made_for_xml = xlCreateXMLBookW();
     ASSERT_TRUE(made_for_xml->load(xls.file())) << made_for_xml->error_message();
     EXPECT_EQ(shown(*made_for_xml->get_sheet(0), 0, 0), "1.");
+    std::string both; // as files for old and new applications at once have them
+    CompoundChanges streams;
+    streams.written = {{u"Book", [](ByteSink& sink) { sink.append("old"); }},
+                       {u"Workbook", [&](ByteSink& sink) { sink.append(xls.str()); }}};
+    write_compound_file(nullptr, streams, *foundation::files::memory_output(both));
+    ASSERT_TRUE(made_for_xml->load(foundation::files::memory_file(both)));
     auto made_for_xls = xlCreateBookW();
     ASSERT_TRUE(made_for_xls->load(
         foundation::unicode::to_utf16(ZX_TEST_DATA "/booleans_errors_formulas.xlsx")))

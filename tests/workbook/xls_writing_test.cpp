@@ -16,7 +16,9 @@
 #include "workbook/cells/string_set.h"
 #include "workbook/library.h"
 #include "workbook/xls/record_stream.h"
+#include "workbook/xls/writing/cell_record_writer.h"
 #include "workbook/xls/writing/format_records_writer.h"
+#include "workbook/xls/writing/formula_records.h"
 #include "workbook/xls/writing/globals_rewriter.h"
 #include "workbook/xls/writing/shared_strings_writer.h"
 #include "workbook/xls/writing/sheet_copy.h"
@@ -107,6 +109,8 @@ TEST(SaveXls, WritesWhatStaysBesideChangedCells) {
     const std::string array = member("0000 0100", "01 0000 0100", result) +
                               ",2102 0000 0100 01 01 0000 00000000 0900 " + array_tokens + "," +
                               member("0100 0100", "01 0000 0100", text) + ",0702 0100 00 61";
+    std::string volatile_array = array;
+    volatile_array.replace(volatile_array.find("0900 25"), 7, "0d00 19010000 25");
     const std::string table = member("0000 0200", "02 0000 0200", result) +
                               ",3602 0000 0100 02 02 0000 000000000000 0000," +
                               member("0100 0200", "02 0000 0200", text) + ",0702 0100 00 61";
@@ -131,6 +135,15 @@ TEST(SaveXls, WritesWhatStaysBesideChangedCells) {
          member("0000 0100", "01 0000 0100", result) +
              ", 2102 0000 0000 01 01 0000 00000000 1300 " + array_tokens +
              " 1e0100 1e0100 62 03 1d00, 7e02 0100 0100 0f00 16000000"},
+        {volatile_array, 1, 1, // said once
+         member("0000 0100", "01 0000 0100", result) +
+             ", 2102 0000 0000 01 01 0000 00000000 1700 19010000" + array_tokens +
+             " 1e0100 1e0100 62 03 1d00, 7e02 0100 0100 0f00 16000000"},
+        {volatile_array, 0, 1,
+         "7e02 0000 0100 0f00 16000000, " + member("0100 0100", "01 0100 0100", text) +
+             ", 2102 0100 0100 01 01 0000 00000000 2d00 19010000" + array_tokens +
+             " 1e0100 1e0100 " + array_tokens +
+             " 61 4c00 1e0100 0d 15 05 03 1e0100 62 03 1d00, 0702 0100 00 61"},
         {table, 0, 2, "7e02 0000 0200 0f00 16000000, 0402 0100 0200 0000 0100 00 61"},
         {table, 1, 2, "0302 0000 0200 0000 0000000000000840, 7e02 0100 0200 0f00 16000000"},
         // Records of several cells.
@@ -145,16 +158,18 @@ TEST(SaveXls, WritesWhatStaysBesideChangedCells) {
     for (const auto& [before, row, column, after] : cases) {
         SCOPED_TRACE(before);
         const auto book = xlCreateBookW();
-        ASSERT_TRUE(book->load(book8(formats(), records_of(before)).file()))
-            << book->error_message();
+        const Stream globals = formats().append(records_of("c101 c1010000 00000001"));
+        ASSERT_TRUE(book->load(book8(globals, records_of(before)).file())) << book->error_message();
         ASSERT_TRUE(book->get_sheet(0)->write_num(row, column, 5, nullptr));
         std::string expected;
         for (const char c : after)
             if (c != ' ') expected += c;
+        const std::string stream = saved(*book);
         std::string found;
-        for (const char c : text_of(saved(*book), 0, kCells))
+        for (const char c : text_of(stream, 0, kCells))
             if (c != ' ') found += c;
         EXPECT_EQ(found, expected);
+        EXPECT_EQ(text_of(stream, 0, {0x01C1}), "c101 c101000000000000"); // to be computed again
     }
 }
 
@@ -174,6 +189,12 @@ TEST(SaveXls, WritesByteStringsOrRefuses) {
         EXPECT_NE(std::string(book->error_message()).find("save it as XLSX"), std::string::npos);
         EXPECT_EQ(bytes, "");
     }
+}
+
+TEST(RkNumber, KeepsTwentyBitsOfTheFraction) {
+    EXPECT_EQ(rk_number(1 + 0x1p-18), 0x3FF00004u);
+    EXPECT_FALSE(rk_number(1 + 0x1p-19));
+    EXPECT_FALSE(rk_number(1 + 0x1p-20));
 }
 
 TEST(SaveXls, RefusesMoreFormatsThanApplicationsOpen) {
@@ -279,13 +300,14 @@ TEST(SheetReferences, ContinueALongTableOfLinks) {
     Stream globals;
     globals.bof8(0x05).record(0x01AE, Bytes().u16(3).u16(0x0401));
     Bytes first, second;
-    first.u16(2000);
-    for (unsigned i = 0; i < 2000; ++i)
-        (i < 1370 ? first : second).u16(0).u16(i % 3).u16(i % 4 == 3 ? 7 : i % 3);
+    first.u16(3000);
+    for (unsigned i = 0; i < 3000; ++i)
+        (i < 1370 ? first : second).u16(0).u16(i == 1999 ? 3 : i % 3).u16(i % 4 == 3 ? 3 : i % 3);
     globals.record(0x17, first).record(0x3C, second).eof();
     const std::vector<PlannedSheet> sheets = {{u"c", SheetState::Visible, 2, {}},
                                               {u"a", SheetState::Visible, 0, {}},
-                                              {u"copy", SheetState::Visible, {}, 0}};
+                                              {u"copy", SheetState::Visible, {}, 0},
+                                              {u"new", SheetState::Visible, {}, {}}};
     SheetReferences references(globals.str(), sheets, 3);
     std::string out;
     RecordStream records(globals.str(), 0);
@@ -295,7 +317,7 @@ TEST(SheetReferences, ContinueALongTableOfLinks) {
         out += globals.str().substr(records.record().position, 4 + records.record().size());
         references.adjust(records.record(), at, out);
     }
-    EXPECT_EQ(text_of(out, 0, {0x01AE}), "ae01 03000104");
+    EXPECT_EQ(text_of(out, 0, {0x01AE}), "ae01 04000104");
     std::string links;
     RecordStream written(out, 0);
     while (written.next())
@@ -304,13 +326,14 @@ TEST(SheetReferences, ContinueALongTableOfLinks) {
             EXPECT_EQ((written.record().size() - (links.empty() ? 2 : 0)) % 6, 0u);
             links += written.record().data;
         }
-    ASSERT_EQ(load_u16(links.data()), 2001);
+    ASSERT_EQ(load_u16(links.data()), 3001);
     const auto link = [&](std::size_t i) { return digits_of(links.substr(2 + 6 * i, 6)); };
     EXPECT_EQ(link(0), "000001000100");
     EXPECT_EQ(link(1), "0000ffffffff");
     EXPECT_EQ(link(2), "000000000000");
-    EXPECT_EQ(link(2000), "000002000200");
-    EXPECT_EQ(references.changes_for_copy(2).extern_sheet(1998), 2000); // 1998 is of sheet 0
+    EXPECT_EQ(link(1999), "0000ffffffff"); // of a sheet that never was
+    EXPECT_EQ(link(3000), "000002000200");
+    EXPECT_EQ(references.changes_for_copy(2).extern_sheet(1998), 3000); // 1998 is of sheet 0
     EXPECT_EQ(references.changes_for_copy(2).extern_sheet(1999), 1999);
 }
 
@@ -356,7 +379,43 @@ TEST(SheetNameChanges, FollowRenamedSheets) {
               "79000000"
               "05000000"
               "2700226f270021000000");
-    changed(0x01B8, head + "02000000 99000000" + strings);
+    const std::string elsewhere = head + "02000000 99000000" + strings;
+    EXPECT_EQ(changed(0x01B8, elsewhere), digits_of(bytes_of(elsewhere)));
+}
+
+TEST(RewriteFormulas, FindsThemInEveryRecord) {
+    biff::TokenChanges changes;
+    changes.extern_sheet = [](std::uint16_t) { return std::optional<std::uint16_t>(3); };
+    const std::string reference = "5a 0000 05000200",
+                      object = "0e00 0700 00000000" + reference + "00";
+    const std::pair<std::uint16_t, std::string> records[] = {
+        {0x06, "0000 0000 0000 0000000000000840 0000 00000000 0700" + reference},
+        {0x04BC, "0000 0100 00 00 00 02 0700" + reference},
+        {0x0221, "0000 0100 00 00 0000 00000000 0700" + reference},
+        {0x1051, "01 02 0000 0000 0700" + reference},
+        {0x01B1, "01 01 0700 0700 ffffffff" + reference + reference},
+        {0x087A,
+         std::string(24, '0') + "01 01 0700 0000 00000000 0000" + reference + "0700" + reference},
+        {0x087A, std::string(24, '0') + "01 01 0000 0700 02000000 ffff" + reference + "0000"},
+        {0x01BE, "00000000 0100 00 61 0100 01 6100 0100 00 00 0100 00 00 0700 0000" + reference +
+                     "0700 0000" + reference + "0000"},
+        {0x01B6, "1202 0000 000000000000 0000 0000 0000" + object},
+        {0x5D, "1500 1200 0b00 0100" + std::string(28, '0') + "0400" + object + "1400" + object +
+                   "1300 ee1f" + object + "0000"},
+    };
+    for (const auto& [id, digits] : records) {
+        std::string data = bytes_of(digits), expected = digits_of(data);
+        for (std::size_t at = expected.find("5a0000"); at != expected.npos;
+             at = expected.find("5a0000", at))
+            expected.replace(at, 6, "5a0300");
+        rewrite_formulas(id, data, changes);
+        EXPECT_EQ(digits_of(data), expected);
+        for (std::size_t size = 0; size < data.size(); ++size) { // cut ones stay in bounds
+            std::string cut = data.substr(0, size);
+            rewrite_formulas(id, cut, changes);
+            EXPECT_EQ(cut.size(), size);
+        }
+    }
 }
 
 TEST(CopiedSheet, LeavesOutWhatABookHasOnce) {

@@ -29,6 +29,9 @@ TEST(ExitCode, SeparatesKindsOfFailure) {
     } cases[] = {
         {{}, 2, "A command is missing"},
         {{"--wrong", "unknown"}, 2, "no option '--wrong'"},
+        {{"raed", kWeather}, 2, "no command 'raed'; did you mean 'read'?"},
+        {{"read", kWeather, "--wdith", "9"}, 2, "no option '--wdith'; did you mean '--width'?"},
+        {{"help", "sheet", "ad"}, 2, "did you mean 'sheet add'?"},
         {{"read", kWeather, "--to"}, 2, "--to needs exactly one value"},
         {{"read", kWeather, "-r", "A1", "-r", "B2"}, 2, "--range needs exactly one value"},
         {{"read", kWeather, "surplus"}, 2, "'zxsheet read --help'"},
@@ -170,6 +173,15 @@ TEST(Help, IsNotAFailure) {
         EXPECT_NE(outcome.out.find("zxsheet"), std::string::npos);
     }
     EXPECT_NE(run_program({"read", "--help"}).out.find("--merged-columns"), std::string::npos);
+    EXPECT_EQ(run_program({"help", "sheet", "add"}).out,
+              run_program({"sheet", "add", "--help"}).out);
+    EXPECT_EQ(run_program({"help"}).out, run_program({"--help"}).out);
+    for (const char* kind : {"--man", "--bash", "--zsh", "--fish"}) {
+        const std::string text = run_program({"help", kind}).out;
+        for (const char* word : {"unprotect", "cells.jsonl", "google", "merged"})
+            EXPECT_TRUE(kind == std::string("--man") || text.find(word) != std::string::npos)
+                << kind << word;
+    }
 }
 
 } // namespace

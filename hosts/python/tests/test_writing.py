@@ -33,6 +33,7 @@ STRUCTURED = np.array([(1, "x"), (2, "y")], [("n", "i4"), ("t", "U3")])
     (np.array([[1, 2]], ">f4"), [[1, 2]]),
     (np.array([True, False]), [[True], [False]]),
     (np.ma.MaskedArray([1, 2, 3], mask=[0, 1, 0]), [[1], [None], [3]]),
+    (np.ma.MaskedArray([[1.5, 2.5]], mask=[[1, 0]]), [[None, 2.5]]),
     (STRUCTURED, [["n", "t"], [1, "x"], [2, "y"]]),
     ({"d": np.array(["2024-03-01", "NaT"], "datetime64[D]")}, [["d"], [datetime.datetime(2024, 3, 1)], [None]]),
     ({"a": [1, "x", None, True, DAY], "b": range(5)}, [["a", "b"], [1, 0], ["x", 1], [None, 2], [True, 3], [DAY, 4]]),

@@ -67,7 +67,7 @@ def read(source, sheet=None, range=None, header=True, types=None, missing=(), dr
              merged across columns and across rows
 
     A `CoercionWarning` says which cells could not be taken as they are. Columns without a name are
-    called "Column1" ..., a name that comes again gets "_2" ...
+    called "column1" ..., a name that comes again gets ".1" ...
 
     >>> table = zx.read(example("weather.xlsx"), sheet="Readings", range="A1:E6")
     >>> table["Station"]
