@@ -11,7 +11,7 @@ import re
 import sys
 import threading
 from typing import NamedTuple
-from urllib.parse import urlsplit
+from urllib.parse import parse_qsl, urlsplit
 
 from google_emulator.methods import find_method
 from google_emulator.errors import NoSuchPath, ServiceError
@@ -154,6 +154,8 @@ class Replay:
             path = re.sub(r"[-_A-Za-z0-9]{40,}", "ID", url.path)
             kind = f"{exchange['method']} {path}"
             return Outcome(exchange, kind, "not served: " + kind)
+        if method.name == "drive.files.list" and "name" not in dict(parse_qsl(url.query)).get("q", ""):
+            return Outcome(exchange, method.name, "a list with files of others")
         kinds = request_kinds(method, exchange["req_body"])
         kind = "+".join(kinds)
         unserved = [name for name in kinds if name in MESSAGES["Request"]

@@ -52,7 +52,8 @@ def _time(moment):
     return moment.strftime("%Y-%m-%dT%H:%M:%S.") + f"{moment.microsecond // 1000:03d}Z"
 
 
-_CLAUSE = re.compile(r"""\s*(name|mimeType|trashed)\s*=\s*(?:'((?:[^'\\]|\\.)*)'|(true|false))\s*(?:and|$)""")
+_CLAUSE = re.compile(r"""\s*(name|mimeType|trashed)\s*=\s*"""
+                     r"""(?:'((?:[^'\\]|\\.)*)'|"((?:[^"\\]|\\.)*)"|(true|false))\s*(?:and|$)""")
 
 
 def list_files(drive, call):
@@ -62,7 +63,8 @@ def list_files(drive, call):
         clause = _CLAUSE.match(query, position)
         if not clause:
             raise drive_error(400, "Invalid Value", "invalid", "q", "parameter")
-        wanted[clause.group(1)] = re.sub(r"\\(.)", r"\1", clause.group(2) or "") or clause.group(3)
+        text = clause.group(2) if clause.group(2) is not None else clause.group(3)
+        wanted[clause.group(1)] = clause.group(4) if text is None else re.sub(r"\\(.)", r"\1", text)
         position = clause.end()
     found = [entry for entry in drive.files.values() if _is_visible(entry, call)
              and wanted.get("name") in (None, entry.name) and wanted.get("mimeType") in (None, entry.mime_type)
@@ -70,7 +72,7 @@ def list_files(drive, call):
     if call.query.get("orderBy") == "modifiedTime desc":
         found.sort(key=lambda entry: entry.modified, reverse=True)
     return Reply(body={"kind": "drive#fileList", "incompleteSearch": False,
-                       "files": [_resource(entry, call) for entry in found[:call.query.get("pageSize", 100)]]})
+                       "files": [_resource(entry, call) for entry in found[:int(call.query.get("pageSize", 100))]]})
 
 
 def _is_visible(entry, call):
