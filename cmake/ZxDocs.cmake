@@ -7,7 +7,7 @@ if(NOT ZX_DOXYGEN)
 endif()
 get_target_property(headers zxspreadsheet ZX_PUBLIC_HEADER_FILES)
 set(doxygen_input ${headers} README.md CHANGELOG.md docs/abi.md docs/architecture.md docs/automation.md
-  docs/google.md docs/saving.md)
+  docs/google.md docs/python.md docs/saving.md)
 list(JOIN doxygen_input " " doxygen_input)
 set(output ${PROJECT_SOURCE_DIR}/build/docs)
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/Doxyfile CONTENT [[

@@ -80,7 +80,7 @@ struct Column {
 
 /// What became of cells that a column cannot have as they are.
 enum class Coercion : std::uint8_t {
-    error_dropped,     ///< an error cell, such as #DIV/0!, is missing
+    error_dropped,     ///< an error cell, such as `#DIV/0!`, is missing
     converted,         ///< a value of another type was converted to the type asked for
     not_convertible,   ///< a value that is not of the type asked for is missing
     no_such_date,      ///< serial 60 is 1900-02-29, a day that never was: read as 1900-02-28
