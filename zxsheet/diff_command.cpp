@@ -140,7 +140,7 @@ class Comparison {
 std::vector<Selection> worksheets(const BookLocation& location, const std::string& wanted) {
     const auto book = open_book(location);
     std::vector<Selection> sheets;
-    const std::size_t only = wanted.empty() ? 0 : find_sheet(*book, location, wanted);
+    const std::size_t only = wanted.empty() ? 0 : find_sheet(book, location, wanted);
     for (std::size_t i = 0; i < book->num_sheets(); ++i) {
         if (book->sheet_type(i) == sheet::type::chart || (!wanted.empty() && i != only)) continue;
         Selection selection;
