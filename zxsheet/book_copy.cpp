@@ -7,6 +7,7 @@
 #include "zxsheet/cell_patch.h"
 #include "zxsheet/cell_text.h"
 #include "zxsheet/command_error.h"
+#include "zxsheet/online_cells.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -30,6 +31,7 @@ void copy_values(const Selection& selection, const IBook& target, ISheet& sheet)
     check_limits(selection, target);
     std::vector<CellValue> cells;
     for_each_block(selection, [&](const Range& block) {
+        fetch_ahead(selection, block.first_row);
         Selection part = selection;
         part.range = block;
         cells.clear();

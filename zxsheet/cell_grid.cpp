@@ -363,14 +363,18 @@ void for_each_block(const Selection& selection,
 void for_each_cell(const Selection& selection, const CellVisitor& visit) {
     if (online_sheet(selection.sheet) != nullptr) {
         // Empty cells cost nothing there, requests do.
-        int row = selection.range.first_row;
-        for_each_row(
-            selection, {}, Content::Values, [&](const std::vector<const CellValue*>& cells) {
-                for (std::size_t i = 0; i < cells.size(); ++i)
-                    if (cells[i]->type != cell_type::empty)
-                        visit(row, selection.range.first_column + static_cast<int>(i), *cells[i]);
-                ++row;
-            });
+        Selection filled = selection;
+        filled.range = common_range(selection.range, selection.sheet->used_range());
+        if (filled.range.last_row < filled.range.first_row ||
+            filled.range.last_column < filled.range.first_column)
+            return;
+        int row = filled.range.first_row;
+        for_each_row(filled, {}, Content::Values, [&](const std::vector<const CellValue*>& cells) {
+            for (std::size_t i = 0; i < cells.size(); ++i)
+                if (cells[i]->type != cell_type::empty)
+                    visit(row, filled.range.first_column + static_cast<int>(i), *cells[i]);
+            ++row;
+        });
         return;
     }
     Selection part = selection;

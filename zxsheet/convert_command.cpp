@@ -8,6 +8,7 @@
 #include "zxsheet/book_copy.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
+#include "zxsheet/online_cells.h"
 #include "zxsheet/output_format.h"
 #include "zxsheet/save_book.h"
 #include "zxsheet/wording.h"
@@ -40,6 +41,7 @@ Selection select_sheet(const std::shared_ptr<IBook>& book, std::size_t index) {
     selection.book = book;
     selection.sheet = book->sheet(index);
     selection.sheet_name = sheet_name(*book, index);
+    selection.sheet_index = index;
     selection.range = filled_range(*selection.sheet);
     return selection;
 }
@@ -74,6 +76,7 @@ std::string file_name(const std::u16string& sheet) {
 std::string convert_each_sheet(const ConvertOptions& options, ChangeTools& tools) {
     const TextFormat format = options.to.value_or(TextFormat::Csv);
     const auto book = open_book(options.book);
+    learn_used_ranges(book);
     std::error_code failure;
     std::filesystem::create_directories(native_path(options.folder), failure);
     if (failure)
@@ -106,6 +109,7 @@ std::string convert_relative(const BookLocation& target, const ConvertOptions& o
 std::string convert_values(const BookLocation& target, const ConvertOptions& options,
                            ChangeTools& tools) {
     const auto book = open_book(options.book);
+    learn_used_ranges(book);
     const auto made = make_book(target, 0);
     std::uint64_t sheets = 0;
     for (std::size_t i = 0; i < book->num_sheets(); ++i) {

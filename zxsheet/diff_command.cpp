@@ -14,6 +14,7 @@
 #include "zxsheet/command_table.h"
 #include "zxsheet/json_text.h"
 #include "zxsheet/library_error.h"
+#include "zxsheet/online_cells.h"
 #include "zxsheet/output_format.h"
 #include "zxsheet/wording.h"
 
@@ -48,6 +49,7 @@ class SheetRows {
     Cells read(int first_row, int last_row) const {
         Cells cells;
         if (selection_ == nullptr) return cells;
+        fetch_ahead(*selection_, first_row);
         Selection rows = *selection_;
         rows.range = {first_row, 0, last_row, INT_MAX - 1};
         for_each_cell(rows, [&cells](int row, int column, const CellValue& cell) {
@@ -139,6 +141,7 @@ class Comparison {
 /// The worksheets of a book by their names, in its order.
 std::vector<Selection> worksheets(const BookLocation& location, const std::string& wanted) {
     const auto book = open_book(location);
+    learn_used_ranges(book);
     std::vector<Selection> sheets;
     const std::size_t only = wanted.empty() ? 0 : find_sheet(book, location, wanted);
     for (std::size_t i = 0; i < book->num_sheets(); ++i) {
@@ -148,6 +151,7 @@ std::vector<Selection> worksheets(const BookLocation& location, const std::strin
         selection.sheet = book->sheet(i);
         selection.sheet_index = i;
         selection.sheet_name = sheet_name(*book, i);
+        selection.sheet_index = i;
         sheets.push_back(std::move(selection));
     }
     if (sheets.empty() && !wanted.empty())

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 
 #include "foundation/unicode.h"
 #include "spreadsheet/online.h"
@@ -35,6 +36,12 @@ CommandError no_such_range(const std::string& text, const Selection& selection,
     return {ExitCode::NotFound, location.text() + ": There is no range '" + text + "' on sheet '" +
                                     unicode::to_utf8(selection.sheet_name) + "' and no name '" +
                                     text + "' in the spreadsheet."};
+}
+
+bool contains(const Range& outer, const Range& inner) {
+    return inner.count() > 0 && outer.first_row <= inner.first_row &&
+           outer.first_column <= inner.first_column && outer.last_row >= inner.last_row &&
+           outer.last_column >= inner.last_column;
 }
 
 } // namespace
@@ -81,6 +88,26 @@ void check_in_grid(const Selection& selection, const BookLocation& location) {
                            counted(static_cast<std::uint64_t>(grid.columns), "column") + ".");
 }
 
+void learn_used_ranges(const std::shared_ptr<IBook>& book) {
+    OnlineBook* const online = online_book(book);
+    if (online == nullptr) return;
+    std::vector<std::size_t> indices(book->num_sheets());
+    std::iota(indices.begin(), indices.end(), std::size_t{0});
+    online->used_ranges(indices);
+}
+
+void fetch_ahead(const Selection& selection, int row) {
+    if (online_sheet(selection.sheet) == nullptr) return;
+    Selection rest = selection;
+    rest.range = selection.sheet->used_range();
+    rest.range.first_row = std::max(row, rest.range.first_row);
+    const bool is_there = selection.fetched && row >= selection.fetched->range.first_row &&
+                          row <= selection.fetched->range.last_row;
+    if (is_there || rest.range.count() <= 0) return;
+    fetch_block(rest, online_row_blocks(rest).front());
+    selection.fetched = rest.fetched;
+}
+
 std::vector<RowBlock> online_row_blocks(const Selection& selection) {
     const Range& whole = selection.range;
     const Range inside = range_in_grid(selection, whole);
@@ -100,7 +127,7 @@ const FetchedCells& fetch_block(const Selection& selection, const RowBlock& bloc
         selection, {block.first_row, whole.first_column, block.last_row, whole.last_column});
     if (!selection.fetched) selection.fetched = std::make_shared<FetchedCells>();
     FetchedCells& fetched = *selection.fetched;
-    if (fetched.range == wanted) return fetched;
+    if (fetched.range == wanted || contains(fetched.range, wanted)) return fetched;
     fetched = {}; // also while the next cells come: both would be a lot
     const bool is_empty =
         wanted.last_row < wanted.first_row || wanted.last_column < wanted.first_column;

@@ -24,6 +24,10 @@ spreadsheet::Range find_online_range(const std::string& text, Selection& selecti
 /// The used range of the selection's sheet, by one request.
 spreadsheet::Range used_online_range(const Selection& selection);
 
+/// Asks for the used ranges of all sheets of a spreadsheet online by one request; the sheets then
+/// have them. Does nothing for other books.
+void learn_used_ranges(const std::shared_ptr<spreadsheet::IBook>& book);
+
 /// Throws `CommandError` that says how large the grid is when the selection's range begins outside.
 void check_in_grid(const Selection& selection, const BookLocation& location);
 
@@ -41,6 +45,11 @@ struct RowBlock {
 
 /// The blocks of rows that are fetched by one request each.
 std::vector<RowBlock> online_row_blocks(const Selection& selection);
+
+/// Fetches the used cells from a row on, as many rows as one request may have, so that reads of
+/// some of them need none. Does nothing for a row that was fetched, and for books that are not
+/// online.
+void fetch_ahead(const Selection& selection, int row);
 
 /// The cells of a block as far as they are in the grid. They are kept with the selection, and by
 /// its sheet for reads, until another block is fetched.

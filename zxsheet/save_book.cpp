@@ -131,13 +131,14 @@ void check_done(const std::shared_ptr<IBook>& book, const BookOptions& options) 
 
 std::string save_changes(const std::shared_ptr<IBook>& book, const BookOptions& options,
                          ChangeTools& tools, const std::string& done, Origin origin) {
-    if (options.book.is_online()) return options.book.text() + ": " + done; // saved already
+    if (online_book(book) != nullptr) return options.book.text() + ": " + done; // saved already
     const std::string& target = save_target(options);
     tools.progress.set_text("Saving " + target);
     const bool is_stream = target == kStream;
     is_stream ? save_to_stream(book, tools.out) : save_book(book, unicode::to_utf16(target));
     if (is_stream) return "standard output: " + done + "; " + parts_text(last_save(book), origin);
-    if (!options.book.is_file()) return target + ": " + done; // the application counts no parts
+    const bool has_parts = options.book.kind() != BookLocation::Kind::Application;
+    if (!has_parts) return target + ": " + done; // the application counts none
     return target + ": " + done + "; " + parts_text(last_save(book), origin);
 }
 
