@@ -230,6 +230,7 @@ TEST_F(EmulatedBook, FitsTheGrid) {
     };
     const cell_type number = cell_type::number;
     Cells cells{{u"1"}};
+    EXPECT_TRUE(sheet->is_range_writeable({29, 6, 29, 6})) << "beyond the grid";
     sheet->write({29, 6, 29, 6}, &number, cells.provider(), true);
     EXPECT_EQ(size(), (std::vector<std::int64_t>{30, 7}));
     sheet->write({29, 6, 29, 6}, &number, cells.provider(), false);
