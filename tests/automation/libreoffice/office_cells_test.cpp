@@ -58,6 +58,16 @@ TEST_F(OfficeTest, NamesErrors) {
     EXPECT_EQ(cells_of(*book->sheet(0), {0, 0, 9, 0}), expected);
 }
 
+TEST_F(OfficeTest, TakesFormatsForNoContents) {
+    const std::string red = "<row r='1'><c r='A1' s='3'/></row>";
+    const auto book = open(one_sheet_book(red + "<row r='3'><c r='C3' s='4'><v>2.5</v></c></row>"
+                                                "<row r='5'><c r='B5'><v>1</v></c></row>"
+                                                "<row r='9'><c r='F9' s='3'/></row>"));
+    EXPECT_EQ(range_string(book->sheet(0)->used_range()), u"B3:C5");
+    EXPECT_THAT(cells_of(*book->sheet(0), {2, 2, 2, 2}), ElementsAre("number 2.5"));
+    EXPECT_EQ(open(one_sheet_book(red), "red.xlsx")->sheet(0)->used_range().count(), 0);
+}
+
 TEST_F(OfficeTest, ReadsWhatTheFileBackEndReads) {
     for (const char* name : {"numbers.xlsx", "number_formats.xlsx", "far_cell.xlsx",
                              "merged_regions.xlsx", "many_rows.xlsx", "empty_sheet.xlsx"}) {
