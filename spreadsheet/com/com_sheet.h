@@ -23,8 +23,8 @@ class RangeValues;
 /// merged-cell rules.
 ///
 /// Conversions: a number is read as a date by its serial number, a date as a number by its raw
-/// serial number; numbers and dates as text in the shortest form, booleans as TRUE and FALSE. What
-/// cannot be converted is NaN, false or the empty text.
+/// serial number; numbers and dates as text in the shortest form, booleans as TRUE and FALSE,
+/// errors as "#DIV/0!" and the like. What cannot be converted is NaN, false or the empty text.
 class COMSheet : public SheetWithoutRules {
   public:
     /// `format` gives the limits of ranges.
