@@ -301,7 +301,7 @@ CredentialDescription describe_credential() {
     const Source source = find_source(now);
     if (source.kind == SourceKind::file && file_at(now, source.where).is_open_to_others)
         description.note = "Other users of this machine can read the file; take the permission "
-                           "away (chmod 600).";
+                           "away (chmod 600, on Windows icacls).";
     return description;
 }
 
