@@ -13,7 +13,8 @@ class SeparatedFormat final : public OutputFormat {
     SeparatedFormat(const PrintStyle& style, const SeparatedOptions& options)
         : style_(style),
           options_(options),
-          has_plain_numbers_(!style.text.decimal_comma && options.separator == ','),
+          is_usual_(options.separator == '\t' || options.separator == ';' ||
+                    (options.separator == ',' && !style.text.decimal_comma)),
           special_(special_bytes(options.separator)),
           special_when_single_(special_) {
         // A line without a comma but with semicolons is taken to be separated by them.
@@ -41,17 +42,22 @@ class SeparatedFormat final : public OutputFormat {
     /// `field` is room that is used again.
     void append_cell(std::string& line, std::string& field, const CellValue& cell,
                      const ByteSet& special) const {
-        if (cell.type == cell_type::number && has_plain_numbers_)
-            return append_text(line, cell, style_.text);
+        if (is_usual_ && is_plain(cell)) return append_text(line, cell, style_.text);
         if (cell.type == cell_type::text) return append_field(line, cell.text, special);
         field.clear();
         append_text(field, cell, style_.text);
         append_field(line, field, special);
     }
 
+    /// Whether the cell's text consists of what no usual separator is.
+    bool is_plain(const CellValue& cell) const {
+        return cell.type == cell_type::number || cell.type == cell_type::boolean ||
+               (cell.type == cell_type::date && style_.text.dates != TextStyle::Dates::Pattern);
+    }
+
     const PrintStyle style_;
     const SeparatedOptions options_;
-    const bool has_plain_numbers_; ///< which need no quotes
+    const bool is_usual_; ///< the separator, which no number has in it
     const ByteSet special_;
     ByteSet special_when_single_; ///< in a row of one field
 };
