@@ -49,7 +49,7 @@ CellValue& take_next(void* context) {
 }
 
 void put_text(void* context, const std::u16string& text) {
-    take_next(context).text = foundation::unicode::to_utf8(text);
+    foundation::unicode::assign_utf8(take_next(context).text, text);
 }
 void put_number(void* context, double value) {
     take_next(context).number = value;
