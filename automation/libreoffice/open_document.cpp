@@ -7,6 +7,7 @@
 #include <com/sun/star/container/XIndexAccess.hpp>
 #include <com/sun/star/container/XNamed.hpp>
 #include <com/sun/star/frame/XModel.hpp>
+#include <com/sun/star/frame/XStorable.hpp>
 #include <com/sun/star/sheet/XCellRangeAddressable.hpp>
 #include <com/sun/star/sheet/XSheetCellRanges.hpp>
 #include <com/sun/star/sheet/XSpreadsheets.hpp>
@@ -53,6 +54,10 @@ bool OpenDocument::counts_from_1904() {
 }
 
 // --- Sheets
+
+bool OpenDocument::is_read_only() const {
+    return as<css::frame::XStorable>(document_)->isReadonly();
+}
 
 std::shared_ptr<DocumentSheet> OpenDocument::make_sheet(int place) const {
     auto sheet = std::make_shared<DocumentSheet>();

@@ -58,6 +58,8 @@ class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
     /// Whether it was read from a binary file, whose boolean cells the application does not know
     /// as such.
     bool loses_booleans() const { return loses_booleans_; }
+    /// Whether the file asks to be opened for reading; its list of sheets cannot be changed then.
+    bool is_read_only() const;
 
     /// The sheets in their order.
     const std::vector<std::shared_ptr<DocumentSheet>>& sheets() const { return sheets_; }
