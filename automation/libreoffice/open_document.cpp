@@ -93,6 +93,7 @@ void OpenDocument::remove_sheet(const DocumentSheet& sheet) {
     if (sheets_.size() == 1) throw Refusal{DISP_E_EXCEPTION};
     document_->getSheets()->removeByName(to_uno(sheet.name));
     sheets_.erase(sheets_.begin() + place);
+    forget_errors();
 }
 
 void OpenDocument::move_sheet(const DocumentSheet& sheet, const DocumentSheet& next) {
@@ -122,7 +123,13 @@ css::table::CellRangeAddress OpenDocument::address_of(const DocumentCells& cells
             cells.area.first_row, cells.area.last_column, cells.area.last_row};
 }
 
-// --- Formats
+// --- Errors and formats
+
+std::int32_t OpenDocument::error_of(const DocumentSheet& sheet, int row, int column) {
+    const auto [entry, is_new] = errors_.try_emplace({&sheet, row, column}, 0);
+    if (is_new) entry->second = sheet.cells->getCellByPosition(column, row)->getError();
+    return entry->second;
+}
 
 const FormatMap& OpenDocument::formats_of(const DocumentCells& cells) {
     std::optional<FormatMap>& known = cells.sheet->formats;
