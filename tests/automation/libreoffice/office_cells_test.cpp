@@ -56,7 +56,7 @@ TEST_F(OfficeTest, NamesErrors) {
     }
     const auto book = open(one_sheet_book(rows));
     EXPECT_EQ(cells_of(*book->sheet(0), {0, 0, 9, 0}), expected);
-    enter(*book->sheet(0), {0, 1, 0, 1}, {"text a"});
+    enter(*book->sheet(0), {0, 1, 0, 1}, {"text a"}, true);
     EXPECT_THAT(cells_of(*book->sheet(0), {0, 0, 0, 0}), ElementsAre("error #VALUE!"));
     book->sheet(0)->clear(Cell{0, 1});
     EXPECT_THAT(cells_of(*book->sheet(0), {0, 0, 0, 0}), ElementsAre("error #DIV/0!"));
