@@ -5,10 +5,13 @@
 
 #include <algorithm>
 
+#include "foundation/case_folding.h"
 #include "foundation/unicode.h"
 #include "workbook/cells/sheet_facts.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_tokens.h"
 #include "workbook/xlsx/reading/shared_strings.h"
 #include "workbook/xlsx/reading/sheet_tables.h"
 #include "workbook/xlsx/reading/styles_reader.h"
@@ -47,6 +50,38 @@ int BookContents::index_of(const SheetEntry& sheet) const {
     const auto found = std::find_if(workbook.sheets.begin(), workbook.sheets.end(),
                                     [&sheet](const auto& entry) { return entry.get() == &sheet; });
     return static_cast<int>(found - workbook.sheets.begin());
+}
+
+std::optional<std::string> BookContents::missing_in(std::string_view formula) {
+    using foundation::unicode::equal_ignoring_case;
+    std::optional<std::string> missing;
+    const auto look_up = [&missing](const char* what, std::string_view name, const auto& known) {
+        const std::u16string wanted = foundation::unicode::to_utf16(name);
+        const bool is_known = std::any_of(known.begin(), known.end(), [&](const auto& other) {
+            return equal_ignoring_case(other, wanted);
+        });
+        if (!is_known && !missing) missing = std::string(what) + " \"" + std::string(name) + '"';
+    };
+    if (formula.find('!') != std::string_view::npos) {
+        std::vector<std::u16string_view> known;
+        for (const auto& entry : workbook.sheets)
+            known.push_back(entry->name);
+        rename_sheets(formula, [&](std::string_view name) -> std::optional<std::string> {
+            look_up("sheet", name, known);
+            return std::string(name);
+        });
+    }
+    if (formula.find('[') == std::string_view::npos) return missing;
+    std::vector<std::u16string> tables;
+    for (NamedCells& named : named_cells())
+        if (named.is_table) tables.push_back(std::move(named.name));
+    FormulaTokenizer tokenizer(formula);
+    for (FormulaToken token = tokenizer.next(); !token.text.empty(); token = tokenizer.next()) {
+        const std::size_t bracket = token.text.find('[');
+        if (token.kind == FormulaTokenKind::Name && bracket != std::string_view::npos)
+            look_up("table", token.text.substr(0, bracket), tables);
+    }
+    return missing;
 }
 
 void BookContents::need_formats() {

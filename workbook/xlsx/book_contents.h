@@ -58,6 +58,8 @@ struct BookContents final : LoadedBook {
     std::vector<NamedCells> named_cells() override;
     /// The index of a sheet of this book.
     int index_of(const SheetEntry& sheet) const;
+    /// A sheet or a table that the formula names and the book does not have: `sheet "Data"`.
+    std::optional<std::string> missing_in(std::string_view formula);
 
     // Changes; they throw `Error` and have changed nothing then.
     void rename_sheet(SheetEntry& sheet, std::u16string_view name);

@@ -5,6 +5,7 @@
 
 #include <new>
 
+#include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
 #include "workbook/xlsx/reading/formula_reader.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
@@ -58,6 +59,16 @@ bool XlsxSheet::visit_formulas(int first_row, int last_row, const FormulaVisitor
     } catch (const Error& error) {
         return fail(error.kind(), error.what());
     }
+}
+
+// Applications refuse a file with a formula that they cannot read.
+bool XlsxSheet::write_formula(int row, int column, std::string_view formula, const Format* format) {
+    if (const std::string problem = formula_problem(formula); !problem.empty())
+        return fail(ErrorKind::Refused, cell_name(row, column) + ": " + problem);
+    if (const auto missing = contents_.missing_in(formula))
+        return fail(ErrorKind::Missing, cell_name(row, column) + ": the formula refers to a " +
+                                            *missing + ", which the workbook does not have");
+    return keep_formula(row, column, formula, format);
 }
 
 template <class Change>
