@@ -64,6 +64,7 @@ BookLocation BookLocation::online(const std::string& text) {
 
 void BookLocation::set_text(const std::string& text) {
     text_ = text;
+    file_.clear();
     is_online_ = text.starts_with(kOnlinePrefix);
     id_ = is_online_ ? text.substr(kOnlinePrefix.size()) : std::string();
     sheet_id_.reset();

@@ -31,6 +31,8 @@ class BookLocation {
     static BookLocation online(const std::string& text);
 
     void set_text(const std::string& text);
+    /// Opens the file as `other` is opened.
+    void use_mode_of(const BookLocation& other) { wants_application_ = other.wants_application_; }
     /// A copy of the book is in this file; messages call it `name`.
     void set_file(const std::string& path, const std::string& name) {
         text_ = name;

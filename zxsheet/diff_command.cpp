@@ -168,10 +168,12 @@ const Selection* find_sheet_of(const std::vector<Selection>& sheets, const std::
 
 /// Failures name the other book.
 std::vector<Selection> other_worksheets(const DiffOptions& options) {
+    BookLocation other = options.other;
+    other.use_mode_of(options.book);
     try {
-        return worksheets(options.other, options.sheet);
+        return worksheets(other, options.sheet);
     } catch (const Exception& e) {
-        throw command_error(e.id(), failure_of(e), {options.other, {}});
+        throw command_error(e.id(), failure_of(e), {other, {}});
     }
 }
 

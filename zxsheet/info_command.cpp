@@ -6,12 +6,14 @@
 #include <exception>
 #include <numeric>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "foundation/unicode.h"
 #include "zxsheet/book_access.h"
 #include "zxsheet/command_table.h"
 #include "zxsheet/json_text.h"
+#include "zxsheet/several_books.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -23,6 +25,7 @@ using foundation::unicode::to_utf8;
 struct InfoOptions : BookOptions {
     bool json = false;
     bool all_cells = false;
+    std::vector<std::string> more;
 };
 
 /// What there is to say about a sheet; only a worksheet has more than a name.
@@ -223,8 +226,10 @@ void write_plain_info(const BookInfo& info, const InfoOptions& options, OutputSi
     }
 }
 
-void run_info(const InfoOptions& options, OutputSink& out) {
+/// A sheet that cannot be read is reported once the others have been described.
+void write_info(const InfoOptions& options, bool is_first, OutputSink& out) {
     BookInfo info = describe_book(options);
+    if (!is_first && !options.json) out.write('\n');
     if (info.named) // a damaged file may name sheets that it does not have
         std::erase_if(*info.named, [&info](const NamedRange& named) {
             return named.sheet >= info.sheets.size() ||
@@ -233,8 +238,23 @@ void run_info(const InfoOptions& options, OutputSink& out) {
     options.json ? write_json_info(info, options, out) : write_plain_info(info, options, out);
     const std::exception_ptr failure = first_failure(info);
     if (!failure) return;
-    out.finish(); // the other sheets have been described
+    if (options.more.empty()) out.finish();
     std::rethrow_exception(failure);
+}
+
+void run_info(const InfoOptions& options, OutputSink& out) {
+    bool is_first = true;
+    for_each_book(options, options.more, out, [&](const BookLocation& book) {
+        InfoOptions own = options;
+        own.book = book;
+        const bool was_first = std::exchange(is_first, false);
+        try {
+            write_info(own, was_first, out);
+        } catch (const std::exception&) {
+            is_first = was_first && out.is_empty();
+            throw;
+        }
+    });
 }
 
 } // namespace
@@ -242,7 +262,9 @@ void run_info(const InfoOptions& options, OutputSink& out) {
 Command info_command() {
     const auto options = std::make_shared<InfoOptions>();
     return reading_command("info", "Format, date system, sheets, names and tables of a book",
-                           options, {all_cells_flag(options->all_cells), json_flag(options->json)},
+                           options,
+                           {more_books_argument(options->more), all_cells_flag(options->all_cells),
+                            json_flag(options->json)},
                            run_info);
 }
 

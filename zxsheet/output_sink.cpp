@@ -13,6 +13,7 @@ namespace zxsheet {
 namespace {
 
 constexpr std::size_t kPieceBytes = 1 << 16;
+constexpr const char* kNotWritten = "It cannot be written; the disk may be full.";
 
 /// Lines are long, and a search passes over them many bytes at a time.
 std::uint64_t count_lines(std::string_view text) {
@@ -38,7 +39,7 @@ void OutputSink::finish() {
         file_.close();
     else
         out_.flush();
-    if (!file_ || !out_) fail();
+    if (!file_ || !out_) fail(kNotWritten);
 }
 
 std::string OutputSink::break_off_text() const {
@@ -51,21 +52,20 @@ void OutputSink::flush() {
     if (before_first_) std::exchange(before_first_, nullptr)();
     if (!file_name_.empty() && !file_.is_open()) {
         file_.open(native_path(file_name_), std::ios::binary | std::ios::trunc);
-        if (!file_)
-            throw CommandError(ExitCode::NotWritten, file_name_ + ": The file cannot be made.");
+        if (!file_) fail("The file cannot be made.");
     }
     std::ostream& target = file_.is_open() ? file_ : out_;
     target.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
     sent_bytes_ += buffer_.size();
     sent_lines_ += count_lines(buffer_);
     buffer_.clear();
-    if (!target) fail();
+    if (!target) fail(kNotWritten);
 }
 
-void OutputSink::fail() const {
+void OutputSink::fail(const char* what) {
+    has_failed_ = true;
     const std::string name = file_name_.empty() ? "standard output" : file_name_;
-    throw CommandError(ExitCode::NotWritten,
-                       name + ": It cannot be written; the disk may be full.");
+    throw CommandError(ExitCode::NotWritten, name + ": " + what);
 }
 
 } // namespace zxsheet

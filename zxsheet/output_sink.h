@@ -35,6 +35,11 @@ class OutputSink {
     std::size_t terminal_width() const { return file_name_.empty() ? terminal_width_ : 0; }
     void set_terminal_width(std::size_t width) { terminal_width_ = width; }
 
+    /// Whether nothing has been written.
+    bool is_empty() const { return sent_bytes_ == 0 && buffer_.empty(); }
+    /// Whether the file or stream has refused something.
+    bool has_failed() const { return has_failed_; }
+
     /// Writes what is left. Throws `Failure` when the file or stream does not take it.
     void finish();
 
@@ -43,7 +48,7 @@ class OutputSink {
 
   private:
     void flush();
-    [[noreturn]] void fail() const;
+    [[noreturn]] void fail(const char* what);
 
     std::ostream& out_;
     std::string file_name_;
@@ -55,6 +60,7 @@ class OutputSink {
     std::vector<std::string> notes_;
     std::size_t terminal_width_ = 0;
     int exit_code_ = 0;
+    bool has_failed_ = false;
 };
 
 } // namespace zxsheet

@@ -6,7 +6,9 @@
 
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
+#include "zxsheet/json_text.h"
 #include "zxsheet/output_format.h"
+#include "zxsheet/several_books.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -31,15 +33,16 @@ struct ReadOptions : BookOptions {
     bool has_header = false;
     bool all_cells = false;
     bool formulas = false;
+    std::vector<std::string> more;
 
     Bounds bounds() const { return all_cells ? Bounds::Used : Bounds::Filled; }
 };
 
 /// Writing over the book that is being read would destroy it.
-void refuse_own_book(const ReadOptions& options) {
+void refuse_own_book(const ReadOptions& options, const BookLocation& book) {
     std::error_code ignored;
     if (!options.output.empty() &&
-        std::filesystem::equivalent(options.book.path(), native_path(options.output), ignored))
+        std::filesystem::equivalent(book.path(), native_path(options.output), ignored))
         throw CommandError(ExitCode::Usage,
                            options.output + ": The output would replace the book itself.");
 }
@@ -108,11 +111,7 @@ void note_missing_results(const Selection& selection, const ReadOptions& options
              "compute them, --formulas prints them.");
 }
 
-void run_read(const ReadOptions& options, OutputSink& out) {
-    refuse_own_book(options);
-    refuse_book_name(options);
-    const Format format = format_of(options);
-    check_options(options, format);
+void print_book(const ReadOptions& options, Format format, OutputSink& out) {
     Selection selection =
         open_selection({options.book, options.sheet, options.range, options.bounds()});
     selection.range = with_repeated_cells(selection, options.style.merged, options.range.empty());
@@ -123,6 +122,67 @@ void run_read(const ReadOptions& options, OutputSink& out) {
                  options.has_header, options.bounds()})
         ->write(selection, out);
     note_missing_results(selection, options, out);
+}
+
+/// What lines of a format begin with that name their book; no value for a format of more than
+/// lines.
+std::optional<LineKind> line_kind(const ReadOptions& options, Format format) {
+    switch (format) {
+    case Format::Csv:
+    case Format::Tsv:
+    case Format::Cells:
+        return LineKind::Separated;
+    case Format::JsonLines:
+        return options.has_header ? LineKind::JsonObject : LineKind::JsonArray;
+    case Format::CellsJson:
+        return LineKind::JsonObject;
+    default:
+        return std::nullopt;
+    }
+}
+
+std::string line_prefix(const ReadOptions& options, Format format, LineKind kind,
+                        const std::string& book) {
+    if (kind == LineKind::JsonArray) return json_string(book);
+    if (kind == LineKind::JsonObject) return "\"file\":" + json_string(book);
+    const char comma = options.style.text.decimal_comma ? ';' : ',';
+    const char separator = format == Format::Csv ? options.delimiter.value_or(comma) : '\t';
+    std::string prefix;
+    append_field(prefix, book, special_bytes(separator));
+    return prefix + separator;
+}
+
+void print_books(const ReadOptions& options, Format format, OutputSink& out) {
+    const std::optional<LineKind> kind = line_kind(options, format);
+    if (!kind)
+        throw CommandError(ExitCode::Usage, "Several books can be read --to csv, tsv, jsonl, cells "
+                                            "and cells.jsonl, whose lines name their book.");
+    ReadOptions own = options;
+    own.separated.has_mark = false;
+    if (options.separated.has_mark) out.write("\xEF\xBB\xBF");
+    for_each_book(options, options.more, out, [&](const BookLocation& book) {
+        refuse_own_book(options, book);
+        own.book = book;
+        LinePrefixer prefixer(out, *kind, line_prefix(options, format, *kind, book.text()));
+        OutputSink lines(prefixer.stream(), {});
+        try {
+            print_book(own, format, lines);
+            lines.finish();
+        } catch (const std::exception&) {
+            if (prefixer.failure()) std::rethrow_exception(prefixer.failure());
+            throw;
+        }
+        for (const std::string& note : lines.notes())
+            out.note(note);
+    });
+}
+
+void run_read(const ReadOptions& options, OutputSink& out) {
+    refuse_own_book(options, options.book);
+    refuse_book_name(options);
+    const Format format = format_of(options);
+    check_options(options, format);
+    options.more.empty() ? print_book(options, format, out) : print_books(options, format, out);
 }
 
 template <class Rule>
@@ -187,7 +247,8 @@ constexpr const char* kFooter =
     "Formats: csv, tsv, json (types and values), jsonl (an array a row), records (objects by\n"
     "the names in the first row), cells or cells.jsonl (one line for each cell that is there),\n"
     "or table. A number that is shown as a time of day or an elapsed time prints as 13:05:00;\n"
-    "JSON keeps the number.";
+    "JSON keeps the number. Of several books each line begins with the book's path, in objects as\n"
+    "the member file; what one of them fails for does not keep the others from being read.";
 
 } // namespace
 
@@ -196,7 +257,8 @@ Command read_command() {
     PrintStyle& style = options->style;
     Command command = reading_command(
         "read", "Cells of a range", options,
-        {sheet_option(options->sheet),
+        {more_books_argument(options->more),
+         sheet_option(options->sheet),
          range_option(options->range, kReadRangeHelp),
          text_format_option(options->to),
          {"--header", "", "The first row has the names: objects in json and jsonl",

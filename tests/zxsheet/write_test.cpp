@@ -278,5 +278,97 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
     EXPECT_FALSE(missing.exists());
 }
 
+TEST(WriteCommand, MakesFormulasWhereAskedTo) {
+    const TemporaryPath book("formulas.xlsx"), copy("copy.xlsx"), old("old.xls");
+    const std::string data = "a,b,sum\n1,2,=A2+B2\n3,=,\"=SUM(A3,B3)&\"\"<\"\"\"\n";
+    sentence({"write", book.text()}, data);
+    EXPECT_EQ(output({"types", book.text(), "-r", "C2:C3"}), "text\ntext\n") << "data stays data";
+    sentence({"write", book.text(), "--replace", "--formulas"}, data);
+    EXPECT_EQ(output({"read", book.text(), "--formulas"}), data);
+    Outcome outcome = run_program({"read", book.text()});
+    EXPECT_EQ(outcome.out, "a,b,sum\n1,2,\n3,=,\n");
+    EXPECT_TRUE(mentions(outcome.err, "2 formulas without a stored result")) << outcome.err;
+    EXPECT_TRUE(mentions(output({"info", book.text()}), "2 formulas, 2 without a result"));
+    // After them, in the columns of their names, without the rows that are left out.
+    sentence({"write", book.text(), "--append", "--header", "--formulas"}, "sum,a\n=A4*2,7\n");
+    sentence({"write", book.text(), "-r", "E1", "--formulas", "--skip", "1"}, "=x y\n=A1\n");
+    EXPECT_EQ(output({"read", book.text(), "--formulas"}),
+              "a,b,sum,,=A1\n1,2,=A2+B2,,\n3,=,\"=SUM(A3,B3)&\"\"<\"\"\",,\n7,,=A4*2,,\n");
+    // What is printed is taken, whatever the format.
+    for (const char* format : {"csv", "tsv", "json", "jsonl", "cells", "cells.jsonl"}) {
+        const std::string printed = output({"read", book.text(), "--formulas", "--to", format});
+        sentence({"write", copy.text(), "--replace", "--formulas", "--from", format}, printed);
+        EXPECT_EQ(output({"read", copy.text(), "--formulas", "--to", format}), printed);
+    }
+    const std::string before = book.bytes();
+    const struct {
+        std::vector<std::string> arguments;
+        const char* input;
+        const char* mentioned;
+    } refusals[] = {
+        {{book.text(), "-r", "B2"}, "1\n2,=1+\n", "'Sheet1'!C3: Not a formula: \"=1+\": "},
+        {{book.text(), "-r", "B2", "--from", "cells"}, "", "--range"},
+        {{book.text(), "--from", "cells"}, "D9\ttext\t=1+\n", "'Sheet1'!D9: \"=1+\": "},
+        {{book.text(), "-r", "B2"},
+         "=Missing!A1\n",
+         "B2: the formula refers to a sheet \"Missing\""},
+        {{book.text(), "-r", "B2"}, "=T[a]\n", "refers to a table \"T\""},
+        {{old.text()}, "=1\n", "convert it to .xlsx"},
+    };
+    for (const auto& refusal : refusals) {
+        std::vector<std::string> arguments{"write", "--formulas"};
+        arguments.insert(arguments.end(), refusal.arguments.begin(), refusal.arguments.end());
+        outcome = run_program(arguments, refusal.input);
+        EXPECT_NE(outcome.code, 0) << refusal.mentioned;
+        EXPECT_TRUE(mentions(outcome.err, refusal.mentioned)) << outcome.err;
+    }
+    EXPECT_EQ(book.bytes(), before);
+    EXPECT_FALSE(old.exists());
+}
+
+TEST(WriteCommand, PutsCellsWhereTheirAddressesAre) {
+    const TemporaryPath book("cells.xlsx"), copy("copy.xlsx");
+    sentence({"write", book.text()}, "1,2,3\n4,5,6\n");
+    EXPECT_TRUE(mentions(sentence({"write", book.text(), "--from", "cells"},
+                                  "B1\tempty\t\nC2\ttext\t\"tab\tand\nline\"\nA3\tdate\t61\n"
+                                  "B3\tdate\t2024-03-01T12:00:00\nC3\tboolean\ttrue\n"
+                                  "XFD9\tnumber\t-01:30:00\n"),
+                         "Wrote 5 cells to 'Sheet1'; "));
+    EXPECT_EQ(output({"read", book.text(), "-r", "A1:C3"}),
+              "1,,3\n4,5,\"tab\tand\nline\"\n1900-03-01,2024-03-01T12:00:00,true\n");
+    EXPECT_EQ(output({"read", book.text(), "-r", "XFD9"}), "-0.0625\n");
+    for (const char* format : {"cells", "cells.jsonl"}) {
+        const std::string printed = output({"read", book.text(), "--to", format});
+        sentence({"write", copy.text(), "--replace", "--from", format}, printed);
+        EXPECT_EQ(output({"read", copy.text(), "--to", format}), printed);
+    }
+    const struct {
+        const char* format;
+        const char* input;
+        const char* mentioned;
+    } wrong[] = {
+        {"cells", "A1\tnumber\t1\nA0\tnumber\t1\n", "Line 2 begins with 'A0', not a cell"},
+        {"cells", "A1:B2\tnumber\t1\n", "not a cell"},
+        {"cells", "XFE1\tnumber\t1\n", "not a cell"},
+        {"cells", "A1\tnumber\n", "no address, type and value"},
+        {"cells", "A1\tnumber\t1e\n", "'1e' that is not of its type"},
+        {"cells", "A1\tnumber\t1::2\n", "not of its type"},
+        {"cells", "A1\tboolean\t1\n", "not of its type"},
+        {"cells", "A1\tdate\tnow\n", "not of its type"},
+        {"cells", "A1\tlist\t1\n", "a type 'list'"},
+        {"cells.jsonl", "{\"cell\":\"A1\",\"type\":\"number\"}", "cell, type and value"},
+        {"cells.jsonl", "[1]", "cell, type and value"},
+        {"cells.jsonl", "{", "Line 1 is not an object"},
+        {"cells.jsonl", "{\"cell\":\"A1\",\"type\":\"text\",\"value\":[]}", "no cell can have"},
+    };
+    const std::string before = book.bytes();
+    for (const auto& c : wrong) {
+        const Outcome outcome = run_program({"write", book.text(), "--from", c.format}, c.input);
+        EXPECT_EQ(outcome.code, 1) << c.input;
+        EXPECT_TRUE(mentions(outcome.err, c.mentioned)) << outcome.err;
+    }
+    EXPECT_EQ(book.bytes(), before);
+}
+
 } // namespace
 } // namespace zxsheet::test
