@@ -215,8 +215,8 @@ TEST(FormulaText, IsWhatApplicationsShow) {
         {"41 3500", nullptr}, // PtgFunc of a number that is none
         {"1e 0100 41 1800", "ABS(1)"},
         {"1e 0100 1e 0200 41 1b00", "ROUND(1,2)"},
-        {"1e 0100 41 1b00", nullptr}, // an argument is missing
-        {"1e 0100 41 0100", nullptr}, // IF takes several numbers of them
+        {"1e 0100 41 1b00", nullptr},         // an argument is missing
+        {"1e 0100 1e 0200 41 0100", nullptr}, // IF takes several numbers of them
         {"1e 0100 16 42 02 0100", "IF(1,)"},
         {"42 00 4a00", "NOW()"},
         {"1e 0100 42 01 0080", nullptr}, // a command
