@@ -126,25 +126,24 @@ void print_book(const ReadOptions& options, Format format, OutputSink& out) {
 
 /// What lines of a format begin with that name their book; no value for a format of more than
 /// lines.
-std::optional<LineKind> line_kind(const ReadOptions& options, Format format) {
+std::optional<LineKind> line_kind(Format format) {
     switch (format) {
     case Format::Csv:
     case Format::Tsv:
     case Format::Cells:
         return LineKind::Separated;
     case Format::JsonLines:
-        return options.has_header ? LineKind::JsonObject : LineKind::JsonArray;
     case Format::CellsJson:
-        return LineKind::JsonObject;
+        return LineKind::Json;
     default:
         return std::nullopt;
     }
 }
 
-std::string line_prefix(const ReadOptions& options, Format format, LineKind kind,
-                        const std::string& book) {
-    if (kind == LineKind::JsonArray) return json_string(book);
-    if (kind == LineKind::JsonObject) return "\"file\":" + json_string(book);
+std::string line_prefix(const ReadOptions& options, Format format, const std::string& book) {
+    const bool is_array = format == Format::JsonLines && !options.has_header;
+    if (line_kind(format) == LineKind::Json)
+        return (is_array ? "" : "\"file\":") + json_string(book) + ',';
     const char comma = options.style.text.decimal_comma ? ';' : ',';
     const char separator = format == Format::Csv ? options.delimiter.value_or(comma) : '\t';
     std::string prefix;
@@ -153,7 +152,7 @@ std::string line_prefix(const ReadOptions& options, Format format, LineKind kind
 }
 
 void print_books(const ReadOptions& options, Format format, OutputSink& out) {
-    const std::optional<LineKind> kind = line_kind(options, format);
+    const std::optional<LineKind> kind = line_kind(format);
     if (!kind)
         throw CommandError(ExitCode::Usage, "Several books can be read --to csv, tsv, jsonl, cells "
                                             "and cells.jsonl, whose lines name their book.");
@@ -163,7 +162,7 @@ void print_books(const ReadOptions& options, Format format, OutputSink& out) {
     for_each_book(options, options.more, out, [&](const BookLocation& book) {
         refuse_own_book(options, book);
         own.book = book;
-        LinePrefixer prefixer(out, *kind, line_prefix(options, format, *kind, book.text()));
+        LinePrefixer prefixer(out, *kind, line_prefix(options, format, book.text()));
         OutputSink lines(prefixer.stream(), {});
         try {
             print_book(own, format, lines);

@@ -55,17 +55,8 @@ LinePrefixer::LinePrefixer(OutputSink& out, LineKind kind, std::string prefix)
 void LinePrefixer::put(char character) {
     if (begins_line_) {
         begins_line_ = false;
-        if (kind_ == LineKind::Separated) {
-            piece_ += prefix_;
-        } else {
-            piece_ += character;
-            piece_ += prefix_;
-            is_first_element_ = true;
-            return;
-        }
-    } else if (is_first_element_) {
-        is_first_element_ = false;
-        if (character != ']' && character != '}') piece_ += ',';
+        if (kind_ == LineKind::Json) return void(piece_.append(1, character).append(prefix_));
+        piece_ += prefix_;
     }
     piece_ += character;
     if (kind_ == LineKind::Separated && character == '"') is_quoted_ = !is_quoted_;

@@ -26,15 +26,14 @@ void for_each_book(const BookOptions& options, const std::vector<std::string>& m
 
 /// What a line of text output is.
 enum class LineKind {
-    Separated, ///< fields, in quotes where they hold line ends; the text in front goes as it is
-    JsonArray, ///< an array: the text in front becomes its first element
-    JsonObject ///< an object: the text in front becomes its first member
+    Separated, ///< fields, in quotes where they hold line ends
+    Json       ///< an array or object that is not empty: the text comes after its bracket
 };
 
 /// Puts a text in front of every line that it passes on to a sink.
 class LinePrefixer : private std::streambuf {
   public:
-    /// `prefix` is a field with its separator, or JSON without a comma after it.
+    /// `prefix` is a field, an element or a member, and the separator after it.
     LinePrefixer(OutputSink& out, LineKind kind, std::string prefix);
 
     std::ostream& stream() { return stream_; }
@@ -52,7 +51,6 @@ class LinePrefixer : private std::streambuf {
     std::ostream stream_;
     std::string piece_;
     bool begins_line_ = true;
-    bool is_first_element_ = false; ///< of the array or object that was just opened
     bool is_quoted_ = false;
     std::exception_ptr failure_;
 };

@@ -294,6 +294,8 @@ TEST(WriteCommand, MakesFormulasWhereAskedTo) {
     sentence({"write", book.text(), "-r", "E1", "--formulas", "--skip", "1"}, "=x y\n=A1\n");
     EXPECT_EQ(output({"read", book.text(), "--formulas"}),
               "a,b,sum,,=A1\n1,2,=A2+B2,,\n3,=,\"=SUM(A3,B3)&\"\"<\"\"\",,\n7,,=A4*2,,\n");
+    sentence({"write", copy.text(), "--formulas"}, "=B1\nx\n=B2\n");
+    EXPECT_EQ(output({"read", copy.text(), "--formulas"}), "=B1\nx\n=B2\n");
     // What is printed is taken, whatever the format.
     for (const char* format : {"csv", "tsv", "json", "jsonl", "cells", "cells.jsonl"}) {
         const std::string printed = output({"read", book.text(), "--formulas", "--to", format});
@@ -339,6 +341,7 @@ TEST(WriteCommand, PutsCellsWhereTheirAddressesAre) {
     EXPECT_EQ(output({"read", book.text(), "-r", "XFD9"}), "-0.0625\n");
     for (const char* format : {"cells", "cells.jsonl"}) {
         const std::string printed = output({"read", book.text(), "--to", format});
+        sentence({"write", copy.text(), "-s", "Sheet1", "-r", "Z9"}, "to be replaced");
         sentence({"write", copy.text(), "--replace", "--from", format}, printed);
         EXPECT_EQ(output({"read", copy.text(), "--to", format}), printed);
     }
@@ -351,6 +354,7 @@ TEST(WriteCommand, PutsCellsWhereTheirAddressesAre) {
         {"cells", "A1:B2\tnumber\t1\n", "not a cell"},
         {"cells", "XFE1\tnumber\t1\n", "not a cell"},
         {"cells", "A1\tnumber\n", "no address, type and value"},
+        {"cells", "A1\tnumber\t1\t2\n", "no address, type and value"},
         {"cells", "A1\tnumber\t1e\n", "'1e' that is not of its type"},
         {"cells", "A1\tnumber\t1::2\n", "not of its type"},
         {"cells", "A1\tboolean\t1\n", "not of its type"},
