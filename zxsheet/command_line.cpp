@@ -4,6 +4,7 @@
 #include "zxsheet/command_line.h"
 
 #include <algorithm>
+#include <charconv>
 #include <sstream>
 #include <type_traits>
 #include <variant>
@@ -14,6 +15,7 @@
 #include "zxsheet/command_docs.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/suggestion.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -51,11 +53,31 @@ CLI::Validator one_of(const std::vector<std::string>& words) {
     return CLI::Validator(check, "");
 }
 
+/// Accepts anything but an empty text, which mostly is a variable of the shell that was not set.
+CLI::Validator something() {
+    const auto check = [](const std::string& text) {
+        return std::string(text.empty() ? "The value is empty" : "");
+    };
+    return CLI::Validator(check, "");
+}
+
+CLI::Validator whole_number(std::size_t greatest) {
+    const auto check = [greatest](const std::string& text) -> std::string {
+        std::size_t number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [stop, failure] = std::from_chars(text.data(), end, number);
+        if (failure == std::errc() && stop == end && number >= 1 && number <= greatest) return {};
+        return "'" + text + "' is not a whole number from 1 to " + grouped(greatest);
+    };
+    return CLI::Validator(check, "");
+}
+
 void add_parameter(CLI::App& app, const Parameter& parameter) {
     CLI::Option& option = add_to(app, parameter);
     option.required(parameter.is_required);
     if (!is_flag(parameter)) option.option_text(parameter.value.empty() ? " " : parameter.value);
-    if (parameter.greatest > 0) option.check(CLI::Range(std::size_t{1}, parameter.greatest));
+    if (!is_flag(parameter) && !parameter.may_be_empty) option.check(something());
+    if (parameter.greatest > 0) option.check(whole_number(parameter.greatest));
     if (!parameter.choices.empty()) option.check(one_of(parameter.choices));
     if (!parameter.variable.empty()) option.envname(parameter.variable);
 }
