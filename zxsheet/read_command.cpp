@@ -2,7 +2,6 @@
 //
 // `zxsheet read`: the cells of a range.
 #include <charconv>
-#include <filesystem>
 
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
@@ -35,24 +34,6 @@ struct ReadOptions : BookOptions {
     Bounds bounds() const { return all_cells ? Bounds::Used : Bounds::Filled; }
 };
 
-/// Writing over the book that is being read would destroy it.
-void refuse_own_book(const ReadOptions& options) {
-    std::error_code ignored;
-    if (!options.output.empty() &&
-        std::filesystem::equivalent(options.book.path(), native_path(options.output), ignored))
-        throw CommandError(ExitCode::Usage,
-                           options.output + ": The output would replace the book itself.");
-}
-
-void refuse_book_name(const ReadOptions& options) {
-    const std::string ending = lower_extension(options.output);
-    for (const char* book : {".xls", ".xlsx", ".xlsm", ".xltx", ".xltm"})
-        if (ending == book)
-            throw CommandError(ExitCode::Usage, options.output +
-                                                    ": Read prints text; 'zxsheet convert' makes "
-                                                    "a book of another format.");
-}
-
 Format format_of(const ReadOptions& options) {
     if (options.to) return *options.to;
     return text_format_of_name(options.output).value_or(Format::Csv);
@@ -77,14 +58,13 @@ void check_options(const ReadOptions& options, Format format) {
         {separated.has_carriage_return && !is_separated, "--crlf", "csv and tsv"},
         {options.width && format != Format::Table, "--width", "table"},
         {options.has_header && !has_names, "--header", "json, jsonl and records"},
-        {(merged.columns || merged.rows) && (is_cells || options.formulas), "--merged-columns",
-         "values in rows"},
+        {(merged.columns || merged.rows) && (is_cells || options.formulas),
+         "A rule for merged cells", "values in rows"},
     };
     for (const auto& rule : rules)
         if (rule.is_wrong)
-            throw CommandError(ExitCode::Usage, std::string(rule.option) +
-                                                    " has a meaning with the output formats " +
-                                                    rule.formats + " only.");
+            throw CommandError(ExitCode::Usage,
+                               std::string(rule.option) + " is for " + rule.formats + " only");
 }
 
 void check_size(const Selection& selection, const ReadOptions& options, Format format) {
@@ -109,8 +89,7 @@ void note_missing_results(const Selection& selection, const ReadOptions& options
 }
 
 void run_read(const ReadOptions& options, OutputSink& out) {
-    refuse_own_book(options);
-    refuse_book_name(options);
+    check_text_file(options.book, options.output);
     const Format format = format_of(options);
     check_options(options, format);
     Selection selection =

@@ -5,6 +5,7 @@
 #include "zxsheet/book_access.h"
 #include "zxsheet/command_table.h"
 #include "zxsheet/json_text.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -19,7 +20,7 @@ void run_sheets(const SheetsOptions& options, OutputSink& out) {
     for (std::size_t i = 0; i < book->num_sheets(); ++i) {
         const std::string name = foundation::unicode::to_utf8(sheet_name(*book, i));
         if (options.json && i != 0) out.write(',');
-        out.write(options.json ? json_string(name) : name + '\n');
+        out.write(options.json ? json_string(name) : one_line(name) + '\n');
     }
     if (options.json) out.write("]\n");
 }

@@ -35,7 +35,7 @@ struct DataOptions : WriteOptions {
 };
 
 bool is_standard_input(const DataOptions& options) {
-    return options.input.empty() || options.input == "-";
+    return options.input.empty() || options.input == kStream;
 }
 
 Format format_of_input(const DataOptions& options) {
@@ -46,11 +46,8 @@ Format format_of_input(const DataOptions& options) {
     return extension == ".json" ? Format::Json : Format::Csv;
 }
 
-/// Containers of workbooks, by their first bytes.
 void refuse_workbook(TextInput& input) {
-    constexpr std::string_view kZip = "PK\x03\x04", kCompoundFile = "\xD0\xCF\x11\xE0";
-    const std::string_view begin = input.ahead().substr(0, 4);
-    if (begin != kZip && begin != kCompoundFile) return;
+    if (container_of(input.ahead()) == Container::None) return;
     throw CommandError(ExitCode::Usage,
                        input.name() + ": This is a workbook, and write takes CSV, TSV and JSON; "
                                       "'zxsheet read BOOK --to json | zxsheet write OTHER --from "
@@ -110,6 +107,9 @@ std::string run_write(const DataOptions& options, ChangeTools& tools) {
     CellSink& sink = options.append ? static_cast<CellSink&>(matcher) : writer;
     read_input(input, options, sink);
     writer.finish();
+    // Somebody may have made it since the writer looked.
+    if (writer.target().origin == Origin::Made && options.output.empty())
+        refuse_existing(options.book);
     return save_changes(writer.target().cells.book, options, tools, summary_of(writer),
                         writer.target().origin);
 }
