@@ -161,7 +161,8 @@ std::string usage_sentence(const CLI::ParseError& error, const CLI::App& app) {
     const std::string what = error.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
         return what.substr(0, what.find(':')) + " needs exactly one value" + hint;
-    const auto rest = command->remaining();
+    auto rest = command->remaining();
+    std::erase(rest, "--"); // what follows it is not an option
     const bool is_group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
     if (rest.empty()) return is_group ? "A command is missing" + hint : what + hint;
     const bool is_option = rest[0].starts_with('-');
@@ -180,6 +181,32 @@ void use_application(const Command& command) {
     throw CommandError(ExitCode::Usage, "The command '" + command.name + "' has no use for --app");
 }
 
+/// The options before a command.
+std::vector<Parameter> program_options(ParsedLine& parsed, bool& wants_application,
+                                       bool& wants_host_functions) {
+    Parameter root{"--google-root", "URL",
+                   "Address of a service to use in Google's place (or ZX_GOOGLE_ROOT)",
+                   &parsed.google_root};
+    root.variable = "ZX_GOOGLE_ROOT";
+    Parameter log_level{"--log", "LEVEL",
+                        "Print the library's log on standard error: error, info, debug or trace",
+                        &parsed.log_level};
+    log_level.choices = {"error", "info", "debug", "trace"};
+    return {root,
+            log_level,
+            {kApplicationFlag, "", "Let the spreadsheet application open the file of any command",
+             &wants_application},
+            {"--host-functions", "", "Know the functions that are for hosts only, too",
+             &wants_host_functions}};
+}
+
+void check_for_hosts(const Command& command, bool wants_host_functions) {
+    if (!command.is_hidden || wants_host_functions) return;
+    throw CommandError(ExitCode::Usage, "The command '" + command.name +
+                                            "' is a host's function and does not do what its name "
+                                            "says; give --host-functions to call it all the same");
+}
+
 } // namespace
 
 ParsedLine parse_command_line(const std::vector<std::string>& arguments,
@@ -192,24 +219,8 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
     app.allow_windows_style_options(false); // "/data/book.xlsx" is a path everywhere
     bool wants_application = false;
     bool wants_host_functions = false;
-    Parameter log_level{"--log", "LEVEL",
-                        "Print the library's log on standard error: error, info, debug or trace",
-                        &parsed.log_level};
-    log_level.choices = {"error", "info", "debug", "trace"};
-    const std::vector<Parameter> options{
-        {"--google-root",
-         "URL",
-         "Address of a service to use in Google's place (or ZX_GOOGLE_ROOT)",
-         &parsed.google_root,
-         false,
-         0,
-         {},
-         "ZX_GOOGLE_ROOT"},
-        log_level,
-        {kApplicationFlag, "", "Let the spreadsheet application open the file of any command",
-         &wants_application},
-        {"--host-functions", "", "Know the functions that are for hosts only, too",
-         &wants_host_functions}};
+    const std::vector<Parameter> options =
+        program_options(parsed, wants_application, wants_host_functions);
     for (const Parameter& option : options)
         add_parameter(app, option);
     if (arguments.size() == 2 && arguments[0] == "help") {
@@ -222,11 +233,7 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
         const std::vector<std::string> words = with_help_flag(arguments, table);
         app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
         if (wants_application) use_application(*parsed.command);
-        if (parsed.command->is_hidden && !wants_host_functions)
-            throw CommandError(ExitCode::Usage, "The command '" + parsed.command->name +
-                                                    "' is a host's function and does not do what "
-                                                    "its name says; give --host-functions to call "
-                                                    "it all the same");
+        check_for_hosts(*parsed.command, wants_host_functions);
     } catch (const CLI::ParseError& e) {
         if (e.get_exit_code() != 0) throw CommandError(ExitCode::Usage, usage_sentence(e, app));
         std::ostringstream text;
