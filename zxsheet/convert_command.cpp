@@ -108,9 +108,9 @@ std::string convert_each_sheet(const ConvertOptions& options, ChangeTools& tools
     return options.folder + ": Wrote " + counted(names.size(), "file");
 }
 
-/// A book of the same family is saved under the other name, with all that is in it.
-std::string convert_relative(const BookLocation& target, const ConvertOptions& options,
-                             ChangeTools& tools) {
+/// The book is saved under the other name, with all that is in it.
+std::string convert_whole(const BookLocation& target, const ConvertOptions& options,
+                          ChangeTools& tools) {
     const auto book =
         load_book_from_file(options.book.library_path(), target.format(), options.book.mode());
     return save_changes(book, options, tools, "Converted");
@@ -143,9 +143,10 @@ std::string convert_values(const BookLocation& target, const ConvertOptions& opt
                         Origin::Made);
 }
 
-/// Whether the target is of the family that the file itself has; its name may say something else.
-bool is_relative(const BookLocation& target, const ConvertOptions& options) {
-    if (!options.book.is_file()) return false;
+/// A file of the family that the book's content has keeps everything, whatever the book is called;
+/// an application converts between all formats that it knows.
+bool keeps_everything(const BookLocation& target, const ConvertOptions& options) {
+    if (!options.book.is_file()) return !options.book.is_online();
     const bool is_zip = container_of_file(options.book.file()) == Container::Zip;
     return is_zip != (target.format() == book::format::XLS);
 }
@@ -160,7 +161,9 @@ BookLocation target_of(const ConvertOptions& options) {
     if (target.is_online())
         throw CommandError(ExitCode::Usage, target.text() + ": 'zxsheet google upload --convert' "
                                                             "makes spreadsheets online.");
-    if (!can_be_made(target))
+    const bool is_application = options.book.kind() == BookLocation::Kind::Application;
+    const bool is_known = is_application ? has_book_name(options.output) : can_be_made(target);
+    if (!is_known)
         throw CommandError(ExitCode::NotWritten,
                            target.text() + ": The name has to end with the format: .xlsx, .xlsm, "
                                            ".xltx, .xltm, .xls, .csv, .tsv, .json or .jsonl.");
@@ -180,8 +183,8 @@ std::string run_convert(const ConvertOptions& options, ChangeTools& tools) {
     }
     refuse_own_file(options.book, options.output);
     const BookLocation target = target_of(options);
-    return is_relative(target, options) ? convert_relative(target, options, tools)
-                                        : convert_values(target, options, tools);
+    return keeps_everything(target, options) ? convert_whole(target, options, tools)
+                                             : convert_values(target, options, tools);
 }
 
 } // namespace
@@ -198,7 +201,8 @@ Command convert_command() {
         run_convert, "");
     command.footer =
         "Among XLSX, XLSM, XLTX and XLTM everything is kept; between these and XLS the "
-        "values go over.\n\n"
+        "values go over. With --app the application converts between all formats that it knows, "
+        "such as ods.\n\n"
         "Example: zxsheet convert book.xlsx --each-sheet folder --to csv";
     return command;
 }
