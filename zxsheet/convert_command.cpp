@@ -166,7 +166,8 @@ BookLocation target_of(const ConvertOptions& options) {
     if (!is_known)
         throw CommandError(ExitCode::NotWritten,
                            target.text() + ": The name has to end with the format: .xlsx, .xlsm, "
-                                           ".xltx, .xltm, .xls, .csv, .tsv, .json or .jsonl.");
+                                           ".xltx, .xltm, .xls, .csv, .tsv, .json or .jsonl; --app "
+                                           "knows others.");
     return target;
 }
 
