@@ -11,8 +11,8 @@ namespace foundation::files {
 /// when the environment names none.
 std::u16string user_settings_folder();
 
-/// Whether permissions let other users read the file. On Windows, whose access lists are not looked
-/// at, and for a file that is not there, false.
+/// Whether permissions let other users read the file; on Windows whether its access list lets a
+/// group read that all users are in. False for a file that cannot be asked about.
 bool is_open_to_others(const std::u16string& path);
 
 } // namespace foundation::files

@@ -82,6 +82,12 @@ class OnlineBook {
     /// nullopt when the spreadsheet has no such name. One request.
     virtual std::optional<NamedCells> find_name(const std::u16string& name) = 0;
 
+    /// Inserts a copy of the sheet at `source`, with that name, so that it is at `index`. One
+    /// request that is done as a whole or not at all; `IBook::add_sheet` needs two, and one that
+    /// fails in between leaves a copy with the service's name. The next question about sheets
+    /// fetches the metadata again.
+    virtual void copy_sheet(std::size_t source, std::size_t index, const std::u16string& name) = 0;
+
   protected:
     OnlineBook() = default;
     OnlineBook(const OnlineBook&) = default;

@@ -13,6 +13,7 @@
 #include "spreadsheet/failure.h"
 #include "spreadsheet/gsheet/builtins.h"
 #include "spreadsheet/gsheet/drive.h"
+#include "spreadsheet/gsheet/pauses.h"
 #include "spreadsheet/gsheet/utils/endpoints.h"
 #include "spreadsheet/gsheet/utils/host_errors.h"
 #include "zxsheet/command_error.h"
@@ -104,11 +105,36 @@ void print_text(const HostArray& array, OutputSink& out) {
     out.write(text);
 }
 
+/// What a failed attempt may have left behind, as a sentence; empty when nothing is left.
+std::string leftovers_of(const std::string& title, std::size_t expected) {
+    constexpr const char* kBegin = "The service failed, and the request was sent again; ";
+    try {
+        const auto found = gsheet::find_spreadsheets(unicode::to_utf16(title));
+        if (found.size() <= expected) return {};
+        std::string sentence = kBegin + std::string("spreadsheets with this title, the latest ") +
+                               "first, of which one may be superfluous:";
+        for (const gsheet::DriveFile& file : found)
+            sentence += ' ' + unicode::to_utf8(file.id);
+        return sentence;
+    } catch (const std::exception&) { // the token may not search, say
+        return kBegin + std::string("there may be a superfluous spreadsheet with this title");
+    }
+}
+
 void create(const GoogleOptions& options, OutputSink& out) {
+    const std::string& title = options.arguments.front();
     std::vector<HostArrayPtr> inputs;
-    inputs.push_back(string_array({options.arguments.front()}));
+    inputs.push_back(string_array({title}));
     if (!options.more.empty()) inputs.push_back(string_array(options.more));
-    print_text(*call(gsheet::createGoogleWorkbookBuiltin, inputs, options), out);
+    try {
+        print_text(*call(gsheet::createGoogleWorkbookBuiltin, inputs, options), out);
+    } catch (const CommandError& failure) {
+        if (!gsheet::last_request_was_repeated()) throw;
+        const std::string left = leftovers_of(title, 0);
+        throw CommandError(failure.code(), failure.what() + (left.empty() ? left : ' ' + left));
+    }
+    if (!gsheet::last_request_was_repeated()) return;
+    if (const std::string left = leftovers_of(title, 1); !left.empty()) out.note(left);
 }
 
 void remove_file(const GoogleOptions& options, OutputSink&) {

@@ -114,7 +114,12 @@ int run(const std::vector<std::string>& arguments, std::istream& in, std::ostrea
     } catch (const CommandError& e) {
         print_sentence(e.what(), err);
         return static_cast<int>(e.code());
+    } catch (const std::exception& e) { // before a command ran
+        print_sentence(std::string("The library cannot be started: ") + e.what(), err);
+    } catch (...) {
+        print_sentence("The program failed for a reason that it does not know", err);
     }
+    return static_cast<int>(ExitCode::Failed);
 }
 
 } // namespace zxsheet

@@ -115,6 +115,7 @@ std::string run_add(const AddOptions& options, ChangeTools& tools) {
     check_sheet_name(options.name, options.book);
     std::shared_ptr<IBook> book;
     std::u16string source;
+    std::size_t source_index = 0;
     if (options.copied_sheet.empty()) {
         book = open_sheet_list(options.book);
     } else {
@@ -123,6 +124,7 @@ std::string run_add(const AddOptions& options, ChangeTools& tools) {
                            options.book.is_online() ? Extent::NoCells : Extent::WholeSheet);
         book = selection.book;
         source = selection.sheet_name;
+        source_index = selection.sheet_index;
     }
     check_target(options);
     const std::size_t count = book->num_sheets();
@@ -130,7 +132,10 @@ std::string run_add(const AddOptions& options, ChangeTools& tools) {
         options.position ? wanted_index(*options.position, count + 1, options.book) : count;
     const std::u16string name = unicode::to_utf16(options.name);
     check_name_is_free(*book, options.name, options.book);
-    add_sheet(book, index, name, source);
+    if (OnlineBook* const online = online_book(book); online != nullptr && !source.empty())
+        online->copy_sheet(source_index, index, name);
+    else
+        add_sheet(book, index, name, source);
     std::string done = "Added sheet " + quoted_sheet(name) + " as number " + grouped(index + 1);
     if (!source.empty()) done += ", a copy of " + quoted_sheet(source);
     return save_changes(book, options, tools, done);

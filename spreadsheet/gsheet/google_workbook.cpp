@@ -235,7 +235,12 @@ GoogleSheetWorkbook::find_name(const std::u16string& name) {
 std::size_t GoogleSheetWorkbook::add_sheet(std::size_t index, const std::u16string& name) {
     const Trace trace;
     need(Known::everything);
-    const Object reply = send_add_sheet(index, name);
+    Object properties;
+    properties["title"] = gsheet::json_text(name);
+    properties["index"] = index;
+    Object request;
+    request["properties"] = std::move(properties);
+    const Object reply = send_new_sheet(name, "addSheet", std::move(request));
     const Object* const added = gsheet::first_reply(reply, "addSheet");
     const Object* const told = added != nullptr ? gsheet::object_in(*added, "properties") : nullptr;
     if (told == nullptr) {
@@ -254,18 +259,24 @@ std::size_t GoogleSheetWorkbook::add_sheet(std::size_t index, const std::u16stri
     return static_cast<std::size_t>(place);
 }
 
-Object GoogleSheetWorkbook::send_add_sheet(std::size_t index, const std::u16string& name) {
-    Object properties;
-    properties["title"] = gsheet::json_text(name);
-    properties["index"] = index;
-    Object request;
-    request["properties"] = std::move(properties);
+void GoogleSheetWorkbook::duplicate_sheet(std::size_t source, std::size_t index,
+                                          const std::u16string& name) {
+    const Trace trace;
+    Object request(
+        {{"sourceSheetId", entry(source).properties->sheet_id}, {"insertSheetIndex", index}});
+    request["newSheetName"] = gsheet::json_text(name);
+    send_new_sheet(name, "duplicateSheet", std::move(request));
+    known_ = Known::nothing; // the reply does not say what the copy has of the protection
+}
+
+Object GoogleSheetWorkbook::send_new_sheet(const std::u16string& name, const char* request_name,
+                                           Object request) {
     const auto has_name = [&name](const Entry& sheet) {
         return foundation::unicode::equal_ignoring_case(sheet.properties->title, name);
     };
     const bool was_there = std::any_of(sheets_.begin(), sheets_.end(), has_name);
     try {
-        return gsheet::batch_update(id_, "addSheet", std::move(request));
+        return gsheet::batch_update(id_, request_name, std::move(request));
     } catch (const Exception&) {
         if (was_there || !gsheet::last_request_was_repeated()) throw;
         try {

@@ -58,6 +58,8 @@ class GoogleSheetWorkbook {
     /// it came to.
     std::size_t add_sheet(std::size_t index, const std::u16string& name);
     std::size_t copy_sheet(std::size_t source, std::size_t index, const std::u16string& name);
+    /// A copy by one request; what it came to is fetched by the next question.
+    void duplicate_sheet(std::size_t source, std::size_t index, const std::u16string& name);
     /// `Exception` 6 when there is no such sheet, 46 for the last one.
     void remove_sheet(std::size_t index);
     /// Moves the sheet at `from` so that it stands at `to`; both are valid and differ.
@@ -77,9 +79,10 @@ class GoogleSheetWorkbook {
     Entry& entry(std::size_t index);
     Entry make_entry(gsheet::SheetProperties properties) const;
     std::size_t index_of(std::int64_t sheet_id);
-    /// The request "addSheet" itself. Where a repeated request is refused since the first attempt
-    /// has added the sheet, the reply is empty.
-    gsheet::Object send_add_sheet(std::size_t index, const std::u16string& name);
+    /// A request that makes a sheet of that name. Where a repeated request is refused since the
+    /// first attempt has made the sheet, the reply is empty.
+    gsheet::Object send_new_sheet(const std::u16string& name, const char* request_name,
+                                  gsheet::Object request);
     /// The identifier of a new copy. Where the request was repeated, its other copies are deleted.
     std::int64_t send_copy(std::size_t source);
     /// Identifiers of the sheets that were not in the spreadsheet when its metadata came.

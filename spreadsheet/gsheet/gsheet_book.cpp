@@ -228,6 +228,11 @@ std::optional<OnlineBook::NamedCells> GSheetWorkbook::find_name(const std::u16st
     return NamedCells{found->sheet_index, found->range};
 }
 
+void GSheetWorkbook::copy_sheet(std::size_t source, std::size_t index, const std::u16string& name) {
+    const Trace trace;
+    implementation().duplicate_sheet(source, index, name);
+}
+
 // --- Loading and saving
 
 void GSheetWorkbook::init_with(std::shared_ptr<GoogleSheetWorkbook> implementation) {

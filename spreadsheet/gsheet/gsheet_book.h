@@ -70,6 +70,7 @@ class GSheetWorkbook : public IBook, public IBookExtras, public OnlineBook {
     std::optional<std::size_t> sheet_with_id(std::int64_t id) override;
     std::vector<Range> used_ranges(const std::vector<std::size_t>& sheet_indices) override;
     std::optional<NamedCells> find_name(const std::u16string& name) override;
+    void copy_sheet(std::size_t source, std::size_t index, const std::u16string& name) override;
 
   private:
     using Sheets = std::vector<std::shared_ptr<ISheet>>;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Pauses of the library between requests to Google, for hosts that say why nothing happens.
+// Pauses of the library between requests to Google, and requests that are sent again, for hosts
+// that say what happens.
 #pragma once
 
 #include <chrono>
@@ -34,5 +35,10 @@ using PauseListener = std::function<void(const Pause& pause)>;
 ///         std::cerr << "waiting " << pause.length.count() / 1000 << " s\n";
 ///     });
 ZX_API void set_pause_listener(PauseListener listener);
+
+/// Whether the request that this thread sent last was attempted more than once: an earlier attempt
+/// may have taken effect although the service reported a failure. What the library can undo of that
+/// it undoes; a spreadsheet or a file that was made twice stays.
+ZX_API bool last_request_was_repeated();
 
 } // namespace gsheet

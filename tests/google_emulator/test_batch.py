@@ -30,10 +30,11 @@ def dimension(kind, dimension, start, end, sheet=0):
 
 REFUSED = [
     ({}, "Invalid requests[1]: No request set."),
-    ({"deleteSheet": {"sheetId": 99}}, "Invalid requests[1].deleteSheet: No grid with id: 99"),
+    ({"deleteSheet": {"sheetId": 99}}, "Invalid requests[1].deleteSheet: No sheet with id: 99"),
     ({"addSheet": {"properties": {"title": "ONE"}}}, "Invalid requests[1].addSheet: A sheet with the name \"ONE\" "
      "already exists. Please enter another name."),
     ({"addSheet": {"properties": {"title": "x" * 101}}}, "longer than 100 characters"),
+    ({"duplicateSheet": {"sourceSheetId": 4, "newSheetName": "two"}}, 'A sheet with the name "two" already exists.'),
     ({"addSheet": {"properties": {"sheetId": 2}}}, "A sheet with the ID 2 already exists."),
     ({"addSheet": {"properties": {"gridProperties": {"rowCount": 1_000_000, "columnCount": 10}}}},
      "above the limit of 10000000 cells"),
@@ -111,6 +112,14 @@ class Batches(unittest.TestCase):
 
     def shown(self, sheet=0):
         return {place: cell.get("shown") for place, cell in self.asker.state()["sheets"][sheet]["cells"].items()}
+
+    def test_close_the_gap_of_a_deleted_range(self):
+        self.done({"updateCells": {"range": block(0, 3, 0, 2), "fields": "*", "rows": cells(*(
+            [{"numberValue": 10 * row + column} for column in (1, 2)] for row in (1, 2, 3)))}})
+        self.done({"deleteRange": {"range": block(1, 2, 0, 1), "shiftDimension": "ROWS"}},
+                  {"deleteRange": {"range": block(0, 1, 0, 1), "shiftDimension": "COLUMNS"}})
+        self.assertEqual({place: text for place, text in self.shown().items() if place in ("A1", "A2", "B1", "B2", "A3", "B3")},
+                         {"A1": "12", "A2": "31", "B2": "22", "B3": "32"})
 
     def test_move_sheets_by_positions_before_the_move(self):
         for sheet_id, index, titles in ((0, 2, ["Two", "One", "Hidden", "Chart"]),

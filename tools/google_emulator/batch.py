@@ -24,6 +24,7 @@ def _without_drive(function):
 # Each takes the book, the request and the drive, and gives the reply or None.
 HANDLERS = {
     "addSheet": batch_sheets.add_sheet,
+    "duplicateSheet": batch_sheets.duplicate_sheet,
     "deleteSheet": _without_drive(batch_sheets.delete_sheet),
     "updateSheetProperties": _without_drive(batch_sheets.update_sheet_properties),
     "updateSpreadsheetProperties": _without_drive(batch_sheets.update_spreadsheet_properties),
@@ -33,6 +34,7 @@ HANDLERS = {
     "autoResizeDimensions": _auto_resize,
     "updateCells": _without_drive(batch_cells.update_cells),
     "repeatCell": _without_drive(batch_cells.repeat_cell),
+    "deleteRange": _without_drive(batch_cells.delete_range),
     "mergeCells": _without_drive(batch_cells.merge_cells),
     "unmergeCells": _without_drive(batch_cells.unmerge_cells),
     "addNamedRange": batch_ranges.add_named_range,

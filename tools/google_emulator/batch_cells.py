@@ -7,7 +7,7 @@ from .book_ranges import batch_range, batch_sheet
 from .cell_formats import stored_styles
 from .errors import BatchRefusal, too_long_for_a_cell
 from .masks import replace_masked
-from .model import MAX_CELL_CHARACTERS, Cell
+from .model import BLANK, MAX_CELL_CHARACTERS, Cell
 
 _PARTS_THAT_CAN_BE_SET = ("userEnteredValue", "userEnteredFormat", "note", "*")
 
@@ -86,6 +86,23 @@ def repeat_cell(book, request):
     for row in range(rect.top, rect.bottom):
         for column in range(rect.left, rect.right):
             sheet.put(row, column, changed_cell(sheet.cell(row, column), request.get("cell", {}), mask))
+
+
+def delete_range(book, request):
+    """Takes cells away, and moves those below or to the right of them into their places."""
+    sheet, rect = batch_range(book, request.get("range"))
+    refuse_generated(sheet)
+    is_up = request.get("shiftDimension") == "ROWS"
+    if not is_up and request.get("shiftDimension") != "COLUMNS":
+        raise BatchRefusal("shiftDimension must be ROWS or COLUMNS.")
+    rest = Rect(rect.top, rect.left, sheet.row_count, rect.right) if is_up else Rect(
+        rect.top, rect.left, rect.bottom, sheet.column_count)
+    moved = list(sheet.cells_in(rest))
+    for row, column, _ in moved:
+        sheet.put(row, column, BLANK)
+    for row, column, cell in moved:
+        if row >= rect.bottom or column >= rect.right:
+            sheet.put(row - rect.rows * is_up, column - rect.columns * (not is_up), cell)
 
 
 def _merges_inside(sheet, rect):

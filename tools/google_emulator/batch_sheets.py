@@ -84,6 +84,37 @@ def add_sheet(book, request, drive):
     return {"properties": sheet_properties(sheet, book.sheets.index(sheet))}
 
 
+def duplicate_sheet(book, request, drive):
+    source = batch_sheet(book, request.get("sourceSheetId"), needs_grid=False)
+    twin = copied_sheet(book, source, request.get("newSheetId", drive.new_sheet_id(book)), request.get("newSheetName"))
+    index = request.get("insertSheetIndex", 0)
+    if not 0 <= index <= len(book.sheets):
+        raise BatchRefusal(f"The index {index} is not within the sheets of the document.")
+    book.sheets.insert(index, twin)
+    return {"properties": sheet_properties(twin, index)}
+
+
+def copied_sheet(book, source, sheet_id, title):
+    """A copy of a sheet, of this spreadsheet or another, that is not in the spreadsheet yet."""
+    if book.sheet_with_id(sheet_id):
+        raise BatchRefusal(f"A sheet with the ID {sheet_id} already exists.")
+    twin = source.copy()
+    twin.sheet_id, twin.title = sheet_id, title or _copy_title(book, source.title)
+    twin.hidden, twin.protected_ranges = False, []
+    check_title(book, twin.title, None)
+    refuse_too_many_cells(book, twin.cell_count)
+    return twin
+
+
+def _copy_title(book, title):
+    wanted = f"Copy of {title}"
+    number = 1
+    while book.sheet_with_title(wanted):
+        number += 1
+        wanted = f"Copy of {title} {number}"
+    return wanted
+
+
 def delete_sheet(book, request):
     sheet = batch_sheet(book, request.get("sheetId"), needs_grid=False)
     if len(book.sheets) == 1:

@@ -71,7 +71,7 @@ def batch_sheet(book, sheet_id, needs_grid=True):
     """The sheet that a batch request names; 0 stands for an absent identifier."""
     sheet = book.sheet_with_id(sheet_id or 0)
     if sheet is None:
-        raise BatchRefusal(f"No grid with id: {sheet_id or 0}")
+        raise BatchRefusal(f"No {'grid' if needs_grid else 'sheet'} with id: {sheet_id or 0}")
     if needs_grid and not sheet.has_grid:
         raise BatchRefusal(f"Sheet {sheet.sheet_id} is not a grid sheet.")
     return sheet

@@ -1,18 +1,16 @@
 # SPDX-License-Identifier: Apache-2.0
 """The methods of Drive files: create, upload, get, list, delete."""
 
-import csv
-import io
 import json
 import re
 
 from .batch_sheets import new_sheet
 from .credentials import check_access
-from .entered import entered_by_user
-from .errors import ServiceError, drive_error, no_such_file
+from .errors import BatchRefusal, ServiceError, drive_error, no_such_file
 from .methods import Reply
-from .model import SPREADSHEET_MIME_TYPE, Cell
+from .model import DEFAULT_COLUMNS, DEFAULT_ROWS, SPREADSHEET_MIME_TYPE, Book
 from .schema import check_body, normalised
+from .workbook_file import NotConvertible, converted_sheets
 
 _SHOWN_WITHOUT_MASK = ("kind", "id", "name", "mimeType")
 MAX_PARTS = 16
@@ -106,8 +104,10 @@ def _added(drive, metadata, content, content_type):
     name = metadata.get("name") or "Untitled"
     mime_type = metadata.get("mimeType") or content_type
     if mime_type == SPREADSHEET_MIME_TYPE:
-        entry = drive.add_book(name)
-        new_sheet(entry.book, drive, {"title": "Sheet1"})
+        try:
+            entry = _converted(drive, name, converted_sheets(content_type, content) or [("Sheet1", {})])
+        except (NotConvertible, BatchRefusal):
+            raise drive_error(400, "Bad Request", "badRequest") from None
     else:
         entry = drive.add(name, mime_type)
         entry.content = content
@@ -115,8 +115,8 @@ def _added(drive, metadata, content, content_type):
 
 
 def upload(drive, call):
-    """A new file from a body of two parts, metadata and content. Where the metadata ask for a spreadsheet, CSV is
-    converted; any other workbook becomes an empty one here."""
+    """A new file from a body of two parts, metadata and content. Where the metadata ask for a spreadsheet, CSV and
+    workbooks in Open XML are converted; what has another type becomes an empty one here."""
     if call.query.get("uploadType") != "multipart":
         raise drive_error(400, "Only multipart uploads are served.", "badRequest", "uploadType", "parameter")
     (_, metadata), (content_type, content) = _two_parts(call.headers.get("Content-Type", ""), call.raw_body)
@@ -132,19 +132,21 @@ def upload(drive, call):
         if folder not in drive.files:
             raise no_such_file(folder)
     entry = _added(drive, wanted, content, content_type)
-    if entry.book and content_type == "text/csv":
-        _fill(entry.book.sheets[0], content.decode("utf-8", "replace"))
     entry.parents = wanted.get("parents", [])
     return Reply(body=_resource(entry, call))
 
 
-def _fill(sheet, text):
-    for row, values in enumerate(csv.reader(io.StringIO(text))):
-        for column, value in enumerate(values):
-            entered = entered_by_user(value)
-            if value and row < sheet.row_count and column < sheet.column_count:
-                sheet.put(row, column, Cell(entered.value, {"numberFormat": entered.number_format}
-                                            if entered.number_format else None))
+def _converted(drive, name, sheets):
+    book = Book(name)
+    for title, cells in sheets:
+        rows, columns = (max((place[axis] + 1 for place in cells), default=0) for axis in (0, 1))
+        sheet = new_sheet(book, drive, {"title": title, "gridProperties": {
+            "rowCount": max(rows, DEFAULT_ROWS), "columnCount": max(columns, DEFAULT_COLUMNS)}})
+        for (row, column), cell in cells.items():
+            sheet.put(row, column, cell)
+    entry = drive.add_book(name)
+    entry.book = book
+    return entry
 
 
 def _two_parts(content_type, body):

@@ -75,21 +75,24 @@ SHEETS_MESSAGES = {
                " addFilterView:- addSlicer:- addTable:- appendCells:- autoFill:- cancelDataSourceRefresh:-"
                " clearBasicFilter:- copyPaste:- createDeveloperMetadata:- cutPaste:- deleteBanding:-"
                " deleteConditionalFormatRule:- deleteDataSource:- deleteDeveloperMetadata:- deleteDimensionGroup:-"
-               " deleteDuplicates:- deleteEmbeddedObject:- deleteFilterView:- deleteRange:- deleteTable:-"
-               " duplicateFilterView:- duplicateSheet:- findReplace:- insertRange:- moveDimension:- pasteData:-"
+               " deleteDuplicates:- deleteEmbeddedObject:- deleteFilterView:- deleteRange:DeleteRangeRequest deleteTable:-"
+               " duplicateFilterView:- duplicateSheet:DuplicateSheetRequest findReplace:- insertRange:- moveDimension:- pasteData:-"
                " randomizeRange:- refreshDataSource:- setBasicFilter:- setDataValidation:- sortRange:-"
                " textToColumns:- trimWhitespace:- updateBanding:- updateBorders:- updateChartSpec:-"
                " updateConditionalFormatRule:- updateDataSource:- updateDeveloperMetadata:- updateDimensionGroup:-"
                " updateDimensionProperties:- updateEmbeddedObjectBorder:- updateEmbeddedObjectPosition:-"
                " updateFilterView:- updateProtectedRange:- updateSlicerSpec:- updateTable:-",
     "Response": "addSheet:AddSheetResponse addProtectedRange:AddProtectedRangeResponse"
-                " addNamedRange:AddNamedRangeResponse",
+                " addNamedRange:AddNamedRangeResponse duplicateSheet:DuplicateSheetResponse",
     "AddSheetRequest": "properties:SheetProperties",
     "AddSheetResponse": "properties:SheetProperties",
     "DeleteSheetRequest": "sheetId:int32",
+    "DuplicateSheetRequest": "sourceSheetId:int32 insertSheetIndex:int32 newSheetId:int32 newSheetName:string",
+    "DuplicateSheetResponse": "properties:SheetProperties",
     "UpdateSheetPropertiesRequest": "properties:SheetProperties fields:mask",
     "AppendDimensionRequest": "sheetId:int32 dimension:enum!Dimension length:int32",
     "DeleteDimensionRequest": "range:DimensionRange",
+    "DeleteRangeRequest": "range:GridRange shiftDimension:enum!Dimension",
     "InsertDimensionRequest": "range:DimensionRange inheritFromBefore:bool",
     "UpdateCellsRequest": "rows:RowData[] fields:mask start:GridCoordinate range:GridRange",
     "RepeatCellRequest": "range:GridRange cell:CellData fields:mask",

@@ -2,10 +2,9 @@
 """The methods spreadsheets.create, get, getByDataFilter, batchUpdate and sheets.copyTo."""
 
 from .batch import run_batch
-from .batch_sheets import check_title, new_sheet, set_book_properties
+from .batch_sheets import copied_sheet, new_sheet, set_book_properties
 from .book_ranges import batch_range, find_for_reading
 from .credentials import check_access
-from .dimensions import refuse_too_many_cells
 from .errors import BatchRefusal, ServiceError, bad_request, not_a_spreadsheet, not_served
 from .masks import parse_mask
 from .methods import Reply
@@ -109,25 +108,10 @@ def copy_to(drive, call):
             f"Invalid value at 'sheet_id' (TYPE_INT32), \"{number}\"",
             [("sheet_id", f"Invalid value at 'sheet_id' (TYPE_INT32), \"{number}\"")])
     target = book_with_id(drive, call, call.body.get("destinationSpreadsheetId"), is_write=True)
-    twin = sheet.copy()
-    twin.sheet_id = drive.new_sheet_id(target.book)
-    twin.title = _copy_title(target.book, sheet.title)
-    twin.hidden = False
-    twin.protected_ranges = []
     try:
-        check_title(target.book, twin.title, None)
-        refuse_too_many_cells(target.book, twin.cell_count)
+        twin = copied_sheet(target.book, sheet, drive.new_sheet_id(target.book), None)
     except BatchRefusal as refusal:
         raise bad_request(str(refusal)) from None
     target.book.sheets.append(twin)
     target.modified = drive.now()
     return Reply(body=sheet_properties(twin, len(target.book.sheets) - 1))
-
-
-def _copy_title(book, title):
-    wanted = f"Copy of {title}"
-    number = 1
-    while book.sheet_with_title(wanted):
-        number += 1
-        wanted = f"Copy of {title} {number}"
-    return wanted

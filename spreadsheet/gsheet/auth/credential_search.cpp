@@ -72,6 +72,16 @@ void remember_secret(const std::string& secret) {
     now.secrets.push_back(secret);
 }
 
+/// Each line of a key in PEM is secret, however lines are put together. Its first and last are not,
+/// and the few characters that may end it are in too many words.
+void remember_lines(const std::string& key) {
+    for (std::size_t begin = 0; begin < key.size();) {
+        const std::size_t end = std::min(key.find_first_of("\r\n", begin), key.size());
+        if (key[begin] != '-' && end - begin > 8) remember_secret(key.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
 bool is_there(const std::u16string& path) {
     try {
         foundation::files::open_for_reading(path);
@@ -107,9 +117,9 @@ const CredentialFile& file_at(State& now, const std::u16string& path) {
     now.file.reset();
     now.file = read_credential_file(path);
     now.file_path = path;
-    for (const std::string* secret :
-         {&now.file->private_key, &now.file->refresh_token, &now.file->client_secret})
-        remember_secret(*secret);
+    remember_secret(now.file->refresh_token);
+    remember_secret(now.file->client_secret);
+    remember_lines(now.file->private_key);
     if (now.file->is_open_to_others)
         log_line(foundation::log::info,
                  "The key file " + to_utf8(path) + " can be read by other users of this machine.");
@@ -301,7 +311,7 @@ CredentialDescription describe_credential() {
     const Source source = find_source(now);
     if (source.kind == SourceKind::file && file_at(now, source.where).is_open_to_others)
         description.note = "Other users of this machine can read the file; take the permission "
-                           "away (chmod 600).";
+                           "away (chmod 600, on Windows icacls).";
     return description;
 }
 

@@ -13,6 +13,7 @@
 #include "foundation/http/http_message.h"
 #include "foundation/json.h"
 #include "spreadsheet/exception.h"
+#include "spreadsheet/gsheet/pauses.h"
 #include "spreadsheet/gsheet/utils/service_advice.h"
 #include "spreadsheet/gsheet/utils/shared_client.h"
 
@@ -40,10 +41,6 @@ foundation::http::HttpResponse send_request(foundation::http::HttpRequest&& requ
 /// `throwForHttpStatus` throws for every status other than 200, `spreadsheet::Exception` 48 when no
 /// client is registered, and lets the client's own exceptions pass.
 std::string executeRequestWithToken(foundation::http::HttpRequest&& request);
-
-/// Whether the request that this thread sent last was attempted more than once: an earlier attempt
-/// may have taken effect although the service reported a failure.
-bool last_request_was_repeated();
 
 /// As above for a body that is a JSON object, line feeds removed. `Exception` 49 for a body that is
 /// none and holds "RATE_LIMIT_EXCEEDED", 18 for any other.
