@@ -154,6 +154,7 @@ void remove_stale_files(int folder, std::string_view name) {
         return;
     }
     const std::string prefix = temporary_prefix(name);
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads from this list
     while (const dirent* entry = ::readdir(entries.get()))
         if (is_temporary_name(entry->d_name, prefix)) remove_if_stale(folder, entry->d_name);
 }

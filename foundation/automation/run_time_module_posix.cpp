@@ -57,7 +57,7 @@ void load(Module& self) {
     const std::string exact = path.find('/') == std::string::npos ? "./" + path : path;
     void* const handle = dlopen(exact.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
-        const char* const reason = dlerror();
+        const char* const reason = dlerror(); // NOLINT(concurrency-mt-unsafe): one for each thread
         self.problem = std::string(kWhatToInstall) + "; the module " + kModuleName +
                        " of this library cannot be loaded (" + (reason ? reason : "unknown") + ").";
         return;
