@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Conversions between UTF-8 and UTF-16. Texts of workbooks are mostly ASCII, so runs of it are
-// widened 16 bytes at a time; everything else goes through one decoder of generalised UTF-8.
+// widened and narrowed 16 characters at a time; everything else goes through one decoder and one
+// encoder of generalised UTF-8.
 #include "foundation/unicode.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -125,6 +127,80 @@ std::size_t convert(std::string_view text, char16_t* to) {
     return static_cast<std::size_t>(out - to);
 }
 
+/// Room for the UTF-8 form of one code point.
+constexpr std::size_t kMaxSequence = 4;
+
+char* put_utf8(char* to, char32_t code_point) {
+    const auto tail = [code_point](unsigned shift) {
+        return static_cast<char>(0x80u | ((code_point >> shift) & 0x3Fu));
+    };
+    if (code_point < 0x80) {
+        *to++ = static_cast<char>(code_point);
+    } else if (code_point < 0x800) {
+        *to++ = static_cast<char>(0xC0u | (code_point >> 6));
+        *to++ = tail(0);
+    } else if (code_point < 0x10000) {
+        *to++ = static_cast<char>(0xE0u | (code_point >> 12));
+        *to++ = tail(6);
+        *to++ = tail(0);
+    } else {
+        *to++ = static_cast<char>(0xF0u | (code_point >> 18));
+        *to++ = tail(12);
+        *to++ = tail(6);
+        *to++ = tail(0);
+    }
+    return to;
+}
+
+#ifdef ZX_HAVE_SSE2
+/// Narrows 8 units; false, with nothing written, when one of them is not ASCII.
+bool narrow_8(const char16_t* from, char* to) {
+    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+    const __m128i others = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xFF80)));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(others, _mm_setzero_si128())) != 0xFFFF) return false;
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(units, units));
+    return true;
+}
+#endif
+
+/// Narrows the ASCII units that the text begins with and returns their number.
+std::size_t narrow_ascii(const char16_t* from, std::size_t count, char* to) {
+    std::size_t done = 0;
+#ifdef ZX_HAVE_SSE2
+    while (count - done >= 8 && narrow_8(from + done, to + done))
+        done += 8;
+    // The rest is covered by a block that overlaps what is done already.
+    if (count >= 8 && count - done < 8 && narrow_8(from + count - 8, to + count - 8)) return count;
+#endif
+    while (done < count && from[done] < 0x80) {
+        to[done] = static_cast<char>(from[done]);
+        ++done;
+    }
+    return done;
+}
+
+/// Appends `change(code_point)` of every code point. The bytes go over the stack: growing a string
+/// in place would fill it with zeros first.
+template <class Change>
+void append_utf8(std::string& out, std::u16string_view text, Change change) {
+    constexpr std::size_t kPieceUnits = 256;
+    // A unit needs three bytes at most; the last one may be the first of two, which need four.
+    char bytes[(kPieceUnits - 1) * 3 + kMaxSequence];
+    for (std::size_t position = 0; position < text.size();) {
+        const std::size_t piece_end = std::min(text.size(), position + kPieceUnits);
+        char* to = bytes;
+        while (position < piece_end) {
+            const std::size_t ascii =
+                narrow_ascii(text.data() + position, piece_end - position, to);
+            position += ascii;
+            to += ascii;
+            while (position < piece_end && text[position] >= 0x80)
+                to = put_utf8(to, change(next_code_point(text, position)));
+        }
+        out.append(bytes, to);
+    }
+}
+
 } // namespace
 
 void assign_utf16(std::u16string& out, std::string_view text) {
@@ -146,42 +222,29 @@ std::u16string to_utf16(std::string_view text) {
 }
 
 void append_code_point(std::string& out, char32_t code_point) {
-    const auto tail = [code_point](unsigned shift) {
-        return static_cast<char>(0x80u | ((code_point >> shift) & 0x3Fu));
-    };
-    if (code_point < 0x80) {
-        out.push_back(static_cast<char>(code_point));
-    } else if (code_point < 0x800) {
-        out.push_back(static_cast<char>(0xC0u | (code_point >> 6)));
-        out.push_back(tail(0));
-    } else if (code_point < 0x10000) {
-        out.push_back(static_cast<char>(0xE0u | (code_point >> 12)));
-        out.push_back(tail(6));
-        out.push_back(tail(0));
-    } else {
-        out.push_back(static_cast<char>(0xF0u | (code_point >> 18)));
-        out.push_back(tail(12));
-        out.push_back(tail(6));
-        out.push_back(tail(0));
-    }
+    char bytes[kMaxSequence];
+    out.append(bytes, put_utf8(bytes, code_point));
 }
 
 std::string to_generalized_utf8(std::u16string_view text) {
     std::string out;
     out.reserve(text.size());
-    for (std::size_t position = 0; position < text.size();)
-        append_code_point(out, next_code_point(text, position));
+    append_utf8(out, text, [](char32_t code_point) { return code_point; });
     return out;
+}
+
+void assign_utf8(std::string& out, std::u16string_view text) {
+    out.clear();
+    append_utf8(out, text, [](char32_t code_point) {
+        const bool lone = is_high_surrogate(code_point) || is_low_surrogate(code_point);
+        return lone ? char32_t{kReplacement} : code_point;
+    });
 }
 
 std::string to_utf8(std::u16string_view text) {
     std::string out;
     out.reserve(text.size());
-    for (std::size_t position = 0; position < text.size();) {
-        const char32_t code_point = next_code_point(text, position);
-        const bool lone = is_high_surrogate(code_point) || is_low_surrogate(code_point);
-        append_code_point(out, lone ? char32_t{kReplacement} : code_point);
-    }
+    assign_utf8(out, text);
     return out;
 }
 

@@ -28,6 +28,9 @@ ZX_API std::string to_generalized_utf8(std::u16string_view text);
 /// The UTF-8 form of `text` for the outside world: each lone surrogate becomes U+FFFD.
 ZX_API std::string to_utf8(std::u16string_view text);
 
+/// As `to_utf8`; replaces `out` and reuses its capacity.
+ZX_API void assign_utf8(std::string& out, std::u16string_view text);
+
 /// Appends the generalised UTF-8 form of one code point (0 to 0x10FFFF, surrogates included).
 ZX_API void append_code_point(std::string& out, char32_t code_point);
 

@@ -108,6 +108,18 @@ void check_finite(const Range& range, const double* values, MatrixOrder order) {
                                range.first_column + (by_columns ? line : place)});
 }
 
+/// A sheet online takes cells with their types alone.
+void write_typed(ISheet& sheet, const Range& range, const double* values) {
+    std::vector<cell_type> types(static_cast<std::size_t>(range.count()));
+    for (std::size_t i = 0; i < types.size(); ++i)
+        types[i] = std::isnan(values[i]) ? cell_type::empty : cell_type::number;
+    CellProvider provider{};
+    provider.context = &values;
+    provider.number = [](void* from) { return *(*static_cast<const double**>(from))++; };
+    provider.skip = [](void* from) { ++*static_cast<const double**>(from); };
+    sheet.write(range, types.data(), provider, false);
+}
+
 } // namespace
 
 void read_numbers(ISheet& sheet, Range range, double* out, MatrixOrder order,
@@ -124,7 +136,14 @@ void write_numbers(const std::shared_ptr<IBook>& book, ISheet& sheet, Range rang
     if (is_empty(range)) return;
     if (!is_within_limits(range, book->format())) throw Exception(error_id::range_too_large);
     check_finite(range, values, order);
-    if (order == MatrixOrder::columns_first) return sheet.write(range, values);
+    const auto write = [&, is_online = book->format() == book::format::GSHEET](
+                           const Range& block, const double* columns) {
+        if (is_online)
+            write_typed(sheet, block, columns);
+        else
+            sheet.write(block, columns);
+    };
+    if (order == MatrixOrder::columns_first) return write(range, values);
     const std::size_t columns = extent(range.first_column, range.last_column);
     std::vector<double> turned;
     for_row_blocks(range, [&](const Range& block, std::size_t first) {
@@ -133,7 +152,7 @@ void write_numbers(const std::shared_ptr<IBook>& book, ISheet& sheet, Range rang
         for (std::size_t row = 0; row < rows; ++row)
             for (std::size_t column = 0; column < columns; ++column)
                 turned[column * rows + row] = values[(first + row) * columns + column];
-        sheet.write(block, turned.data());
+        write(block, turned.data());
     });
 }
 

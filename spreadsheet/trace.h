@@ -16,10 +16,13 @@ namespace spreadsheet {
 
 class Trace {
   public:
-    explicit Trace(std::source_location where = std::source_location::current()) {
+    /// `unit` names the source unit where it is not the file that calls.
+    explicit Trace(std::source_location where = std::source_location::current(),
+                   std::string_view unit = {}) {
         auto& logger = getLogger();
         if (!logger.enabled(foundation::log::trace)) return;
-        record_.emplace(logger, unit_of(where.file_name()).c_str(), where.function_name(),
+        const std::string name = unit.empty() ? unit_of(where.file_name()) : std::string(unit);
+        record_.emplace(logger, name.c_str(), where.function_name(),
                         static_cast<int>(where.line()));
     }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <tuple>
 
 #include "foundation/unicode.h"
@@ -48,7 +49,7 @@ CellValue& take_next(void* context) {
 }
 
 void put_text(void* context, const std::u16string& text) {
-    take_next(context).text = foundation::unicode::to_utf8(text);
+    foundation::unicode::assign_utf8(take_next(context).text, text);
 }
 void put_number(void* context, double value) {
     take_next(context).number = value;
@@ -57,22 +58,33 @@ void put_boolean(void* context, bool value) {
     take_next(context).number = value ? 1.0 : 0.0;
 }
 
-std::string error_text(const ISheet& sheet, int row, int column) {
-    std::string text;
-    const auto append = [](void* context, const std::u16string& value) {
-        *static_cast<std::string*>(context) = foundation::unicode::to_utf8(value);
-    };
-    sheet.read({row, column, row, column}, StringBuilder{&text, append});
-    return text;
-}
-
-/// Builders get errors as empty strings; the error codes are read one by one.
+/// Builders get errors as empty strings. Their codes are read as text, those of a column at once.
 void read_error_texts(const ISheet& sheet, Band& band) {
-    for (std::size_t i = 0; i < band.cells.size(); ++i) {
-        if (band.types[i] != cell_type::error) continue;
-        const auto row = static_cast<int>(i % band.rows()) + band.range.first_row;
-        const auto column = static_cast<int>(i / band.rows()) + band.range.first_column;
-        band.cells[i].text = error_text(sheet, row, column);
+    const std::size_t rows = band.rows();
+    for (std::size_t column = 0; column < band.columns(); ++column) {
+        const auto begin = band.types.begin() + static_cast<std::ptrdiff_t>(column * rows);
+        const auto end = begin + static_cast<std::ptrdiff_t>(rows);
+        const auto first = std::find(begin, end, cell_type::error);
+        if (first == end) continue;
+        const auto last =
+            std::find(std::reverse_iterator(end), std::reverse_iterator(first), cell_type::error)
+                .base() -
+            1;
+        std::vector<std::string> texts;
+        const auto append = [](void* context, const std::u16string& text) {
+            static_cast<std::vector<std::string>*>(context)->push_back(
+                foundation::unicode::to_utf8(text));
+        };
+        const auto row_at = [&](auto place) {
+            return static_cast<int>(place - begin) + band.range.first_row;
+        };
+        const int sheet_column = static_cast<int>(column) + band.range.first_column;
+        sheet.read({row_at(first), sheet_column, row_at(last), sheet_column},
+                   StringBuilder{&texts, append});
+        CellValue* const cells = &band.cells[static_cast<std::size_t>(first - band.types.begin())];
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            if (first[static_cast<std::ptrdiff_t>(i)] == cell_type::error)
+                cells[i].text = std::move(texts[i]);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdint>
+#include <iterator>
 
 namespace zxsheet {
 namespace {
@@ -32,9 +33,11 @@ bool take(std::string_view& rest, char wanted) {
 
 /// Takes all digits that come next.
 std::string_view take_digits(std::string_view& rest) {
-    const auto end = std::find_if_not(rest.begin(), rest.end(), is_digit);
-    const std::string_view digits = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
-    rest.remove_prefix(digits.size());
+    std::size_t count = 0;
+    while (count < rest.size() && is_digit(rest[count]))
+        ++count;
+    const std::string_view digits = rest.substr(0, count);
+    rest.remove_prefix(count);
     return digits;
 }
 
@@ -42,33 +45,49 @@ std::string_view take_digits(std::string_view& rest) {
 
 struct NumberText {
     std::string_view whole, fraction;
-    bool is_integer = true; ///< neither a point nor an exponent
+    bool is_negative = false;
+    bool has_exponent = false;
 
     std::size_t digits() const { return whole.size() + fraction.size(); }
     char digit(std::size_t i) const {
         return i < whole.size() ? whole[i] : fraction[i - whole.size()];
     }
+    bool is_integer() const { return fraction.empty() && !has_exponent; }
 };
 
 /// The parts of the text when it is written as numbers are, without leading zeros.
 std::optional<NumberText> split_number(std::string_view text) {
     NumberText number;
-    take(text, '-');
+    number.is_negative = take(text, '-');
     number.whole = take_digits(text);
     if (take(text, '.')) {
         number.fraction = take_digits(text);
-        number.is_integer = false;
         if (number.fraction.empty()) return {};
     }
     if (number.whole.empty() && number.fraction.empty()) return {};
     if (number.whole.size() > 1 && number.whole.front() == '0') return {};
     if (take(text, 'e') || take(text, 'E')) {
         if (!take(text, '-')) take(text, '+');
-        number.is_integer = false;
+        number.has_exponent = true;
         if (take_digits(text).empty()) return {};
     }
     if (!text.empty()) return {};
     return number;
+}
+
+/// The value of at most `kSafeDigits` digits without an exponent: two numbers without an error,
+/// whose quotient is the nearest number to it.
+double value_of(const NumberText& text) {
+    static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                              1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    static_assert(std::size(kPowersOfTen) == kSafeDigits + 1);
+    std::uint64_t digits = 0;
+    for (const char digit : text.whole)
+        digits = digits * 10 + static_cast<std::uint64_t>(digit - '0');
+    for (const char digit : text.fraction)
+        digits = digits * 10 + static_cast<std::uint64_t>(digit - '0');
+    const double size = static_cast<double>(digits) / kPowersOfTen[text.fraction.size()];
+    return text.is_negative ? -size : size;
 }
 
 /// More digits than this never read back as they were.
@@ -92,7 +111,7 @@ bool keeps_its_digits(const NumberText& text, double value) {
     while (begin < end && text.digit(begin) == '0')
         ++begin;
     if (end - begin <= kSafeDigits) return true;
-    if (text.is_integer) return false;
+    if (text.is_integer()) return false;
     while (end > begin && text.digit(end - 1) == '0')
         --end;
     if (end - begin > kMostDigits) return false;
@@ -107,6 +126,7 @@ bool keeps_its_digits(const NumberText& text, double value) {
 std::optional<double> number_in(std::string_view field) {
     const auto text = split_number(field);
     if (!text) return {};
+    if (text->digits() <= kSafeDigits && !text->has_exponent) return value_of(*text);
     double value = 0.0;
     const char* const field_end = field.data() + field.size();
     const auto [end, failure] = std::from_chars(field.data(), field_end, value);

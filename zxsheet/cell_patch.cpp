@@ -57,12 +57,6 @@ std::size_t length(int first, int last) {
 
 } // namespace
 
-cell_type written_type(const CellValue& cell) {
-    const bool has_value = cell.type == cell_type::number || cell.type == cell_type::date ||
-                           cell.type == cell_type::boolean;
-    return has_value ? cell.type : cell_type::text;
-}
-
 CellPatch::CellPatch(const Range& range)
     : range_(range),
       rows_(length(range.first_row, range.last_row)),

@@ -13,7 +13,12 @@
 namespace zxsheet {
 
 /// The type that a cell is written as: a text that is empty leaves no value, errors become text.
-spreadsheet::cell_type written_type(const CellValue& cell);
+inline spreadsheet::cell_type written_type(const CellValue& cell) {
+    using spreadsheet::cell_type;
+    const bool has_value = cell.type == cell_type::number || cell.type == cell_type::date ||
+                           cell.type == cell_type::boolean;
+    return has_value ? cell.type : cell_type::text;
+}
 
 class CellPatch {
   public:

@@ -10,7 +10,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 
 namespace zxsheet {
@@ -43,6 +42,14 @@ std::optional<Moment> moment_of(double serial) {
     return moment;
 }
 
+std::chrono::year_month_day date_of(std::int64_t serial) {
+    using namespace std::chrono;
+    if (serial == kPhantomDay) return year{1900} / February / 29;
+    const sys_days origin = serial < kPhantomDay ? sys_days{year{1899} / December / 31}
+                                                 : sys_days{year{1899} / December / 30};
+    return origin + days{serial};
+}
+
 struct Day {
     int year;
     unsigned month, day;
@@ -53,27 +60,37 @@ struct Day {
 Day day_of(std::int64_t serial) {
     using namespace std::chrono;
     if (serial == kPhantomDay) return {1900, 2, 29, 60, 3};
-    const sys_days origin = serial < kPhantomDay ? sys_days{year{1899} / December / 31}
-                                                 : sys_days{year{1899} / December / 30};
-    const sys_days when = origin + days{serial};
-    const year_month_day date{when};
+    const year_month_day date = date_of(serial);
+    const sys_days when = date;
     const auto of_year = (when - sys_days{date.year() / January / 1}).count() + 1;
     return {static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
             static_cast<unsigned>(date.day()), static_cast<int>(of_year),
             weekday{when}.c_encoding()};
 }
 
+char* put_digits(char* to, std::uint64_t number, int width) {
+    for (int i = width; i-- > 0; number /= 10)
+        to[i] = static_cast<char>('0' + number % 10);
+    return to + width;
+}
+
 /// "13:05:00", with milliseconds when there are any.
-std::string clock_text(std::int64_t milliseconds) {
-    char text[48];
-    const auto count = static_cast<long long>(milliseconds);
-    std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld.%03lld", count / 3'600'000,
-                  count / 60'000 % 60, count / 1000 % 60, count % 1000);
-    std::string trimmed(text);
-    while (trimmed.back() == '0' && trimmed.find('.') != std::string::npos)
-        trimmed.pop_back();
-    if (trimmed.back() == '.') trimmed.pop_back();
-    return trimmed;
+void append_clock(std::string& out, std::uint64_t milliseconds) {
+    const std::uint64_t hours = milliseconds / 3'600'000;
+    char text[32];
+    char* to = hours < 100 ? put_digits(text, hours, 2)
+                           : std::to_chars(text, text + sizeof text, hours).ptr;
+    *to++ = ':';
+    to = put_digits(to, milliseconds / 60'000 % 60, 2);
+    *to++ = ':';
+    to = put_digits(to, milliseconds / 1000 % 60, 2);
+    if (milliseconds % 1000 != 0) {
+        *to++ = '.';
+        to = put_digits(to, milliseconds % 1000, 3);
+        while (to[-1] == '0')
+            --to;
+    }
+    out.append(text, to);
 }
 
 std::string padded(long long number, int width, char fill = '0') {
@@ -147,51 +164,74 @@ std::string conversion(char letter, const Day& day, std::int64_t milliseconds) {
     }
 }
 
-void append_number(std::string& out, double value, bool decimal_comma) {
-    const double size = std::fabs(value);
-    std::array<char, 64> text;
-    char* const end_of_text = text.data() + text.size();
-    std::to_chars_result done{};
-    if (size < 1e15 && value == std::trunc(value)) {
-        // Most numbers are whole, which is much quicker; a negative zero becomes a plain one.
-        done = std::to_chars(text.data(), end_of_text, static_cast<std::int64_t>(value));
-    } else {
-        const bool plain = size >= 1e-5 && size < 1e15;
-        done = std::to_chars(text.data(), end_of_text, value,
-                             plain ? std::chars_format::fixed : std::chars_format::scientific);
+/// Integers below this are exact in a double and have at most 15 digits.
+constexpr double kExactInteger = 1e15;
+
+/// Writes a number of at most four decimals, as most prices and measurements are, much quicker than
+/// `std::to_chars`; null for any other. No two texts of at most 15 digits mean the same number,
+/// so what reads back as the number is its shortest text.
+char* put_short_decimal(char* to, double value) {
+    constexpr std::int64_t kUnit = 10'000;
+    const double scaled = value * kUnit;
+    if (!(std::fabs(scaled) < kExactInteger)) return nullptr;
+    auto digits = static_cast<std::int64_t>(scaled + std::copysign(0.5, scaled));
+    if (static_cast<double>(digits) / kUnit != value) return nullptr;
+    if (digits < 0) {
+        *to++ = '-';
+        digits = -digits;
     }
-    if (done.ec != std::errc()) return;
-    if (decimal_comma) std::replace(text.data(), done.ptr, '.', ',');
-    out.append(text.data(), done.ptr);
+    to = std::to_chars(to, to + 20, digits / kUnit).ptr;
+    *to++ = '.';
+    to = put_digits(to, static_cast<std::uint64_t>(digits % kUnit), 4);
+    while (to[-1] == '0')
+        --to;
+    return to;
 }
 
-void append_digits(std::string& out, unsigned number, int width) {
-    char digits[10];
-    for (int i = width; i-- > 0; number /= 10)
-        digits[i] = static_cast<char>('0' + number % 10);
-    out.append(digits, static_cast<std::size_t>(width));
+/// At least 64 characters of room; nothing is written for what `std::to_chars` has no room for.
+char* put_number(char* const to, char* const end, double value) {
+    const double size = std::fabs(value);
+    if (size < kExactInteger) {
+        // Most numbers are whole; a negative zero becomes a plain one.
+        const auto whole = static_cast<std::int64_t>(value);
+        if (static_cast<double>(whole) == value) return std::to_chars(to, end, whole).ptr;
+        if (char* const done = put_short_decimal(to, value)) return done;
+    }
+    const bool is_plain = size >= 1e-5 && size < kExactInteger;
+    const auto [done, failure] = std::to_chars(
+        to, end, value, is_plain ? std::chars_format::fixed : std::chars_format::scientific);
+    return failure == std::errc() ? done : to;
 }
 
 /// See `date_text`; most cells of a sheet may be dates.
 void append_date(std::string& out, double serial) {
     const auto moment = moment_of(serial);
-    if (!moment) return append_number(out, serial, false);
-    const Day day = day_of(moment->day);
-    append_digits(out, static_cast<unsigned>(day.year), 4);
-    out.push_back('-');
-    append_digits(out, day.month, 2);
-    out.push_back('-');
-    append_digits(out, day.day, 2);
+    if (!moment) return append_number(out, serial);
+    const std::chrono::year_month_day date = date_of(moment->day);
+    char text[10];
+    char* to = put_digits(text, static_cast<std::uint64_t>(static_cast<int>(date.year())), 4);
+    *to++ = '-';
+    to = put_digits(to, static_cast<unsigned>(date.month()), 2);
+    *to++ = '-';
+    to = put_digits(to, static_cast<unsigned>(date.day()), 2);
+    out.append(text, to);
     if (moment->milliseconds == 0) return;
     out.push_back('T');
-    out += clock_text(moment->milliseconds);
+    append_clock(out, static_cast<std::uint64_t>(moment->milliseconds));
 }
 
 } // namespace
 
+void append_number(std::string& out, double value, bool decimal_comma) {
+    char text[64];
+    char* const end = put_number(text, text + sizeof text, value);
+    if (decimal_comma) std::replace(text, end, '.', ',');
+    out.append(text, end);
+}
+
 std::string number_text(double value) {
     std::string text;
-    append_number(text, value, false);
+    append_number(text, value);
     return text;
 }
 
@@ -205,7 +245,9 @@ std::string time_text(double days) {
     constexpr double kMostDays = 1e7 / 24;
     if (!(std::fabs(days) < kMostDays)) return number_text(days);
     const auto total = std::llround(std::fabs(days) * static_cast<double>(kMillisecondsPerDay));
-    return (days < 0 && total != 0 ? "-" : "") + clock_text(total);
+    std::string text = days < 0 && total != 0 ? "-" : "";
+    append_clock(text, static_cast<std::uint64_t>(total));
+    return text;
 }
 
 std::string formatted_date(double serial, std::string_view pattern) {

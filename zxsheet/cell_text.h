@@ -21,6 +21,7 @@ struct TextStyle {
 /// The shortest decimal text that reads back as the same number; without an exponent between 1e-5
 /// and 1e15. "nan" and "inf" are not avoided.
 std::string number_text(double value);
+void append_number(std::string& out, double value, bool decimal_comma = false);
 
 /// ISO 8601 text of a serial number of the 1900 system: a day, with a time when it is not midnight,
 /// with milliseconds when there are any. Serial number 60 is the 29th of February 1900, which the

@@ -39,13 +39,14 @@ class CellsFormat final : public OutputFormat {
             line += address + '\t';
             line += type_name(cell.type);
             line.push_back('\t');
-            append_field(line, plain_text(cell, style_.text), '\t', '\t');
+            append_field(line, plain_text(cell, style_.text), special_);
             line.push_back('\n');
         }
     }
 
     const PrintStyle style_;
     const bool is_json_;
+    const ByteSet special_ = special_bytes('\t');
     const Bounds bounds_;
 };
 

@@ -98,9 +98,9 @@ bool are_relatives(book::format a, book::format b) {
     return (a == book::format::XLS) == (b == book::format::XLS);
 }
 
-/// A book of the same family is saved under the other name, with all that is in it.
-std::string convert_relative(const BookLocation& target, const ConvertOptions& options,
-                             ChangeTools& tools) {
+/// The book is saved under the other name, with all that is in it.
+std::string convert_whole(const BookLocation& target, const ConvertOptions& options,
+                          ChangeTools& tools) {
     const auto book =
         load_book_from_file(options.book.library_path(), target.format(), options.book.mode());
     return save_changes(book, options, tools, "Converted");
@@ -130,9 +130,10 @@ std::string convert_values(const BookLocation& target, const ConvertOptions& opt
                         Origin::Made);
 }
 
-/// The family that the file itself has; its name may say something else.
-bool is_relative(const BookLocation& target, const ConvertOptions& options) {
-    return options.book.is_file() && are_relatives(options.book.format(), target.format());
+/// Files of one family keep everything; an application converts between all formats that it knows.
+bool keeps_everything(const BookLocation& target, const ConvertOptions& options) {
+    if (options.book.is_online() || target.is_online()) return false;
+    return !options.book.is_file() || are_relatives(options.book.format(), target.format());
 }
 
 std::string run_convert(const ConvertOptions& options, ChangeTools& tools) {
@@ -145,8 +146,8 @@ std::string run_convert(const ConvertOptions& options, ChangeTools& tools) {
     if (!options.sheet.empty())
         throw CommandError(ExitCode::Usage, "--sheet is for conversion to text only");
     const BookLocation target(options.output);
-    return is_relative(target, options) ? convert_relative(target, options, tools)
-                                        : convert_values(target, options, tools);
+    return keeps_everything(target, options) ? convert_whole(target, options, tools)
+                                             : convert_values(target, options, tools);
 }
 
 } // namespace
@@ -163,7 +164,8 @@ Command convert_command() {
         run_convert, "");
     command.footer =
         "Among XLSX, XLSM, XLTX and XLTM everything is kept; between these and XLS the "
-        "values go over.\n\n"
+        "values go over. With --app the application converts between all formats that it knows, "
+        "such as ods.\n\n"
         "Example: zxsheet convert book.xlsx --each-sheet folder --to csv";
     return command;
 }

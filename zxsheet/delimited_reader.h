@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "zxsheet/text_input.h"
 
@@ -31,14 +32,14 @@ class DelimitedReader {
     void read_quoted(std::string& field);
     FieldEnd read_plain(std::string& field);
     void append_run(std::string& field);
-    void append(std::string& field, int byte);
-    [[noreturn]] void fail_too_long() const;
+    void append(std::string& field, std::string_view text, bool is_ascii);
     void check_encoding(const std::string& field) const;
     [[noreturn]] void fail(const std::string& what) const;
 
     TextInput& input_;
     char separator_;
     bool at_row_start_ = true;
+    bool is_ascii_ = true;       ///< the field so far
     std::size_t line_ = 1;       ///< of the text that comes next
     std::size_t field_line_ = 1; ///< where the field begins
 };

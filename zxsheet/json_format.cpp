@@ -27,7 +27,9 @@ void append_types(std::string& out, const Row& row) {
     out.push_back('[');
     for (std::size_t i = 0; i < row.size(); ++i) {
         if (i != 0) out.push_back(',');
-        append_json_string(out, type_name(row[i]->type));
+        out.push_back('"');
+        out += type_name(row[i]->type);
+        out.push_back('"');
     }
     out.push_back(']');
 }

@@ -6,12 +6,15 @@
 #include <cmath>
 #include <cstdio>
 
+#include "zxsheet/byte_set.h"
 #include "zxsheet/cell_text.h"
 
 namespace zxsheet {
 namespace {
 
 using spreadsheet::cell_type;
+
+constexpr ByteSet kEscaped = ByteSet("\"\\").add(0, 0x1F);
 
 void append_escaped(std::string& out, char character) {
     switch (character) {
@@ -31,23 +34,24 @@ void append_escaped(std::string& out, char character) {
         out += "\\t";
         return;
     default:
-        break;
-    }
-    if (static_cast<unsigned char>(character) >= 0x20) {
-        out.push_back(character);
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(character));
+        out += escape;
         return;
     }
-    char escape[8];
-    std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(character));
-    out += escape;
 }
 
 } // namespace
 
 void append_json_string(std::string& out, std::string_view text) {
     out.push_back('"');
-    for (const char character : text)
-        append_escaped(out, character);
+    while (true) {
+        const std::size_t plain = kEscaped.find_in(text);
+        out += text.substr(0, plain);
+        if (plain == text.size()) break;
+        append_escaped(out, text[plain]);
+        text.remove_prefix(plain + 1);
+    }
     out.push_back('"');
 }
 
@@ -72,15 +76,15 @@ void append_json(std::string& out, const CellValue& cell, const TextStyle& style
         if (!std::isfinite(cell.number)) {
             out += "null";
         } else if (cell.type == cell_type::number || is_serial || is_elapsed) {
-            const TextStyle as_number{TextStyle::Dates::Serial, {}, false};
-            append_text(out, cell, as_number);
+            append_number(out, cell.number);
         } else {
             append_json_string(out, plain_text(cell, style));
         }
         return;
+    case cell_type::text:
+        return append_json_string(out, cell.text);
     default:
-        append_json_string(out, plain_text(cell, style));
-        return;
+        return append_json_string(out, plain_text(cell, style));
     }
 }
 

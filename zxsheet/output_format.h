@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "zxsheet/byte_set.h"
 #include "zxsheet/cell_grid.h"
 #include "zxsheet/cell_text.h"
 #include "zxsheet/output_sink.h"
@@ -79,8 +80,9 @@ std::optional<TextFormat> text_format_of_name(const std::string& file);
 /// What the name of a file in the format ends with, without a dot.
 std::string ending_of(TextFormat format);
 
-/// Appends the field, in quotes where it has a separator, a quote or a line end in it; `also` is a
-/// further character that asks for quotes.
-void append_field(std::string& out, std::string_view field, char separator, char also);
+/// What a field of text between separators cannot have outside quotes.
+ByteSet special_bytes(char separator);
+/// Appends the field, in quotes where it has one of the `special` bytes.
+void append_field(std::string& out, std::string_view field, const ByteSet& special);
 
 } // namespace zxsheet

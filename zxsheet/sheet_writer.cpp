@@ -20,7 +20,8 @@ namespace {
 
 using namespace spreadsheet;
 
-constexpr std::size_t kCellsPerBlock = 1 << 16;
+/// As many as the processor's cache holds.
+constexpr std::size_t kCellsPerBlock = 1 << 13;
 /// A request to the service may be larger, but is slow then, and repeated as a whole.
 constexpr std::size_t kBytesPerRequest = 10'000'000;
 constexpr std::size_t kMaxTextUnits = 32'767;
@@ -73,7 +74,7 @@ void SheetWriter::add(const CellValue& cell) {
         added.type = cell_type::text;
         if (added.text.empty()) added.text = date_text(cell.number);
     }
-    request_bytes_ += request_bytes(added, is_below_date(column));
+    if (options_.book.is_online()) request_bytes_ += request_bytes(added, is_below_date(column));
     if (has_value(added)) ++values_;
 }
 

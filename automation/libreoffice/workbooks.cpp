@@ -59,6 +59,8 @@ std::span<const DispatchMember<Workbooks>> Workbooks::members() {
 }
 
 HRESULT Workbooks::count(const DispatchCall& call) {
+    // Known here, but who asks wants to use the application: one that is ending has to say so.
+    session_->desktop()->getCurrentFrame();
     return call.give(static_cast<LONG>(session_->documents.size()));
 }
 

@@ -25,11 +25,12 @@ class CMakeBuild(build_ext):
                         "-DZX_PYTHON_HOST=ON", f"-DPython_EXECUTABLE={sys.executable}", "--log-level=WARNING", *hint], check=True)
         subprocess.run(["cmake", "--build", build, "--target", "python_package"], check=True)
         stage = build / "stage"
-        subprocess.run(["cmake", "--install", build, "--component", "python", "--prefix", stage], check=True)
+        for component in ("python", "python_library"):
+            subprocess.run(["cmake", "--install", build, "--component", component, "--prefix", stage], check=True)
         target.mkdir(parents=True, exist_ok=True)
         for file in (stage / "python" / "zxspreadsheet").iterdir():
             shutil.copy2(file, target)
 
 
-setup(version=VERSION, packages=["zxspreadsheet"], package_data={"zxspreadsheet": ["py.typed"]},
+setup(version=VERSION, packages=["zxspreadsheet"], package_data={"zxspreadsheet": ["py.typed", "*.pyi"]},
       ext_modules=[Extension("zxspreadsheet._zxspreadsheet", [])], cmdclass={"build_ext": CMakeBuild}, zip_safe=False)

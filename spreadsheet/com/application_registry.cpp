@@ -29,6 +29,16 @@ std::optional<LONG> count_workbooks(const excel_application& instance) {
     return count ? integer_in(count.value.get()) : std::nullopt;
 }
 
+bool has_ended(const excel_application& instance) {
+    const com::CallResult count = com::get(instance.workbooks(), OLESTR("Count"));
+    return com::says_application_ended(count.status);
+}
+
+/// Empties the slot of an application that does not answer, unless its books still hold it.
+void drop_if_unused(Instance& slot) {
+    if (slot.use_count() == 1) slot.reset();
+}
+
 /// The full names of the open workbooks; nullopt when one cannot be read.
 std::optional<std::vector<std::u16string>> list_workbooks(const excel_application& instance,
                                                           LONG count) {
@@ -53,12 +63,17 @@ bool is_free_for(std::u16string_view file_name, const std::vector<std::u16string
     });
 }
 
-Instance find_first(const ApplicationSlots& registered) {
-    const auto found =
-        std::find_if(registered.begin(), registered.end(), [](const auto& slot) { return !!slot; });
-    if (found == registered.end()) return nullptr;
-    if (found->use_count() == 1) (*found)->release_unused_refs();
-    return *found;
+Instance find_first(ApplicationSlots& registered) {
+    for (Instance& slot : registered) {
+        if (!slot) continue;
+        if (has_ended(*slot)) {
+            drop_if_unused(slot);
+            continue;
+        }
+        if (slot.use_count() == 1) slot->release_unused_refs();
+        return slot;
+    }
+    return nullptr;
 }
 
 Instance find_for_file(ApplicationSlots& registered, std::u16string_view file_name) {
@@ -71,8 +86,7 @@ Instance find_for_file(ApplicationSlots& registered, std::u16string_view file_na
         if (!slot) continue;
         const auto count = count_workbooks(*slot);
         if (!count) {
-            // The application has ended; only its books keep it.
-            if (slot.use_count() == 1) slot.reset();
+            drop_if_unused(slot);
             continue;
         }
         const auto names = list_workbooks(*slot, *count);

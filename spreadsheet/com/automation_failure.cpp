@@ -18,19 +18,6 @@ constexpr HRESULT kServerCallFailed = static_cast<HRESULT>(0x800706be);
 /// The application's own error for most operations that it does not carry out.
 constexpr HRESULT kNotCarriedOut = static_cast<HRESULT>(0x800a03ec);
 
-bool says_application_ended(HRESULT result) {
-    switch (result) {
-    case RPC_E_DISCONNECTED:
-    case RPC_E_SERVER_DIED:
-    case RPC_E_SERVER_DIED_DNE:
-    case kServerUnavailable:
-    case kServerCallFailed:
-        return true;
-    default:
-        return false;
-    }
-}
-
 /// What the application returns most often, in words; empty for any other result.
 std::string_view meaning_of(HRESULT result) {
     if (says_application_ended(result)) return "the application has ended";
@@ -68,6 +55,19 @@ std::string hexadecimal(HRESULT result) {
 }
 
 } // namespace
+
+bool says_application_ended(HRESULT result) {
+    switch (result) {
+    case RPC_E_DISCONNECTED:
+    case RPC_E_SERVER_DIED:
+    case RPC_E_SERVER_DIED_DNE:
+    case kServerUnavailable:
+    case kServerCallFailed:
+        return true;
+    default:
+        return false;
+    }
+}
 
 Failure cause_of(const OLECHAR* member, HRESULT result) {
     std::string text = "The application's member " +

@@ -25,6 +25,9 @@ void log_line(std::string_view tag, std::string_view text);
 /// is unknown unless the application has ended or is out of memory.
 Failure cause_of(const OLECHAR* member, HRESULT result);
 
+/// Whether a call ended in `result` because the application's process had ended.
+bool says_application_ended(HRESULT result);
+
 /// `fail` for a call that ended in `result`.
 [[noreturn]] void fail_call(std::string_view tag, error_id id, const OLECHAR* member,
                             HRESULT result);

@@ -11,7 +11,7 @@
 
 #include "spreadsheet/book_format.h"
 #include "spreadsheet/com/late_bound_call.h"
-#include "spreadsheet/sheet.h"
+#include "spreadsheet/sheet_without_rules.h"
 
 namespace spreadsheet {
 
@@ -23,9 +23,9 @@ class RangeValues;
 /// merged-cell rules.
 ///
 /// Conversions: a number is read as a date by its serial number, a date as a number by its raw
-/// serial number; numbers and dates as text in the shortest form, booleans as TRUE and FALSE. What
-/// cannot be converted is NaN, false or the empty text.
-class COMSheet : public ISheet {
+/// serial number; numbers and dates as text in the shortest form, booleans as TRUE and FALSE,
+/// errors as "#DIV/0!" and the like. What cannot be converted is NaN, false or the empty text.
+class COMSheet : public SheetWithoutRules {
   public:
     /// `format` gives the limits of ranges.
     COMSheet(std::shared_ptr<excel_application> application, std::shared_ptr<IDispatch> sheet,
@@ -47,10 +47,11 @@ class COMSheet : public ISheet {
     void clear(Range range) override;
     /// Names of the sheet come before names of the workbook that refer to this sheet.
     Range named_range(const std::u16string& name) const override;
-    using ISheet::cell_types;
+    using SheetWithoutRules::cell_types;
+    using SheetWithoutRules::read;
+    using SheetWithoutRules::read_cell_array;
+    using SheetWithoutRules::readDatesAsDoubles;
     void cell_types(const CellIterator& cells, cell_type* out) const override;
-    bool cell_types(Range range, cell_type* out, const MergedCellColumnRule& column_rule,
-                    const MergedCellRowRule& row_rule) override;
     void cell_types(Range range, cell_type* out) const override;
 
     std::vector<bool> get_merged_cells_vector() const override;
@@ -61,20 +62,10 @@ class COMSheet : public ISheet {
     void set_return_empty_vars_bool(const bool on) override;
     cell_type typeCheck(int row, int column) override;
 
-    bool read(Range range, unsigned char* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, unsigned char* out) const override;
-    bool read(Range range, bool* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, bool* out) const override;
-    bool read(Range range, SerialDatenum* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, SerialDatenum* out) const override;
-    bool read(Range range, double* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, double* out) const override;
-    bool read(Range range, const StringBuilder& builder, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, const StringBuilder& builder) const override;
     void read(Range range, const cell_type* types, const CellBuilder& builder) const override;
 
@@ -93,12 +84,7 @@ class COMSheet : public ISheet {
     bool is_range_writeable(Range range) override;
 
     void read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
-                         const bool dates_as_numbers, const MergedCellColumnRule& column_rule,
-                         const MergedCellRowRule& row_rule) override;
-    void read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
                          const bool dates_as_numbers) const override;
-    bool readDatesAsDoubles(Range range, double* out, const MergedCellColumnRule& column_rule,
-                            const MergedCellRowRule& row_rule) override;
     void readDatesAsDoubles(Range range, double* out) const override;
     void prefetch(Range range, cell_type* out) const override;
 
@@ -109,6 +95,7 @@ class COMSheet : public ISheet {
         std::shared_ptr<IDispatch> object;
     };
 
+    Exception refused_rules(std::source_location where) const override;
     /// `Exception` 22 for a range that is not within the limits of the format.
     void check_limits(const Range& range) const;
     /// The application's object of a range; `Exception` 22 when it cannot be formed.

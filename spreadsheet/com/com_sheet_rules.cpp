@@ -8,47 +8,11 @@ namespace {
 
 constexpr std::string_view kTag = "[COM SHEET MSG]:";
 
-[[noreturn]] void refuse_rules() {
-    com::fail(kTag, error_id::merged_cells_unsupported,
-              {FailureKind::Unsupported, "Interactive mode has no rules for merged cells."});
-}
-
 } // namespace
 
-bool COMSheet::cell_types(Range, cell_type*, const MergedCellColumnRule&,
-                          const MergedCellRowRule&) {
-    refuse_rules();
-}
-
-bool COMSheet::read(Range, unsigned char*, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    refuse_rules();
-}
-
-bool COMSheet::read(Range, bool*, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    refuse_rules();
-}
-
-bool COMSheet::read(Range, SerialDatenum*, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    refuse_rules();
-}
-
-bool COMSheet::read(Range, double*, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    refuse_rules();
-}
-
-bool COMSheet::read(Range, const StringBuilder&, const MergedCellColumnRule&,
-                    const MergedCellRowRule&) {
-    refuse_rules();
-}
-
-void COMSheet::read_cell_array(CellTypeIterator&, output::CellOutputBuilder&, const bool,
-                               const MergedCellColumnRule&, const MergedCellRowRule&) {
-    refuse_rules();
-}
-
-bool COMSheet::readDatesAsDoubles(Range, double*, const MergedCellColumnRule&,
-                                  const MergedCellRowRule&) {
-    refuse_rules();
+Exception COMSheet::refused_rules(std::source_location) const {
+    com::fail(kTag, error_id::merged_cells_unsupported,
+              {FailureKind::Unsupported, "Interactive mode has no rules for merged cells."});
 }
 
 std::vector<bool> COMSheet::get_merged_cells_vector() const {

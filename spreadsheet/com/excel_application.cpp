@@ -62,14 +62,14 @@ excel_application::excel_application() {
     HRESULT result = S_OK;
     auto application = ComPtr<IDispatch>::adopt(start_application(result));
     if (!application) com::fail_start(result);
-    com::put(application.get(), OLESTR("Visible"), Variant::integer(0));
-    com::CallResult workbooks = com::get(application.get(), OLESTR("Workbooks"));
-    if (workbooks) workbooks_ = workbooks.value.release_object();
-    if (workbooks_ == nullptr) {
+    try {
+        com::put(application.get(), OLESTR("Visible"), Variant::integer(0));
+        workbooks_ = com::get(application.get(), OLESTR("Workbooks"))
+                         .release_object_or_fail("[COM APPLICATION MSG]:", error_id::internal);
+    } catch (...) {
         // Nobody sees the application, and nobody else would end it.
         com::call(application.get(), OLESTR("Quit"));
-        com::fail_call("[COM APPLICATION MSG]:", error_id::internal, workbooks.member,
-                       workbooks.status);
+        throw;
     }
     application_ = application.release();
 }

@@ -34,7 +34,8 @@ class excel_application {
 
     /// An instance for a book: for a new one (null) the first that is registered, for a file one
     /// without open workbooks; else a new instance, which is registered while the library is
-    /// started. `Exception` 18 when it does not start. Not on two threads at once.
+    /// started. Instances whose applications have ended are passed over, and leave the list once
+    /// no book holds them. `Exception` 18 when none starts. Not on two threads at once.
     static std::shared_ptr<excel_application> acquire(const char16_t* file_name);
 
     /// An owner of the reference that a call has returned; of a null pointer an empty one.

@@ -24,6 +24,31 @@ void assign_shortest(std::u16string& out, double value) {
     out.assign(text.data(), end.ptr);
 }
 
+/// The text of an error that a cell holds; empty for one that no cell has.
+std::u16string_view error_text(SCODE code) {
+    constexpr SCODE kFirst = static_cast<SCODE>(0x800a07d0u); // FACILITY_CONTROL, 2000
+    switch (code - kFirst) {
+    case 0:
+        return u"#NULL!";
+    case 7:
+        return u"#DIV/0!";
+    case 15:
+        return u"#VALUE!";
+    case 23:
+        return u"#REF!";
+    case 29:
+        return u"#NAME?";
+    case 36:
+        return u"#NUM!";
+    case 42:
+        return u"#N/A";
+    case 43:
+        return u"#GETTING_DATA";
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
 RangeValues::RangeValues(Variant value, const Range& range)
@@ -83,6 +108,8 @@ const std::u16string& ApplicationCell::text() {
         text_.assign(*text);
     else if (cell_->vt == VT_BOOL)
         text_ = boolean() ? u"TRUE" : u"FALSE";
+    else if (cell_->vt == VT_ERROR)
+        text_ = error_text(cell_->scode);
     else if (cell_->vt == VT_DATE || number_in(*cell_))
         assign_shortest(text_, number());
     return text_;

@@ -5,87 +5,48 @@
 #pragma once
 
 #include <memory>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "spreadsheet/gsheet/google_worksheet.h"
-#include "spreadsheet/sheet.h"
+#include "spreadsheet/sheet_without_cells.h"
+#include "spreadsheet/trace.h"
 
 namespace spreadsheet {
 
-class GSheetChartSheet final : public ISheet {
+class GSheetChartSheet final : public SheetWithoutCells<ISheet> {
   public:
-    explicit GSheetChartSheet(std::shared_ptr<GoogleSheetWorksheet> sheet);
+    explicit GSheetChartSheet(std::shared_ptr<GoogleSheetWorksheet> sheet)
+        : sheet_(std::move(sheet)) {}
 
-    bool operator==(const GSheetChartSheet& other) const;
-    std::shared_ptr<GoogleSheetWorksheet> get_sheet() const;
+    bool operator==(const GSheetChartSheet&) const { throw refused(); }
+    std::shared_ptr<GoogleSheetWorksheet> get_sheet() const { throw refused(); }
 
-    void name(const std::u16string& new_name) override;
-    std::u16string name() const override;
-    void hidden(sheet::hidden state) override;
-    sheet::hidden hidden() const override;
-    bool is_protected() const override;
-    void set_protected(bool on) override;
-    Range used_range() const override;
-    void clear(Cell cell) override;
-    void clear(Range range) override;
-    Range named_range(const std::u16string& name) const override;
-    using ISheet::cell_types;
-    void cell_types(const CellIterator& cells, cell_type* out) const override;
-    bool cell_types(Range range, cell_type* out, const MergedCellColumnRule& column_rule,
-                    const MergedCellRowRule& row_rule) override;
-    void cell_types(Range range, cell_type* out) const override;
-
-    std::vector<bool> get_merged_cells_vector() const override;
-    std::vector<int> get_omit_rows_vector() const override;
-    std::vector<int> get_omit_vars_vector() const override;
-    void reset_merged_cells_vector() override;
-    void reset_omit_vars_bool() override;
-    void set_return_empty_vars_bool(const bool on) override;
-    cell_type typeCheck(int row, int column) override;
-
-    bool read(Range range, unsigned char* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
-    void read(Range range, unsigned char* out) const override;
-    bool read(Range range, bool* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
-    void read(Range range, bool* out) const override;
-    bool read(Range range, SerialDatenum* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
-    void read(Range range, SerialDatenum* out) const override;
-    bool read(Range range, double* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
-    void read(Range range, double* out) const override;
-    bool read(Range range, const StringBuilder& builder, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
-    void read(Range range, const StringBuilder& builder) const override;
-    void read(Range range, const cell_type* types, const CellBuilder& builder) const override;
-
-    void write(Range range, const unsigned char* values) override;
-    void write(Range range, const bool* values) override;
-    void write(Range range, const SerialDatenum* values) override;
-    void write(Range range, const double* values) override;
-    void write(Range range, const StringProvider& provider) override;
-    void write(Range range, const cell_type* types, const CellProvider& provider,
-               bool preserve_format) override;
-    void auto_fit_column_widths(Range range) override;
-    void unmerge(Range range) override;
-    bool is_range_writeable(Range range) override;
-
-    Range get_data_span(Range range, const MergedCellColumnRule& column_rule,
-                        const MergedCellRowRule& row_rule) override;
-    void get_types(cell_type* out) override;
-    void read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
-                         const bool dates_as_numbers, const MergedCellColumnRule& column_rule,
-                         const MergedCellRowRule& row_rule) override;
-    void read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
-                         const bool dates_as_numbers) const override;
-    bool readDatesAsDoubles(Range range, double* out, const MergedCellColumnRule& column_rule,
-                            const MergedCellRowRule& row_rule) override;
-    void readDatesAsDoubles(Range range, double* out) const override;
-    void prefetch(Range range, cell_type* out) const override;
+    using SheetWithoutCells::cell_types;
+    void cell_types(const CellIterator&, cell_type*) const override { throw refused(); }
+    bool cell_types(Range, cell_type*, const MergedCellColumnRule&,
+                    const MergedCellRowRule&) override {
+        throw refused();
+    }
+    std::vector<bool> get_merged_cells_vector() const override { throw refused(); }
+    std::vector<int> get_omit_rows_vector() const override { throw refused(); }
+    std::vector<int> get_omit_vars_vector() const override { throw refused(); }
+    void reset_merged_cells_vector() override { throw refused(); }
+    void reset_omit_vars_bool() override { throw refused(); }
+    void set_return_empty_vars_bool(const bool) override { throw refused(); }
+    cell_type typeCheck(int, int) override { throw refused(); }
+    Range get_data_span(Range, const MergedCellColumnRule&, const MergedCellRowRule&) override {
+        throw refused();
+    }
+    void get_types(cell_type*) override { throw refused(); }
+    void prefetch(Range, cell_type*) const override { throw refused(); }
 
   private:
+    Exception refused(std::source_location where = std::source_location::current()) const override {
+        const Trace trace(where, "gsheet/gsheet_chart_sheet");
+        return Exception(error_id::chart_sheet_unsupported);
+    }
+
     std::shared_ptr<GoogleSheetWorksheet> sheet_;
 };
 

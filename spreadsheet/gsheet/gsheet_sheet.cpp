@@ -18,10 +18,6 @@ namespace {
     throw Exception(error_id::google_unsupported);
 }
 
-[[noreturn]] void refuse_rules() {
-    refuse("MergedCellColumnRule and MergedCellRowRule are not supported with Google Sheets.");
-}
-
 [[noreturn]] void refuse_variables() {
     refuse("Writing individaul variables is currently not a supported workflow.");
 }
@@ -86,12 +82,6 @@ void GSheetWorksheet::cell_types(const CellIterator& cells, cell_type* out) cons
     sheet_->cell_types(cells, out);
 }
 
-bool GSheetWorksheet::cell_types(Range, cell_type*, const MergedCellColumnRule&,
-                                 const MergedCellRowRule&) {
-    const Trace trace;
-    refuse_rules();
-}
-
 void GSheetWorksheet::cell_types(Range range, cell_type* out) const {
     const Trace trace;
     sheet_->fetch_types(range, out);
@@ -130,20 +120,9 @@ cell_type GSheetWorksheet::typeCheck(int, int) {
     return cell_type::error;
 }
 
-bool GSheetWorksheet::read(Range, unsigned char*, const MergedCellColumnRule&,
-                           const MergedCellRowRule&) {
-    const Trace trace;
-    refuse_rules();
-}
-
 void GSheetWorksheet::read(Range range, unsigned char* out) const {
     const Trace trace;
     sheet_->read(range, out);
-}
-
-bool GSheetWorksheet::read(Range, bool*, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    const Trace trace;
-    refuse_rules();
 }
 
 void GSheetWorksheet::read(Range range, bool* out) const {
@@ -151,31 +130,14 @@ void GSheetWorksheet::read(Range range, bool* out) const {
     sheet_->read(range, out);
 }
 
-bool GSheetWorksheet::read(Range, SerialDatenum*, const MergedCellColumnRule&,
-                           const MergedCellRowRule&) {
-    const Trace trace;
-    refuse_rules();
-}
-
 void GSheetWorksheet::read(Range range, SerialDatenum* out) const {
     const Trace trace;
     sheet_->read(range, out);
 }
 
-bool GSheetWorksheet::read(Range, double*, const MergedCellColumnRule&, const MergedCellRowRule&) {
-    const Trace trace;
-    refuse_rules();
-}
-
 void GSheetWorksheet::read(Range range, double* out) const {
     const Trace trace;
     sheet_->read(range, out);
-}
-
-bool GSheetWorksheet::read(Range, const StringBuilder&, const MergedCellColumnRule&,
-                           const MergedCellRowRule&) {
-    const Trace trace;
-    refuse_rules();
 }
 
 void GSheetWorksheet::read(Range range, const StringBuilder& builder) const {
@@ -243,22 +205,10 @@ void GSheetWorksheet::get_types(cell_type*) {
     const Trace trace;
 }
 
-void GSheetWorksheet::read_cell_array(CellTypeIterator&, output::CellOutputBuilder&, const bool,
-                                      const MergedCellColumnRule&, const MergedCellRowRule&) {
-    const Trace trace;
-    refuse_rules();
-}
-
 void GSheetWorksheet::read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
                                       const bool dates_as_numbers) const {
     const Trace trace;
     sheet_->read_cell_array(cells, builder, dates_as_numbers);
-}
-
-bool GSheetWorksheet::readDatesAsDoubles(Range, double*, const MergedCellColumnRule&,
-                                         const MergedCellRowRule&) {
-    const Trace trace;
-    refuse_rules();
 }
 
 void GSheetWorksheet::readDatesAsDoubles(Range range, double* out) const {
@@ -290,6 +240,11 @@ void GSheetWorksheet::replace(const Range& range, const cell_type* types,
 void GSheetWorksheet::set_hidden(bool hidden) {
     const Trace trace;
     sheet_->set_hidden(hidden);
+}
+
+Exception GSheetWorksheet::refused_rules(std::source_location where) const {
+    const Trace trace(where, "gsheet/gsheet_sheet");
+    refuse("MergedCellColumnRule and MergedCellRowRule are not supported with Google Sheets.");
 }
 
 } // namespace spreadsheet

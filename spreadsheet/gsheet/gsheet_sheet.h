@@ -10,14 +10,14 @@
 
 #include "spreadsheet/gsheet/google_worksheet.h"
 #include "spreadsheet/online.h"
-#include "spreadsheet/sheet.h"
+#include "spreadsheet/sheet_without_rules.h"
 
 namespace spreadsheet {
 
 /// `cell_types` and `prefetch` fetch a range in one request; reads of cells within the range
 /// fetched last send none. Merged-cell rules are refused with `Exception` 43, typed writes without
 /// a provider as well; a range that ends 500,001 rows or more behind its beginning with 56.
-class GSheetWorksheet : public ISheet, public OnlineSheet {
+class GSheetWorksheet : public SheetWithoutRules, public OnlineSheet {
   public:
     explicit GSheetWorksheet(std::shared_ptr<GoogleSheetWorksheet> sheet);
 
@@ -31,10 +31,11 @@ class GSheetWorksheet : public ISheet, public OnlineSheet {
     void clear(Cell cell) override;
     void clear(Range range) override;
     Range named_range(const std::u16string& name) const override;
-    using ISheet::cell_types;
+    using SheetWithoutRules::cell_types;
+    using SheetWithoutRules::read;
+    using SheetWithoutRules::read_cell_array;
+    using SheetWithoutRules::readDatesAsDoubles;
     void cell_types(const CellIterator& cells, cell_type* out) const override;
-    bool cell_types(Range range, cell_type* out, const MergedCellColumnRule& column_rule,
-                    const MergedCellRowRule& row_rule) override;
     void cell_types(Range range, cell_type* out) const override;
 
     std::vector<bool> get_merged_cells_vector() const override;
@@ -45,20 +46,10 @@ class GSheetWorksheet : public ISheet, public OnlineSheet {
     void set_return_empty_vars_bool(const bool on) override;
     cell_type typeCheck(int row, int column) override;
 
-    bool read(Range range, unsigned char* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, unsigned char* out) const override;
-    bool read(Range range, bool* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, bool* out) const override;
-    bool read(Range range, SerialDatenum* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, SerialDatenum* out) const override;
-    bool read(Range range, double* out, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, double* out) const override;
-    bool read(Range range, const StringBuilder& builder, const MergedCellColumnRule& column_rule,
-              const MergedCellRowRule& row_rule) override;
     void read(Range range, const StringBuilder& builder) const override;
     void read(Range range, const cell_type* types, const CellBuilder& builder) const override;
 
@@ -77,12 +68,7 @@ class GSheetWorksheet : public ISheet, public OnlineSheet {
                         const MergedCellRowRule& row_rule) override;
     void get_types(cell_type* out) override;
     void read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
-                         const bool dates_as_numbers, const MergedCellColumnRule& column_rule,
-                         const MergedCellRowRule& row_rule) override;
-    void read_cell_array(CellTypeIterator& cells, output::CellOutputBuilder& builder,
                          const bool dates_as_numbers) const override;
-    bool readDatesAsDoubles(Range range, double* out, const MergedCellColumnRule& column_rule,
-                            const MergedCellRowRule& row_rule) override;
     void readDatesAsDoubles(Range range, double* out) const override;
     void prefetch(Range range, cell_type* out) const override;
 
@@ -93,6 +79,8 @@ class GSheetWorksheet : public ISheet, public OnlineSheet {
     void set_hidden(bool hidden) override;
 
   private:
+    Exception refused_rules(std::source_location where) const override;
+
     std::shared_ptr<GoogleSheetWorksheet> sheet_;
 };
 

@@ -43,8 +43,9 @@ TEST(ToUtf16, ReplacesEachByteOutsideWellFormedSequences) {
 }
 
 // The blocks of the fast path meet a wide character at every place of texts of every short length.
-TEST(ToUtf16, FindsOneWideCharacterAnywhere) {
+TEST(Conversions, FindOneWideCharacterAnywhere) {
     std::u16string reused = u"left over from the text before";
+    std::string reused_utf8 = "left over from the text before";
     for (std::size_t length = 0; length <= 70; ++length) {
         for (std::size_t wide = 0; wide <= length; ++wide) {
             std::string utf8;
@@ -56,13 +57,15 @@ TEST(ToUtf16, FindsOneWideCharacterAnywhere) {
             }
             assign_utf16(reused, utf8);
             ASSERT_EQ(reused, expected) << length << ' ' << wide;
+            assign_utf8(reused_utf8, expected);
+            ASSERT_EQ(reused_utf8, utf8) << length << ' ' << wide;
         }
     }
 }
 
-TEST(ToUtf16, ConvertsLongTexts) {
+TEST(Conversions, TakeLongTexts) {
     std::string utf8(100'000, 'x');
-    utf8.insert(50'001, "\xF0\x9F\x98\x80");
+    utf8.insert(51'199, "\xF0\x9F\x98\x80");
     const std::u16string utf16 = to_utf16(utf8);
     EXPECT_EQ(utf16.size(), 100'002u);
     EXPECT_EQ(to_generalized_utf8(utf16), utf8);

@@ -3,7 +3,10 @@
 // Books: what runs beside the interpreter and what arrays go in and out.
 #include "book.h"
 
+#include <algorithm>
 #include <filesystem>
+
+#include <pybind11/stl.h>
 
 #include "columns.h"
 #include "foundation/unicode.h"
@@ -69,6 +72,24 @@ TableOptions options_of(const py::dict& from) {
     }
     options.max_cells = py::cast<std::int64_t>(from["max_cells"]);
     return options;
+}
+
+/// The rectangle of the cells that have a value. Only a file knows it without looking at them.
+Range value_range(const ISheet& sheet, bool is_file) {
+    const Range range = is_file ? filled_range(sheet) : sheet.used_range();
+    if (is_file || range.count() <= 0) return range;
+    if (range.count() > TableOptions{}.max_cells) throw Exception(error_id::range_too_large);
+    std::vector<cell_type> types(static_cast<std::size_t>(range.count()));
+    sheet.cell_types(range, types.data());
+    Range values{range.last_row + 1, range.last_column + 1, -1, -1};
+    auto type = types.begin();
+    for (int column = range.first_column; column <= range.last_column; ++column)
+        for (int row = range.first_row; row <= range.last_row; ++row, ++type) {
+            if (*type == cell_type::empty || *type == cell_type::other) continue;
+            values = {std::min(values.first_row, row), std::min(values.first_column, column),
+                      std::max(values.last_row, row), std::max(values.last_column, column)};
+        }
+    return values.last_row < 0 ? Range{0, 0, -1, -1} : values;
 }
 
 } // namespace
@@ -155,6 +176,16 @@ bool Book::is_chart(std::size_t index) const {
     return book_->sheet_type(index) == sheet::type::chart;
 }
 
+py::object Book::names() {
+    const auto known = run([this](const StopFlag&) { return named_ranges(book_); });
+    if (!known) return py::none();
+    py::list names;
+    for (const NamedRange& one : *known)
+        names.append(py::make_tuple(unicode::to_utf8(one.name), one.sheet, one.scope, one.is_table,
+                                    corners_of(one.range)));
+    return names;
+}
+
 std::shared_ptr<ISheet> Book::sheet(std::size_t index) const {
     if (index >= book_->num_sheets()) throw Exception(error_id::sheet_not_found);
     auto found = book_->sheet(book_->is_sheet_loaded() ? 0 : index);
@@ -165,7 +196,7 @@ std::shared_ptr<ISheet> Book::sheet(std::size_t index) const {
 Corners Book::resolve(std::size_t index, const std::string& range) {
     return run([this, index, text = unicode::to_utf16(range)](const StopFlag&) {
         const auto on = sheet(index);
-        return corners_of(text.empty() ? filled_range(*on)
+        return corners_of(text.empty() ? value_range(*on, place_ == Place::File)
                                        : sheet_range(text.data(), text.size(), on, book_->format(),
                                                      false, nullptr, nullptr));
     });

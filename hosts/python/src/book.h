@@ -42,6 +42,9 @@ class Book {
     std::vector<std::string> sheet_names() const;
     /// True for a chart sheet, which has no cells.
     bool is_chart(std::size_t index) const;
+    /// (name, sheet, scope or None, whether it is a table, corners) of each; None where the
+    /// back-end does not know them.
+    pybind11::object names();
     /// The corners of a range text or defined name; of all cells with a value where it is empty.
     Corners resolve(std::size_t index, const std::string& range);
     Corners used_range(std::size_t index);

@@ -8,6 +8,8 @@
 #include "arrow_stream.h"
 #include "book.h"
 #include "foundation/unicode.h"
+#include "spreadsheet/gsheet/credentials.h"
+#include "spreadsheet/gsheet/utils/endpoints.h"
 #include "waiting.h"
 
 namespace {
@@ -39,6 +41,17 @@ void translate(std::exception_ptr thrown) {
     }
 }
 
+/// Google Sheets itself where `root` is empty; another address is used for everything.
+void use_google(const std::string& root) {
+    gsheet::Endpoints endpoints;
+    if (!root.empty()) {
+        const std::u16string address = foundation::unicode::to_utf16(root);
+        endpoints = {address, address, address, address};
+    }
+    gsheet::set_endpoints(endpoints);
+    gsheet::use_credential_search(true);
+}
+
 } // namespace
 
 PYBIND11_MODULE(_zxspreadsheet, module) {
@@ -66,6 +79,7 @@ PYBIND11_MODULE(_zxspreadsheet, module) {
         .def("are_dates_1904", &Book::are_dates_1904)
         .def("sheet_names", &Book::sheet_names)
         .def("is_chart", &Book::is_chart)
+        .def("names", &Book::names)
         .def("resolve", &Book::resolve)
         .def("used_range", &Book::used_range)
         .def("read_table", &Book::read_table)
@@ -83,10 +97,8 @@ PYBIND11_MODULE(_zxspreadsheet, module) {
         .def("is_protected", &Book::is_protected)
         .def("set_protected", &Book::set_protected)
         .def("save", &Book::save);
+    module.def("use_google", &use_google);
     module.def("arrow_stream", &zxpython::arrow_stream);
-    module.def("column_text", [](std::int64_t microseconds) {
-        return spreadsheet::iso_text_from_microseconds(microseconds);
-    });
     module.def("microseconds_from_serial", &spreadsheet::microseconds_from_serial);
     module.def("serial_from_microseconds", &spreadsheet::serial_from_microseconds);
     module.def("range_text", [](const zxpython::Corners& corners) {
@@ -94,6 +106,5 @@ PYBIND11_MODULE(_zxspreadsheet, module) {
         return foundation::unicode::to_utf8(
             spreadsheet::range_string({first_row, first_column, last_row, last_column}));
     });
-    module.def("distinct_names", &spreadsheet::distinct_names);
     module.attr("version") = ZXSPREADSHEET_VERSION;
 }

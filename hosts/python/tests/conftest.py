@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Where the tests find workbooks; the same names serve the examples in docstrings and pages."""
+import io
 import os
 import shutil
-import sys
 
 import pytest
 
@@ -35,4 +35,4 @@ def _names_of_examples(request, tmp_path):
     names = request.getfixturevalue("doctest_namespace")
     examples = tmp_path / "examples"
     shutil.copytree(os.path.join(ROOT, "examples"), examples)
-    names.update(zx=zx, example=lambda name: str(examples / name), scratch=lambda name: str(tmp_path / name))
+    names.update(zx=zx, io=io, example=lambda name: str(examples / name), scratch=lambda name: str(tmp_path / name))

@@ -202,3 +202,24 @@ def test_an_interrupt_ends_a_read(tmp_path):
             zx.read_array(path)
     assert time.monotonic() - begin < whole + 5
     shutil.rmtree(tmp_path)
+
+
+def test_names_have_ranges_and_scopes_and_are_read(tmp_path):
+    made = openpyxl.Workbook()
+    first, second = made.active, made.create_sheet("It's 2")
+    first.append(["a", 1])
+    for row in (["x", "y"], [1, 2], [3, 4]):
+        second.append(row)
+    second.add_table(openpyxl.worksheet.table.Table(displayName="Points", ref="A1:B3"))
+    made.defined_names.append(openpyxl.workbook.defined_name.DefinedName("Total", attr_text="'It''s 2'!$B$2:$B$3"))
+    made.defined_names.append(openpyxl.workbook.defined_name.DefinedName("Total", attr_text="Sheet!$B$1", localSheetId=0))
+    made.save(tmp_path / "names.xlsx")
+    with zx.open(tmp_path / "names.xlsx") as book:
+        assert sorted(book.names, key=repr) == [zx.Name("Points", "It's 2", "A1:B3", None, True), zx.Name("Total", "It's 2", "B2:B3"),
+                                                zx.Name("Total", "Sheet", "B1", "Sheet")]
+        assert book.read(range="POINTS")["y"].tolist() == [2, 4] and book.read_array(0, "Total").tolist() == [[1]]
+    for range, expected in [("total", [[2], [4]]), ("'It''s 2'!A2:A3", [[1], [3]]), ("Sheet!B1", [[1]]), ("It's 2!Total", [[2], [4]])]:
+        assert zx.read_array(tmp_path / "names.xlsx", range=range).tolist() == expected
+    for range in ("None!A1", "Nothing"):
+        with pytest.raises(zx.Missing):
+            zx.read(tmp_path / "names.xlsx", range=range)

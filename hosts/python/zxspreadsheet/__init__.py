@@ -11,7 +11,7 @@ array([0. , 4.2, 0.3, 2.1, nan])
 `read`, `read_array` and `write` do one thing to one sheet; `open` gives a book for everything
 else; `scan` hands out many books in parts. Rows, columns and sheets count from 0.
 """
-from ._book import Book, Sheet, open
+from ._book import Book, Name, Sheet, open
 from ._errors import (ApplicationMissing, CoercionWarning, Damaged, Encrypted, Error, FileMissing,
                       LimitExceeded, Missing, NotAWorkbook, NotReadable, NotWritten, OutOfMemory,
                       Refused, ServiceError, Unsupported)
@@ -21,6 +21,6 @@ from ._table import Column, Table
 from ._zxspreadsheet import version as __version__
 
 __all__ = ["ApplicationMissing", "Book", "CoercionWarning", "Column", "Damaged", "Encrypted", "Error",
-           "Failure", "FileMissing", "LimitExceeded", "Missing", "NotAWorkbook", "NotReadable",
+           "Failure", "FileMissing", "LimitExceeded", "Missing", "Name", "NotAWorkbook", "NotReadable",
            "NotWritten", "OutOfMemory", "Part", "Refused", "Scan", "ServiceError", "Sheet", "Table",
            "Unsupported", "open", "read", "read_array", "scan", "write", "__version__"]

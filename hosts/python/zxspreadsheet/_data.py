@@ -1,22 +1,28 @@
 # SPDX-License-Identifier: Apache-2.0
 """Data of Python as columns of a table. What a workbook would store as something else is refused."""
+from __future__ import annotations
+
 import datetime
 import math
 import numbers
+from typing import Any, Iterable, Sequence
 
 import numpy as np
+import numpy.typing as npt
 
 from . import _zxspreadsheet as _core
 from ._errors import refused
 from ._table import _BOOLEAN, _DATE, _KIND_BOOLEAN, _KIND_DATE, _KIND_NUMBER, _KIND_TEXT, _MIXED, _NUMBER, _TEXT
-from ._table import Column, Table
+from ._table import Array, Column, Parts, Table
+
+Mask = npt.NDArray[np.bool_]
 
 _MAX_INTEGER = 2**53
 _EPOCH = datetime.datetime(1970, 1, 1)
 _NO_DATE = np.iinfo(np.int64).min
 
 
-def columns_of(data, header=None):
+def columns_of(data: Any, header: object = None) -> tuple[list[Parts], int]:
     """(list of column parts, number of rows) of an array, a dict of columns, records, rows, a `Table` or
     a data frame; `header` names the columns of what has no names."""
     if isinstance(data, Table):
@@ -40,14 +46,14 @@ def columns_of(data, header=None):
     return _build(_names(header, 1), [data])
 
 
-def _names(header, count):
+def _names(header: object, count: int) -> list[str]:
     names = list(header) if isinstance(header, (list, tuple)) else [""] * count
     if len(names) != count:
         raise ValueError(f"There are {len(names)} names for {count} columns.")
     return [str(name) for name in names]
 
 
-def _array_columns(array, header):
+def _array_columns(array: Array, header: object) -> tuple[list[str], list[Array]]:
     if array.dtype.names:
         if array.ndim != 1:
             raise ValueError("A structured array must have one dimension.")
@@ -59,7 +65,7 @@ def _array_columns(array, header):
     return _names(header, array.shape[1]), [array[:, i] for i in range(array.shape[1])]
 
 
-def _plain(series):
+def _plain(series: Any) -> Array:
     """A pandas.Series as an array, or as it is where it has types of its own."""
     values = series.array
     if type(values).__name__ == "Categorical":
@@ -72,22 +78,22 @@ def _plain(series):
     return series.to_numpy(dtype=object)
 
 
-def _build(names, columns):
+def _build(names: list[str], columns: Sequence[Any]) -> tuple[list[Parts], int]:
     lengths = {name: len(column) for name, column in zip(names, columns)}
     if len(set(lengths.values())) > 1:
-        longest, shortest = max(lengths, key=lengths.get), min(lengths, key=lengths.get)
+        longest, shortest = max(lengths, key=lengths.__getitem__), min(lengths, key=lengths.__getitem__)
         raise ValueError(f"The columns have different lengths: {longest!r} has {lengths[longest]} values, "
                          f"{shortest!r} {lengths[shortest]}.")
     rows = len(columns[0]) if columns else 0
     return [column_of(name, column) for name, column in zip(names, columns)], rows
 
 
-def _parts(name, kind, mask, **arrays):
+def _parts(name: str, kind: int, mask: Mask, **arrays: Array) -> Parts:
     validity = np.packbits(~mask, bitorder="little")
     return {"name": name, "type": kind, "null_count": int(mask.sum()), "validity": validity, **arrays}
 
 
-def column_of(name, values):
+def column_of(name: str, values: Any) -> Parts:
     """The parts of one column."""
     if isinstance(values, Column):
         return {**values._parts, "name": name}
@@ -103,7 +109,7 @@ def column_of(name, values):
     return _typed_column(name, np.ma.getdata(values), mask)
 
 
-def _typed_column(name, values, mask):
+def _typed_column(name: str, values: Array, mask: Mask) -> Parts:
     kind = values.dtype.kind
     if kind == "f":
         if values.dtype.itemsize > 8:
@@ -119,7 +125,7 @@ def _typed_column(name, values, mask):
     if kind == "M":
         return _dates(name, values, mask)
     if kind in "UT":
-        return text_column(name, np.where(mask, None, values.astype(object)).tolist())
+        return text_column(name, [None if is_missing else text for is_missing, text in zip(mask, values.tolist())])
     if kind == "O":
         values = values.copy()
         values[mask] = None
@@ -127,24 +133,24 @@ def _typed_column(name, values, mask):
     raise _wrong_type(name, values.dtype)
 
 
-def _wrong_type(name, dtype):
+def _wrong_type(name: str, dtype: np.dtype[Any]) -> TypeError:
     hint = " Write a duration as a number of days." if dtype.kind == "m" else ""
     return TypeError(f"Column {name!r} has the dtype {dtype}, which a workbook cannot store.{hint}")
 
 
-def _integers(name, values, mask):
+def _integers(name: str, values: Array, mask: Mask) -> Parts:
     known = values[~mask]
     if len(known) and (int(known.max()) > _MAX_INTEGER or int(known.min()) < -_MAX_INTEGER):
         raise _too_large(name, known[np.abs(known.astype(object)) > _MAX_INTEGER][0])
     return _parts(name, _NUMBER, mask, numbers=np.where(mask, np.nan, values.astype(np.float64)))
 
 
-def _too_large(name, value):
+def _too_large(name: str, value: object) -> Exception:
     return refused(f"Column {name!r} has the integer {value}. A workbook stores integers up to 2**53 exactly; "
                    "write it as text.")
 
 
-def _dates(name, values, mask):
+def _dates(name: str, values: Array, mask: Mask) -> Parts:
     mask = mask | np.isnat(values)
     if np.datetime_data(values.dtype)[0] == "generic":
         raise _wrong_type(name, values.dtype)
@@ -156,15 +162,15 @@ def _dates(name, values, mask):
     return _parts(name, _DATE, mask, microseconds=values.astype("datetime64[us]").view(np.int64))
 
 
-def text_column(name, texts):
+def text_column(name: str, texts: Sequence[Any]) -> Parts:
     """A text column of strings and None."""
-    code_of = {}
+    code_of: dict[str, int] = {}
     codes = np.fromiter((-1 if text is None else code_of.setdefault(str(text), len(code_of)) for text in texts),
                         np.int32, len(texts))
     return _parts(name, _TEXT, codes < 0, codes=codes, **_strings(name, code_of))
 
 
-def _strings(name, texts):
+def _strings(name: str, texts: Iterable[str]) -> dict[str, Array]:
     try:
         encoded = [text.encode() for text in texts]
     except UnicodeEncodeError as error:
@@ -177,13 +183,13 @@ def _strings(name, texts):
     return {"offsets": offsets.astype(np.int32), "bytes": np.frombuffer(b"".join(encoded), np.uint8)}
 
 
-def _objects(name, values):
+def _objects(name: str, values: Array) -> Parts:
     """A column of objects: one type where all have it, else mixed."""
     count = len(values)
     kinds = np.zeros(count, np.uint8)
     numbers_ = np.full(count, np.nan)
     codes = np.full(count, -1, np.int32)
-    code_of = {}
+    code_of: dict[str, int] = {}
     for row, value in enumerate(values.tolist()):
         kind, stored = _classify(name, row, value)
         kinds[row] = kind
@@ -202,7 +208,7 @@ def _objects(name, values):
     return _parts(name, _MIXED, mask, kinds=kinds, numbers=numbers_, codes=codes, **_strings(name, code_of))
 
 
-def _classify(name, row, value):
+def _classify(name: str, row: int, value: Any) -> tuple[int, Any]:
     """(kind, number or text) of an object; kind 0 for a missing one."""
     if value is None or value is np.ma.masked or type(value).__name__ in ("NaTType", "NAType"):
         return 0, None
@@ -231,5 +237,5 @@ def _classify(name, row, value):
                     "Convert it to a number, a text, a date or a boolean.")
 
 
-def _serial(value):
+def _serial(value: datetime.datetime) -> float:
     return _core.serial_from_microseconds((value - _EPOCH) // datetime.timedelta(microseconds=1))

@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The errors of the package, one class for each kind of cause."""
+from __future__ import annotations
+
+from typing import Any
 
 
 class Error(Exception):
@@ -15,16 +18,16 @@ class Error(Exception):
     status = ""
     reason = ""
 
-    def __str__(self):
+    def __str__(self) -> str:
         return f"{self.file}: {self.cause}" if self.file else self.cause
 
-    def __reduce__(self):
+    def __reduce__(self) -> tuple[Any, ...]:
         return make_error, (self.id, _KINDS.index(type(self)) if type(self) in _KINDS else 0, self.cause, self.file,
                             self.http_status, self.status, self.reason)
 
 
 class FileMissing(Error, FileNotFoundError):
-    """There is no such file."""
+    """There is no such file, or no such spreadsheet online."""
     kind = "file not found"
 
 
@@ -92,7 +95,7 @@ class CoercionWarning(UserWarning):
     """Cells that could not be taken as they are; the message names column, number and first cell."""
 
 
-_KINDS = (Error, FileMissing, NotReadable, NotAWorkbook, Encrypted, Damaged, LimitExceeded,
+_KINDS: tuple[type[Error], ...] = (Error, FileMissing, NotReadable, NotAWorkbook, Encrypted, Damaged, LimitExceeded,
           OutOfMemory, Missing, Refused, NotWritten, ServiceError, ApplicationMissing, Unsupported)
 
 #: Operations whose failures carry no kind, but whose numbers say it.
@@ -102,9 +105,12 @@ _CLASS_OF_ID = {3: Missing, 6: Missing, 20: Refused, 21: Missing, 22: Missing, 2
                 41: Refused, 42: Missing, 43: Unsupported, 52: LimitExceeded, 53: Missing, 54: Missing}
 
 
-def make_error(error_id, kind, cause, file="", http_status=0, status="", reason=""):
+def make_error(error_id: int, kind: int, cause: str, file: str = "", http_status: int = 0, status: str = "",
+               reason: str = "") -> Error:
     """The error of the class for `kind`, the number of a kind of cause in the library."""
     error_class = _KINDS[kind] if kind < len(_KINDS) else Error
+    if error_class is ServiceError and http_status == 404:
+        error_class = FileMissing
     if error_class is Error:
         error_class = _CLASS_OF_ID.get(error_id, Error)
     error = error_class(cause)
@@ -113,11 +119,16 @@ def make_error(error_id, kind, cause, file="", http_status=0, status="", reason=
     return error
 
 
-def missing(cause, file=""):
+def missing(cause: str, file: str = "") -> Error:
     """The error for a sheet or column that does not exist."""
     return make_error(6, _KINDS.index(Missing), cause, file)
 
 
-def refused(cause):
+def unsupported(cause: str, file: str = "") -> Error:
+    """The error for an operation that a back-end does not serve."""
+    return make_error(40, _KINDS.index(Unsupported), cause, file)
+
+
+def refused(cause: str) -> Error:
     """The error for data that a workbook cannot take."""
     return make_error(28, _KINDS.index(Refused), cause)

@@ -1,15 +1,22 @@
 # SPDX-License-Identifier: Apache-2.0
 """One thing to one sheet: reading loads no more of a file than that sheet."""
+from __future__ import annotations
+
 import re
+from typing import Any, Mapping, Sequence
+
+import numpy as np
+import numpy.typing as npt
 
 from . import _zxspreadsheet as _core
-from ._book import Book, Sheet, find_sheet, open as open_book
-from ._files import Location
+from ._book import Book, Sheet, SheetKey, locate, open as open_book
+from ._files import Location, Source
+from ._table import Table
 
 _ROWS = re.compile(r"\s*\$?[A-Za-z]{1,3}\$?([1-9]\d{0,6})\s*(?::\s*\$?[A-Za-z]{1,3}\$?([1-9]\d{0,6})\s*)?")
 
 
-def _rows_of(range):
+def _rows_of(range: str | None) -> list[int] | None:
     """The first and the last row that the text of a range says, or None."""
     found = _ROWS.fullmatch(range or "")
     if not found:
@@ -21,43 +28,47 @@ def _rows_of(range):
 class _OneSheet:
     """A book of which one sheet, or some rows of it, is loaded, for the time of a with block."""
 
-    def __init__(self, source, sheet, range, application):
+    def __init__(self, source: Source, sheet: SheetKey | None, range: str | None, application: bool) -> None:
         self._location = Location(source, application)
         try:
-            self.sheet = self._load(sheet, range)
+            self.sheet, self.range = self._load(sheet, range)
         except BaseException:
             self._location.close()
             raise
 
-    def _load(self, sheet, range):
+    def _load(self, sheet: SheetKey | None, range: str | None) -> tuple[Sheet, str | None]:
         location = self._location
         if not location.is_file:
             core = location.load(_core.Book.load)
             book = Book(location, core)
-            return Sheet(book, find_sheet(core, sheet, location.name))
+            index, range = locate(core, sheet, range, location.name)
+            return Sheet(book, index), range
         names = location.load(_core.Book.load_names)
-        index = find_sheet(names, sheet, location.name)
+        index, range = locate(names, sheet, range, location.name)
         rows = _rows_of(range)
         if rows is None:
             core = location.load(_core.Book.load_sheet, index)
         else:
             core = location.load(_core.Book.load_rows, index, *rows)
-        return Sheet(Book(location, core), index)
+        return Sheet(Book(location, core), index), range
 
-    def __enter__(self):
-        return self.sheet
+    def __enter__(self) -> _OneSheet:
+        return self
 
-    def __exit__(self, *_):
+    def __exit__(self, *_: object) -> None:
         self.sheet._book.close()
 
 
-def read(source, sheet=None, range=None, header=True, types=None, missing=(), drop_blank_rows=False,
-         drop_blank_columns=False, merged=None, application=False):
+def read(source: Source, sheet: SheetKey | None = None, range: str | None = None, header: bool | int | None = True,
+         types: Mapping[str, str] | None = None, missing: str | Sequence[str] = (), drop_blank_rows: bool = False,
+         drop_blank_columns: bool = False, merged: str | tuple[str, str] | None = None,
+         application: bool = False) -> Table:
     """Reads a range of a sheet as a `Table`.
 
     source   a path, bytes, a binary file object, or "gsheet:ID"
     sheet    a name or an index from 0; the first worksheet by default
-    range    A1 text such as "A1:D20" or "A:C", or a defined name; all cells with a value by default
+    range    A1 text such as "A1:D20", "A:C" or "Data!A1:D20", or a defined name; all cells with a value by
+             default. A name without a `sheet` is read from the sheet that it refers to
     header   True: the first row has the names; False: there are none; n: row n of the range, from 0
     types    {"name": "number" | "boolean" | "date" | "text" | "mixed"}; other columns get the type that
              all their values have, or "mixed"
@@ -76,11 +87,12 @@ def read(source, sheet=None, range=None, header=True, types=None, missing=(), dr
     array([nan, 4.2, 0.3, 2.1, nan])
     """
     with _OneSheet(source, sheet, range, application) as found:
-        return found.read(range, header=header, types=types, missing=missing, drop_blank_rows=drop_blank_rows,
-                          drop_blank_columns=drop_blank_columns, merged=merged)
+        return found.sheet.read(found.range, header=header, types=types, missing=missing,
+                                drop_blank_rows=drop_blank_rows, drop_blank_columns=drop_blank_columns, merged=merged)
 
 
-def read_array(source, sheet=None, range=None, order="F", application=False):
+def read_array(source: Source, sheet: SheetKey | None = None, range: str | None = None, order: str = "F",
+               application: bool = False) -> npt.NDArray[np.float64]:
     """Reads a range of a sheet as a 2-D float64 array, in memory column after column ("F") or row after
     row ("C"). Dates are serial numbers of the 1900 system, booleans 0 and 1; every other cell is NaN.
 
@@ -89,11 +101,12 @@ def read_array(source, sheet=None, range=None, order="F", application=False):
            [6.25, 4.2 , 0.  ]])
     """
     with _OneSheet(source, sheet, range, application) as found:
-        return found.read_array(range, order)
+        return found.sheet.read_array(found.range, order)
 
 
-def write(target, data, sheet=None, cell="A1", header=None, append=False, replace=False, keep_format=False,
-          application=False):
+def write(target: Source, data: Any, sheet: SheetKey | None = None, cell: str = "A1",
+          header: bool | Sequence[str] | None = None, append: bool = False, replace: bool = False,
+          keep_format: bool = False, application: bool = False) -> str:
     """Writes data into a sheet of a new or an existing workbook and returns the cells as A1 text.
 
     target   a path, or "gsheet:ID"; everything else that a workbook holds is kept

@@ -1,11 +1,26 @@
 # SPDX-License-Identifier: Apache-2.0
 """Tables: named columns, each with one type, as NumPy arrays that share the library's memory."""
+from __future__ import annotations
+
 import datetime
+from typing import TYPE_CHECKING, Any, Callable, Iterable, Iterator, Mapping
 
 import numpy as np
+import numpy.typing as npt
 
 from . import _zxspreadsheet as _core
 from ._errors import missing
+
+if TYPE_CHECKING:
+    import pandas
+
+Array = npt.NDArray[Any]
+#: The parts of a column as the compiled module has them.
+Parts = Mapping[str, Any]
+#: First row, first column, last row, last column; from 0, inclusive.
+Corners = tuple[int, int, int, int]
+#: What was changed: (column, what, count, first cell).
+Note = tuple[str, str, int, str]
 
 TYPES = ("number", "boolean", "date", "text", "mixed")
 _NUMBER, _BOOLEAN, _DATE, _TEXT, _MIXED = range(5)
@@ -25,36 +40,39 @@ class Column:
     array(['Harbour', 'Summit', 'Valley'], dtype=object)
     """
 
-    def __init__(self, parts, rows):
+    def __init__(self, parts: Parts, rows: int) -> None:
         self._parts = parts
         self._rows = rows
-        self._values = None
+        self._values: Array | None = None
 
-    def __len__(self):
+    def __len__(self) -> int:
         return self._rows
 
-    @property
-    def name(self):
-        return self._parts["name"]
+    def __repr__(self) -> str:
+        return f"Column {self.name!r} of {self._rows} row{'s' * (self._rows != 1)}: {self.type}"
 
     @property
-    def type(self):
+    def name(self) -> str:
+        return str(self._parts["name"])
+
+    @property
+    def type(self) -> str:
         """"number", "boolean", "date", "text" or "mixed"."""
         return TYPES[self._parts["type"]]
 
     @property
-    def null_count(self):
+    def null_count(self) -> int:
         """How many values are missing."""
-        return self._parts["null_count"]
+        return int(self._parts["null_count"])
 
     @property
-    def mask(self):
+    def mask(self) -> npt.NDArray[np.bool_]:
         """A boolean array, True where a value is missing, as in numpy.ma."""
         bits = self._parts.get("validity", np.zeros(0, np.uint8))
         return np.unpackbits(bits, count=self._rows, bitorder="little") == 0
 
     @property
-    def values(self):
+    def values(self) -> Array:
         """The values: float64 with NaN where one is missing, datetime64[us] with NaT, bool (a masked
         array where one is missing), or an object array with None for text and mixed types."""
         if self._values is None:
@@ -62,41 +80,46 @@ class Column:
         return self._values
 
     @property
-    def codes(self):
+    def codes(self) -> npt.NDArray[np.int32]:
         """Of a text column, int32 indices into `categories`; -1 where the text is missing."""
         return self._part("codes", np.int32)
 
     @property
-    def categories(self):
+    def categories(self) -> Array:
         """Of a text column, its distinct texts in the order of their first cell."""
         return self._strings()
 
-    def to_masked(self):
-        """The values as a numpy.ma array."""
+    def to_masked(self) -> np.ma.MaskedArray[Any, Any]:
+        """The values as a numpy.ma array.
+
+        >>> zx.read(example("weather.xlsx"), range="D1:D6").column("Rain").to_masked().max()
+        4.2
+        """
         return np.ma.MaskedArray(np.ma.getdata(self.values), mask=self.mask)
 
-    def _part(self, name, dtype):
+    def _part(self, name: str, dtype: npt.DTypeLike) -> Array:
         part = self._parts.get(name)
         return np.zeros(0, dtype) if part is None else part
 
-    def _strings(self):
+    def _strings(self) -> Array:
         offsets = self._part("offsets", np.int32)
         count = max(len(offsets) - 1, 0)
         strings = np.empty(count, object)
-        text = self._part("bytes", np.uint8).tobytes()
+        encoded = self._part("bytes", np.uint8).tobytes()
         ends = offsets.tolist()
-        if text.isascii():
-            text = text.decode("ascii")
+        if encoded.isascii():
+            text = encoded.decode("ascii")
             strings[:] = [text[ends[i]:ends[i + 1]] for i in range(count)]
         else:
-            strings[:] = [text[ends[i]:ends[i + 1]].decode() for i in range(count)]
+            strings[:] = [encoded[ends[i]:ends[i + 1]].decode() for i in range(count)]
         return strings
 
-    def _texts(self):
+    def _texts(self) -> Array:
         # The code -1 is the last element.
-        return np.append(self._strings(), np.array([None], object))[self._part("codes", np.int32)]
+        texts: Array = np.append(self._strings(), np.array([None], object))
+        return texts[self._part("codes", np.int32)]
 
-    def _make_values(self):
+    def _make_values(self) -> Array:
         kind = self._parts["type"]
         if kind == _NUMBER:
             return self._part("numbers", np.float64)
@@ -109,17 +132,19 @@ class Column:
             return self._texts()
         return self._mixed_values()
 
-    def _mixed_values(self):
+    def _mixed_values(self) -> Array:
         kinds, numbers = self._part("kinds", np.uint8), self._part("numbers", np.float64)
         values = self._texts()
-        for kind, convert in ((_KIND_NUMBER, float), (_KIND_BOOLEAN, bool), (_KIND_DATE, _date_of_serial)):
+        converters: tuple[tuple[int, Callable[[float], object]], ...] = (
+            (_KIND_NUMBER, float), (_KIND_BOOLEAN, bool), (_KIND_DATE, _date_of_serial))
+        for kind, convert in converters:
             rows = np.flatnonzero(kinds == kind)
             converted = np.empty(len(rows), object)
             converted[:] = [convert(number) for number in numbers[rows].tolist()]
             values[rows] = converted
         return values
 
-    def _for_arrow(self):
+    def _for_arrow(self) -> Parts:
         parts = self._parts
         if parts["type"] == _BOOLEAN:
             return {**parts, "packed": np.packbits(self._part("booleans", np.bool_), bitorder="little")}
@@ -130,14 +155,14 @@ class Column:
         return text_column(self.name, [None if value is None else text_of(value) for value in self.values.tolist()])
 
 
-def _date_of_serial(serial):
+def _date_of_serial(serial: float) -> datetime.datetime | float:
     microseconds = _core.microseconds_from_serial(serial)
     if microseconds < -2**62:
         return serial
     return datetime.datetime(1970, 1, 1) + datetime.timedelta(microseconds=microseconds)
 
 
-def text_of(value):
+def text_of(value: Any) -> str:
     """A value of a mixed column as text."""
     if isinstance(value, bool):
         return "true" if value else "false"
@@ -163,70 +188,82 @@ class Table:
     Tables pickle; so do the arrays that they give.
     """
 
-    def __init__(self, columns, rows, range=(0, 0, -1, -1), source="", sheet="", coerced=()):
+    def __init__(self, columns: Iterable[Parts], rows: int, range: Corners = (0, 0, -1, -1), source: str = "",
+                 sheet: str = "", coerced: Iterable[Note] = ()) -> None:
         self._columns = {parts["name"]: Column(parts, rows) for parts in columns}
         self._rows = rows
-        self._range = tuple(range)
+        self._range = range
         #: The workbook and the sheet that it was read from.
         self.source, self.sheet = source, sheet
-        #: What was changed: (column, what, count, first cell) for each.
-        self.coerced = list(coerced)
+        #: What was changed.
+        self.coerced: list[Note] = list(coerced)
 
-    def __reduce__(self):
+    def __reduce__(self) -> tuple[Any, ...]:
         columns = [dict(column._parts) for column in self._columns.values()]
         return Table, (columns, self._rows, self._range, self.source, self.sheet, self.coerced)
 
-    def __len__(self):
+    def __len__(self) -> int:
         """The number of rows."""
         return self._rows
 
-    def __iter__(self):
+    def __iter__(self) -> Iterator[str]:
         return iter(self._columns)
 
-    def __contains__(self, name):
+    def __contains__(self, name: object) -> bool:
         return name in self._columns
 
-    def __getitem__(self, name):
+    def __getitem__(self, name: str | int) -> Array:
         return self.column(name).values
 
-    def __repr__(self):
+    def __repr__(self) -> str:
         columns = ", ".join(f"{column.name} {column.type}" for column in self._columns.values())
         return f"Table of {self._rows} row{'s' * (self._rows != 1)}: {columns or 'no columns'}"
 
     @property
-    def names(self):
+    def names(self) -> list[str]:
         return list(self._columns)
 
     @property
-    def shape(self):
+    def shape(self) -> tuple[int, int]:
         return self._rows, len(self._columns)
 
     @property
-    def range(self):
+    def range(self) -> str:
         """The cells that were read as A1 text, the header among them; empty when there were none."""
-        first_row, first_column, last_row, last_column = self._range
-        return _core.range_text(self._range) if last_row >= first_row and last_column >= first_column else ""
+        return range_text(self._range)
 
-    def column(self, name):
-        """The `Column` of that name, or at that place."""
+    def column(self, name: str | int) -> Column:
+        """The `Column` of that name, or at that place.
+
+        >>> zx.read(example("weather.xlsx"), range="A1:E6").column(-1)
+        Column 'Snow' of 5 rows: boolean
+        """
         if isinstance(name, (int, np.integer)) and not isinstance(name, bool):
             return list(self._columns.values())[name]
         try:
-            return self._columns[name]
+            return self._columns[str(name)]
         except KeyError:
             raise missing(f"There is no column {name!r}. The columns are: {', '.join(self._columns) or 'none'}.",
                           self.source) from None
 
-    def mask(self, name):
+    def mask(self, name: str | int) -> npt.NDArray[np.bool_]:
         """A boolean array, True where the column's value is missing."""
         return self.column(name).mask
 
-    def to_dict(self):
-        """A dict of the columns' arrays."""
+    def to_dict(self) -> dict[str, Array]:
+        """A dict of the columns' arrays.
+
+        >>> zx.read(example("weather.xlsx"), range="C1:D3").to_dict()
+        {'Temperature': array([7.5 , 6.25]), 'Rain': array([0. , 4.2])}
+        """
         return {name: column.values for name, column in self._columns.items()}
 
-    def records(self):
-        """The rows as dicts; missing values are None."""
+    def records(self) -> list[dict[str, Any]]:
+        """The rows as dicts; missing values are None.
+
+        >>> zx.read(example("weather.xlsx"), range="C1:D3").records()
+        [{'Temperature': 7.5, 'Rain': 0.0}, {'Temperature': 6.25, 'Rain': 4.2}]
+        """
         columns = []
         for column in self._columns.values():
             values = np.ma.getdata(column.values).astype(object)
@@ -234,7 +271,7 @@ class Table:
             columns.append(values)
         return [dict(zip(self._columns, row)) for row in zip(*columns)]
 
-    def to_pandas(self, categories=False):
+    def to_pandas(self, categories: bool = False) -> pandas.DataFrame:
         """A pandas.DataFrame. Numbers are not copied where pandas allows it; booleans with missing
         values have the dtype "boolean". With `categories` text columns are categorical.
 
@@ -250,16 +287,16 @@ class Table:
         series = {name: _to_pandas(pandas, column, categories) for name, column in self._columns.items()}
         return pandas.DataFrame(series, index=pandas.RangeIndex(self._rows), copy=False)
 
-    def __arrow_c_stream__(self, requested_schema=None):
+    def __arrow_c_stream__(self, requested_schema: object = None) -> object:
         """The table by the Arrow C stream interface, for any library that takes it: numbers float64,
         dates timestamp[us], booleans, text and mixed columns dictionaries of strings."""
         return _core.arrow_stream([column._for_arrow() for column in self._columns.values()], self._rows)
 
 
-def _to_pandas(pandas, column, categories):
+def _to_pandas(pandas: Any, column: Column, categories: bool) -> Any:
     values = column.values
     if column.type == "boolean" and column.null_count:
-        return pandas.array(pandas.arrays.BooleanArray(values.data.copy(), column.mask))
+        return pandas.array(pandas.arrays.BooleanArray(np.ma.getdata(values).copy(), column.mask))
     if column.type == "text" and categories:
         return pandas.Categorical.from_codes(column.codes, column.categories)
     if column.type == "date" and int(pandas.__version__.partition(".")[0]) < 2:
@@ -269,3 +306,9 @@ def _to_pandas(pandas, column, categories):
             return values.astype(object)
         return values.astype("datetime64[ns]")
     return values
+
+
+def range_text(corners: Corners) -> str:
+    """A1 text; empty for an empty rectangle."""
+    first_row, first_column, last_row, last_column = corners
+    return _core.range_text(corners) if last_row >= first_row and last_column >= first_column else ""

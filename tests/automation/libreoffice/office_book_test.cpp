@@ -98,6 +98,9 @@ TEST_F(OfficeTest, ChangesSheets) {
     add_sheet(book, 0, u"First", u"");
     add_sheet(book, 3, u"Last", u"");
     EXPECT_THAT(names_of(*book), ElementsAre(u"First", u"Sheet2", u"Sheet1", u"Last"));
+    save_book(book, folder.file("out.xlsx"));
+    EXPECT_EQ(names_of(*load_book_from_file(folder.file("out.xlsx"), book::interactive::file)),
+              names_of(*book));
     for (const char16_t* name : {u"last", u"a:b", u"", u"'a"})
         EXPECT_EQ(thrown_id([&] { book->sheet(1)->name(name); }), 26);
     EXPECT_EQ(thrown_id([&] { book->sheet(1)->name(std::u16string(32, u'n')); }), 26);
@@ -142,6 +145,7 @@ TEST_F(OfficeTest, ShiftsDatesOfThe1904System) {
     save_book(book, folder.file("out.xlsx"));
     EXPECT_THAT(cells_in_file(folder.file("out.xlsx"), {30, 0, 30, 0}),
                 ElementsAre("date 45000.5"));
+    EXPECT_THAT(cells_of(*book->sheet(0), {30, 0, 30, 0}), ElementsAre("date 45000.5"));
     double raw = 0.0;
     book->sheet(0)->readDatesAsDoubles({30, 0, 30, 0}, &raw);
     EXPECT_EQ(raw, 45000.5 - 1462);

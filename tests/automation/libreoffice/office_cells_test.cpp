@@ -32,8 +32,40 @@ TEST_F(OfficeTest, ComputesFormulasWithoutResults) {
         "</c><c r='D1'><f>A1=2</f></c><c r='E1'><f>1/0</f></c><c r='F1'><f>\"\"</f></c>"
         "<c r='G1' s='1'><f>45000+A1</f></c></row>"));
     EXPECT_THAT(cells_of(*book->sheet(0), {0, 0, 0, 7}),
-                ElementsAre("number 2", "number 42", "text 2x", "boolean true", "error", "text ",
-                            "date 45002", "empty"));
+                ElementsAre("number 2", "number 42", "text 2x", "boolean true", "error #DIV/0!",
+                            "text ", "date 45002", "empty"));
+}
+
+TEST_F(OfficeTest, NamesErrors) {
+    const std::pair<const char*, const char*> cases[] = {{"1/0", "#DIV/0!"},
+                                                         {"NA()", "#N/A"},
+                                                         {"\"a\"+1", "#VALUE!"},
+                                                         {"nowhere", "#NAME?"},
+                                                         {"#REF!", "#REF!"},
+                                                         {"EXP(1000)", "#NUM!"},
+                                                         {"1/0", "#DIV/0!"},
+                                                         {"#NULL!", "#NULL!"},
+                                                         {"2", ""},
+                                                         {"VLOOKUP(9,B1:C2,2,0)", "#N/A"}};
+    std::string rows;
+    CellTexts expected;
+    for (const auto& [formula, text] : cases) {
+        const std::string number = std::to_string(expected.size() + 1);
+        rows += "<row r='" + number + "'><c r='A" + number + "'><f>" + formula + "</f></c></row>";
+        expected.push_back(*text == 0 ? "number 2" : std::string("error ") + text);
+    }
+    const auto book = open(one_sheet_book(rows));
+    EXPECT_EQ(cells_of(*book->sheet(0), {0, 0, 9, 0}), expected);
+}
+
+TEST_F(OfficeTest, TakesFormatsForNoContents) {
+    const std::string red = "<row r='1'><c r='A1' s='3'/></row>";
+    const auto book = open(one_sheet_book(red + "<row r='3'><c r='C3' s='4'><v>2.5</v></c></row>"
+                                                "<row r='5'><c r='B5'><v>1</v></c></row>"
+                                                "<row r='9'><c r='F9' s='3'/></row>"));
+    EXPECT_EQ(range_string(book->sheet(0)->used_range()), u"B3:C5");
+    EXPECT_THAT(cells_of(*book->sheet(0), {2, 2, 2, 2}), ElementsAre("number 2.5"));
+    EXPECT_EQ(open(one_sheet_book(red), "red.xlsx")->sheet(0)->used_range().count(), 0);
 }
 
 TEST_F(OfficeTest, ReadsWhatTheFileBackEndReads) {
@@ -70,6 +102,12 @@ TEST_F(OfficeTest, KeepsTheTypeOfWhatItEnters) {
     sheet->clear(Cell{1, 0});
     EXPECT_THAT(cells_of(*sheet, kColumnA),
                 ElementsAre("number 5", "empty", "boolean false", "date 45000.25"));
+    enter(*sheet, {1, 0, 1, 0}, {"date 45000"}, true);
+    EXPECT_THAT(cells_of(*sheet, {1, 0, 1, 0}), ElementsAre("date 45000"));
+    // Of columns with formats of their own; a time of day is a number.
+    enter(*sheet, {20, 0, 21, 1}, {"date 45000", "date 0.25", "number 2", "number 3"});
+    EXPECT_THAT(cells_of(*sheet, {20, 0, 21, 1}),
+                ElementsAre("date 45000", "number 0.25", "number 2", "number 3"));
     std::vector<double> raw(1);
     sheet->readDatesAsDoubles({3, 0, 3, 0}, raw.data());
     EXPECT_EQ(raw[0], 45000.25);

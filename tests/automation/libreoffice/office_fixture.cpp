@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/automation/libreoffice/office_fixture.h"
 
+#include <algorithm>
 #include <charconv>
 #include <sstream>
 
@@ -71,8 +72,13 @@ CellTexts cells_of(const ISheet& sheet, const Range& range) {
                                                                      : "boolean false");
                               }};
     sheet.read(range, types.data(), builder);
+    CellTexts texts;
+    if (std::find(types.begin(), types.end(), cell_type::error) != types.end())
+        sheet.read(range, StringBuilder{&texts, [](void* context, const std::u16string& value) {
+                                            texts_of(context)->push_back(unicode::to_utf8(value));
+                                        }});
     for (std::size_t index = 0; index < types.size(); ++index) {
-        if (types[index] == cell_type::error) values[index] = "error";
+        if (types[index] == cell_type::error) values[index] = "error " + texts.at(index);
         if (types[index] == cell_type::empty || types[index] == cell_type::other)
             values[index] = "empty";
     }
@@ -109,22 +115,6 @@ std::string read_part(const std::filesystem::path& package, std::string_view par
     while (const std::size_t count = source->read(block, sizeof block))
         text.append(block, count);
     return text;
-}
-
-std::vector<int> office_processes(int parent) {
-    std::vector<int> found;
-    std::error_code failure;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc", failure)) {
-        std::ifstream file(entry.path() / "stat");
-        int id = 0;
-        int its_parent = 0;
-        std::string name;
-        char state = 0;
-        if (file >> id >> name >> state >> its_parent && its_parent == parent &&
-            name == "(soffice.bin)" && state != 'Z')
-            found.push_back(id);
-    }
-    return found;
 }
 
 void OfficeTest::SetUpTestSuite() {

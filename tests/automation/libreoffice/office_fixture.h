@@ -13,9 +13,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "foundation/child_process.h"
 #include "spreadsheet/book_factory.h"
 #include "spreadsheet/sheet.h"
+#include "tests/automation/libreoffice/office_processes.h"
 #include "tests/spreadsheet/thrown_id.h"
 #include "tests/workbook/scratch_folder.h"
 
@@ -23,8 +23,8 @@ namespace spreadsheet {
 
 inline constexpr auto kApplication = book::interactive::application;
 
-/// A cell as its type and value: "number 1.5", "text a", "boolean true", "date 45000.5", "error",
-/// "empty". A blank cell is empty, as the application has none.
+/// A cell as its type and value: "number 1.5", "text a", "boolean true", "date 45000.5",
+/// "error #N/A", "empty". A blank cell is empty, as the application has none.
 using CellTexts = std::vector<std::string>;
 
 /// The cells of a range, column after column.
@@ -36,9 +36,6 @@ void enter(ISheet& sheet, const Range& range, const CellTexts& cells, bool keeps
 
 /// The text of a part of a package.
 std::string read_part(const std::filesystem::path& package, std::string_view part);
-
-/// The numbers of a process's children that run soffice; of this process's without an argument.
-std::vector<int> office_processes(int parent = foundation::own_process_id());
 
 class OfficeTest : public testing::Test {
   protected:

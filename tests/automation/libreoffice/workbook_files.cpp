@@ -34,10 +34,14 @@ std::string one_sheet_book(const std::string& cells, const std::string& after,
              "/styles' Target='styles.xml'/></Relationships>"},
         {"xl/styles.xml",
          "<styleSheet xmlns='" + main +
-             "'><fonts><font/></fonts><fills><fill/></fills><borders><border/></borders>"
+             "'><numFmts><numFmt numFmtId='200' formatCode='[h]'/></numFmts><fonts><font/></fonts>"
+             "<fills><fill/><fill/><fill><patternFill patternType='solid'>"
+             "<fgColor rgb='FFFF0000'/></patternFill></fill></fills><borders><border/></borders>"
              "<cellStyleXfs><xf/></cellStyleXfs><cellXfs><xf/>"
              "<xf numFmtId='14' applyNumberFormat='1'/>"
-             "<xf applyProtection='1'><protection locked='0'/></xf></cellXfs></styleSheet>"},
+             "<xf applyProtection='1'><protection locked='0'/></xf>"
+             "<xf fillId='2' applyFill='1'/><xf numFmtId='200' "
+             "applyNumberFormat='1'/></cellXfs></styleSheet>"},
         {"xl/s1.xml", "<worksheet xmlns='" + main + "'><sheetData>" + cells + "</sheetData>" +
                           after + "</worksheet>"},
     });

@@ -58,6 +58,12 @@ TEST_F(Application, IsReplacedWhenItHasEnded) {
     EXPECT_EQ(open()->num_sheets(), 1u);
     ASSERT_EQ(script.applications.size(), 2u);
     EXPECT_EQ(application_registry()->size(), 1u) << "the slot was not used again";
+    const auto held = open();
+    script.applications[1]->dead = true;
+    EXPECT_EQ(make(1)->num_sheets(), 1u);
+    EXPECT_EQ(open()->num_sheets(), 1u);
+    EXPECT_EQ(script.applications.size(), 3u);
+    EXPECT_EQ(application_registry()->size(), 2u) << "the list forgot one that a book holds";
 }
 
 TEST_F(Application, StaysWithTheUserWhoSeesIt) {

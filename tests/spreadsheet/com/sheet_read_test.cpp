@@ -20,11 +20,11 @@ constexpr auto kBoolean = cell_type::boolean;
 constexpr auto kOther = cell_type::other;
 constexpr auto kError = cell_type::error;
 
-Variant error_value() {
+Variant error_value(unsigned code) {
     VARIANT value;
     VariantInit(&value);
     value.vt = VT_ERROR;
-    value.scode = DISP_E_PARAMNOTFOUND;
+    value.scode = static_cast<SCODE>(code);
     return Variant::adopt(value);
 }
 
@@ -83,7 +83,13 @@ std::vector<CellCase> cell_cases() {
     add(Variant::boolean(false), u"General", kBoolean, kNaN, kNaN, false, u"FALSE");
     add(money(12345), u"0.00", kOther, 1.2345, 1.2345, false, u"1.2345");
     add(Variant::null(), u"General", kOther, kNaN, kNaN, false, u"");
-    add(error_value(), u"General", kError, kNaN, kNaN, false, u"");
+    const std::pair<unsigned, const char16_t*> errors[] = {
+        {2000, u"#NULL!"}, {2007, u"#DIV/0!"}, {2015, u"#VALUE!"}, {2023, u"#REF!"},
+        {2029, u"#NAME?"}, {2036, u"#NUM!"},   {2042, u"#N/A"},    {2043, u"#GETTING_DATA"},
+        {1999, u""},       {2008, u""}};
+    for (const auto& [number, text] : errors)
+        add(error_value(0x800a0000u + number), u"General", kError, kNaN, kNaN, false, text);
+    add(error_value(0x80020004u), u"General", kError, kNaN, kNaN, false, u""); // left out
     return cases;
 }
 
