@@ -74,7 +74,7 @@ void SheetWriter::add(const CellValue& cell) {
         added.type = cell_type::text;
         if (added.text.empty()) added.text = date_text(cell.number);
     }
-    if (options_.book.is_online()) request_bytes_ += request_bytes(added);
+    if (options_.book.is_online()) request_bytes_ += request_bytes(added, is_below_date(column));
     if (has_value(added)) ++values_;
 }
 
@@ -83,6 +83,7 @@ void SheetWriter::end_row() {
         ++skipped_;
         for (; count_ > open_row_begin_; --count_)
             if (has_value(cells_[count_ - 1])) --values_;
+        request_bytes_ = 0;
         return;
     }
     row_ends_.push_back(count_);
@@ -209,6 +210,12 @@ void SheetWriter::write_online_block(int columns) {
             block.rows[row].push_back(has_value(cells_[i]) ? &cells_[i] : nullptr);
     check_unlocked(target_.cells.sheet, block.range, options_.book);
     write_online(*online_, block, keeps_formats());
+}
+
+bool SheetWriter::is_below_date(std::size_t column) const {
+    if (row_ends_.empty()) return false;
+    const std::size_t above = row_begin(row_ends_.size() - 1) + column;
+    return above < row_ends_.back() && cells_[above].type == cell_type::date;
 }
 
 std::size_t SheetWriter::row_begin(std::size_t row) const {
