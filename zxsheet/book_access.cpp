@@ -237,6 +237,15 @@ std::size_t find_sheet(const std::shared_ptr<IBook>& book, const BookLocation& l
                     "There is no sheet '" + wanted + "'" + (similar.empty() ? "." : similar));
 }
 
+Selection select_sheet(const std::shared_ptr<IBook>& book, std::size_t index) {
+    Selection selection;
+    selection.book = book;
+    selection.sheet = book->sheet(index);
+    selection.sheet_name = sheet_name(*book, index);
+    selection.sheet_index = index;
+    return selection;
+}
+
 Range range_on_sheet(const std::string& text, Selection& selection, const BookLocation& location) {
     if (location.is_online()) return find_online_range(text, selection, location);
     const std::u16string units = unicode::to_utf16(text);

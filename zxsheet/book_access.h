@@ -63,6 +63,9 @@ struct Selection {
     mutable std::shared_ptr<FetchedCells> fetched{};
 };
 
+/// A sheet of a book that is loaded, with no range.
+Selection select_sheet(const std::shared_ptr<spreadsheet::IBook>& book, std::size_t index);
+
 /// The range that `text` names on the sheet, A1 or a defined name. A name of a spreadsheet online
 /// selects the sheet that it is on. Throws `CommandError` that names the sheet for text that names
 /// none; other failures pass unchanged.

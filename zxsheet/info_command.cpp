@@ -12,6 +12,7 @@
 #include "foundation/unicode.h"
 #include "zxsheet/book_access.h"
 #include "zxsheet/command_table.h"
+#include "zxsheet/input_file.h"
 #include "zxsheet/json_text.h"
 #include "zxsheet/several_books.h"
 #include "zxsheet/wording.h"
@@ -120,10 +121,19 @@ std::exception_ptr first_failure(const BookInfo& info) {
     return nullptr;
 }
 
+/// The content decides about the family, whatever the name says.
+std::string format_name(const IBook& book, const BookLocation& location) {
+    const std::string named = to_utf8(book::to_string(book.format()));
+    if (!location.is_file()) return named;
+    const bool is_zip = container_of_file(location.file()) == Container::Zip;
+    if (is_zip == (book.format() != book::format::XLS)) return named;
+    return is_zip ? "XLSX" : "XLS";
+}
+
 BookInfo describe_book(const InfoOptions& options) {
     const auto book = open_sheet_list(options.book);
     BookInfo info;
-    info.format = to_utf8(book::to_string(book->format()));
+    info.format = format_name(*book, options.book);
     info.date_system = book->are_dates_1904() ? "1904" : "1900";
     const std::vector<std::optional<Range>> known = known_ranges(book);
     for (std::size_t i = 0; i < known.size(); ++i)
@@ -211,17 +221,17 @@ std::string plain_sheet(const SheetInfo& info) {
 }
 
 void write_plain_info(const BookInfo& info, const InfoOptions& options, OutputSink& out) {
-    out.write("path:        " + options.book.text() + '\n');
+    out.write("path:        " + one_line(options.book.text()) + '\n');
     out.write("format:      " + info.format + '\n');
     out.write("date system: " + info.date_system + '\n');
     for (std::size_t i = 0; i < info.sheets.size(); ++i)
-        out.write("sheet " + std::to_string(i + 1) + ":     " + plain_sheet(info.sheets[i]) + '\n');
+        out.write("sheet " + std::to_string(i + 1) + ":     " +
+                  one_line(plain_sheet(info.sheets[i])) + '\n');
     for (const NamedRange& named : info.named.value_or(std::vector<NamedRange>())) {
-        out.write(named.is_table ? "table:       " : "name:        ");
-        out.write(
-            to_utf8(named.name) + "  " +
-            place_text(foundation::unicode::to_utf16(info.sheets[named.sheet].name), named.range));
-        if (named.scope) out.write("  of sheet '" + info.sheets[*named.scope].name + '\'');
+        const std::u16string sheet = foundation::unicode::to_utf16(info.sheets[named.sheet].name);
+        std::string line = to_utf8(named.name) + "  " + place_text(sheet, named.range);
+        if (named.scope) line += "  of sheet '" + info.sheets[*named.scope].name + '\'';
+        out.write((named.is_table ? "table:       " : "name:        ") + one_line(line));
         out.write('\n');
     }
 }

@@ -16,8 +16,8 @@ namespace zxsheet {
 
 class OutputSink {
   public:
-    /// Writes to `out` unless `file` (a UTF-8 path) names a file. Calls `before_first` before the
-    /// first piece goes out.
+    /// Writes to `out` unless `file` (a UTF-8 path) names a file; `kStream` does not. Calls
+    /// `before_first` before the first piece goes out.
     OutputSink(std::ostream& out, std::string file, std::function<void()> before_first = {});
 
     void write(std::string_view text);
@@ -40,15 +40,17 @@ class OutputSink {
     /// Whether the file or stream has refused something.
     bool has_failed() const { return has_failed_; }
 
-    /// Writes what is left. Throws `Failure` when the file or stream does not take it.
+    /// Writes what is left. Throws `CommandError` when the file or stream does not take it.
     void finish();
 
-    /// Says where the output ends when a failure cuts it off; empty when nothing has gone out.
+    /// Says where the output ends when a failure cuts it off; empty when nothing has gone out, and
+    /// when the output itself has failed: then nobody knows how much of it arrived.
     std::string break_off_text() const;
 
   private:
     void flush();
-    [[noreturn]] void fail(const char* what);
+    void open_file();
+    [[noreturn]] void fail();
 
     std::ostream& out_;
     std::string file_name_;

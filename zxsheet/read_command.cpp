@@ -2,7 +2,6 @@
 //
 // `zxsheet read`: the cells of a range.
 #include <charconv>
-#include <filesystem>
 
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
@@ -38,24 +37,6 @@ struct ReadOptions : BookOptions {
     Bounds bounds() const { return all_cells ? Bounds::Used : Bounds::Filled; }
 };
 
-/// Writing over the book that is being read would destroy it.
-void refuse_own_book(const ReadOptions& options, const BookLocation& book) {
-    std::error_code ignored;
-    if (!options.output.empty() &&
-        std::filesystem::equivalent(book.path(), native_path(options.output), ignored))
-        throw CommandError(ExitCode::Usage,
-                           options.output + ": The output would replace the book itself.");
-}
-
-void refuse_book_name(const ReadOptions& options) {
-    const std::string ending = lower_extension(options.output);
-    for (const char* book : {".xls", ".xlsx", ".xlsm", ".xltx", ".xltm"})
-        if (ending == book)
-            throw CommandError(ExitCode::Usage, options.output +
-                                                    ": Read prints text; 'zxsheet convert' makes "
-                                                    "a book of another format.");
-}
-
 Format format_of(const ReadOptions& options) {
     if (options.to) return *options.to;
     return text_format_of_name(options.output).value_or(Format::Csv);
@@ -80,14 +61,13 @@ void check_options(const ReadOptions& options, Format format) {
         {separated.has_carriage_return && !is_separated, "--crlf", "csv and tsv"},
         {options.width && format != Format::Table, "--width", "table"},
         {options.has_header && !has_names, "--header", "json, jsonl and records"},
-        {(merged.columns || merged.rows) && (is_cells || options.formulas), "--merged-columns",
-         "values in rows"},
+        {(merged.columns || merged.rows) && (is_cells || options.formulas),
+         "A rule for merged cells", "values in rows"},
     };
     for (const auto& rule : rules)
         if (rule.is_wrong)
-            throw CommandError(ExitCode::Usage, std::string(rule.option) +
-                                                    " has a meaning with the output formats " +
-                                                    rule.formats + " only.");
+            throw CommandError(ExitCode::Usage,
+                               std::string(rule.option) + " is for " + rule.formats + " only");
 }
 
 void check_size(const Selection& selection, const ReadOptions& options, Format format) {
@@ -160,7 +140,7 @@ void print_books(const ReadOptions& options, Format format, OutputSink& out) {
     own.separated.has_mark = false;
     if (options.separated.has_mark) out.write("\xEF\xBB\xBF");
     for_each_book(options, options.more, out, [&](const BookLocation& book) {
-        refuse_own_book(options, book);
+        check_text_file(book, options.output);
         own.book = book;
         LinePrefixer prefixer(out, *kind, line_prefix(options, format, book.text()));
         OutputSink lines(prefixer.stream(), {});
@@ -177,8 +157,7 @@ void print_books(const ReadOptions& options, Format format, OutputSink& out) {
 }
 
 void run_read(const ReadOptions& options, OutputSink& out) {
-    refuse_own_book(options, options.book);
-    refuse_book_name(options);
+    check_text_file(options.book, options.output);
     const Format format = format_of(options);
     check_options(options, format);
     options.more.empty() ? print_book(options, format, out) : print_books(options, format, out);

@@ -39,7 +39,7 @@ void for_each_book(const BookOptions& options, const std::vector<std::string>& m
         book.set_text(text);
         StreamedBook streamed;
         try {
-            streamed.fetch(book, nothing);
+            streamed.fetch(book, {}, nothing);
         } catch (const CommandError& error) {
             out.note(error.what());
             if (out.exit_code() == 0) out.set_exit_code(static_cast<int>(error.code()));

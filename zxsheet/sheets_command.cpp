@@ -6,6 +6,7 @@
 #include "zxsheet/command_table.h"
 #include "zxsheet/json_text.h"
 #include "zxsheet/several_books.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -24,8 +25,8 @@ void list_sheets(const SheetsOptions& options, const BookLocation& location, Out
     for (std::size_t i = 0; i < book->num_sheets(); ++i) {
         const std::string name = foundation::unicode::to_utf8(sheet_name(*book, i));
         if (options.json && i != 0) out.write(',');
-        if (!options.json && !is_one) out.write(location.text() + '\t');
-        out.write(options.json ? json_string(name) : name + '\n');
+        if (!options.json && !is_one) out.write(one_line(location.text()) + '\t');
+        out.write(options.json ? json_string(name) : one_line(name) + '\n');
     }
     if (options.json) out.write(is_one ? "]\n" : "]}\n");
 }

@@ -39,7 +39,7 @@ struct DataOptions : WriteOptions {
 };
 
 bool is_standard_input(const DataOptions& options) {
-    return options.input.empty() || options.input == "-";
+    return options.input.empty() || options.input == kStream;
 }
 
 Format format_of_input(const DataOptions& options) {
@@ -50,11 +50,8 @@ Format format_of_input(const DataOptions& options) {
     return extension == ".json" ? Format::Json : Format::Csv;
 }
 
-/// Containers of workbooks, by their first bytes.
 void refuse_workbook(TextInput& input) {
-    constexpr std::string_view kZip = "PK\x03\x04", kCompoundFile = "\xD0\xCF\x11\xE0";
-    const std::string_view begin = input.ahead().substr(0, 4);
-    if (begin != kZip && begin != kCompoundFile) return;
+    if (container_of(input.ahead()) == Container::None) return;
     throw CommandError(ExitCode::Usage,
                        input.name() + ": This is a workbook, and write takes CSV, TSV and JSON; "
                                       "'zxsheet read BOOK --to json | zxsheet write OTHER --from "
@@ -114,6 +111,7 @@ std::string write_cells(TextInput& input, const DataOptions& options, ChangeTool
     });
     writer.finish();
     const WriteTarget& target = writer.target();
+    if (target.origin == Origin::Made && options.output.empty()) refuse_existing(options.book);
     return save_changes(target.cells.book, options, tools,
                         target.preparation + counted(writer.values(), "cell") + " to " +
                             quoted_sheet(target.cells.sheet_name),
@@ -141,6 +139,9 @@ std::string run_write(const DataOptions& options, ChangeTools& tools) {
     CellSink& sink = options.append ? static_cast<CellSink&>(matcher) : values;
     read_input(input, options, sink);
     formulas.finish();
+    // Somebody may have made it since the writer looked.
+    if (writer.target().origin == Origin::Made && options.output.empty())
+        refuse_existing(options.book);
     return save_changes(writer.target().cells.book, options, tools, summary_of(writer),
                         writer.target().origin);
 }

@@ -90,6 +90,17 @@ void OpenDocument::remove_sheet(const DocumentSheet& sheet) {
     sheets_.erase(sheets_.begin() + place);
 }
 
+void OpenDocument::move_sheet(const DocumentSheet& sheet, const DocumentSheet& next) {
+    const int from = place_of(sheet);
+    const int to = place_of(next);
+    document_->getSheets()->moveByName(to_uno(sheet.name), static_cast<sal_Int16>(to));
+    const auto begin = sheets_.begin();
+    if (from < to)
+        std::rotate(begin + from, begin + from + 1, begin + to);
+    else
+        std::rotate(begin + to, begin + from, begin + from + 1);
+}
+
 Reference<css::sheet::XSpreadsheetView> OpenDocument::view() const {
     return as<css::sheet::XSpreadsheetView>(
         as<css::frame::XModel>(document_)->getCurrentController());

@@ -66,6 +66,8 @@ class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
     /// The sheet at a zero-based place.
     std::shared_ptr<DocumentSheet> insert_sheet(int place);
     void remove_sheet(const DocumentSheet& sheet);
+    /// Moves a sheet to the place before another.
+    void move_sheet(const DocumentSheet& sheet, const DocumentSheet& next);
     Reference<css::sheet::XSpreadsheetView> view() const;
     std::shared_ptr<DocumentSheet> active_sheet() const;
     css::table::CellRangeAddress address_of(const DocumentCells& cells) const;

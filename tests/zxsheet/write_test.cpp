@@ -213,6 +213,8 @@ TEST(WriteCommand, SavesIntoAnotherFile) {
     EXPECT_EQ(output({"read", other.text(), "-r", "A1"}), "1\n");
     EXPECT_EQ(output({"read", other.text(), "-s", "Summary"}),
               output({"read", kWeather, "-s", "Summary"}));
+    sentence({"write", kWeather, "-r", "rainbystation", "-o", other.text()}, "X,1\n");
+    EXPECT_EQ(output({"read", other.text(), "-r", "Summary!A2:B3"}), "X,1\nSummit,2.4\n");
 }
 
 TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
@@ -236,8 +238,8 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         {{book.text(), "--append", "--header"}, "2\n1\n", 5, "no column '2'"},
         {{book.text(), "--append", "--from", "json"}, "[{\"1\":1},{\"b\":2}]", 1, "no \"b\""},
         {{book.text(), "--from", "jsonl", "-s", "1"}, "[1]\n[1,[2]]", 1, "Line 2, column 4"},
-        {{book.text(), "-s", "a/b"}, "1", 2, "Invalid sheet name"},
-        {{missing.text(), "-s", "[x]"}, "1", 2, "Invalid sheet name"},
+        {{book.text(), "-s", "a/b"}, "1", 2, "cannot be named 'a/b'"},
+        {{missing.text(), "-s", "[x]"}, "1", 2, "cannot be named '[x]'"},
         {{book.text(), "no such.csv"}, "", 3, "no such.csv: There is no such file"},
         {{book.text(), testing::TempDir()}, "", 3, "folder"},
         {{damaged.text()}, "1", 4, "damaged.xlsx"},
@@ -245,6 +247,7 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         {{missing.text(), "-s", "2"}, "1", 5, "'2'"},
         {{book.text(), "-s", "Chart"}, "1", 5, "chart sheet"},
         {{book.text(), "-r", "A1:"}, "1", 5, "'A1:'"},
+        {{book.text(), "-s", "Data", "-r", "Locked!A1"}, "1", 2, "another sheet than 'Data'"},
         {{book.text(), "-r", "XFD1"}, "1,2", 6, "room for 1 column "},
         {{book.text(), "-r", "A1048576"}, "1\n2\n", 6, "room for 1 row "},
         {{book.text(), "-r", "A1:B2"}, "1\n2\n3\n", 6, "room for 2 rows in 'Data'!A1:B2"},
@@ -254,7 +257,7 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
          6,
          "Row 2 of the data has text"},
         {{book.text(), "-s", "Locked"}, "1", 6, "'Locked'!A1 is protected"},
-        {{book.text(), "-o", "other.xlsm"}, "1", 6, "incompatible"},
+        {{book.text(), "-o", "other.xlsm"}, "1", 6, "other.xlsm: The name must end with .xlsx"},
         {{missing.text() + ".ods"}, "1", 6, ".xltm"},
         {{missing.text() + "/below.xlsx"}, "1", 6, "below.xlsx"},
         {{book.text(), "-s", "1"}, "1\n\"2", 1, "Line 2"},

@@ -86,7 +86,7 @@ std::optional<std::string> BookContents::missing_in(std::string_view formula) {
 
 void BookContents::need_formats() {
     if (has_styles_) return;
-    open_package();
+    const PackageReading reading(*this);
     read_styles();
     has_styles_ = true;
 }
@@ -146,7 +146,6 @@ void BookContents::need_strings(std::uint64_t end) {
 }
 
 std::unique_ptr<ByteSource> BookContents::open_sheet_part(const SheetEntry& sheet) {
-    open_package();
     return editor_ != nullptr ? editor_->open_sheet(sheet) : package->open_part(sheet.part);
 }
 
@@ -163,6 +162,7 @@ SheetScan BookContents::scan_sheet(std::size_t index) {
     cells.cells.keep_bounds_only();
     SheetTail tail;
     try {
+        const PackageReading reading(*this);
         read_worksheet(*open_sheet_part(sheet), {}, date_base(workbook), cells, tail);
     } catch (const Error& failure) {
         throw failure.in_sheet(foundation::unicode::to_utf8(sheet.name));
@@ -181,7 +181,7 @@ std::vector<NamedCells> BookContents::named_cells() {
         if (sheet)
             named.push_back(make_named_cells(name.name, *sheet, name.sheet_index, area->cells));
     }
-    open_package();
+    const PackageReading reading(*this);
     for (std::size_t i = 0; i < workbook.sheets.size(); ++i)
         for (const SheetTable& table : read_tables(*package, workbook.sheets[i]->part)) {
             named.push_back(

@@ -41,10 +41,12 @@ std::optional<Rectangle> XlsxSheet::named_cells(std::u16string_view name) const 
 }
 
 void XlsxSheet::read_tail(SheetTail& tail) const {
+    const PackageReading reading(contents_);
     tail = read_worksheet_tail(*contents_.open_sheet_part(entry_));
 }
 
 void XlsxSheet::read_other_rows(SheetCells& cells) const {
+    const PackageReading reading(contents_);
     SheetTail tail; // known or read on its own
     read_worksheet(*contents_.open_sheet_part(entry_), {}, date_base(contents_.workbook), cells,
                    tail);
@@ -54,6 +56,7 @@ void XlsxSheet::read_other_rows(SheetCells& cells) const {
 bool XlsxSheet::visit_formulas(int first_row, int last_row, const FormulaVisitor& visit) const {
     if (is_new_) return true;
     try {
+        const PackageReading reading(contents_);
         read_formulas(*contents_.open_sheet_part(entry_), {first_row, last_row}, visit);
         return true;
     } catch (const Error& error) {

@@ -196,6 +196,20 @@ TEST_F(OfficeTest, RefusesToChangeProtectedCells) {
     EXPECT_THAT(cells_of(*sheet, {0, 0, 0, 2}), ElementsAre("number 1", "number 8", "number 9"));
 }
 
+TEST_F(OfficeTest, WritesNothingWhereTheLastRowIsLocked) {
+    std::string rows;
+    for (const char* number : {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12"})
+        rows += std::string("<row r='") + number + "' s='2' customFormat='1'/>";
+    const auto book = open(one_sheet_book(rows, "<sheetProtection sheet='1'/>"));
+    const auto sheet = book->sheet(0);
+    // So wide that it is written in two parts, of which the first is not locked.
+    const Range range{0, 0, 12, 16'383};
+    EXPECT_TRUE(sheet->is_range_writeable({0, 0, 11, 16'383}));
+    const CellTexts ones(static_cast<std::size_t>(range.count()), "number 1");
+    EXPECT_EQ(thrown_id([&] { enter(*sheet, range, ones, true); }), 28);
+    EXPECT_THAT(cells_of(*sheet, {0, 0, 0, 0}), ElementsAre("empty"));
+}
+
 TEST_F(OfficeTest, UnmergesCells) {
     const auto book = open(one_sheet_book("<row r='1'><c r='A1'><v>1</v></c></row>",
                                           "<mergeCells count='1'><mergeCell ref='A1:B2'/>"
