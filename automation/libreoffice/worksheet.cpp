@@ -66,6 +66,7 @@ HRESULT Worksheet::name(const DispatchCall& call) {
     if (!call.is_put()) return call.give(std::u16string_view(sheet_->name));
     const std::u16string_view wanted = text_argument(call.value());
     if (!is_sheet_name(wanted)) return DISP_E_EXCEPTION;
+    if (document_->is_read_only()) return E_ACCESSDENIED;
     const auto object = as<css::container::XNamed>(sheet_->cells);
     object->setName(to_uno(wanted));
     // A name that another sheet has is passed over in silence.
@@ -181,6 +182,8 @@ HRESULT Worksheets::item(const DispatchCall& call) {
 }
 
 HRESULT Worksheets::add(const DispatchCall& call) {
+    // The application would add it and then refuse its name.
+    if (document_->is_read_only()) return E_ACCESSDENIED;
     const auto before = sheet_argument(call.argument(0));
     const auto after = sheet_argument(call.argument(1));
     const int place = after ? document_->place_of(*after) + 1

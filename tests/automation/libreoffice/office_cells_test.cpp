@@ -37,7 +37,7 @@ TEST_F(OfficeTest, ComputesFormulasWithoutResults) {
 }
 
 TEST_F(OfficeTest, NamesErrors) {
-    const std::pair<const char*, const char*> cases[] = {{"1/0", "#DIV/0!"},
+    const std::pair<const char*, const char*> cases[] = {{"1/B1", "#DIV/0!"},
                                                          {"NA()", "#N/A"},
                                                          {"\"a\"+1", "#VALUE!"},
                                                          {"nowhere", "#NAME?"},
@@ -56,6 +56,10 @@ TEST_F(OfficeTest, NamesErrors) {
     }
     const auto book = open(one_sheet_book(rows));
     EXPECT_EQ(cells_of(*book->sheet(0), {0, 0, 9, 0}), expected);
+    enter(*book->sheet(0), {0, 1, 0, 1}, {"text a"});
+    EXPECT_THAT(cells_of(*book->sheet(0), {0, 0, 0, 0}), ElementsAre("error #VALUE!"));
+    book->sheet(0)->clear(Cell{0, 1});
+    EXPECT_THAT(cells_of(*book->sheet(0), {0, 0, 0, 0}), ElementsAre("error #DIV/0!"));
 }
 
 TEST_F(OfficeTest, TakesFormatsForNoContents) {

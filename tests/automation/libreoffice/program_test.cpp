@@ -122,12 +122,15 @@ TEST_F(ApplicationProgram, EndsWithTheCodeOfTheFailure) {
                        "<sheetData><row r='1'><c r='A1'><v>2</v></c></row></sheetData>"
                        "<sheetProtection sheet='1'/>"}});
     std::ofstream(file("text.xlsx")) << "a,b\n";
+    std::ofstream(file("r.xlsx"), std::ios::binary)
+        << make_book({{"Data", "", "<sheetData/>"}}, "<fileSharing readOnlyRecommended='1'/>");
     run_steps({
         {{"--app", "convert", "p.xlsx", "p.ods"}, "", 0, ""},
         {{"--app", "write", "p.ods", "-r", "A1"}, "5", 6, "", "protected"},
         {{"--app", "clear", "p.ods", "-r", "A1"}, "", 6, "", "protected"},
         {{"--app", "read", "p.ods"}, "", 0, "2\n"},
         {{"read", "p.ods"}, "", 4, "", "--app"},
+        {{"--app", "sheet", "add", "r.xlsx", "New"}, "", 6, "", "read-only"},
         {{"--app", "read", "none.ods"}, "", 3, "", "There is no such file"},
         {{"--app", "read", "text.xlsx"}, "", 4, "", "text.xlsx"},
         {{"--app", "convert", "p.ods", "no/such/folder.xlsx"}, "", 6, "", "folder.xlsx"},
