@@ -271,7 +271,8 @@ class PosixOutput final : public BufferedOutput {
             ::fchown(file_.get(), static_cast<uid_t>(-1), replaced_->st_gid) == 0;
         // A new owner or group must not get what was granted to the old one.
         if (!is_own) mode &= ~static_cast<mode_t>(S_ISUID);
-        if (!is_of_group) mode = (mode & ~(S_ISGID | S_IRWXG)) | (mode & S_IRWXO) << 3;
+        if (!is_of_group)
+            mode = (mode & ~static_cast<mode_t>(S_ISGID | S_IRWXG)) | (mode & S_IRWXO) << 3;
         if (::fchmod(file_.get(), mode) != 0) throw_write_error(errno);
     }
 

@@ -78,8 +78,9 @@ enum class Extent { WantedRows, WholeSheet, NoCells };
 /// Loads the wanted sheet and finds the range, except with `NoCells`. Throws `CommandError` for a
 /// sheet or range that does not exist and for a chart sheet.
 Selection open_selection(const CellSelector& wanted, Extent extent = Extent::WantedRows);
-/// The same for a book that `open_sheet_list` has opened; only a file is opened once more.
-Selection open_selection(const std::shared_ptr<spreadsheet::IBook>& list,
-                         const CellSelector& wanted, Extent extent);
+/// The same for a book that `open_sheet_list` has opened; only a file is opened once more, when
+/// `list`, if nobody else has it, is closed.
+Selection open_selection(std::shared_ptr<spreadsheet::IBook> list, const CellSelector& wanted,
+                         Extent extent);
 
 } // namespace zxsheet
