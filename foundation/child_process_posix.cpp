@@ -76,7 +76,7 @@ struct ChildStart {
         setsid();
         sigset_t none;
         sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
+        pthread_sigmask(SIG_SETMASK, &none, nullptr);
         // A host may have closed its standard files, and got these in their places.
         const int safe_input = fcntl(input, F_DUPFD, STDERR_FILENO + 1);
         const int safe_output = fcntl(output, F_DUPFD, STDERR_FILENO + 1);

@@ -20,16 +20,17 @@ struct Supply {
 
 } // namespace
 
-std::size_t request_bytes(const CellValue& cell) {
+std::size_t request_bytes(const CellValue& cell, bool is_below_date) {
     constexpr std::size_t kEmptyCell = 3;   // {},
     constexpr std::size_t kValueCell = 40;  // {"userEnteredValue":{"numberValue":1}},
     constexpr std::size_t kDateFormat = 57; // ,"userEnteredFormat":{"numberFormat":...}
+    constexpr std::size_t kDateRun = 250;   // {"repeatCell":{...}}, for dates one below the other
     switch (cell.type) {
     case cell_type::empty:
     case cell_type::other:
         return kEmptyCell;
     case cell_type::date:
-        return kValueCell + kDateFormat;
+        return kValueCell + (is_below_date ? kDateFormat : kDateRun);
     case cell_type::text:
     case cell_type::error:
         return kValueCell + cell.text.size();
@@ -40,7 +41,7 @@ std::size_t request_bytes(const CellValue& cell) {
 
 void write_online(OnlineSheet& sheet, const OnlineBlock& block, bool keep_formats) {
     const std::size_t columns =
-        static_cast<std::size_t>(block.range.last_column - block.range.first_column + 1);
+        static_cast<std::size_t>(block.range.last_column - block.range.first_column) + 1;
     Supply supply;
     std::vector<cell_type> types;
     supply.cells.reserve(block.rows.size() * columns);

@@ -19,8 +19,9 @@ struct OnlineBlock {
     std::vector<std::vector<const CellValue*>> rows;
 };
 
-/// Bytes that a cell takes in a request, at least.
-std::size_t request_bytes(const CellValue& cell);
+/// Bytes that a cell takes in a request, about. Dates one below the other share what gives cells
+/// that keep their formats the format of dates.
+std::size_t request_bytes(const CellValue& cell, bool is_below_date);
 
 /// Replaces the cells of the block's range, by one request.
 void write_online(spreadsheet::OnlineSheet& sheet, const OnlineBlock& block, bool keep_formats);

@@ -74,7 +74,7 @@ void SheetWriter::add(const CellValue& cell) {
         added.type = cell_type::text;
         if (added.text.empty()) added.text = date_text(cell.number);
     }
-    if (options_.book.is_online()) request_bytes_ += request_bytes(added);
+    if (options_.book.is_online()) request_bytes_ += request_bytes(added, is_below_date(column));
     if (has_value(added)) ++values_;
 }
 
@@ -83,6 +83,7 @@ void SheetWriter::end_row() {
         ++skipped_;
         for (; count_ > open_row_begin_; --count_)
             if (has_value(cells_[count_ - 1])) --values_;
+        request_bytes_ = 0;
         return;
     }
     row_ends_.push_back(count_);
@@ -211,6 +212,12 @@ void SheetWriter::write_online_block(int columns) {
     write_online(*online_, block, keeps_formats());
 }
 
+bool SheetWriter::is_below_date(std::size_t column) const {
+    if (row_ends_.empty()) return false;
+    const std::size_t above = row_begin(row_ends_.size() - 1) + column;
+    return above < row_ends_.back() && cells_[above].type == cell_type::date;
+}
+
 std::size_t SheetWriter::row_begin(std::size_t row) const {
     return row == 0 ? 0 : row_ends_[row - 1];
 }
@@ -269,7 +276,7 @@ void SheetWriter::check_room(int rows, int columns) const {
 
 void SheetWriter::write_range(const Range& range, std::size_t first_row) {
     CellPatch patch(range);
-    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row + 1);
+    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row) + 1;
     for (std::size_t row = 0; row < rows; ++row) {
         const std::size_t begin = row_begin(first_row + row);
         const std::size_t end = row_ends_[first_row + row];

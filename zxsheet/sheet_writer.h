@@ -62,6 +62,8 @@ class SheetWriter : public CellSink {
     void clear_rest();
     bool keeps_formats() const;
     std::size_t row_begin(std::size_t row) const;
+    /// Whether the cell of the last complete row in that column is a date.
+    bool is_below_date(std::size_t column) const;
     int columns_of(std::size_t row) const;
     void check_room(int rows, int columns) const;
     /// The number of the row that is not complete, from 1.

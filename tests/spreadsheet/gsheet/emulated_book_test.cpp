@@ -230,7 +230,8 @@ TEST_F(EmulatedBook, FitsTheGrid) {
     };
     const cell_type number = cell_type::number;
     Cells cells{{u"1"}};
-    EXPECT_TRUE(sheet->is_range_writeable({29, 6, 29, 6})) << "beyond the grid";
+    for (const Range& beyond : {Range{29, 6, 29, 6}, Range{29, 0, 29, 0}, Range{0, 6, 0, 6}})
+        EXPECT_TRUE(sheet->is_range_writeable(beyond)) << range_string(beyond).size();
     sheet->write({29, 6, 29, 6}, &number, cells.provider(), true);
     EXPECT_EQ(size(), (std::vector<std::int64_t>{30, 7}));
     sheet->write({29, 6, 29, 6}, &number, cells.provider(), false);
