@@ -220,6 +220,9 @@ TEST_F(CredentialSearchTest, SaysNothingSecret) {
             }
         }
     }
+    set("ZX_TOKEN_COMMAND", "echo MARK-command");
+    client.script = {echoed("message", 403, "MARK-command")};
+    EXPECT_EQ(spreadsheet::thrown_id([&] { token_of_request(); }), 45);
     set("ZX_TOKEN_COMMAND", "echo MARK with blanks");
     EXPECT_EQ(spreadsheet::thrown_id([&] { token_of_request(); }), 45);
     logger.set_level_mask(foundation::log::default_mask);
