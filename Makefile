@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # Short names for the usual work. Each installs the Debian packages that it misses; CMake presets do the rest.
-.PHONY: help deps demo google-demo test asan format format-check lint install-test windows docs bench fuzz clean
+.PHONY: help deps demo google-demo test asan format format-check lint install-test windows deb wheel docs bench fuzz clean
 .DEFAULT_GOAL := help
 
 PRESET ?= dev
@@ -67,6 +67,15 @@ windows:  ## cross-build for 64-bit Windows, test under Wine, make the ZIP file
 	@rm -f build/windows/zxspreadsheet-*-win64.zip
 	@$(call BUILD,windows) --target package
 	@tests/install/check-windows build/windows/zxspreadsheet-*-win64.zip
+
+deb:  ## Debian packages into build/deb, then tried in a bare system (root)
+	@tools/install-deps deb python libreoffice
+	@tools/make-deb
+	@tests/install/check-deb build/deb
+
+wheel: deps  ## the wheel for pip into build/wheel, tried in a fresh environment
+	@tools/install-deps python
+	@tests/install/check-wheel
 
 docs:  ## reference of the public headers into build/docs
 	@tools/install-deps docs

@@ -8,7 +8,7 @@ install(TARGETS zxspreadsheet EXPORT zxspreadsheetTargets
   FILE_SET generated_headers DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zxspreadsheet)
 install(TARGETS zxsheet)
 if(TARGET zxspreadsheet_automation)
-  install(TARGETS zxspreadsheet_automation LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(TARGETS zxspreadsheet_automation LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/zxspreadsheet)
 endif()
 
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/zxspreadsheet)

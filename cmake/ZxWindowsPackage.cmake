@@ -25,6 +25,17 @@ install(FILES /usr/share/doc/mingw-w64-common/copyright DESTINATION ${licence_fo
 configure_file(cmake/README-windows.txt.in ${PROJECT_BINARY_DIR}/README.txt @ONLY NEWLINE_STYLE CRLF)
 install(FILES ${PROJECT_BINARY_DIR}/README.txt DESTINATION .)
 
+# The manual page as text, as the program itself prints it.
+find_program(ZX_GROFF groff REQUIRED)
+set(manual ${PROJECT_BINARY_DIR}/zxsheet.txt)
+add_custom_command(OUTPUT ${manual}
+  COMMAND zxsheet help --man > ${manual}.man
+  COMMAND ${ZX_GROFF} -man -Kutf8 -Tutf8 -rLL=100n -P-cbou ${manual}.man > ${manual}.lf
+  COMMAND ${CMAKE_COMMAND} -DFROM=${manual}.lf -DTO=${manual} -P ${PROJECT_SOURCE_DIR}/cmake/ZxCrLf.cmake
+  DEPENDS zxsheet ${PROJECT_SOURCE_DIR}/cmake/ZxCrLf.cmake VERBATIM)
+add_custom_target(zxsheet_manual ALL DEPENDS ${manual})
+install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_FILE_NAME ${PROJECT_NAME}-${PROJECT_VERSION}-win64)
 set(CPACK_STRIP_FILES ON)

@@ -24,6 +24,8 @@ class BufferedOutput : public OutputFile {
     virtual void write_at(std::uint64_t position, const char* bytes, std::size_t count) = 0;
     /// Brings what was written to the disk and steps into the target's place; throws `FileError`.
     virtual void publish() = 0;
+    /// The failure of a target that somebody else has changed since.
+    [[noreturn]] static void throw_changed_target();
 
   private:
     static constexpr std::size_t kBufferBytes = 1u << 20;

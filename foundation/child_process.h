@@ -50,6 +50,7 @@ class ChildProcess {
 };
 
 int own_process_id();
+unsigned own_user_id();
 
 /// Threads that start in its scope never get the signal of a write to a broken connection, and so
 /// see the failure of the write; the thread itself does not while it lasts.
@@ -66,9 +67,6 @@ class PipeSignalBlock {
 
 /// Processor time that a process has used, in clock ticks; nullopt where the system does not say.
 std::optional<long long> processor_time(int process_id);
-
-/// The sockets with a name in the file system that a process has open, as paths.
-std::vector<std::string> named_sockets(int process_id);
 
 /// Makes a folder with a new name that begins with `prefix`, for this user alone, among the
 /// system's temporary files. Throws std::system_error.

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <sstream>
 #include <system_error>
 #include <utility>
@@ -77,7 +76,7 @@ struct ChildStart {
         setsid();
         sigset_t none;
         sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
+        pthread_sigmask(SIG_SETMASK, &none, nullptr);
         // A host may have closed its standard files, and got these in their places.
         const int safe_input = fcntl(input, F_DUPFD, STDERR_FILENO + 1);
         const int safe_output = fcntl(output, F_DUPFD, STDERR_FILENO + 1);
@@ -188,6 +187,10 @@ int own_process_id() {
     return getpid();
 }
 
+unsigned own_user_id() {
+    return getuid();
+}
+
 PipeSignalBlock::PipeSignalBlock() {
     sigset_t pipe;
     sigset_t before;
@@ -218,30 +221,6 @@ std::optional<long long> processor_time(int process_id) {
     long long system = 0;
     if (!(fields >> user >> system)) return std::nullopt;
     return user + system;
-}
-
-std::vector<std::string> named_sockets(int process_id) {
-    const std::string process = "/proc/" + std::to_string(process_id);
-    std::set<std::string> inodes;
-    std::error_code failure;
-    for (std::filesystem::directory_iterator entry(process + "/fd", failure), end;
-         !failure && entry != end; entry.increment(failure)) {
-        std::error_code gone;
-        const std::string target = std::filesystem::read_symlink(entry->path(), gone).string();
-        if (target.starts_with("socket:[")) inodes.insert(target.substr(8, target.size() - 9));
-    }
-    // Num RefCount Protocol Flags Type St Inode Path
-    std::vector<std::string> paths;
-    std::ifstream table(process + "/net/unix");
-    for (std::string line; std::getline(table, line);) {
-        std::istringstream fields(line);
-        std::string skipped;
-        std::string inode;
-        std::string path;
-        fields >> skipped >> skipped >> skipped >> skipped >> skipped >> skipped >> inode >> path;
-        if (path.starts_with('/') && inodes.contains(inode)) paths.push_back(path);
-    }
-    return paths;
 }
 
 std::string make_temporary_folder(const std::string& prefix) {

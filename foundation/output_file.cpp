@@ -32,6 +32,11 @@ class MemoryOutput final : public OutputFile {
 
 } // namespace
 
+void BufferedOutput::throw_changed_target() {
+    throw FileError(FileProblem::InUse,
+                    "Another program has written the file meanwhile; it was left as it is.");
+}
+
 void BufferedOutput::append(const char* bytes, std::size_t count) {
     if (count > kBufferBytes - buffered_) flush();
     if (count > kBufferBytes) {

@@ -35,7 +35,8 @@ class OutputFile {
 /// killed leaves is removed by the next replacement of the same target. A symbolic link is followed
 /// and stays; an existing target's permissions are taken over, and a target that may not be written
 /// to is refused. Further hard links to the target keep the old content. On Windows nobody may have
-/// the target open without sharing its deletion. Throws `FileError`.
+/// the target open without sharing its deletion. A target that is not what it was here when the
+/// file is committed is left alone. Throws `FileError`.
 std::unique_ptr<OutputFile> replace_file(std::u16string_view path);
 
 /// Collects into `bytes`, which must outlive it; `commit` does nothing.

@@ -154,6 +154,7 @@ void remove_stale_files(int folder, std::string_view name) {
         return;
     }
     const std::string prefix = temporary_prefix(name);
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads from this list
     while (const dirent* entry = ::readdir(entries.get()))
         if (is_temporary_name(entry->d_name, prefix)) remove_if_stale(folder, entry->d_name);
 }
@@ -243,11 +244,23 @@ class PosixOutput final : public BufferedOutput {
                 return ::linkat(AT_FDCWD, link_to(file_.get()).c_str(), folder_.get(),
                                 temporary_.c_str(), AT_SYMLINK_FOLLOW);
             });
+        check_unchanged();
         if (::renameat(folder_.get(), temporary_.c_str(), folder_.get(), name_.c_str()) != 0)
             throw_write_error(errno);
         published_ = true;
         // The file has its new content; that a folder cannot be synchronised does not change that.
         ::fsync(folder_.get());
+    }
+
+    /// What somebody else put into the place since the beginning must not be lost. Numbers of
+    /// files are not compared: some file systems give a file another one.
+    void check_unchanged() const {
+        struct stat now {};
+        if (::fstatat(folder_.get(), name_.c_str(), &now, 0) != 0) return;
+        if (!replaced_ || now.st_size != replaced_->st_size ||
+            now.st_mtim.tv_sec != replaced_->st_mtim.tv_sec ||
+            now.st_mtim.tv_nsec != replaced_->st_mtim.tv_nsec)
+            throw_changed_target();
     }
 
     void take_over_permissions() {
@@ -258,7 +271,8 @@ class PosixOutput final : public BufferedOutput {
             ::fchown(file_.get(), static_cast<uid_t>(-1), replaced_->st_gid) == 0;
         // A new owner or group must not get what was granted to the old one.
         if (!is_own) mode &= ~static_cast<mode_t>(S_ISUID);
-        if (!is_of_group) mode = (mode & ~(S_ISGID | S_IRWXG)) | (mode & S_IRWXO) << 3;
+        if (!is_of_group)
+            mode = (mode & ~static_cast<mode_t>(S_ISGID | S_IRWXG)) | (mode & S_IRWXO) << 3;
         if (::fchmod(file_.get(), mode) != 0) throw_write_error(errno);
     }
 

@@ -160,7 +160,9 @@ class WindowsOutput final : public BufferedOutput {
     explicit WindowsOutput(std::wstring target)
         : target_(std::move(target)),
           attributes_(::GetFileAttributesW(target_.c_str())),
-          file_(create_temporary()) {}
+          file_(create_temporary()) {
+        ::GetFileAttributesExW(target_.c_str(), GetFileExInfoStandard, &before_);
+    }
 
     ~WindowsOutput() override {
         file_.close();
@@ -205,12 +207,23 @@ class WindowsOutput final : public BufferedOutput {
     void publish() override {
         if (attributes_ != INVALID_FILE_ATTRIBUTES) take_over_permissions();
         if (!::FlushFileBuffers(file_.get())) throw_last_error(target_);
+        check_unchanged();
         published_ = rename_over_open_file(file_.get(), full_path(target_));
         file_.close();
         if (!published_ && !::MoveFileExW(temporary_.c_str(), target_.c_str(),
                                           MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
             throw_move_error();
         published_ = true;
+    }
+
+    /// What somebody else put into the place since the beginning must not be lost.
+    void check_unchanged() const {
+        WIN32_FILE_ATTRIBUTE_DATA now{};
+        if (!::GetFileAttributesExW(target_.c_str(), GetFileExInfoStandard, &now)) return;
+        if (attributes_ == INVALID_FILE_ATTRIBUTES || now.nFileSizeLow != before_.nFileSizeLow ||
+            now.nFileSizeHigh != before_.nFileSizeHigh ||
+            ::CompareFileTime(&now.ftLastWriteTime, &before_.ftLastWriteTime) != 0)
+            throw_changed_target();
     }
 
     /// The system answers "access denied" when somebody has the target open.
@@ -236,6 +249,7 @@ class WindowsOutput final : public BufferedOutput {
 
     std::wstring target_;
     DWORD attributes_; ///< of the target before; INVALID_FILE_ATTRIBUTES for a new file
+    WIN32_FILE_ATTRIBUTE_DATA before_{}; ///< the target's size and time of the last change
     std::wstring temporary_;
     Handle file_;
     bool published_ = false;

@@ -6,6 +6,7 @@
 #include "fuzz/parse.h"
 #include "workbook/io/little_endian.h"
 #include "workbook/xls/formula/extern_sheets.h"
+#include "workbook/xls/formula/formula_printer.h"
 #include "workbook/xls/formula/token_rewriter.h"
 #include "workbook/xls/formula/token_stream.h"
 
@@ -25,6 +26,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         };
         changes.name = [](std::uint32_t name) { return name + 1; };
         sheets.renumber({0, 1, {}, 2});
+        biff::FormulaContext context;
+        context.sheets = {"Data", "A b"};
+        context.names = {{"Rate", {}}, {"Own", 1}};
+        context.books = {{biff::SupportingBook::Kind::Own, {}, {}, {}},
+                         {biff::SupportingBook::Kind::Other, "B.xls", {"S"}, {"Far"}}};
+        context.entries = sheets;
+        const auto text = biff::formula_text(formula, token_bytes, context);
+        if (text && (!tokens || text->size() > 64u << 10)) std::abort();
+
         const auto alone = biff::formula_of_cell(formula, token_bytes, 65535, 255);
         if (alone.has_value() != tokens.has_value()) std::abort();
         const bool is_changed = biff::rewrite_tokens(formula, token_bytes, changes);

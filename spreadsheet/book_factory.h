@@ -81,7 +81,7 @@ ZX_API std::shared_ptr<ISheet> add_sheet(const std::shared_ptr<IBook>& book, std
                                          const std::u16string& name,
                                          const std::u16string& second_name);
 
-/// Moves the sheet at `from` of a workbook file or a Google spreadsheet to `to`; both zero-based.
+/// Moves the sheet at `from` to `to`; both zero-based.
 /// References to the sheet follow, and all sheet objects stay valid. Throws `Exception` 6 for an
 /// index out of range, 7 when the sheet cannot be moved or the back-end moves none.
 ZX_API void reorder_sheet(const std::shared_ptr<IBook>& book, std::size_t from, std::size_t to);

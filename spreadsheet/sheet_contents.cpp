@@ -7,6 +7,7 @@
 
 #include "spreadsheet/book_extras.h"
 #include "spreadsheet/sheet_extras.h"
+#include "workbook/library.h"
 
 namespace spreadsheet {
 namespace {
@@ -54,6 +55,16 @@ bool read_formulas(const ISheet& sheet, int first_row, int last_row,
                    const FormulaBuilder& builder) {
     const ISheetExtras* const extras = extras_of(sheet);
     return extras != nullptr && extras->read_formulas(first_row, last_row, builder);
+}
+
+std::string formula_problem(std::string_view formula) {
+    return workbook::formula_problem(formula);
+}
+
+bool write_formulas(ISheet& sheet, Range range, const std::string_view* formulas) {
+    auto* const writer = dynamic_cast<IFormulaWriter*>(&sheet);
+    if (writer != nullptr) writer->write_formulas(range, formulas);
+    return writer != nullptr;
 }
 
 std::optional<SheetSummary> summarize_sheet(const std::shared_ptr<IBook>& book, std::size_t index) {

@@ -61,8 +61,9 @@ struct NamedRange {
     Range range;
 };
 
-/// The rectangle of the cells that have a value; last indices of -1 when none has. Formatted
-/// blanks are in it only where they are between others. Without the interface `used_range`.
+/// The rectangle of the cells that have a value or a formula; last indices of -1 when none has.
+/// Formatted blanks are in it only where they are between others. Without the interface
+/// `used_range`.
 ZX_API Range filled_range(const ISheet& sheet);
 
 /// The cells of the first row at or after `row` (zero-based) that has any, from its first to its
@@ -84,6 +85,21 @@ ZX_API std::uint64_t formulas_without_result(const ISheet& sheet);
 /// known. `Exception` 9 when the file cannot be read any more.
 ZX_API bool read_formulas(const ISheet& sheet, int first_row, int last_row,
                           const FormulaBuilder& builder);
+
+/// What keeps applications from reading a text as a formula, part of a sentence in English; empty
+/// for a formula. UTF-8 without the equals sign, A1 notation, English names, commas between
+/// arguments. Cells, names and sheets that it refers to are not looked up.
+ZX_API std::string formula_problem(std::string_view formula);
+
+/// Puts formulas into the cells of a range, one for each, column after column, as `formula_problem`
+/// takes them; the cells keep their formats. Until an application has computed them they have no
+/// result: a file is marked so that the application which opens it does. Returns false where
+/// formulas cannot be written. `Exception` 28 when one is not accepted, whose cause says why; those
+/// before it may have been written.
+///
+///     const std::string_view total = "SUM(A1:A9)";
+///     write_formulas(*sheet, {9, 0, 9, 0}, &total);
+ZX_API bool write_formulas(ISheet& sheet, Range range, const std::string_view* formulas);
 
 /// Reads the sheet at `index` (zero-based) through once and keeps no cell of it; of a book loaded
 /// by `load_book_from_file_with_sheetNames`, nothing else is read. Nullopt for a chart sheet and

@@ -11,6 +11,19 @@
 
 namespace spreadsheet {
 
+/// A sheet that takes formulas.
+class IFormulaWriter {
+  public:
+    /// As `spreadsheet::write_formulas`.
+    virtual void write_formulas(Range range, const std::string_view* formulas) = 0;
+
+  protected:
+    IFormulaWriter() = default;
+    IFormulaWriter(const IFormulaWriter&) = default;
+    IFormulaWriter& operator=(const IFormulaWriter&) = default;
+    ~IFormulaWriter() = default;
+};
+
 /// Each function as the one of that name in sheet_contents.h.
 class ISheetExtras {
   public:

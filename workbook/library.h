@@ -61,6 +61,11 @@ struct FormulaCell {
 };
 using FormulaVisitor = std::function<void(const FormulaCell&)>;
 
+/// What keeps applications from reading a text as a formula, for people: `"=1+": something is
+/// missing at the end, at character 4`. Empty for a formula that can be written. In UTF-8, without
+/// the equals sign; English names, commas between arguments.
+std::string formula_problem(std::string_view formula);
+
 /// ST_SheetState (ECMA-376 part 1, 18.18.68).
 enum class SheetState { Visible = 0, Hidden = 1, VeryHidden = 2 };
 
@@ -141,7 +146,7 @@ class Sheet {
     virtual int first_column() const = 0;
     virtual int end_column() const = 0;
 
-    /// Bounds of the cells that have a value; 0 for all four when none has.
+    /// Bounds of the cells that have a value or a formula; 0 for all four when none has.
     virtual int first_filled_row() const = 0;
     virtual int end_filled_row() const = 0;
     virtual int first_filled_column() const = 0;
@@ -207,6 +212,14 @@ class Sheet {
     virtual bool write_str(int row, int column, std::u16string_view text, const Format* format) = 0;
     virtual bool write_bool(int row, int column, bool value, const Format* format) = 0;
     virtual bool write_blank(int row, int column, const Format* format) = 0;
+    /// Likewise a formula without a result: `Blank` until an application has computed it. In A1
+    /// notation, UTF-8, without the equals sign. Fails for what applications do not read as a
+    /// formula and where the engine cannot write any.
+    virtual bool write_formula(int row, int column, std::string_view formula,
+                               const Format* format) {
+        return static_cast<void>(row), static_cast<void>(column), static_cast<void>(formula),
+               static_cast<void>(format), false;
+    }
     /// Removes the cells of a rectangle, values and formats; corners inclusive. False when it is
     /// not within the sheet's limits.
     virtual bool clear(int first_row, int last_row, int first_column, int last_column) = 0;

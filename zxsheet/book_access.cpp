@@ -4,6 +4,7 @@
 #include "zxsheet/book_access.h"
 
 #include <charconv>
+#include <utility>
 
 #include "foundation/unicode.h"
 #include "spreadsheet/gsheet/drive.h"
@@ -237,6 +238,15 @@ std::size_t find_sheet(const std::shared_ptr<IBook>& book, const BookLocation& l
                     "There is no sheet '" + wanted + "'" + (similar.empty() ? "." : similar));
 }
 
+Selection select_sheet(const std::shared_ptr<IBook>& book, std::size_t index) {
+    Selection selection;
+    selection.book = book;
+    selection.sheet = book->sheet(index);
+    selection.sheet_name = sheet_name(*book, index);
+    selection.sheet_index = index;
+    return selection;
+}
+
 Range range_on_sheet(const std::string& text, Selection& selection, const BookLocation& location) {
     if (location.is_online()) return find_online_range(text, selection, location);
     const std::u16string units = unicode::to_utf16(text);
@@ -254,8 +264,7 @@ Selection open_selection(const CellSelector& wanted, Extent extent) {
     return open_selection(open_sheet_list(wanted.book), wanted, extent);
 }
 
-Selection open_selection(const std::shared_ptr<IBook>& list, const CellSelector& wanted,
-                         Extent extent) {
+Selection open_selection(std::shared_ptr<IBook> list, const CellSelector& wanted, Extent extent) {
     const BookLocation& location = wanted.book;
     const WantedCells found = resolve(list, wanted);
     Selection selection;
@@ -266,7 +275,12 @@ Selection open_selection(const std::shared_ptr<IBook>& list, const CellSelector&
     const bool has_rows = found.cells && found.cells->has_rows();
     const auto rows =
         rows_to_load(extent, has_rows ? std::optional(found.cells->range) : std::nullopt);
-    selection.book = location.is_file() ? load_sheet(location, found.sheet, rows) : list;
+    if (location.is_file()) {
+        list.reset(); // it may hold all of the file's bytes
+        selection.book = load_sheet(location, found.sheet, rows);
+    } else {
+        selection.book = std::move(list);
+    }
     selection.sheet = selection.book->sheet(selection.book->is_sheet_loaded() ? 0 : found.sheet);
     if (!selection.sheet) throw Exception(error_id::sheet_not_opened);
     selection.sheet_index = found.sheet;

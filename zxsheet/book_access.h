@@ -63,6 +63,9 @@ struct Selection {
     mutable std::shared_ptr<FetchedCells> fetched{};
 };
 
+/// A sheet of a book that is loaded, with no range.
+Selection select_sheet(const std::shared_ptr<spreadsheet::IBook>& book, std::size_t index);
+
 /// The range that `text` names on the sheet, A1 or a defined name. A name of a spreadsheet online
 /// selects the sheet that it is on. Throws `CommandError` that names the sheet for text that names
 /// none; other failures pass unchanged.
@@ -75,8 +78,9 @@ enum class Extent { WantedRows, WholeSheet, NoCells };
 /// Loads the wanted sheet and finds the range, except with `NoCells`. Throws `CommandError` for a
 /// sheet or range that does not exist and for a chart sheet.
 Selection open_selection(const CellSelector& wanted, Extent extent = Extent::WantedRows);
-/// The same for a book that `open_sheet_list` has opened; only a file is opened once more.
-Selection open_selection(const std::shared_ptr<spreadsheet::IBook>& list,
-                         const CellSelector& wanted, Extent extent);
+/// The same for a book that `open_sheet_list` has opened; only a file is opened once more, when
+/// `list`, if nobody else has it, is closed.
+Selection open_selection(std::shared_ptr<spreadsheet::IBook> list, const CellSelector& wanted,
+                         Extent extent);
 
 } // namespace zxsheet

@@ -39,7 +39,7 @@ void copy_values(const Selection& selection, const IBook& target, ISheet& sheet)
             for (const CellValue* cell : row)
                 cells.push_back(*cell);
         });
-        const auto columns = static_cast<std::size_t>(block.last_column - block.first_column + 1);
+        const auto columns = static_cast<std::size_t>(block.last_column - block.first_column) + 1;
         CellPatch patch(block);
         for (std::size_t i = 0; i < cells.size(); ++i) {
             CellValue& cell = cells[i];

@@ -54,6 +54,10 @@ std::string lower_extension(const std::string& path) {
     return text;
 }
 
+std::string output_name(const std::string& file) {
+    return file == kStream ? "standard output" : file;
+}
+
 BookLocation BookLocation::online(const std::string& text) {
     BookLocation location;
     location.text_ = text;
@@ -64,6 +68,8 @@ BookLocation BookLocation::online(const std::string& text) {
 
 void BookLocation::set_text(const std::string& text) {
     text_ = text;
+    file_.clear();
+    output_.clear();
     is_online_ = text.starts_with(kOnlinePrefix);
     id_ = is_online_ ? text.substr(kOnlinePrefix.size()) : std::string();
     sheet_id_.reset();
@@ -96,12 +102,11 @@ book::interactive BookLocation::mode() const {
 
 book::format BookLocation::format() const {
     if (is_online_) return book::format::GSHEET;
-    const std::u8string extension = path().extension().u8string();
-    const std::u16string dotted =
-        unicode::to_utf16(std::string(extension.begin(), extension.end()));
-    if (dotted.empty()) return book::format::XLSX;
+    std::string extension = lower_extension(file());
+    if (extension.empty()) extension = lower_extension(output_);
+    if (extension.empty()) return book::format::XLSX;
     try {
-        const book::format format = book::create_format(dotted.substr(1));
+        const book::format format = book::create_format(unicode::to_utf16(extension.substr(1)));
         return format == book::format::GSHEET ? book::format::XLSX : format;
     } catch (const spreadsheet::Exception&) {
         return book::format::XLSX;

@@ -13,11 +13,17 @@
 
 namespace zxsheet {
 
+/// What stands for standard input or output on the command line.
+inline constexpr const char* kStream = "-";
+
 /// A UTF-8 path in the platform's own form.
 std::filesystem::path native_path(const std::string& path);
 
 /// The extension of a UTF-8 path with its dot, in lower case; empty when there is none.
 std::string lower_extension(const std::string& path);
+
+/// How messages name a file that is written.
+std::string output_name(const std::string& file);
 
 class BookLocation {
   public:
@@ -31,10 +37,14 @@ class BookLocation {
     static BookLocation online(const std::string& text);
 
     void set_text(const std::string& text);
-    /// A copy of the book is in this file; messages call it `name`.
-    void set_file(const std::string& path, const std::string& name) {
+    /// Opens the file as `other` is opened.
+    void use_mode_of(const BookLocation& other) { wants_application_ = other.wants_application_; }
+    /// A copy of the book is in this file; messages call it `name`. For a path without an extension
+    /// that of `output` says the format.
+    void set_file(const std::string& path, const std::string& name, const std::string& output) {
         text_ = name;
         file_ = path;
+        output_ = output;
     }
     /// Lets the spreadsheet application open the file; has no effect on a spreadsheet online.
     void use_application() { wants_application_ = true; }
@@ -62,7 +72,8 @@ class BookLocation {
 
   private:
     std::string text_;
-    std::string file_; ///< where a copy is; empty for none
+    std::string file_;   ///< where a copy is; empty for none
+    std::string output_; ///< of the copy
     std::string id_;
     std::optional<std::int64_t> sheet_id_;
     bool is_online_ = false;

@@ -29,7 +29,7 @@ struct Band {
     std::vector<number_style> styles{};
 
     std::size_t rows() const {
-        return static_cast<std::size_t>(range.last_row - range.first_row + 1);
+        return static_cast<std::size_t>(range.last_row - range.first_row) + 1;
     }
     std::size_t columns() const { return cells.size() / rows(); }
     void adopt_types() {

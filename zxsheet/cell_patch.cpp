@@ -52,7 +52,7 @@ bool is_empty(const Range& range) {
 }
 
 std::size_t length(int first, int last) {
-    return last < first ? 0 : static_cast<std::size_t>(last - first + 1);
+    return last < first ? 0 : static_cast<std::size_t>(last - first) + 1;
 }
 
 } // namespace
@@ -138,7 +138,7 @@ void CellPatch::give_date_formats(ISheet& sheet, const Range& range,
     if (std::find(types.begin(), types.end(), cell_type::date) == types.end()) return;
     std::vector<number_style> styles(types.size());
     if (!number_styles(sheet, range, styles.data())) return;
-    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row + 1);
+    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row) + 1;
     const auto needs_format = [&](std::size_t i) {
         return types[i] == cell_type::date && styles[i] == number_style::number;
     };

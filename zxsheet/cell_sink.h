@@ -16,7 +16,7 @@ struct DataPlace {
     std::optional<std::string> range{}; ///< A1 text; its first cell counts
 };
 
-/// Cells row after row. Every function throws `Failure` when the cells cannot be taken.
+/// Cells row after row. Every function throws `CommandError` when the cells cannot be taken.
 class CellSink {
   public:
     virtual ~CellSink() = default;

@@ -37,13 +37,13 @@ void ColumnMatcher::begin() {
 
 void ColumnMatcher::add(const CellValue& cell) {
     if (state_ == State::Begin) begin();
-    if (state_ == State::Unchanged) return writer_.add(cell);
+    if (state_ == State::Unchanged) return next_.add(cell);
     row_.push_back(cell);
 }
 
 void ColumnMatcher::end_row() {
     if (state_ == State::Begin) begin();
-    if (state_ == State::Unchanged) return writer_.end_row();
+    if (state_ == State::Unchanged) return next_.end_row();
     if (state_ == State::Header) {
         match_names();
         state_ = State::Matched;
@@ -57,8 +57,8 @@ void ColumnMatcher::end_row() {
             placed[columns_[i]] = &row_[i];
         const CellValue nothing;
         for (const CellValue* cell : placed)
-            writer_.add(cell != nullptr ? *cell : nothing);
-        writer_.end_row();
+            next_.add(cell != nullptr ? *cell : nothing);
+        next_.end_row();
     }
     row_.clear();
 }

@@ -14,11 +14,13 @@ namespace zxsheet {
 /// sheet with values, that row is not written: its names say where the cells of the others go.
 class ColumnMatcher : public CellSink {
   public:
-    /// `has_header`: the first row has names, whatever the data says.
-    ColumnMatcher(SheetWriter& writer, const BookLocation& location, bool has_header)
-        : writer_(writer), location_(location), has_header_(has_header) {}
+    /// Rows go on to `next`, which leads to the writer. `has_header`: the first row has names,
+    /// whatever the data says.
+    ColumnMatcher(SheetWriter& writer, CellSink& next, const BookLocation& location,
+                  bool has_header)
+        : writer_(writer), next_(next), location_(location), has_header_(has_header) {}
 
-    void set_place(const DataPlace& place) override { writer_.set_place(place); }
+    void set_place(const DataPlace& place) override { next_.set_place(place); }
     void expect_header() override { has_header_ = true; }
     void add(const CellValue& cell) override;
     void end_row() override;
@@ -30,6 +32,7 @@ class ColumnMatcher : public CellSink {
     void match_names();
 
     SheetWriter& writer_;
+    CellSink& next_;
     const BookLocation& location_;
     bool has_header_;
     State state_ = State::Begin;

@@ -200,16 +200,6 @@ const std::vector<Kind>& kinds() {
 
 } // namespace
 
-const std::vector<std::string>& command_docs_kinds() {
-    static const std::vector<std::string> names = [] {
-        std::vector<std::string> all;
-        for (const Kind& kind : kinds())
-            all.push_back(kind.name);
-        return all;
-    }();
-    return names;
-}
-
 std::string command_docs(const std::string& kind, const CommandTable& table,
                          const std::vector<Parameter>& options) {
     CommandTable shown = table;

@@ -11,11 +11,8 @@
 
 namespace zxsheet {
 
-/// Words of the help of every kind, as 'zxsheet help' takes them: "--man", "--bash", "--zsh",
-/// "--fish".
-const std::vector<std::string>& command_docs_kinds();
-
-/// The text of one of these kinds. `options` are those of the program before a command.
+/// The text for a word of the help: "--man", "--bash", "--zsh" or "--fish"; empty for any other.
+/// `options` are those of the program before a command.
 std::string command_docs(const std::string& kind, const CommandTable& table,
                          const std::vector<Parameter>& options);
 

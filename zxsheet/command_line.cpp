@@ -4,6 +4,7 @@
 #include "zxsheet/command_line.h"
 
 #include <algorithm>
+#include <charconv>
 #include <sstream>
 #include <type_traits>
 #include <variant>
@@ -14,6 +15,7 @@
 #include "zxsheet/command_docs.h"
 #include "zxsheet/command_error.h"
 #include "zxsheet/suggestion.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -51,11 +53,31 @@ CLI::Validator one_of(const std::vector<std::string>& words) {
     return CLI::Validator(check, "");
 }
 
+/// Accepts anything but an empty text, which mostly is a variable of the shell that was not set.
+CLI::Validator something() {
+    const auto check = [](const std::string& text) {
+        return std::string(text.empty() ? "The value is empty" : "");
+    };
+    return CLI::Validator(check, "");
+}
+
+CLI::Validator whole_number(std::size_t greatest) {
+    const auto check = [greatest](const std::string& text) -> std::string {
+        std::size_t number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [stop, failure] = std::from_chars(text.data(), end, number);
+        if (failure == std::errc() && stop == end && number >= 1 && number <= greatest) return {};
+        return "'" + text + "' is not a whole number from 1 to " + grouped(greatest);
+    };
+    return CLI::Validator(check, "");
+}
+
 void add_parameter(CLI::App& app, const Parameter& parameter) {
     CLI::Option& option = add_to(app, parameter);
     option.required(parameter.is_required);
     if (!is_flag(parameter)) option.option_text(parameter.value.empty() ? " " : parameter.value);
-    if (parameter.greatest > 0) option.check(CLI::Range(std::size_t{1}, parameter.greatest));
+    if (!is_flag(parameter) && !parameter.may_be_empty) option.check(something());
+    if (parameter.greatest > 0) option.check(whole_number(parameter.greatest));
     if (!parameter.choices.empty()) option.check(one_of(parameter.choices));
     if (!parameter.variable.empty()) option.envname(parameter.variable);
 }
@@ -139,7 +161,8 @@ std::string usage_sentence(const CLI::ParseError& error, const CLI::App& app) {
     const std::string what = error.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
         return what.substr(0, what.find(':')) + " needs exactly one value" + hint;
-    const auto rest = command->remaining();
+    auto rest = command->remaining();
+    std::erase(rest, "--"); // what follows it is not an option
     const bool is_group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
     if (rest.empty()) return is_group ? "A command is missing" + hint : what + hint;
     const bool is_option = rest[0].starts_with('-');
@@ -158,6 +181,32 @@ void use_application(const Command& command) {
     throw CommandError(ExitCode::Usage, "The command '" + command.name + "' has no use for --app");
 }
 
+/// The options before a command.
+std::vector<Parameter> program_options(ParsedLine& parsed, bool& wants_application,
+                                       bool& wants_host_functions) {
+    Parameter root{"--google-root", "URL",
+                   "Address of a service to use in Google's place (or ZX_GOOGLE_ROOT)",
+                   &parsed.google_root};
+    root.variable = "ZX_GOOGLE_ROOT";
+    Parameter log_level{"--log", "LEVEL",
+                        "Print the library's log on standard error: error, info, debug or trace",
+                        &parsed.log_level};
+    log_level.choices = {"error", "info", "debug", "trace"};
+    return {root,
+            log_level,
+            {kApplicationFlag, "", "Let the spreadsheet application open the file of any command",
+             &wants_application},
+            {"--host-functions", "", "Know the functions that are for hosts only, too",
+             &wants_host_functions}};
+}
+
+void check_for_hosts(const Command& command, bool wants_host_functions) {
+    if (!command.is_hidden || wants_host_functions) return;
+    throw CommandError(ExitCode::Usage, "The command '" + command.name +
+                                            "' is a host's function and does not do what its name "
+                                            "says; give --host-functions to call it all the same");
+}
+
 } // namespace
 
 ParsedLine parse_command_line(const std::vector<std::string>& arguments,
@@ -170,24 +219,8 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
     app.allow_windows_style_options(false); // "/data/book.xlsx" is a path everywhere
     bool wants_application = false;
     bool wants_host_functions = false;
-    Parameter log_level{"--log", "LEVEL",
-                        "Print the library's log on standard error: error, info, debug or trace",
-                        &parsed.log_level};
-    log_level.choices = {"error", "info", "debug", "trace"};
-    const std::vector<Parameter> options{
-        {"--google-root",
-         "URL",
-         "Address of a service to use in Google's place (or ZX_GOOGLE_ROOT)",
-         &parsed.google_root,
-         false,
-         0,
-         {},
-         "ZX_GOOGLE_ROOT"},
-        log_level,
-        {kApplicationFlag, "", "Let the spreadsheet application open the file of any command",
-         &wants_application},
-        {"--host-functions", "", "Know the functions that are for hosts only, too",
-         &wants_host_functions}};
+    const std::vector<Parameter> options =
+        program_options(parsed, wants_application, wants_host_functions);
     for (const Parameter& option : options)
         add_parameter(app, option);
     if (arguments.size() == 2 && arguments[0] == "help") {
@@ -200,11 +233,7 @@ ParsedLine parse_command_line(const std::vector<std::string>& arguments,
         const std::vector<std::string> words = with_help_flag(arguments, table);
         app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
         if (wants_application) use_application(*parsed.command);
-        if (parsed.command->is_hidden && !wants_host_functions)
-            throw CommandError(ExitCode::Usage, "The command '" + parsed.command->name +
-                                                    "' is a host's function and does not do what "
-                                                    "its name says; give --host-functions to call "
-                                                    "it all the same");
+        check_for_hosts(*parsed.command, wants_host_functions);
     } catch (const CLI::ParseError& e) {
         if (e.get_exit_code() != 0) throw CommandError(ExitCode::Usage, usage_sentence(e, app));
         std::ostringstream text;

@@ -16,7 +16,7 @@ namespace zxsheet {
 namespace {
 
 /// UTF-16 units of a cell's text, at most three bytes each in UTF-8.
-constexpr std::size_t kMaxFieldBytes = 3 * 32'767;
+constexpr std::size_t kMaxFieldBytes = std::size_t{3} * 32'767;
 
 char separator_of(std::string_view text) {
     bool quoted = false;

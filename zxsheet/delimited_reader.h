@@ -24,8 +24,9 @@ class DelimitedReader {
     DelimitedReader(TextInput& input, char separator);
 
     /// Puts the next field into `field`; no value at the end of the text, which is never within a
-    /// row. An empty line is a row of one empty field. Throws `Failure` that names the line for a
-    /// quote that is not closed, text that is not UTF-8 and a field longer than a cell can hold.
+    /// row. An empty line is a row of one empty field. Throws `CommandError` that names the line
+    /// for a quote that is not closed, text that is not UTF-8 and a field longer than a cell can
+    /// hold.
     std::optional<FieldEnd> next(std::string& field);
 
   private:

@@ -2,9 +2,10 @@
 //
 // `zxsheet diff`: the cells in which two books differ.
 #include <algorithm>
+#include <exception>
 #include <map>
 #include <optional>
-#include <set>
+#include <sstream>
 #include <utility>
 
 #include <climits>
@@ -16,6 +17,7 @@
 #include "zxsheet/library_error.h"
 #include "zxsheet/online_cells.h"
 #include "zxsheet/output_format.h"
+#include "zxsheet/streamed_book.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -114,21 +116,36 @@ class Comparison {
         }
     }
 
-    static std::string shown(const CellValue* cell) {
-        std::string text;
-        append_json(text, cell != nullptr ? *cell : CellValue(), {});
+    /// Text is in quotes, which distinguishes it from numbers, dates and errors that look the same.
+    static std::string shown(const CellValue* cell, TextStyle::Dates dates) {
+        if (cell == nullptr) return "null";
+        if (cell->type == cell_type::text) return json_string(cell->text);
+        const bool is_date = cell->type == cell_type::date;
+        return plain_text(*cell, {is_date ? dates : TextStyle::Dates::Serial, {}, false});
+    }
+    static std::string line(const CellValue* before, const CellValue* after) {
+        using Dates = TextStyle::Dates;
+        const std::string old_text = shown(before, Dates::Iso), new_text = shown(after, Dates::Iso);
+        if (old_text != new_text) return old_text + '\t' + new_text;
+        // Parts of a millisecond.
+        return shown(before, Dates::Serial) + '\t' + shown(after, Dates::Serial);
+    }
+    static std::string json(const char* name, const CellValue* cell) {
+        const CellValue value = cell != nullptr ? *cell : CellValue();
+        std::string text = std::string(",\"") + name + "\":";
+        append_json(text, value, {});
+        text += std::string(",\"") + name + "_type\":";
+        append_json_string(text, type_name(value.type));
         return text;
     }
 
-    /// Values as JSON has them: text is in quotes, so that it is told from numbers.
     void report(const Place& at, const CellValue* before, const CellValue* after) {
         const std::string place = place_text(name_, {at.first, at.second, at.first, at.second});
         if (options_.json)
             out_.write((count_ == 0 ? "[\n" : ",\n") + std::string("{\"cell\":") +
-                       json_string(place) + ",\"old\":" + shown(before) +
-                       ",\"new\":" + shown(after) + '}');
+                       json_string(place) + json("old", before) + json("new", after) + '}');
         else
-            out_.write(place + '\t' + shown(before) + '\t' + shown(after) + '\n');
+            out_.write(place + '\t' + line(before, after) + '\n');
         ++count_;
     }
 
@@ -146,13 +163,7 @@ std::vector<Selection> worksheets(const BookLocation& location, const std::strin
     const std::size_t only = wanted.empty() ? 0 : find_sheet(book, location, wanted);
     for (std::size_t i = 0; i < book->num_sheets(); ++i) {
         if (book->sheet_type(i) == sheet::type::chart || (!wanted.empty() && i != only)) continue;
-        Selection selection;
-        selection.book = book;
-        selection.sheet = book->sheet(i);
-        selection.sheet_index = i;
-        selection.sheet_name = sheet_name(*book, i);
-        selection.sheet_index = i;
-        sheets.push_back(std::move(selection));
+        sheets.push_back(select_sheet(book, i));
     }
     if (sheets.empty() && !wanted.empty())
         throw CommandError(ExitCode::NotFound, location.text() + ": The sheet '" + wanted +
@@ -166,18 +177,26 @@ const Selection* find_sheet_of(const std::vector<Selection>& sheets, const std::
     return nullptr;
 }
 
-/// Failures name the other book.
-std::vector<Selection> other_worksheets(const DiffOptions& options) {
+/// The other book, copied into a file if it comes from a pipe. Failures name it.
+std::vector<Selection> other_worksheets(BookLocation other, const std::string& wanted,
+                                        StreamedBook& streamed) {
+    if (other.text() == kStream)
+        throw CommandError(ExitCode::Usage, "Standard input can be BOOK only, not OTHER");
+    std::istringstream nothing;
     try {
-        return worksheets(options.other, options.sheet);
-    } catch (const Exception& e) {
-        throw command_error(e.id(), failure_of(e), {options.other, {}});
+        streamed.fetch(other, {}, nothing);
+        return worksheets(other, wanted);
+    } catch (const std::exception&) {
+        throw as_command_error(std::current_exception(), {other, {}});
     }
 }
 
 void run_diff(const DiffOptions& options, OutputSink& out) {
     const std::vector<Selection> before = worksheets(options.book, options.sheet);
-    const std::vector<Selection> after = other_worksheets(options);
+    StreamedBook streamed;
+    BookLocation other = options.other;
+    other.use_mode_of(options.book);
+    const std::vector<Selection> after = other_worksheets(other, options.sheet, streamed);
     Comparison comparison(options, out);
     if (!options.sheet.empty()) { // whatever the two are called
         comparison.compare_sheets(&before.front(), &after.front());

@@ -241,9 +241,11 @@ Command command_of(const Verb& verb) {
     const auto options = std::make_shared<GoogleOptions>();
     options->arguments.resize(verb.arguments.size());
     Command command{"google", verb.name, verb.what, {}, {}, options};
-    for (std::size_t i = 0; i < verb.arguments.size(); ++i)
+    for (std::size_t i = 0; i < verb.arguments.size(); ++i) {
         command.parameters.push_back(
             Parameter{verb.arguments[i], "", "", &options->arguments[i]}.required());
+        command.parameters.back().may_be_empty = i != 0; // the service decides
+    }
     if (verb.has_sheets)
         command.parameters.push_back({"SHEETS", "", "Names of its sheets", &options->more});
     const bool is_id = std::string_view(verb.arguments.front()) == "ID";

@@ -6,12 +6,15 @@
 #include <exception>
 #include <numeric>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "foundation/unicode.h"
 #include "zxsheet/book_access.h"
 #include "zxsheet/command_table.h"
+#include "zxsheet/input_file.h"
 #include "zxsheet/json_text.h"
+#include "zxsheet/several_books.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -23,6 +26,7 @@ using foundation::unicode::to_utf8;
 struct InfoOptions : BookOptions {
     bool json = false;
     bool all_cells = false;
+    std::vector<std::string> more;
 };
 
 /// What there is to say about a sheet; only a worksheet has more than a name.
@@ -117,10 +121,19 @@ std::exception_ptr first_failure(const BookInfo& info) {
     return nullptr;
 }
 
+/// The content decides about the family, whatever the name says.
+std::string format_name(const IBook& book, const BookLocation& location) {
+    const std::string named = to_utf8(book::to_string(book.format()));
+    if (!location.is_file()) return named;
+    const bool is_zip = container_of_file(location.file()) == Container::Zip;
+    if (is_zip == (book.format() != book::format::XLS)) return named;
+    return is_zip ? "XLSX" : "XLS";
+}
+
 BookInfo describe_book(const InfoOptions& options) {
     const auto book = open_sheet_list(options.book);
     BookInfo info;
-    info.format = to_utf8(book::to_string(book->format()));
+    info.format = format_name(*book, options.book);
     info.date_system = book->are_dates_1904() ? "1904" : "1900";
     const std::vector<std::optional<Range>> known = known_ranges(book);
     for (std::size_t i = 0; i < known.size(); ++i)
@@ -208,23 +221,25 @@ std::string plain_sheet(const SheetInfo& info) {
 }
 
 void write_plain_info(const BookInfo& info, const InfoOptions& options, OutputSink& out) {
-    out.write("path:        " + options.book.text() + '\n');
+    out.write("path:        " + one_line(options.book.text()) + '\n');
     out.write("format:      " + info.format + '\n');
     out.write("date system: " + info.date_system + '\n');
     for (std::size_t i = 0; i < info.sheets.size(); ++i)
-        out.write("sheet " + std::to_string(i + 1) + ":     " + plain_sheet(info.sheets[i]) + '\n');
+        out.write("sheet " + std::to_string(i + 1) + ":     " +
+                  one_line(plain_sheet(info.sheets[i])) + '\n');
     for (const NamedRange& named : info.named.value_or(std::vector<NamedRange>())) {
-        out.write(named.is_table ? "table:       " : "name:        ");
-        out.write(
-            to_utf8(named.name) + "  " +
-            place_text(foundation::unicode::to_utf16(info.sheets[named.sheet].name), named.range));
-        if (named.scope) out.write("  of sheet '" + info.sheets[*named.scope].name + '\'');
+        const std::u16string sheet = foundation::unicode::to_utf16(info.sheets[named.sheet].name);
+        std::string line = to_utf8(named.name) + "  " + place_text(sheet, named.range);
+        if (named.scope) line += "  of sheet '" + info.sheets[*named.scope].name + '\'';
+        out.write((named.is_table ? "table:       " : "name:        ") + one_line(line));
         out.write('\n');
     }
 }
 
-void run_info(const InfoOptions& options, OutputSink& out) {
+/// A sheet that cannot be read is reported once the others have been described.
+void write_info(const InfoOptions& options, bool is_first, OutputSink& out) {
     BookInfo info = describe_book(options);
+    if (!is_first && !options.json) out.write('\n');
     if (info.named) // a damaged file may name sheets that it does not have
         std::erase_if(*info.named, [&info](const NamedRange& named) {
             return named.sheet >= info.sheets.size() ||
@@ -233,8 +248,23 @@ void run_info(const InfoOptions& options, OutputSink& out) {
     options.json ? write_json_info(info, options, out) : write_plain_info(info, options, out);
     const std::exception_ptr failure = first_failure(info);
     if (!failure) return;
-    out.finish(); // the other sheets have been described
+    if (options.more.empty()) out.finish();
     std::rethrow_exception(failure);
+}
+
+void run_info(const InfoOptions& options, OutputSink& out) {
+    bool is_first = true;
+    for_each_book(options, options.more, out, [&](const BookLocation& book) {
+        InfoOptions own = options;
+        own.book = book;
+        const bool was_first = std::exchange(is_first, false);
+        try {
+            write_info(own, was_first, out);
+        } catch (const std::exception&) {
+            is_first = was_first && out.is_empty();
+            throw;
+        }
+    });
 }
 
 } // namespace
@@ -242,7 +272,9 @@ void run_info(const InfoOptions& options, OutputSink& out) {
 Command info_command() {
     const auto options = std::make_shared<InfoOptions>();
     return reading_command("info", "Format, date system, sheets, names and tables of a book",
-                           options, {all_cells_flag(options->all_cells), json_flag(options->json)},
+                           options,
+                           {more_books_argument(options->more), all_cells_flag(options->all_cells),
+                            json_flag(options->json)},
                            run_info);
 }
 

@@ -10,6 +10,11 @@
 
 namespace zxsheet {
 
+Container container_of(std::string_view first_bytes) {
+    if (first_bytes.starts_with("PK\x03\x04")) return Container::Zip;
+    return first_bytes.starts_with("\xD0\xCF\x11\xE0") ? Container::CompoundFile : Container::None;
+}
+
 std::ifstream open_input_file(const std::string& name) {
     const std::filesystem::path path = native_path(name);
     std::ifstream file(path, std::ios::binary);
@@ -20,6 +25,12 @@ std::ifstream open_input_file(const std::string& name) {
         : std::filesystem::exists(path, ignored) ? "The file cannot be read; check the permissions."
                                                  : "There is no such file.";
     throw CommandError(ExitCode::NotReadable, name + ": " + reason);
+}
+
+Container container_of_file(const std::string& name) {
+    char first_bytes[4] = {};
+    open_input_file(name).read(first_bytes, sizeof first_bytes);
+    return container_of({first_bytes, sizeof first_bytes});
 }
 
 } // namespace zxsheet

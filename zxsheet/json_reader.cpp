@@ -217,8 +217,10 @@ class CellEvents {
         member_ = Member::Other;
         for (const auto& [known, member] : kMembers)
             if (name == known) member_ = member;
+        if (member_ == Member::Values && has_values_)
+            return stop(code, "There are \"values\" already.");
         if (member_ != Member::Other && has_values_)
-            return stop(code, '"' + name + "\" must come before \"values\", and only once.");
+            return stop(code, '"' + name + "\" must come before \"values\".");
         if (member_ == Member::Types && !types_.empty())
             return stop(code, "There are \"types\" already.");
         return true;
@@ -247,7 +249,8 @@ class CellEvents {
         const auto known = columns_.find(name);
         if (known != columns_.end()) {
             field_ = known->second;
-            return true;
+            const bool is_new = record_[field_].type == cell_type::empty;
+            return is_new || stop(code, "The object has \"" + name + "\" twice.");
         }
         if (has_names_) return stop(code, "The first object has no \"" + name + "\".");
         field_ = names_.size();

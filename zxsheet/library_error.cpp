@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "zxsheet/input_file.h"
+#include "zxsheet/output_format.h"
 #include "zxsheet/save_book.h"
 
 namespace zxsheet {
@@ -155,6 +156,12 @@ std::string message_of(error_id id) {
     return spreadsheet::failure_of(spreadsheet::Exception(id)).cause;
 }
 
+/// What helps when somebody takes data for a book.
+std::string advice_for(const BookLocation& book, ExitCode code) {
+    if (code != ExitCode::NotAWorkbook || !text_format_of_name(book.text())) return {};
+    return " 'zxsheet write BOOK " + book.text() + "' puts CSV, TSV and JSON into a workbook.";
+}
+
 std::string sentence_of(Operation operation, error_id id, const spreadsheet::Failure& failure) {
     const bool has_advice =
         failure.kind == FailureKind::Service && failure.cause != failure.service.message;
@@ -194,9 +201,11 @@ CommandError command_error(error_id id, const spreadsheet::Failure& failure,
     if (operation == Operation::UnseenRefusal) open_input_file(book.text());
     const ExitCode code =
         code_of_cause(failure.kind, operation).value_or(code_of_operation(operation, book));
-    const std::string& name = operation == Operation::Save ? save_target(options) : book.text();
+    const std::string name =
+        operation == Operation::Save ? output_name(save_target(options)) : book.text();
     return {code, name + ": " +
-                      with_service_reason(sentence_of(operation, id, failure), failure.service)};
+                      with_service_reason(sentence_of(operation, id, failure), failure.service) +
+                      advice_for(book, code)};
 }
 
 CommandError as_command_error(const std::exception_ptr& failure, const BookOptions& options) {
@@ -213,6 +222,16 @@ CommandError as_command_error(const std::exception_ptr& failure, const BookOptio
         // What the library does not turn into an error of its own is the network's.
         return {book.is_online() ? ExitCode::Service : ExitCode::Failed,
                 book.text() + ": " + e.what()};
+    }
+}
+
+void print_data(OutputSink& sink, const BookOptions& options, const std::function<void()>& print) {
+    try {
+        print();
+        sink.finish();
+    } catch (const std::exception&) {
+        const CommandError error = as_command_error(std::current_exception(), options);
+        throw CommandError(error.code(), error.what() + sink.break_off_text());
     }
 }
 

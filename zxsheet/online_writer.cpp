@@ -41,7 +41,7 @@ std::size_t request_bytes(const CellValue& cell, bool is_below_date) {
 
 void write_online(OnlineSheet& sheet, const OnlineBlock& block, bool keep_formats) {
     const std::size_t columns =
-        static_cast<std::size_t>(block.range.last_column - block.range.first_column + 1);
+        static_cast<std::size_t>(block.range.last_column - block.range.first_column) + 1;
     Supply supply;
     std::vector<cell_type> types;
     supply.cells.reserve(block.rows.size() * columns);

@@ -77,6 +77,8 @@ std::unique_ptr<OutputFormat> text_format(const TextOptions& options);
 Parameter text_format_option(std::optional<TextFormat>& format);
 /// The format that the end of a file's name says; no value for any other end.
 std::optional<TextFormat> text_format_of_name(const std::string& file);
+/// Throws `CommandError` when the file to write is the book itself, or has the name of a book.
+void check_text_file(const BookLocation& book, const std::string& file);
 /// What the name of a file in the format ends with, without a dot.
 std::string ending_of(TextFormat format);
 

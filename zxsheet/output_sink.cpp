@@ -3,6 +3,7 @@
 // Collecting output and handing it on.
 #include "zxsheet/output_sink.h"
 
+#include <filesystem>
 #include <utility>
 
 #include "zxsheet/book_location.h"
@@ -25,7 +26,9 @@ std::uint64_t count_lines(std::string_view text) {
 } // namespace
 
 OutputSink::OutputSink(std::ostream& out, std::string file, std::function<void()> before_first)
-    : out_(out), file_name_(std::move(file)), before_first_(std::move(before_first)) {}
+    : out_(out),
+      file_name_(file == kStream ? std::string() : std::move(file)),
+      before_first_(std::move(before_first)) {}
 
 void OutputSink::write(std::string_view text) {
     buffer_ += text;
@@ -49,11 +52,7 @@ std::string OutputSink::break_off_text() const {
 
 void OutputSink::flush() {
     if (before_first_) std::exchange(before_first_, nullptr)();
-    if (!file_name_.empty() && !file_.is_open()) {
-        file_.open(native_path(file_name_), std::ios::binary | std::ios::trunc);
-        if (!file_)
-            throw CommandError(ExitCode::NotWritten, file_name_ + ": The file cannot be made.");
-    }
+    if (!file_name_.empty() && !file_.is_open()) open_file();
     std::ostream& target = file_.is_open() ? file_ : out_;
     target.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
     sent_bytes_ += buffer_.size();
@@ -62,10 +61,27 @@ void OutputSink::flush() {
     if (!target) fail();
 }
 
-void OutputSink::fail() const {
-    const std::string name = file_name_.empty() ? "standard output" : file_name_;
+void OutputSink::open_file() {
+    namespace fs = std::filesystem;
+    const fs::path path = native_path(file_name_);
+    file_.open(path, std::ios::binary | std::ios::trunc);
+    if (file_) return;
+    has_failed_ = true;
+    std::error_code ignored;
+    const char* const reason =
+        fs::is_directory(path, ignored) ? "It is a folder, not a file."
+        : path.has_parent_path() && !fs::is_directory(path.parent_path(), ignored)
+            ? "There is no such folder."
+            : "The file cannot be written; check the permissions of the file and its folder.";
+    throw CommandError(ExitCode::NotWritten, file_name_ + ": " + reason);
+}
+
+void OutputSink::fail() {
+    has_failed_ = true;
+    sent_bytes_ = 0;
     throw CommandError(ExitCode::NotWritten,
-                       name + ": It cannot be written; the disk may be full.");
+                       output_name(file_name_.empty() ? kStream : file_name_) +
+                           ": It cannot be written; the disk may be full.");
 }
 
 } // namespace zxsheet

@@ -16,8 +16,8 @@ namespace zxsheet {
 
 class OutputSink {
   public:
-    /// Writes to `out` unless `file` (a UTF-8 path) names a file. Calls `before_first` before the
-    /// first piece goes out.
+    /// Writes to `out` unless `file` (a UTF-8 path) names a file; `kStream` does not. Calls
+    /// `before_first` before the first piece goes out.
     OutputSink(std::ostream& out, std::string file, std::function<void()> before_first = {});
 
     void write(std::string_view text);
@@ -35,15 +35,22 @@ class OutputSink {
     std::size_t terminal_width() const { return file_name_.empty() ? terminal_width_ : 0; }
     void set_terminal_width(std::size_t width) { terminal_width_ = width; }
 
-    /// Writes what is left. Throws `Failure` when the file or stream does not take it.
+    /// Whether nothing has been written.
+    bool is_empty() const { return sent_bytes_ == 0 && buffer_.empty(); }
+    /// Whether the file or stream has refused something.
+    bool has_failed() const { return has_failed_; }
+
+    /// Writes what is left. Throws `CommandError` when the file or stream does not take it.
     void finish();
 
-    /// Says where the output ends when a failure cuts it off; empty when nothing has gone out.
+    /// Says where the output ends when a failure cuts it off; empty when nothing has gone out, and
+    /// when the output itself has failed: then nobody knows how much of it arrived.
     std::string break_off_text() const;
 
   private:
     void flush();
-    [[noreturn]] void fail() const;
+    void open_file();
+    [[noreturn]] void fail();
 
     std::ostream& out_;
     std::string file_name_;
@@ -55,6 +62,7 @@ class OutputSink {
     std::vector<std::string> notes_;
     std::size_t terminal_width_ = 0;
     int exit_code_ = 0;
+    bool has_failed_ = false;
 };
 
 } // namespace zxsheet

@@ -7,7 +7,8 @@ namespace zxsheet {
 
 Parameter book_argument(BookLocation& book) {
     const auto take = [&book](const std::string& text) { book.set_text(text); };
-    return Parameter{"BOOK", "", "Path of the workbook, or gsheet:ID", take}.required();
+    return Parameter{"BOOK", "", "Path of the workbook, - for standard input, or gsheet:ID", take}
+        .required();
 }
 
 Parameter application_flag(BookLocation& book) {
@@ -33,7 +34,8 @@ Parameter json_flag(bool& json) {
 }
 
 Parameter save_option(std::string& output) {
-    return {"-o,--output", "FILE", "Save to FILE, of the same format, instead of BOOK", &output};
+    return {"-o,--output", "FILE",
+            "Save to FILE, of the same format, instead of BOOK; - for standard output", &output};
 }
 
 } // namespace zxsheet

@@ -32,6 +32,7 @@ struct Parameter {
     std::size_t greatest = 0;           ///< of a number
     std::vector<std::string> choices{}; ///< the words that are allowed; any text when empty
     std::string variable{};             ///< environment variable that stands in for the option
+    bool may_be_empty = false;          ///< whether "" is a value
 
     /// The same parameter, which must be given.
     Parameter required() && {

@@ -2,11 +2,12 @@
 //
 // `zxsheet read`: the cells of a range.
 #include <charconv>
-#include <filesystem>
 
 #include "zxsheet/command_error.h"
 #include "zxsheet/command_table.h"
+#include "zxsheet/json_text.h"
 #include "zxsheet/output_format.h"
+#include "zxsheet/several_books.h"
 #include "zxsheet/wording.h"
 
 namespace zxsheet {
@@ -31,27 +32,10 @@ struct ReadOptions : BookOptions {
     bool has_header = false;
     bool all_cells = false;
     bool formulas = false;
+    std::vector<std::string> more;
 
     Bounds bounds() const { return all_cells ? Bounds::Used : Bounds::Filled; }
 };
-
-/// Writing over the book that is being read would destroy it.
-void refuse_own_book(const ReadOptions& options) {
-    std::error_code ignored;
-    if (!options.output.empty() &&
-        std::filesystem::equivalent(options.book.path(), native_path(options.output), ignored))
-        throw CommandError(ExitCode::Usage,
-                           options.output + ": The output would replace the book itself.");
-}
-
-void refuse_book_name(const ReadOptions& options) {
-    const std::string ending = lower_extension(options.output);
-    for (const char* book : {".xls", ".xlsx", ".xlsm", ".xltx", ".xltm"})
-        if (ending == book)
-            throw CommandError(ExitCode::Usage, options.output +
-                                                    ": Read prints text; 'zxsheet convert' makes "
-                                                    "a book of another format.");
-}
 
 Format format_of(const ReadOptions& options) {
     if (options.to) return *options.to;
@@ -77,14 +61,13 @@ void check_options(const ReadOptions& options, Format format) {
         {separated.has_carriage_return && !is_separated, "--crlf", "csv and tsv"},
         {options.width && format != Format::Table, "--width", "table"},
         {options.has_header && !has_names, "--header", "json, jsonl and records"},
-        {(merged.columns || merged.rows) && (is_cells || options.formulas), "--merged-columns",
-         "values in rows"},
+        {(merged.columns || merged.rows) && (is_cells || options.formulas),
+         "A rule for merged cells", "values in rows"},
     };
     for (const auto& rule : rules)
         if (rule.is_wrong)
-            throw CommandError(ExitCode::Usage, std::string(rule.option) +
-                                                    " has a meaning with the output formats " +
-                                                    rule.formats + " only.");
+            throw CommandError(ExitCode::Usage,
+                               std::string(rule.option) + " is for " + rule.formats + " only");
 }
 
 void check_size(const Selection& selection, const ReadOptions& options, Format format) {
@@ -108,11 +91,7 @@ void note_missing_results(const Selection& selection, const ReadOptions& options
              "compute them, --formulas prints them.");
 }
 
-void run_read(const ReadOptions& options, OutputSink& out) {
-    refuse_own_book(options);
-    refuse_book_name(options);
-    const Format format = format_of(options);
-    check_options(options, format);
+void print_book(const ReadOptions& options, Format format, OutputSink& out) {
     Selection selection =
         open_selection({options.book, options.sheet, options.range, options.bounds()});
     selection.range = with_repeated_cells(selection, options.style.merged, options.range.empty());
@@ -123,6 +102,65 @@ void run_read(const ReadOptions& options, OutputSink& out) {
                  options.has_header, options.bounds()})
         ->write(selection, out);
     note_missing_results(selection, options, out);
+}
+
+/// What lines of a format begin with that name their book; no value for a format of more than
+/// lines.
+std::optional<LineKind> line_kind(Format format) {
+    switch (format) {
+    case Format::Csv:
+    case Format::Tsv:
+    case Format::Cells:
+        return LineKind::Separated;
+    case Format::JsonLines:
+    case Format::CellsJson:
+        return LineKind::Json;
+    default:
+        return std::nullopt;
+    }
+}
+
+std::string line_prefix(const ReadOptions& options, Format format, const std::string& book) {
+    const bool is_array = format == Format::JsonLines && !options.has_header;
+    if (line_kind(format) == LineKind::Json)
+        return (is_array ? "" : "\"file\":") + json_string(book) + ',';
+    const char comma = options.style.text.decimal_comma ? ';' : ',';
+    const char separator = format == Format::Csv ? options.delimiter.value_or(comma) : '\t';
+    std::string prefix;
+    append_field(prefix, book, special_bytes(separator));
+    return prefix + separator;
+}
+
+void print_books(const ReadOptions& options, Format format, OutputSink& out) {
+    const std::optional<LineKind> kind = line_kind(format);
+    if (!kind)
+        throw CommandError(ExitCode::Usage, "Several books can be read --to csv, tsv, jsonl, cells "
+                                            "and cells.jsonl, whose lines name their book.");
+    ReadOptions own = options;
+    own.separated.has_mark = false;
+    if (options.separated.has_mark) out.write("\xEF\xBB\xBF");
+    for_each_book(options, options.more, out, [&](const BookLocation& book) {
+        check_text_file(book, options.output);
+        own.book = book;
+        LinePrefixer prefixer(out, *kind, line_prefix(options, format, book.text()));
+        OutputSink lines(prefixer.stream(), {});
+        try {
+            print_book(own, format, lines);
+            lines.finish();
+        } catch (const std::exception&) {
+            if (prefixer.failure()) std::rethrow_exception(prefixer.failure());
+            throw;
+        }
+        for (const std::string& note : lines.notes())
+            out.note(note);
+    });
+}
+
+void run_read(const ReadOptions& options, OutputSink& out) {
+    check_text_file(options.book, options.output);
+    const Format format = format_of(options);
+    check_options(options, format);
+    options.more.empty() ? print_book(options, format, out) : print_books(options, format, out);
 }
 
 template <class Rule>
@@ -187,7 +225,8 @@ constexpr const char* kFooter =
     "Formats: csv, tsv, json (types and values), jsonl (an array a row), records (objects by\n"
     "the names in the first row), cells or cells.jsonl (one line for each cell that is there),\n"
     "or table. A number that is shown as a time of day or an elapsed time prints as 13:05:00;\n"
-    "JSON keeps the number.";
+    "JSON keeps the number. Of several books each line begins with the book's path, in objects as\n"
+    "the member file; what one of them fails for does not keep the others from being read.";
 
 } // namespace
 
@@ -196,7 +235,8 @@ Command read_command() {
     PrintStyle& style = options->style;
     Command command = reading_command(
         "read", "Cells of a range", options,
-        {sheet_option(options->sheet),
+        {more_books_argument(options->more),
+         sheet_option(options->sheet),
          range_option(options->range, kReadRangeHelp),
          text_format_option(options->to),
          {"--header", "", "The first row has the names: objects in json and jsonl",

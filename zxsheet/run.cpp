@@ -3,7 +3,6 @@
 // From the command line to the command, and how failures end.
 #include "zxsheet/run.h"
 
-#include <algorithm>
 #include <exception>
 #include <ostream>
 
@@ -15,6 +14,7 @@
 #include "zxsheet/library_error.h"
 #include "zxsheet/service_notices.h"
 #include "zxsheet/streamed_book.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -36,34 +36,24 @@ struct Streams {
 };
 
 /// Prints one line that ends with a full stop or a question, whatever a file put into the sentence.
-void print_sentence(std::string sentence, std::ostream& err) {
-    const auto is_control = [](char c) {
-        return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-    };
-    std::replace_if(sentence.begin(), sentence.end(), is_control, ' ');
+void print_sentence(const std::string& text, std::ostream& err) {
+    std::string sentence = one_line(text);
     if (!sentence.ends_with('.') && !sentence.ends_with('?')) sentence += '.';
     err << "zxsheet: " << sentence << '\n';
 }
 
 int read_book(const Command& command, const Streams& streams) {
-    std::string& output = command.options->output;
-    if (output == kStream) output.clear();
+    const std::string& output = command.options->output;
     ProgressLine progress(streams.terminal.is_err ? &streams.err : nullptr,
                           "Reading " + command.options->book.text());
     const PauseNotices notices(streams.err, streams.terminal.is_err, progress);
     OutputSink sink(streams.out, output, [&] {
         // The terminal may show the data as well, and a pipe may end the program here.
-        if (output.empty()) return progress.finish();
+        if (output.empty() || output == kStream) return progress.finish();
         progress.set_text("Writing " + output);
     });
     sink.set_terminal_width(streams.terminal.out_width);
-    try {
-        command.read(sink);
-        sink.finish();
-    } catch (const std::exception&) {
-        const CommandError error = as_command_error(std::current_exception(), *command.options);
-        throw CommandError(error.code(), error.what() + sink.break_off_text());
-    }
+    print_data(sink, *command.options, [&] { command.read(sink); });
     progress.finish();
     for (const std::string& note : sink.notes())
         print_sentence(note, streams.err);
@@ -85,7 +75,7 @@ int change_book(const Command& command, const Streams& streams) {
 int execute(const Command& command, const Streams& streams) {
     StreamedBook streamed;
     try {
-        streamed.fetch(command.options->book, streams.in);
+        streamed.fetch(command.options->book, command.options->output, streams.in);
         return command.change ? change_book(command, streams) : read_book(command, streams);
     } catch (const std::exception&) {
         throw as_command_error(std::current_exception(), *command.options);
@@ -100,7 +90,9 @@ int run(const std::vector<std::string>& arguments, std::istream& in, std::ostrea
         const CommandTable table = make_command_table();
         const ParsedLine line = parse_command_line(arguments, table);
         if (line.command == nullptr) {
-            out << line.text << std::flush;
+            OutputSink sink(out, {});
+            sink.write(line.text);
+            sink.finish();
             return static_cast<int>(ExitCode::Done);
         }
         const LibrarySession session;

@@ -3,6 +3,9 @@
 // What all commands that change a book have in common.
 #include "zxsheet/save_book.h"
 
+#include <cctype>
+#include <filesystem>
+
 #include "foundation/unicode.h"
 #include "spreadsheet/online.h"
 #include "zxsheet/command_error.h"
@@ -21,16 +24,8 @@ constexpr std::size_t kMaxSheetNameLength = 31;
 constexpr std::size_t kMaxOnlineSheetNameLength = 100;
 
 bool has_extension(const std::string& path, book::format format) {
-    const std::u8string extension = native_path(path).extension().u8string();
-    const std::u16string dotted =
-        unicode::to_utf16(std::string(extension.begin(), extension.end()));
-    return unicode::equal_ignoring_case(dotted, u"." + book::to_string(format));
-}
-
-bool can_be_made(book::format format) {
-    return format == book::format::XLS || format == book::format::XLSX ||
-           format == book::format::XLSM || format == book::format::XLTX ||
-           format == book::format::XLTM;
+    return unicode::equal_ignoring_case(unicode::to_utf16(lower_extension(path)),
+                                        u"." + book::to_string(format));
 }
 
 std::string parts_text(const SaveSummary& parts, Origin origin) {
@@ -51,14 +46,6 @@ bool may_write(const std::shared_ptr<ISheet>& sheet, const Range& range) {
     return online != nullptr ? online->may_write(range) : sheet->is_range_writeable(range);
 }
 
-} // namespace
-
-const std::string& save_target(const BookOptions& options) {
-    return options.output.empty() ? options.book.text() : options.output;
-}
-
-namespace {
-
 /// The path that the name of a format is taken from.
 const std::string& named_target(const BookOptions& options) {
     return options.output.empty() || options.output == kStream ? options.book.file()
@@ -76,13 +63,44 @@ void save_to_stream(const std::shared_ptr<IBook>& book, std::ostream& out) {
 
 } // namespace
 
-std::shared_ptr<IBook> make_book(const BookLocation& location, std::size_t sheet_count) {
+const std::string& save_target(const BookOptions& options) {
+    return options.output.empty() ? options.book.text() : options.output;
+}
+
+void refuse_own_file(const BookLocation& book, const std::string& output) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(book.path(), native_path(output), ignored))
+        throw CommandError(ExitCode::Usage, output + ": The output would replace the book itself.");
+}
+
+void refuse_existing(const BookLocation& book) {
+    std::error_code ignored;
+    if (book.is_online() || !std::filesystem::exists(book.path(), ignored)) return;
+    throw CommandError(ExitCode::NotWritten, book.text() +
+                                                 ": There is such a file already; 'zxsheet new "
+                                                 "--force' replaces it.");
+}
+
+bool has_book_name(const std::string& file) {
+    const book::format format = BookLocation(file).format();
+    return format != book::format::CSV && has_extension(file, format);
+}
+
+bool can_be_made(const BookLocation& location) {
+    if (!location.is_file()) return true;
     const book::format format = location.format();
-    if (location.is_file() && (!can_be_made(format) || !has_extension(location.text(), format)))
-        throw CommandError(ExitCode::NotWritten,
-                           location.text() + ": Such a book cannot be made; give it a name that "
-                                             "ends with .xls, .xlsx, .xlsm, .xltx or .xltm.");
-    return create_new_book(sheet_count, format, location.mode(), u"");
+    const bool is_writeable = format == book::format::XLS || format == book::format::XLSX ||
+                              format == book::format::XLSM || format == book::format::XLTX ||
+                              format == book::format::XLTM;
+    return is_writeable && has_extension(location.text(), format);
+}
+
+std::shared_ptr<IBook> make_book(const BookLocation& location, std::size_t sheet_count) {
+    if (can_be_made(location))
+        return create_new_book(sheet_count, location.format(), location.mode(), u"");
+    throw CommandError(ExitCode::NotWritten,
+                       location.text() + ": Such a book cannot be made; give it a name that ends "
+                                         "with .xls, .xlsx, .xlsm, .xltx or .xltm.");
 }
 
 void check_target(const BookOptions& options) {
@@ -96,20 +114,28 @@ void check_target(const BookOptions& options) {
                                                 ": A book from a stream cannot be changed in "
                                                 "place; name a file with --output, or - for "
                                                 "standard output.");
-    if (!book.is_online() && !has_extension(named_target(options), book.format()))
-        throw Exception(error_id::file_name_incompatible);
+    if (book.is_online() || has_extension(named_target(options), book.format())) return;
+    std::string ending = unicode::to_utf8(book::to_string(book.format()));
+    for (char& c : ending)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    throw CommandError(ExitCode::NotWritten,
+                       save_target(options) + ": The name must end with ." + ending +
+                           ", as the book's format asks; 'zxsheet convert' makes other formats.");
+}
+
+bool is_sheet_name(std::u16string_view name, const BookLocation& location) {
+    if (location.is_online()) return !name.empty() && name.size() <= kMaxOnlineSheetNameLength;
+    return !name.empty() && name.size() <= kMaxSheetNameLength &&
+           name.find_first_of(kForbiddenInSheetNames) == name.npos;
 }
 
 void check_sheet_name(const std::string& name, const BookLocation& location) {
-    const std::u16string units = unicode::to_utf16(name);
-    if (location.is_online()) {
-        if (units.empty() || units.size() > kMaxOnlineSheetNameLength)
-            throw Exception(error_id::google_sheet_name_invalid);
-        return;
-    }
-    if (units.empty() || units.size() > kMaxSheetNameLength ||
-        units.find_first_of(kForbiddenInSheetNames) != std::u16string::npos)
-        throw Exception(error_id::sheet_name_invalid);
+    if (is_sheet_name(unicode::to_utf16(name), location)) return;
+    throw CommandError(ExitCode::Usage,
+                       location.text() + ": A sheet cannot be named '" + name + "': names have " +
+                           (location.is_online()
+                                ? "1 to 100 characters."
+                                : "1 to 31 characters, none of them : \\ / ? * [ or ]."));
 }
 
 void check_unlocked(const std::shared_ptr<ISheet>& sheet, const Range& range,
@@ -133,13 +159,13 @@ std::string save_changes(const std::shared_ptr<IBook>& book, const BookOptions& 
                          ChangeTools& tools, const std::string& done, Origin origin) {
     if (online_book(book) != nullptr) return options.book.text() + ": " + done; // saved already
     const std::string& target = save_target(options);
-    tools.progress.set_text("Saving " + target);
-    const bool is_stream = target == kStream;
-    is_stream ? save_to_stream(book, tools.out) : save_book(book, unicode::to_utf16(target));
-    if (is_stream) return "standard output: " + done + "; " + parts_text(last_save(book), origin);
+    tools.progress.set_text("Saving " + output_name(target));
+    target == kStream ? save_to_stream(book, tools.out)
+                      : save_book(book, unicode::to_utf16(target));
+    // The application counts none.
     const bool has_parts = options.book.kind() != BookLocation::Kind::Application;
-    if (!has_parts) return target + ": " + done; // the application counts none
-    return target + ": " + done + "; " + parts_text(last_save(book), origin);
+    return output_name(target) + ": " + done +
+           (has_parts ? "; " + parts_text(last_save(book), origin) : "");
 }
 
 } // namespace zxsheet

@@ -276,7 +276,7 @@ void SheetWriter::check_room(int rows, int columns) const {
 
 void SheetWriter::write_range(const Range& range, std::size_t first_row) {
     CellPatch patch(range);
-    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row + 1);
+    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row) + 1;
     for (std::size_t row = 0; row < rows; ++row) {
         const std::size_t begin = row_begin(first_row + row);
         const std::size_t end = row_ends_[first_row + row];

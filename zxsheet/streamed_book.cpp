@@ -31,9 +31,14 @@ bool is_pipe(const BookLocation& location) {
     return fs::is_fifo(status) || fs::is_character_file(status);
 }
 
-/// The content decides what a book is; the name says it only to what is written later.
-const char* name_for(std::string_view first_bytes) {
-    return first_bytes.starts_with("\xD0\xCF\x11\xE0") ? "book.xls" : "book.xlsx";
+/// A name for the copy. Its ending is that of the file's family; what else the book is, macros or a
+/// template, decides the ending of `output`: a copy without one is saved as what that says.
+std::string name_for(std::string_view first_bytes, const std::string& output) {
+    if (container_of(first_bytes) == Container::CompoundFile) return "book.xls";
+    const std::string ending = lower_extension(output);
+    const bool decides =
+        ending == ".xlsx" || ending == ".xlsm" || ending == ".xltx" || ending == ".xltm";
+    return decides ? "book" : "book.xlsx";
 }
 
 } // namespace
@@ -42,6 +47,9 @@ TemporaryFolder::TemporaryFolder() {
     constexpr int kTries = 16;
     std::error_code failure;
     const fs::path parent = fs::temp_directory_path(failure);
+    if (failure)
+        throw CommandError(ExitCode::NotWritten,
+                           "There is no folder for temporary files; TMPDIR has to name one");
     std::random_device random;
     for (int i = 0; i < kTries && !failure; ++i) {
         path_ = parent / ("zxsheet-" + std::to_string(random()) + std::to_string(random()));
@@ -63,7 +71,8 @@ std::string TemporaryFolder::file(const std::string& name) const {
     return utf8_path(path_ / name);
 }
 
-void StreamedBook::fetch(BookLocation& location, std::istream& in, std::uint64_t max_bytes) {
+void StreamedBook::fetch(BookLocation& location, const std::string& output, std::istream& in,
+                         std::uint64_t max_bytes) {
     const bool is_input = location.text() == kStream;
     if (location.is_online() || (!is_input && !is_pipe(location))) return;
     std::ifstream pipe;
@@ -78,7 +87,7 @@ void StreamedBook::fetch(BookLocation& location, std::istream& in, std::uint64_t
         source.read(piece.data(), static_cast<std::streamsize>(piece.size()));
         const std::string_view read(piece.data(), static_cast<std::size_t>(source.gcount()));
         if (!file.is_open()) {
-            location.set_file(folder_->file(name_for(read)), name);
+            location.set_file(folder_->file(name_for(read, output)), name, output);
             file.open(location.path(), std::ios::binary | std::ios::trunc);
         }
         bytes += read.size();

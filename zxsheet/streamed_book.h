@@ -15,9 +15,6 @@
 
 namespace zxsheet {
 
-/// What stands for standard input or output on the command line.
-inline constexpr const char* kStream = "-";
-
 /// A stream that never ends must end somewhere.
 inline constexpr std::uint64_t kMaxStreamBytes = std::uint64_t{4} << 30;
 
@@ -40,9 +37,10 @@ class TemporaryFolder {
 class StreamedBook {
   public:
     /// If the book is standard input, or a path of a pipe, copies it into a file of a folder, which
-    /// `location` means from then on; does nothing for any other book. Throws `CommandError` for
-    /// more than `max_bytes`.
-    void fetch(BookLocation& location, std::istream& in, std::uint64_t max_bytes = kMaxStreamBytes);
+    /// `location` means from then on; does nothing for any other book. `output` is where the book
+    /// is saved to, if it is. Throws `CommandError` for more than `max_bytes`.
+    void fetch(BookLocation& location, const std::string& output, std::istream& in,
+               std::uint64_t max_bytes = kMaxStreamBytes);
 
   private:
     std::optional<TemporaryFolder> folder_;

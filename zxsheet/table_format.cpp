@@ -7,6 +7,7 @@
 #include "foundation/unicode.h"
 #include "zxsheet/cell_text.h"
 #include "zxsheet/output_format.h"
+#include "zxsheet/wording.h"
 
 namespace zxsheet {
 namespace {
@@ -37,10 +38,7 @@ std::string clipped(const std::string& text, std::size_t width) {
 
 /// The cell on one line, at most `width` characters of it.
 std::string shown(const CellValue& cell, const TextStyle& style, std::size_t width) {
-    std::string text = plain_text(cell, style);
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
-    return clipped(text, width);
+    return clipped(one_line(plain_text(cell, style)), width);
 }
 
 std::string column_letters(int column) {

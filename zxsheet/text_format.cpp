@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The output formats by their names.
+#include "zxsheet/command_error.h"
 #include "zxsheet/output_format.h"
 #include "zxsheet/parameter.h"
+#include "zxsheet/save_book.h"
 
 namespace zxsheet {
 namespace {
@@ -41,6 +43,14 @@ std::optional<TextFormat> text_format_of_name(const std::string& file) {
         if (ending == std::string(".") + known.ending && known.word == std::string(known.ending))
             return known.format;
     return std::nullopt;
+}
+
+void check_text_file(const BookLocation& book, const std::string& file) {
+    refuse_own_file(book, file);
+    if (has_book_name(file))
+        throw CommandError(ExitCode::Usage, file +
+                                                ": A file of this name is a book, and the "
+                                                "output is text; 'zxsheet convert' makes books.");
 }
 
 std::string ending_of(TextFormat format) {

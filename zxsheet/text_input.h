@@ -18,7 +18,7 @@ class TextInput {
     /// `name` is what failures call the input.
     TextInput(std::istream& in, std::string name);
 
-    /// The next byte, 0 to 255, or `kEnd`. Throws `Failure` when the input cannot be read.
+    /// The next byte, 0 to 255, or `kEnd`. Throws `CommandError` when the input cannot be read.
     int peek() { return has_text() ? static_cast<unsigned char>(text_[position_]) : kEnd; }
     /// As `peek`; moves to the next byte.
     int next() { return has_text() ? static_cast<unsigned char>(text_[position_++]) : kEnd; }

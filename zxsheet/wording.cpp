@@ -3,6 +3,8 @@
 // Counts, names and ranges as text.
 #include "zxsheet/wording.h"
 
+#include <algorithm>
+
 #include "foundation/unicode.h"
 
 namespace zxsheet {
@@ -16,6 +18,14 @@ std::string grouped(std::uint64_t count) {
 
 std::string counted(std::uint64_t count, const std::string& thing) {
     return grouped(count) + ' ' + thing + (count == 1 ? "" : "s");
+}
+
+std::string one_line(std::string text) {
+    const auto is_control = [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+    };
+    std::replace_if(text.begin(), text.end(), is_control, ' ');
+    return text;
 }
 
 std::string quoted_sheet(std::u16string_view name) {

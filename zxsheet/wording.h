@@ -17,6 +17,10 @@ std::string grouped(std::uint64_t count);
 /// "1 cell", "1,200 cells".
 std::string counted(std::uint64_t count, const std::string& thing);
 
+/// The text with blanks in place of line ends and other control characters, which a file may have
+/// in its names: one line, and nothing that a terminal obeys.
+std::string one_line(std::string text);
+
 /// "'Data'", "'Bob''s'".
 std::string quoted_sheet(std::u16string_view name);
 

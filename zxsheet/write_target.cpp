@@ -32,6 +32,28 @@ WantedSheet wanted_sheet(const WriteOptions& options, const DataPlace& place) {
     return {place.sheet.value_or(""), false};
 }
 
+/// A range that names a sheet must be on the one that is wanted.
+void check_one_sheet(const WriteOptions& options, const std::u16string& sheet) {
+    const RangeReference reference = split_reference(options.range);
+    if (!reference.sheet ||
+        unicode::equal_ignoring_case(unicode::to_utf16(*reference.sheet), sheet))
+        return;
+    throw CommandError(ExitCode::Usage, options.book.text() + ": The range '" + options.range +
+                                            "' is on another sheet than '" + options.sheet + "'");
+}
+
+/// The cells of a name or table, if the range is one, on whatever sheet it is.
+std::optional<NamedRange> named_range_of(const WriteOptions& options,
+                                         const std::shared_ptr<IBook>& list) {
+    if (!list || options.range.empty() || options.book.is_online()) return {};
+    const RangeReference reference = split_reference(options.range);
+    if (parse_cells(reference.cells, list->format())) return {};
+    const std::string& sheet = reference.sheet ? *reference.sheet : options.sheet;
+    std::optional<std::size_t> index;
+    if (!sheet.empty()) index = find_sheet(list, options.book, sheet);
+    return find_named_range(list, reference.cells, index);
+}
+
 /// Whether there is no book to read: the library and the system must agree that there is no file,
 /// since a book that cannot be read must never be replaced.
 bool is_missing(const BookLocation& location, const Exception& error) {
@@ -114,7 +136,8 @@ Range filled_cells(const Selection& cells) {
                                                 : filled_range(*cells.sheet);
 }
 
-Range find_room(const WriteOptions& options, const DataPlace& place, WriteTarget& target) {
+Range find_room(const WriteOptions& options, const DataPlace& place,
+                const std::optional<NamedRange>& named, WriteTarget& target) {
     Selection& cells = target.cells;
     const book::format format = cells.book->format();
     if (options.append) {
@@ -125,6 +148,7 @@ Range find_room(const WriteOptions& options, const DataPlace& place, WriteTarget
         return room_from({filled.last_row + 1, filled.first_column, 0, 0}, format);
     }
     const bool from_data = options.range.empty();
+    if (named) return named->range.count() == 1 ? room_from(named->range, format) : named->range;
     const std::string text = from_data ? place.range.value_or("A1") : options.range;
     const Range range = range_on_sheet(split_reference(text).cells, cells, options.book);
     return from_data || range.count() == 1 ? room_from(range, format) : range;
@@ -152,13 +176,16 @@ void check_asked_for(const WriteOptions& options, const DataPlace& place, const 
 
 WriteTarget open_write_target(const WriteOptions& options, const DataPlace& place) {
     check_choice(options);
-    const WantedSheet wanted = wanted_sheet(options, place);
+    WantedSheet wanted = wanted_sheet(options, place);
     const auto list = list_if_there(options.book);
+    const auto named = named_range_of(options, list);
+    if (named) wanted = {unicode::to_utf8(sheet_name(*list, named->sheet)), false};
     WriteTarget target =
         list ? open_target(options.book, wanted, list) : make_target(options.book, wanted);
     check_target(options);
     check_asked_for(options, place, target.cells);
-    target.cells.range = find_room(options, place, target);
+    check_one_sheet(options, target.cells.sheet_name);
+    target.cells.range = find_room(options, place, named, target);
     return target;
 }
 

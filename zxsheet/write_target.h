@@ -20,6 +20,7 @@ struct WriteOptions : BookOptions {
     std::string range;                 ///< the first cell, or all that may be written to
     bool append = false;               ///< after the last row with a value
     bool replace = false;              ///< nothing of the sheet's cells stays
+    bool formulas = false;             ///< text that begins with "=" is a formula
     bool plain = false;                ///< cells lose the formats that they have
     std::optional<std::size_t> skip{}; ///< rows of the data to leave out
 };

@@ -113,9 +113,8 @@ class BlockReader {
                     has_numbers_ = true;
                 } else if (!(value >>= text)) {
                     out.vt = VT_ERROR;
-                    out.scode = code_of_error(
-                        object->getCellByPosition(column - band.first_column, row - band.first_row)
-                            ->getError());
+                    out.scode =
+                        code_of_error(cells_.document->error_of(*cells_.sheet, row, column));
                 } else if (!text.isEmpty() ||
                            !formula_at(object, formulas, band, row, column).empty()) {
                     // An empty text is an empty cell, unless a formula has made it.
@@ -214,6 +213,7 @@ class BlockWriter {
         : cells_(cells), elements_(elements) {}
 
     void write() {
+        cells_.document->forget_errors();
         for_each_band(cells_.area, [&](const CellArea& band) { write_band(band); });
         find_formats();
         cells_.sheet->formats.reset();

@@ -4,11 +4,16 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 
+#include <osl/file.hxx>
+#include <rtl/digest.h>
+
 #include "automation/libreoffice/start_problem.h"
+#include "automation/libreoffice/uno_access.h"
 #include "foundation/environment.h"
 #include "foundation/unicode.h"
 
@@ -51,6 +56,34 @@ std::string make_pipe_name() {
            std::to_string(++number);
 }
 
+/// The address of a profile among the files of a process.
+OUString profile_address(const std::string& folder) {
+    OUString address;
+    osl::FileBase::getFileURLFromSystemPath(OUString::fromUtf8((folder + "/profile").c_str()),
+                                            address);
+    return address;
+}
+
+/// The sockets that a process makes outside its folder: that of its pipe, and the one by which
+/// processes with one profile would find each other.
+std::vector<std::string> socket_paths(const std::string& pipe_name, const OUString& profile) {
+    std::uint8_t digest[RTL_DIGEST_LENGTH_MD5];
+    rtl_digest_MD5(profile.getStr(),
+                   static_cast<sal_uInt32>(profile.getLength()) * sizeof(sal_Unicode), digest,
+                   sizeof digest);
+    std::string digits;
+    for (const std::uint8_t byte : digest) {
+        char text[2];
+        digits.append(text, std::to_chars(text, text + sizeof text, byte, 16).ptr);
+    }
+    const std::string prefix = "/OSL_PIPE_" + std::to_string(foundation::own_user_id()) + "_";
+    std::vector<std::string> paths;
+    for (const char* folder : {"/tmp", "/var/tmp"})
+        for (const std::string& name : {pipe_name, "SingleOfficeIPC_" + digits})
+            paths.push_back(folder + prefix + name);
+    return paths;
+}
+
 void write_file(const std::filesystem::path& path, std::string_view text) {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << text;
@@ -81,6 +114,8 @@ OfficeProcess::OfficeProcess(const OfficeProgram& program)
     remover.has_input = true;
     remover_ = std::make_unique<foundation::ChildProcess>(remover);
     remover_->send(folder_ + "\n");
+    for (const std::string& path : socket_paths(pipe_name_, profile_address(folder_)))
+        remover_->send(path + "\n");
     make_profile(program);
     watcher_ = std::thread([this] { watch_calls(); });
     std::unique_lock lock(mutex_);
@@ -117,7 +152,8 @@ void OfficeProcess::make_profile(const OfficeProgram& program) const {
 
 foundation::ChildOptions OfficeProcess::child_options() const {
     foundation::ChildOptions options;
-    options.command = {program_path_,   "-env:UserInstallation=file://" + folder_ + "/profile",
+    const std::string profile = foundation::unicode::to_utf8(view_of(profile_address(folder_)));
+    options.command = {program_path_,   "-env:UserInstallation=" + profile,
                        "--headless",    "--invisible",
                        "--norestore",   "--nologo",
                        "--nodefault",   "--nofirststartwizard",
@@ -213,11 +249,6 @@ bool OfficeProcess::wants_restart() {
 void OfficeProcess::restart() {
     std::unique_lock lock(mutex_);
     start_and_wait(lock);
-}
-
-void OfficeProcess::note_sockets() {
-    for (const std::string& path : foundation::named_sockets(child_->id()))
-        if (sockets_.insert(path).second) remover_->send(path + "\n");
 }
 
 std::string OfficeProcess::last_words() const {

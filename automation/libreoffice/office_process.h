@@ -11,7 +11,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -49,8 +48,6 @@ class OfficeProcess {
     void restart();
     /// Whether it was ended because it did not answer.
     bool is_given_up() const { return is_given_up_; }
-    /// Has the sockets that the process has opened removed with its files.
-    void note_sockets();
     /// The last line that the process has printed; empty for none.
     std::string last_words() const;
 
@@ -80,7 +77,6 @@ class OfficeProcess {
     /// Removes what is left when this object, or this process, has gone.
     std::unique_ptr<foundation::ChildProcess> remover_;
 
-    std::set<std::string> sockets_;
     std::atomic<bool> is_given_up_ = false;
 
     std::mutex mutex_;

@@ -72,7 +72,6 @@ void OfficeSession::connect(const OfficeProgram& program) {
             desktop_.set(context->getServiceManager()->createInstanceWithContext(
                              "com.sun.star.frame.Desktop", context),
                          css::uno::UNO_QUERY_THROW);
-            process_.note_sockets();
             return;
         } catch (const css::connection::NoConnectException&) {
             // It does not listen yet.
@@ -80,7 +79,6 @@ void OfficeSession::connect(const OfficeProgram& program) {
             if (!process_.has_ended())
                 throw StartProblem("LibreOffice does not accept a connection: " + text_of(failure));
         }
-        process_.note_sockets();
         if (!process_.has_ended(kPause)) continue;
         if (process_.is_given_up())
             throw StartProblem("LibreOffice does not answer while it starts; see whether " +

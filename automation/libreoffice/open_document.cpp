@@ -7,6 +7,7 @@
 #include <com/sun/star/container/XIndexAccess.hpp>
 #include <com/sun/star/container/XNamed.hpp>
 #include <com/sun/star/frame/XModel.hpp>
+#include <com/sun/star/frame/XStorable.hpp>
 #include <com/sun/star/sheet/XCellRangeAddressable.hpp>
 #include <com/sun/star/sheet/XSheetCellRanges.hpp>
 #include <com/sun/star/sheet/XSpreadsheets.hpp>
@@ -54,6 +55,10 @@ bool OpenDocument::counts_from_1904() {
 
 // --- Sheets
 
+bool OpenDocument::is_read_only() const {
+    return as<css::frame::XStorable>(document_)->isReadonly();
+}
+
 std::shared_ptr<DocumentSheet> OpenDocument::make_sheet(int place) const {
     auto sheet = std::make_shared<DocumentSheet>();
     const auto sheets = as<css::container::XIndexAccess>(document_->getSheets());
@@ -88,6 +93,18 @@ void OpenDocument::remove_sheet(const DocumentSheet& sheet) {
     if (sheets_.size() == 1) throw Refusal{DISP_E_EXCEPTION};
     document_->getSheets()->removeByName(to_uno(sheet.name));
     sheets_.erase(sheets_.begin() + place);
+    forget_errors();
+}
+
+void OpenDocument::move_sheet(const DocumentSheet& sheet, const DocumentSheet& next) {
+    const int from = place_of(sheet);
+    const int to = place_of(next);
+    document_->getSheets()->moveByName(to_uno(sheet.name), static_cast<sal_Int16>(to));
+    const auto begin = sheets_.begin();
+    if (from < to)
+        std::rotate(begin + from, begin + from + 1, begin + to);
+    else
+        std::rotate(begin + to, begin + from, begin + from + 1);
 }
 
 Reference<css::sheet::XSpreadsheetView> OpenDocument::view() const {
@@ -106,7 +123,13 @@ css::table::CellRangeAddress OpenDocument::address_of(const DocumentCells& cells
             cells.area.first_row, cells.area.last_column, cells.area.last_row};
 }
 
-// --- Formats
+// --- Errors and formats
+
+std::int32_t OpenDocument::error_of(const DocumentSheet& sheet, int row, int column) {
+    const auto [entry, is_new] = errors_.try_emplace({&sheet, row, column}, 0);
+    if (is_new) entry->second = sheet.cells->getCellByPosition(column, row)->getError();
+    return entry->second;
+}
 
 const FormatMap& OpenDocument::formats_of(const DocumentCells& cells) {
     std::optional<FormatMap>& known = cells.sheet->formats;

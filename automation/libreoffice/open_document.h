@@ -4,9 +4,12 @@
 // been asked for once is kept until a member changes it.
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <com/sun/star/sheet/XSpreadsheet.hpp>
@@ -58,6 +61,8 @@ class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
     /// Whether it was read from a binary file, whose boolean cells the application does not know
     /// as such.
     bool loses_booleans() const { return loses_booleans_; }
+    /// Whether the file asks to be opened for reading; its list of sheets cannot be changed then.
+    bool is_read_only() const;
 
     /// The sheets in their order.
     const std::vector<std::shared_ptr<DocumentSheet>>& sheets() const { return sheets_; }
@@ -66,11 +71,17 @@ class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
     /// The sheet at a zero-based place.
     std::shared_ptr<DocumentSheet> insert_sheet(int place);
     void remove_sheet(const DocumentSheet& sheet);
+    /// Moves a sheet to the place before another.
+    void move_sheet(const DocumentSheet& sheet, const DocumentSheet& next);
     Reference<css::sheet::XSpreadsheetView> view() const;
     std::shared_ptr<DocumentSheet> active_sheet() const;
     css::table::CellRangeAddress address_of(const DocumentCells& cells) const;
     /// The formats of an area, asked for unless they are known.
     const FormatMap& formats_of(const DocumentCells& cells);
+    /// The application's number of a cell's error, asked for unless it is known.
+    std::int32_t error_of(const DocumentSheet& sheet, int row, int column);
+    /// To be called after cells have changed: formulas anywhere may give other errors.
+    void forget_errors() { errors_.clear(); }
 
   private:
     std::shared_ptr<DocumentSheet> make_sheet(int place) const;
@@ -80,6 +91,8 @@ class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
     NumberFormats formats_;
     std::vector<std::shared_ptr<DocumentSheet>> sheets_;
     std::optional<double> first_day_;
+    /// By sheet, row and column. A cell's error takes two calls, and a block is read several times.
+    std::map<std::tuple<const DocumentSheet*, int, int>, std::int32_t> errors_;
     bool loses_booleans_ = false;
 };
 

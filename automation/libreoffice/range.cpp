@@ -117,6 +117,7 @@ HRESULT Range::worksheet(const DispatchCall& call) {
 HRESULT Range::clear(const DispatchCall&) {
     refuse_if_protected();
     cells_.sheet->formats.reset();
+    cells_.document->forget_errors();
     as<css::sheet::XSheetOperation>(cells_.object())->clearContents(kContents);
     return S_OK;
 }

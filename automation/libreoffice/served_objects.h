@@ -47,6 +47,9 @@ class Workbook final : public OfficeObject<Workbook> {
     const std::shared_ptr<OpenDocument> document_;
 };
 
+/// The sheet that an argument is; null for an argument that is left out. Throws `Refusal`.
+std::shared_ptr<DocumentSheet> sheet_argument(const VARIANT& argument);
+
 /// Closes a document without asking or saving; the session forgets it.
 void close_document(OfficeSession& session, const std::shared_ptr<OpenDocument>& document);
 
@@ -63,6 +66,7 @@ class Worksheet final : public OfficeObject<Worksheet> {
     HRESULT visible(const DispatchCall& call);
     HRESULT type(const DispatchCall& call);
     HRESULT remove(const DispatchCall& call);
+    HRESULT move(const DispatchCall& call);
     HRESULT activate(const DispatchCall& call);
     HRESULT parent(const DispatchCall& call);
     HRESULT used_range(const DispatchCall& call);
@@ -88,8 +92,6 @@ class Worksheets final : public OfficeObject<Worksheets> {
     HRESULT count(const DispatchCall& call);
     HRESULT item(const DispatchCall& call);
     HRESULT add(const DispatchCall& call);
-    /// The place of the sheet that an argument is; nullopt for an argument that is left out.
-    std::optional<int> place_of(const VARIANT& argument) const;
 
     const std::shared_ptr<OpenDocument> document_;
 };

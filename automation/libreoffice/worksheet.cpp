@@ -29,6 +29,13 @@ bool is_sheet_name(std::u16string_view name) {
 
 } // namespace
 
+std::shared_ptr<DocumentSheet> sheet_argument(const VARIANT& argument) {
+    if (argument.vt != VT_DISPATCH) return nullptr;
+    const auto* const sheet = dynamic_cast<const Worksheet*>(argument.pdispVal);
+    if (sheet == nullptr) throw Refusal{DISP_E_TYPEMISMATCH};
+    return sheet->sheet();
+}
+
 // --- One sheet
 
 Worksheet::Worksheet(std::shared_ptr<OfficeSession> session, std::shared_ptr<OpenDocument> document,
@@ -41,6 +48,7 @@ std::span<const DispatchMember<Worksheet>> Worksheet::members() {
         {u"Visible", kGet | kPut, &Worksheet::visible},
         {u"Type", kGet, &Worksheet::type},
         {u"Delete", kCall, &Worksheet::remove},
+        {u"Move", kCall, &Worksheet::move},
         {u"Activate", kCall, &Worksheet::activate},
         {u"Parent", kGet, &Worksheet::parent},
         {u"UsedRange", kGet, &Worksheet::used_range},
@@ -58,6 +66,7 @@ HRESULT Worksheet::name(const DispatchCall& call) {
     if (!call.is_put()) return call.give(std::u16string_view(sheet_->name));
     const std::u16string_view wanted = text_argument(call.value());
     if (!is_sheet_name(wanted)) return DISP_E_EXCEPTION;
+    if (document_->is_read_only()) return E_ACCESSDENIED;
     const auto object = as<css::container::XNamed>(sheet_->cells);
     object->setName(to_uno(wanted));
     // A name that another sheet has is passed over in silence.
@@ -85,6 +94,13 @@ HRESULT Worksheet::type(const DispatchCall& call) {
 
 HRESULT Worksheet::remove(const DispatchCall&) {
     document_->remove_sheet(*sheet_);
+    return S_OK;
+}
+
+HRESULT Worksheet::move(const DispatchCall& call) {
+    const auto next = sheet_argument(call.argument(0));
+    if (!next) return E_INVALIDARG;
+    document_->move_sheet(*sheet_, *next);
     return S_OK;
 }
 
@@ -165,19 +181,13 @@ HRESULT Worksheets::item(const DispatchCall& call) {
                                document_->sheets()[static_cast<std::size_t>(number) - 1]);
 }
 
-std::optional<int> Worksheets::place_of(const VARIANT& argument) const {
-    if (argument.vt != VT_DISPATCH) return std::nullopt;
-    const auto* const sheet = dynamic_cast<const Worksheet*>(argument.pdispVal);
-    if (sheet == nullptr) throw Refusal{DISP_E_TYPEMISMATCH};
-    return document_->place_of(*sheet->sheet());
-}
-
 HRESULT Worksheets::add(const DispatchCall& call) {
-    const auto before = place_of(call.argument(0));
-    const auto after = place_of(call.argument(1));
-    const int place = before  ? *before
-                      : after ? *after + 1
-                              : document_->place_of(*document_->active_sheet());
+    // The application would add it and then refuse its name.
+    if (document_->is_read_only()) return E_ACCESSDENIED;
+    const auto before = sheet_argument(call.argument(0));
+    const auto after = sheet_argument(call.argument(1));
+    const int place = after ? document_->place_of(*after) + 1
+                            : document_->place_of(before ? *before : *document_->active_sheet());
     const auto sheet = document_->insert_sheet(place);
     document_->view()->setActiveSheet(sheet->cells);
     return give_new<Worksheet>(call, document_, sheet);

@@ -38,8 +38,8 @@ std::string start_problem(HRESULT result);
 #ifndef _WIN32
 
 /// The run-time module is a shared object that is loaded by the first `CoCreateInstance` of a class
-/// that is not registered in the process. It is beside the library and is never unloaded. It
-/// exports
+/// that is not registered in the process. It is beside the library, installed in the folder
+/// "zxspreadsheet" there, and is never unloaded. It exports
 ///
 ///     extern "C" HRESULT DllGetClassObject(REFCLSID, REFIID, void** object);
 ///     extern "C" BSTR DllGetStartProblem();     // may be missing

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include "foundation/automation/class_table.h"
 #include "foundation/never_destroyed.h"
@@ -42,14 +43,21 @@ std::string own_folder() {
     return path.substr(0, path.rfind('/') + 1); // npos + 1 is 0: no folder
 }
 
+/// Beside the library; an installed module is in the folder "zxspreadsheet" there.
+std::string module_path() {
+    const std::string folder = own_folder();
+    const std::string installed = folder + "zxspreadsheet/" + kModuleName;
+    return access(installed.c_str(), F_OK) == 0 ? installed : folder + kModuleName;
+}
+
 /// The caller holds the lock.
 void load(Module& self) {
-    const std::string path = self.path.empty() ? own_folder() + kModuleName : self.path;
+    const std::string path = self.path.empty() ? module_path() : self.path;
     // A path without a slash would be searched for elsewhere.
     const std::string exact = path.find('/') == std::string::npos ? "./" + path : path;
     void* const handle = dlopen(exact.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
-        const char* const reason = dlerror();
+        const char* const reason = dlerror(); // NOLINT(concurrency-mt-unsafe): one for each thread
         self.problem = std::string(kWhatToInstall) + "; the module " + kModuleName +
                        " of this library cannot be loaded (" + (reason ? reason : "unknown") + ").";
         return;

@@ -28,6 +28,8 @@ std::string_view meaning_of(HRESULT result) {
     case DISP_E_UNKNOWNNAME:
     case DISP_E_MEMBERNOTFOUND:
         return "the application does not have it";
+    case E_ACCESSDENIED:
+        return "the workbook is read-only";
     case E_NOTIMPL:
         return "the application cannot do that";
     case DISP_E_BADINDEX:

@@ -4,6 +4,7 @@
 // com_book_open.cpp.
 #include "spreadsheet/com/com_book.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -45,6 +46,25 @@ LONG file_format_number(book::format format) {
         return 51;
     }
 }
+
+/// Puts the sheet before the user at the end of a scope that was before him at its beginning.
+class ActiveSheetKeeper {
+  public:
+    explicit ActiveSheetKeeper(IDispatch* workbook)
+        : sheet_(com::get(workbook, OLESTR("ActiveSheet")).object()) {}
+    ActiveSheetKeeper(const ActiveSheetKeeper&) = delete;
+    ActiveSheetKeeper& operator=(const ActiveSheetKeeper&) = delete;
+    ~ActiveSheetKeeper() {
+        try {
+            if (sheet_) com::call(sheet_.get(), OLESTR("Activate"));
+        } catch (const std::exception&) {
+            // Out of memory: another sheet is before the user.
+        }
+    }
+
+  private:
+    const std::shared_ptr<IDispatch> sheet_;
+};
 
 } // namespace
 
@@ -158,18 +178,8 @@ std::shared_ptr<ISheet> COMBook::add_sheet(std::size_t index, const std::u16stri
     if (index > sheets_.size() || sheets_.empty())
         com::fail(kTag, kNotAdded,
                   {FailureKind::Missing, "The workbook has no sheet beside that place."});
-    const auto active_sheet = com::get(workbook_.get(), OLESTR("ActiveSheet")).object();
-    const auto activate = [&] {
-        if (active_sheet) com::call(active_sheet.get(), OLESTR("Activate"));
-    };
-    try {
-        std::shared_ptr<COMSheet> added = insert_sheet(index, name);
-        activate();
-        return added;
-    } catch (...) {
-        activate();
-        throw;
-    }
+    const ActiveSheetKeeper keeper(workbook_.get());
+    return insert_sheet(index, name);
 }
 
 std::shared_ptr<COMSheet> COMBook::insert_sheet(std::size_t index, const std::u16string& name) {
@@ -206,6 +216,31 @@ void COMBook::remove_sheet(std::size_t index) {
         com::fail(kTag, kNotDeleted, {FailureKind::Missing, "The workbook has no such sheet."});
     delete_sheet(sheets_[index]->object()).or_fail(kTag, kNotDeleted);
     sheets_.erase(sheets_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+void COMBook::move_before(std::size_t index, std::size_t next) {
+    const Variant neighbour = Variant::object(sheets_[next]->object());
+    com::call(sheets_[index]->object(), OLESTR("Move"), {neighbour.get()})
+        .or_fail(kTag, error_id::sheet_not_copied);
+    const auto begin = sheets_.begin();
+    const auto at = [&](std::size_t place) { return begin + static_cast<std::ptrdiff_t>(place); };
+    if (index < next)
+        std::rotate(at(index), at(index + 1), at(next));
+    else
+        std::rotate(at(next), at(index), at(index + 1));
+}
+
+void COMBook::reorder_sheet(std::size_t from, std::size_t to) {
+    if (from >= sheets_.size() || to >= sheets_.size())
+        com::fail(kTag, error_id::sheet_not_found,
+                  {FailureKind::Missing, "The workbook has no such sheet."});
+    const ActiveSheetKeeper keeper(workbook_.get());
+    if (from == to) return;
+    const std::size_t last = sheets_.size() - 1;
+    if (to < from || (from < to && to < last)) return move_before(from, to < from ? to : to + 1);
+    // To the end: the sheet goes before the last one, and that before the sheet.
+    if (from + 1 < last) move_before(from, last);
+    if (from < last) move_before(last, last - 1);
 }
 
 // --- Saving

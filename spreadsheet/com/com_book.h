@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "spreadsheet/book.h"
+#include "spreadsheet/book_extras.h"
 #include "spreadsheet/com/excel_application.h"
 #include "spreadsheet/com/late_bound_call.h"
 
@@ -21,7 +22,7 @@ class COMSheet;
 /// A failed automation call is logged with its cause and becomes an `Exception`. The workbook is
 /// closed without being saved when the book goes, unless the user has the application on the
 /// screen. Loads of parts do nothing: this back-end loads whole workbooks only.
-class COMBook : public IBook {
+class COMBook : public IBook, public IBookExtras {
   public:
     COMBook();
     COMBook(const COMBook&) = delete;
@@ -40,6 +41,7 @@ class COMBook : public IBook {
     std::shared_ptr<ISheet> add_sheet(std::size_t index, const std::u16string& name,
                                       const std::u16string& second_name) override;
     void remove_sheet(std::size_t index) override;
+    void reorder_sheet(std::size_t from, std::size_t to) override;
     sheet::type sheet_type(std::size_t index) const override;
     /// `Exception` 9 when the application cannot open the file, or has opened it as plain text; 18
     /// when there is no application.
@@ -79,6 +81,8 @@ class COMBook : public IBook {
     std::shared_ptr<IDispatch> worksheet(std::size_t number);
     std::shared_ptr<COMSheet> make_sheet(std::shared_ptr<IDispatch> sheet) const;
     std::shared_ptr<COMSheet> insert_sheet(std::size_t index, const std::u16string& name);
+    /// Moves a sheet to the place before another.
+    void move_before(std::size_t index, std::size_t next);
     /// Deletes a sheet in the application without a question.
     com::CallResult delete_sheet(IDispatch* object);
     void close_workbook();

@@ -11,6 +11,7 @@
 
 #include "spreadsheet/book_format.h"
 #include "spreadsheet/com/late_bound_call.h"
+#include "spreadsheet/sheet_extras.h"
 #include "spreadsheet/sheet_without_rules.h"
 
 namespace spreadsheet {
@@ -25,7 +26,7 @@ class RangeValues;
 /// Conversions: a number is read as a date by its serial number, a date as a number by its raw
 /// serial number; numbers and dates as text in the shortest form, booleans as TRUE and FALSE,
 /// errors as "#DIV/0!" and the like. What cannot be converted is NaN, false or the empty text.
-class COMSheet : public SheetWithoutRules {
+class COMSheet : public SheetWithoutRules, public IFormulaWriter {
   public:
     /// `format` gives the limits of ranges.
     COMSheet(std::shared_ptr<excel_application> application, std::shared_ptr<IDispatch> sheet,
@@ -78,6 +79,7 @@ class COMSheet : public SheetWithoutRules {
     /// that could not be put back.
     void write(Range range, const cell_type* types, const CellProvider& provider,
                bool preserve_format) override;
+    void write_formulas(Range range, const std::string_view* formulas) override;
     void auto_fit_column_widths(Range range) override;
     void unmerge(Range range) override;
     /// Throws nothing: false where the application fails.

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "foundation/unicode.h"
 #include "spreadsheet/com/auto_filter.h"
 #include "spreadsheet/com/com_sheet.h"
 #include "spreadsheet/com/text_prefix.h"
@@ -186,6 +187,16 @@ void COMSheet::write(Range range, const cell_type* types, const CellProvider& pr
         throw;
     }
     filter.apply(object());
+}
+
+void COMSheet::write_formulas(Range range, const std::string_view* formulas) {
+    if (is_empty(range)) return;
+    check_limits(range);
+    const Variant block = make_block(range, [&](std::size_t index) {
+        return Variant::text(u"=" + foundation::unicode::to_utf16(formulas[index]));
+    });
+    const auto cells = range_object(range);
+    put(cells.get(), OLESTR("Formula"), block).or_fail(kTag, error_id::write_failed);
 }
 
 } // namespace spreadsheet

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "spreadsheet/com/late_bound_call.h"
+#include "spreadsheet/range_walk.h"
 
 namespace spreadsheet {
 namespace {
@@ -80,7 +81,7 @@ class DateSearch {
     }
 
     std::size_t index_of(int row, int column) const {
-        const auto rows = static_cast<std::size_t>(range_.last_row - range_.first_row + 1);
+        const auto rows = extent(range_.first_row, range_.last_row);
         return static_cast<std::size_t>(column - range_.first_column) * rows +
                static_cast<std::size_t>(row - range_.first_row);
     }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "spreadsheet/com/excel_application.h"
 
-#include <cstring>
+#include <cstdint>
 #include <exception>
 #include <mutex>
 #include <utility>
@@ -45,11 +45,10 @@ IDispatch* start_application(HRESULT& result) {
 } // namespace
 
 std::size_t excel_application::PointerHash::operator()(IDispatch* object) const {
-    unsigned char bytes[sizeof object];
-    std::memcpy(bytes, &object, sizeof object);
+    auto address = reinterpret_cast<std::uintptr_t>(object);
     std::uint64_t hash = 0xcbf29ce484222325;
-    for (const unsigned char byte : bytes)
-        hash = (hash ^ byte) * 0x100000001b3;
+    for (std::size_t i = 0; i < sizeof address; ++i, address >>= 8)
+        hash = (hash ^ (address & 0xFF)) * 0x100000001b3;
     return static_cast<std::size_t>(hash);
 }
 

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "spreadsheet/range_walk.h"
+
 namespace spreadsheet {
 namespace {
 
@@ -53,7 +55,7 @@ SelectedBlocks::Place SelectedBlocks::find(int row, int column) const {
     const std::size_t block =
         find_pair(row_blocks_, row) * (column_runs_.size() / 2) + find_pair(column_runs_, column);
     const Range& range = ranges_[block];
-    const auto rows = static_cast<std::size_t>(range.last_row - range.first_row + 1);
+    const auto rows = extent(range.first_row, range.last_row);
     return {block, static_cast<std::size_t>(column - range.first_column) * rows +
                        static_cast<std::size_t>(row - range.first_row)};
 }

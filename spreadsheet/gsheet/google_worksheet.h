@@ -59,6 +59,8 @@ class GoogleSheetWorksheet {
 
     void write(const Range& range, const cell_type* types, const CellProvider& provider,
                bool preserve_format);
+    /// As `spreadsheet::write_formulas`; one request.
+    void write_formulas(const Range& range, const std::string_view* formulas);
     /// As `OnlineSheet::replace`.
     void replace(const Range& range, const cell_type* types, const CellProvider& provider,
                  bool keep_formats);

@@ -6,12 +6,14 @@
 #include <string>
 #include <utility>
 
+#include "foundation/json.h"
 #include "foundation/unicode.h"
 #include "spreadsheet/exception.h"
 #include "spreadsheet/gsheet/cells_to_write.h"
 #include "spreadsheet/gsheet/google_worksheet.h"
 #include "spreadsheet/gsheet/service_requests.h"
 #include "spreadsheet/gsheet/utils/service_log.h"
+#include "spreadsheet/range_walk.h"
 #include "spreadsheet/trace.h"
 
 namespace spreadsheet {
@@ -132,6 +134,29 @@ void GoogleSheetWorksheet::replace(const Range& range, const cell_type* types,
     mend_repeated_growth(
         {plan.wanted.rows - plan.cut.rows, plan.wanted.columns - plan.cut.columns});
     note_filled(cells);
+}
+
+void GoogleSheetWorksheet::write_formulas(const Range& range, const std::string_view* formulas) {
+    gsheet::check_range(range);
+    const std::size_t rows = extent(range.first_row, range.last_row);
+    const std::size_t columns = extent(range.first_column, range.last_column);
+    std::string body = R"({"requests":[{"updateCells":{"range":)";
+    body += to_text(grid_range_json(sheet().sheet_id, range));
+    body += R"(,"fields":"userEnteredValue","rows":[)";
+    for (std::size_t row = 0; row < rows; ++row) {
+        body += row == 0 ? R"({"values":[)" : R"(,{"values":[)";
+        for (std::size_t column = 0; column < columns; ++column) {
+            if (column != 0) body += ',';
+            const std::string text = "=" + std::string(formulas[column * rows + row]);
+            body += R"({"userEnteredValue":{"formulaValue":)";
+            body += to_text(foundation::json::Value(text));
+            body += "}}";
+        }
+        body += "]}";
+    }
+    body += "]}}]}";
+    forget_cells(); // a write that fails may have taken effect
+    gsheet::post_to_spreadsheet(spreadsheet_id_, u":batchUpdate", std::move(body));
 }
 
 void GoogleSheetWorksheet::write_clear_format(const Range& range, const CellsToWrite& cells) {

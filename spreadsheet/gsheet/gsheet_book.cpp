@@ -188,8 +188,8 @@ std::shared_ptr<ISheet> GSheetWorkbook::move_sheet(const std::shared_ptr<ISheet>
     if (found == sheets.end()) throw Exception(error_id::sheet_not_found);
     const auto current = static_cast<std::size_t>(found - sheets.begin());
     if (current == index) return sheet;
-    const std::shared_ptr<ISheet> moved =
-        sheet; // the caller may have passed an element of the list
+    // The caller may have passed an element of the list.
+    std::shared_ptr<ISheet> moved = sheet;
     implementation().move_sheet(current, index);
     init_sheets();
     return moved;

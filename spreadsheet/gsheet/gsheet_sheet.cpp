@@ -237,6 +237,11 @@ void GSheetWorksheet::replace(const Range& range, const cell_type* types,
     sheet_->replace(range, types, provider, keep_formats);
 }
 
+void GSheetWorksheet::write_formulas(Range range, const std::string_view* formulas) {
+    const Trace trace;
+    sheet_->write_formulas(range, formulas);
+}
+
 void GSheetWorksheet::set_hidden(bool hidden) {
     const Trace trace;
     sheet_->set_hidden(hidden);

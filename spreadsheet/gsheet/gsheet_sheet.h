@@ -10,6 +10,7 @@
 
 #include "spreadsheet/gsheet/google_worksheet.h"
 #include "spreadsheet/online.h"
+#include "spreadsheet/sheet_extras.h"
 #include "spreadsheet/sheet_without_rules.h"
 
 namespace spreadsheet {
@@ -17,7 +18,7 @@ namespace spreadsheet {
 /// `cell_types` and `prefetch` fetch a range in one request; reads of cells within the range
 /// fetched last send none. Merged-cell rules are refused with `Exception` 43, typed writes without
 /// a provider as well; a range that ends 500,001 rows or more behind its beginning with 56.
-class GSheetWorksheet : public SheetWithoutRules, public OnlineSheet {
+class GSheetWorksheet : public SheetWithoutRules, public OnlineSheet, public IFormulaWriter {
   public:
     explicit GSheetWorksheet(std::shared_ptr<GoogleSheetWorksheet> sheet);
 
@@ -74,6 +75,7 @@ class GSheetWorksheet : public SheetWithoutRules, public OnlineSheet {
 
     Grid grid() const override;
     bool may_write(const Range& range) const override;
+    void write_formulas(Range range, const std::string_view* formulas) override;
     void replace(const Range& range, const cell_type* types, const CellProvider& provider,
                  bool keep_formats) override;
     void set_hidden(bool hidden) override;

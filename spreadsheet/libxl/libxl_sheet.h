@@ -22,7 +22,7 @@ namespace spreadsheet {
 
 class MergeRecord;
 
-class LibXLSheet : public ISheet, public ISheetExtras {
+class LibXLSheet : public ISheet, public ISheetExtras, public IFormulaWriter {
   public:
     /// A sheet without a handle, for `ChartSheet`: whatever would ask the library throws
     /// `Exception` 31.
@@ -111,6 +111,7 @@ class LibXLSheet : public ISheet, public ISheetExtras {
     std::vector<Range> merged_ranges() const override;
     std::uint64_t formulas_without_result() const override;
     bool read_formulas(int first_row, int last_row, const FormulaBuilder& builder) const override;
+    void write_formulas(Range range, const std::string_view* formulas) override;
 
   private:
     /// Where a typed read puts its cells; the alternative decides how a cell is read.

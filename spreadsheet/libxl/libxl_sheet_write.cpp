@@ -133,6 +133,15 @@ void LibXLSheet::write(Range range, const cell_type* types, const CellProvider& 
     });
 }
 
+void LibXLSheet::write_formulas(Range range, const std::string_view* formulas) {
+    const workbook::Sheet& known = sheet_with_rows(range.first_row, range.last_row);
+    workbook::Sheet& sheet = changeable_sheet();
+    for_each_cell(range, [&](int row, int column) {
+        if (!sheet.write_formula(row, column, *formulas++, known.cell_format(row, column)))
+            fail(kWriteTag, error_id::write_failed);
+    });
+}
+
 void LibXLSheet::clear(Cell cell) {
     clear(Range{cell.row, cell.column, cell.row, cell.column});
 }

@@ -266,6 +266,7 @@ std::span<const DispatchMember<ScriptedWorksheet>> ScriptedWorksheet::members() 
         {u"Visible", kGet | kPut, &ScriptedWorksheet::visible},
         {u"Type", kGet, &ScriptedWorksheet::type},
         {u"Delete", kCall, &ScriptedWorksheet::remove},
+        {u"Move", kCall, &ScriptedWorksheet::move},
         {u"Activate", kCall, &ScriptedWorksheet::activate},
         {u"Parent", kGet, &ScriptedWorksheet::parent},
         {u"UsedRange", kGet, &ScriptedWorksheet::used_range},
@@ -306,6 +307,18 @@ HRESULT ScriptedWorksheet::remove(const DispatchCall&) {
     std::erase(workbook->sheets, node_);
     if (workbook->active == node_) workbook->active = workbook->sheets.front();
     node_->deleted = true;
+    return S_OK;
+}
+
+HRESULT ScriptedWorksheet::move(const DispatchCall& call) {
+    if (call.count() != 1 || call.argument(0).vt != VT_DISPATCH) return wrong_arguments("Move");
+    const auto next = static_cast<ScriptedWorksheet*>(call.argument(0).pdispVal)->model();
+    const auto workbook = node_->workbook.lock();
+    expect(next != node_, "is moved before itself");
+    std::erase(workbook->sheets, node_);
+    workbook->sheets.insert(std::find(workbook->sheets.begin(), workbook->sheets.end(), next),
+                            node_);
+    workbook->active = node_;
     return S_OK;
 }
 

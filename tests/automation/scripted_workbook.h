@@ -92,6 +92,7 @@ class ScriptedWorksheet : public NodeObject<ScriptedWorksheet, SheetModel> {
     HRESULT visible(const DispatchCall& call);
     HRESULT type(const DispatchCall& call);
     HRESULT remove(const DispatchCall& call);
+    HRESULT move(const DispatchCall& call);
     HRESULT activate(const DispatchCall& call);
     HRESULT parent(const DispatchCall& call);
     HRESULT used_range(const DispatchCall& call);

@@ -113,6 +113,19 @@ TEST(FileReplacement, LeavesNothingBehindWithoutACommit) {
     EXPECT_EQ(folder.get(u"old.xlsx"), "old");
 }
 
+TEST(FileReplacement, LeavesATargetAloneThatSomebodyElseHasWritten) {
+    const Folder folder;
+    folder.put(u"old.xlsx", "old");
+    for (const std::u16string name : {u"old.xlsx", u"new.xlsx"}) {
+        const auto file = replace_file(folder.name_of(name));
+        file->append("mine", 4);
+        folder.put(name, "theirs");
+        EXPECT_THROW(file->commit(), FileError);
+        EXPECT_EQ(folder.get(name), "theirs");
+    }
+    EXPECT_EQ(folder.names(), (Names{"new.xlsx", "old.xlsx"}));
+}
+
 TEST(FileReplacement, KeepsTheOldFileWhicheverOperationFails) {
     const Folder folder;
     folder.put(u"book.xlsx", "old");

@@ -127,6 +127,7 @@ inline std::string describe_cells(const SheetCells& cells) {
             out << (cell.value.number != 0.0 ? "=true" : "=false");
             break;
         case StoredKind::Blank:
+        case StoredKind::Formula: // what a blank cell of an array that is cut becomes
             out << "=blank";
             break;
         }

@@ -48,6 +48,9 @@ std::string describe(const SheetCells& cells) {
         case StoredKind::Blank:
             out += "=blank";
             break;
+        case StoredKind::Formula:
+            out += "=formula";
+            break;
         case StoredKind::Error:
             out += "=!" + std::string(cells.own_strings[cell.value.text]);
             break;
@@ -90,7 +93,7 @@ const CellCase kCellCases[] = {
      R"(<row r="1"><c r="A1"><f>B1&gt;2</f><v>1</v></c><c r="B1"><f t="shared" si="0"/><v>2</v></c>)"
      R"(<c r="C1"><f>X1</f></c><c r="D1"><f>X1</f><v></v></c><c r="E1" t="str"><f>X1</f><v/></c>)"
      R"(<c r="F1" t="b"><f>X1</f><v>0</v></c></row>)",
-     "A1=1.000000 B1=2.000000 C1=blank D1=blank E1='' F1=false"},
+     "A1=1.000000 B1=2.000000 C1=formula D1=formula E1='' F1=false"},
     {"cells and rows without references",
      R"(<row><c><v>1</v></c><c r="D1"><v>2</v></c><c><v>3</v></c></row><row><c><v>4</v></c></row>)"
      R"(<row r="9"><c><v>5</v></c></row><row><c><v>6</v></c></row>)",

@@ -3,6 +3,7 @@
 // Tokens of BIFF8 formulas, written as hexadecimal digits with a blank between tokens and a bar
 // before what follows them.
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -11,8 +12,10 @@
 #include "workbook/cfb/compound_file.h"
 #include "workbook/error.h"
 #include "workbook/io/little_endian.h"
+#include "workbook/library.h"
 #include "workbook/xls/decryption.h"
 #include "workbook/xls/formula/extern_sheets.h"
+#include "workbook/xls/formula/formula_printer.h"
 #include "workbook/xls/formula/token_rewriter.h"
 #include "workbook/xls/formula/token_stream.h"
 
@@ -171,6 +174,120 @@ TEST(FormulaOfCell, TurnsOffsetsIntoReferences) {
 }
 
 using Entries = std::vector<ExternSheet>;
+
+TEST(FormulaText, IsWhatApplicationsShow) {
+    FormulaContext context;
+    context.sheets = {"Data", "It's", "Other"};
+    context.names = {
+        {"Rate", {}}, {"_xlnm.Print_Area", 0}, {"_xlfn.IFERROR", {}}, {"_xlfn.NEW", {}}, {"", {}},
+        {"Own", 1}};
+    using Kind = SupportingBook::Kind;
+    context.books = {{Kind::Own, {}, {}, {}},
+                     {Kind::Other, "B 2.xls", {"S"}, {"Far"}},
+                     {Kind::AddIn, {}, {}, {"EDATE"}},
+                     {Kind::Unknown, {}, {}, {}}};
+    // Own: Data, It's, Data to Other, the book, gone; then the other three.
+    const std::string entries = formula_of("0900 0000 0000 0000 0000 0100 0100 0000 0000 0200"
+                                           "0000 feff feff 0000 ffff ffff 0100 0000 0000"
+                                           "0200 feff feff 0300 0000 0000 0100 0900 0900")
+                                    .bytes;
+    context.entries = ExternSheets(entries, 0);
+    const struct {
+        const char* digits;
+        const char* text; ///< null for none
+    } cases[] = {
+        {"1e 0100 1e 0200 1e 0300 05 03", "1+2*3"},
+        {"1e 0100 1e 0200 03 15 1e 0300 05", "(1+2)*3"},
+        {"1e 0200 13 14", "-2%"},
+        {"44 0000 00c0 44 0900 0140 0e", "A1<>B$10"},
+        {"44 0000 0080 25 0000 ffff 0100 0200 11", "$A1:$B:$C"},
+        {"25 0100 0300 00c0 ff c0", "2:4"},
+        {"25 0100 0300 0000 ff00", "$2:$4"},
+        {"24 0000 00c0 25 0000 0100 0000 0100 10", "A1,$A$1:$B$2"},
+        {"17 03 00 612262 17 01 01 3d20 08", "\"a\"\"b\"&\"\xE2\x80\xBD\""},
+        {"1d 01 1d 00 0b", "TRUE=FALSE"},
+        {"1c 2a 1c 07 09", "#N/A<#DIV/0!"},
+        {"1c 99", nullptr},
+        {"1f 9a9999999999b93f", "0.1"},
+        {"1f 0000000080842e41", "1000000"},
+        {"1f 000000000000703d", "9.094947017729282E-13"},
+        {"1f 000000000000f07f", nullptr},
+        {"41 3500", nullptr}, // PtgFunc of a number that is none
+        {"1e 0100 41 1800", "ABS(1)"},
+        {"1e 0100 1e 0200 41 1b00", "ROUND(1,2)"},
+        {"1e 0100 41 1b00", nullptr},         // an argument is missing
+        {"1e 0100 1e 0200 41 0100", nullptr}, // IF takes several numbers of them
+        {"1e 0100 16 42 02 0100", "IF(1,)"},
+        {"42 00 4a00", "NOW()"},
+        {"1e 0100 42 01 0080", nullptr}, // a command
+        {"1e 0100 19 10 0000", "SUM(1)"},
+        {"19 40 0100 1e 0100", "1"},
+        {"23 01000000", "Rate"},
+        {"23 02000000", "Print_Area"},
+        {"23 05000000", nullptr},
+        {"23 07000000", nullptr},
+        {"23 00000000", nullptr},
+        {"23 03000000 1e 0100 1e 0200 42 03 ff00", "IFERROR(1,2)"},
+        {"23 04000000 42 01 ff00", "_xlfn.NEW()"},
+        {"42 00 ff00", nullptr},
+        {"5a 0000 0000 00c0", "Data!A1"},
+        {"5a 0100 0000 00c0", "'It''s'!A1"},
+        {"5b 0200 0000 ffff 00c0 01c0", "Data:Other!A:B"},
+        {"5a 0300 0000 00c0", nullptr},
+        {"5a 0400 0000 00c0", "#REF!"},
+        {"5a 0500 0000 00c0", "'[B 2.xls]S'!A1"},
+        {"5a 0600 0000 00c0", nullptr},
+        {"5a 0700 0000 00c0", nullptr},
+        {"5a 0800 0000 00c0", nullptr}, // a sheet that the other book does not have
+        {"5a 0900 0000 00c0", nullptr},
+        {"5c 0000 00000000", "Data!#REF!"},
+        {"39 0300 06000000", "'It''s'!Own"},
+        {"39 0500 01000000", "'B 2.xls'!Far"},
+        {"39 0500 02000000", nullptr},
+        {"39 0600 01000000 1e 0100 1e 0200 42 03 ff00", "EDATE(1,2)"},
+        {"29 0700 25 0000 0000 00c0 01c0 42 01 0400", "SUM(A1:B1)"},
+        {"60 00000000000000 |01 0100 01 000000000000f03f 02 0100 00 61 04 0100000000000000"
+         "10 2a00000000000000",
+         "{1,\"a\";TRUE,#N/A}"},
+        {"60 00000000000000 |00 0000 00 0000000000000000", nullptr},
+        {"18 0100000000", nullptr},
+        {"2c 0000 00c0", nullptr},
+        {"1e 0100 1e 0200", nullptr}, // two results
+        {"03", nullptr},
+        {"", nullptr},
+    };
+    for (const auto& c : cases) {
+        const auto [bytes, token_bytes] = formula_of(c.digits);
+        const auto text = formula_text(bytes, token_bytes, context);
+        EXPECT_EQ(text, c.text ? std::optional<std::string>(c.text) : std::nullopt) << c.digits;
+    }
+    // What joining costs is limited.
+    std::string deep = formula_of("1e 0100").bytes + std::string(8000, '\x13');
+    EXPECT_FALSE(formula_text(deep, deep.size(), context));
+}
+
+TEST(FormulaText, IsAFormulaInEveryBookOfTheCorpus) {
+    const std::filesystem::path folder(ZX_SHARED_DATA "/corpus/dev");
+    if (!std::filesystem::exists(folder)) GTEST_SKIP() << "no corpus";
+    int formulas = 0;
+    for (const auto& path : std::filesystem::directory_iterator(folder)) {
+        if (path.path().extension() != ".xls") continue;
+        const std::unique_ptr<Book> book = xlCreateBookW();
+        if (!book->load(path.path().u16string())) continue;
+        for (int i = 0; i < book->sheet_count(); ++i) {
+            const Sheet* const sheet = book->get_sheet(i);
+            if (sheet == nullptr || !sheet->knows_formulas()) continue;
+            EXPECT_TRUE(sheet->visit_formulas(0, 65535, [&](const FormulaCell& formula) {
+                ++formulas;
+                const std::string problem = formula_problem(formula.text);
+                const bool is_formula =
+                    problem.empty() || formula.text.find(']') != formula.text.npos;
+                EXPECT_TRUE(is_formula) << path.path() << ' ' << problem;
+            }));
+        }
+    }
+    EXPECT_GT(formulas, 30'000);
+}
 
 TEST(ExternSheets, FollowTheSheetsOfTheirBook) {
     const auto whole = kWholeBook, gone = kRemovedSheet;

@@ -548,5 +548,60 @@ TEST(XlsReading, ContentDecidesNotTheCreator) {
     EXPECT_THAT(made_for_xls->error_message(), HasSubstr("text file"));
 }
 
+Bytes formula_of(int row, int column, const Bytes& result, const Bytes& tokens) {
+    return cell(row, column)
+        .text(result.str())
+        .u16(0)
+        .u32(0)
+        .u16(static_cast<unsigned>(tokens.str().size()))
+        .text(tokens.str());
+}
+
+TEST(XlsFormulas, AreTextInTheirPlaces) {
+    const Bytes number = Bytes().f64(5), string = special(0, 0);
+    const auto in_group_of = [](unsigned row, unsigned column) {
+        return Bytes().u8(0x01).u16(row).u16(column);
+    };
+    const Bytes twice_above = Bytes().u8(0x4C).u16(0xFFFF).u16(0xC000).u8(0x1E).u16(2).u8(0x05);
+    const Bytes on_sheet = Bytes().u8(0x5A).u16(0).u16(0).u16(0xC000);
+    const Stream globals =
+        Stream()
+            .record(0x01AE, Bytes().u16(1).u16(0x0401))
+            .record(0x0017, Bytes().u16(1).u16(0).u16(0).u16(0))
+            .record(0x0018, Bytes().u16(0)) // is cut, and has its number
+            .record(0x0018,
+                    Bytes().u16(0).u8(0).u8(4).u16(0).u16(0).u16(0).u32(0).u8(0).text("Rate"));
+    const Stream sheet =
+        Stream()
+            .record(0x0006, formula_of(0, 0, number, Bytes().u8(0x1E).u16(5)))
+            .record(0x0006, formula_of(1, 0, number, in_group_of(1, 0)))
+            .record(0x04BC,
+                    Bytes().u16(1).u16(2).u8(0).u8(0).u8(0).u8(2).u16(9).text(twice_above.str()))
+            .record(0x0006, formula_of(2, 0, number, in_group_of(1, 0)))
+            .record(0x0006, formula_of(3, 0, string, in_group_of(3, 0)))
+            .record(0x0221,
+                    Bytes().u16(3).u16(3).u8(0).u8(1).u16(0).u32(0).u16(7).text(on_sheet.str()))
+            .record(0x0207, string8("x"))
+            .record(0x0006, formula_of(3, 1, number, in_group_of(3, 0)))
+            .record(0x0006, formula_of(4, 0, string, Bytes().u8(0x23).u32(2)))
+            .record(0x0006, formula_of(4, 1, number, Bytes().u8(0x23).u32(1)))
+            .record(0x0006, formula_of(4, 2, number, in_group_of(9, 9)))
+            .append(Stream().bof8(0x20).record(0x0006, formula_of(5, 0, number, on_sheet)).eof());
+    const auto book = load(test::book8(globals, sheet));
+    const Sheet& data = *book->get_sheet(0);
+    const auto formulas = [&data](int first_row, int last_row) {
+        std::vector<std::string> found;
+        EXPECT_TRUE(data.visit_formulas(first_row, last_row, [&found](const FormulaCell& cell) {
+            found.push_back(std::to_string(cell.row) + ' ' + std::to_string(cell.column) + ' ' +
+                            std::string(cell.text) + (cell.has_result ? "" : " ?"));
+        }));
+        return found;
+    };
+    EXPECT_EQ(formulas(0, 9), (Row{"0 0 5", "1 0 A1*2", "2 0 A2*2", "3 0 Data!A1", "4 0 Rate ?"}));
+    EXPECT_EQ(formulas(2, 2), (Row{"2 0 A2*2"}));
+    EXPECT_EQ(data.formulas_without_result(), 1u);
+    EXPECT_EQ(book->scan_sheet(0)->formulas_without_result, 1u);
+}
+
 } // namespace
 } // namespace workbook

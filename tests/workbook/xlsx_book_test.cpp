@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "workbook/library.h"
+#include "workbook/xlsx/book_contents.h"
 
 namespace workbook {
 namespace {
@@ -53,6 +54,27 @@ TEST(XlsxBook, ReadsASheetWithoutAPartAsEmpty) {
     ASSERT_TRUE(again->load(foundation::files::memory_file(bytes)));
     EXPECT_EQ(again->sheet_count(), 7);
     EXPECT_EQ(again->load_warnings(), book->load_warnings());
+}
+
+// On Windows nobody could replace the file otherwise.
+TEST(XlsxBook, ClosesItsFileAfterEveryRead) {
+    LastError error;
+    const std::u16string path = fixture("formatted_blanks.xlsx");
+    BookContents book(std::make_unique<OpcPackage>(foundation::files::open_for_reading(path)), path,
+                      error);
+    book.close_file();
+    using Read = void (*)(BookContents&);
+    for (const Read read : {Read([](BookContents& b) { b.named_cells(); }),
+                            Read([](BookContents& b) { b.scan_sheet(0); }),
+                            Read([](BookContents& b) { b.need_formats(); })}) {
+        read(book);
+        EXPECT_FALSE(book.package->is_open());
+    }
+    book.open_package();
+    book.load_sheets();
+    book.close_file();
+    EXPECT_TRUE(book.sheet(0)->visit_formulas(0, 9, [](const FormulaCell&) {}));
+    EXPECT_FALSE(book.package->is_open());
 }
 
 TEST(XlsxBook, KeepsFormatHandlesWhenOneIsAdded) {

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What fields of text become.
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <random>
+
 #include <gtest/gtest.h>
 
 #include "zxsheet/cell_guess.h"
@@ -45,6 +50,28 @@ TEST(GuessCell, TakesNumbersThatLoseNothing) {
         const CellValue cell = guessed(c.field);
         EXPECT_EQ(cell.type, cell_type::number) << c.field;
         EXPECT_EQ(cell.number, c.value) << c.field;
+    }
+}
+
+// Short numbers are read and written in quicker ways than others.
+TEST(GuessCell, AgreesWithTheStandardLibrary) {
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 20'000; ++i) {
+        const auto unit = static_cast<std::uint64_t>(std::pow(10, random() % 15 + 1));
+        std::string field = std::to_string(random() % unit);
+        const std::size_t decimals = random() % 7;
+        if (decimals < field.size()) field.insert(field.size() - decimals, ".");
+        if (field.ends_with('.')) field += '5';
+        if (random() % 2 == 0) field.insert(0, "-");
+        const double value = std::strtod(field.c_str(), nullptr);
+        EXPECT_EQ(guessed(field).number, value) << field;
+        for (const double near : {value, std::nextafter(value, 1e9)}) {
+            if (near == std::trunc(near) || std::fabs(near) < 1e-5) continue;
+            char shortest[64];
+            const auto end =
+                std::to_chars(shortest, shortest + sizeof shortest, near, std::chars_format::fixed);
+            EXPECT_EQ(number_text(near), std::string(shortest, end.ptr));
+        }
     }
 }
 

@@ -56,6 +56,10 @@ TEST(ConvertCommand, KeepsValuesInEveryFormat) {
         {{"convert", wide.text(), old.text()}, 6, "larger than a sheet of an XLS book"},
         {{"convert", kWeather}, 2, "either OUT"},
         {{"convert", kWeather, kWeather}, 2, "replace the book"},
+        {{"convert", kWeather, wide.text(), "--to", "csv"}, 2, "is text"},
+        {{"convert", kWeather, "--each-sheet", folder.text(), "-s", "1"}, 2, "--sheet"},
+        {{"convert", kWeather, "gsheet:abc"}, 2, "google upload"},
+        {{"convert", kWeather, "-"}, 0, "standard output: Converted"},
         {{"convert", kWeather, wide.text() + ".pdf"}, 6, ".xlsx"},
         {{"convert", kWeather, old.text(), "-s", "Summary"}, 2, "--sheet"},
         {{"read", kWeather, "-o", old.text()}, 2, "convert"},
@@ -68,6 +72,32 @@ TEST(ConvertCommand, KeepsValuesInEveryFormat) {
     EXPECT_FALSE(old.exists());
 }
 
+TEST(ConvertCommand, GoesByTheContentOfTheBook) {
+    const TemporaryPath named_xls("a.xls"), made("made.xls"), back("back.xlsx"), misnamed("b.xlsx");
+    named_xls.fill(bytes_of(kWeather));
+    output({"convert", named_xls.text(), made.text()});
+    EXPECT_TRUE(made.bytes().starts_with("\xD0\xCF")) << "an XLS file";
+    misnamed.fill(made.bytes());
+    EXPECT_TRUE(output({"info", misnamed.text()}).find("XLS\n") != std::string::npos);
+    output({"convert", misnamed.text(), back.text()});
+    EXPECT_TRUE(back.bytes().starts_with("PK"));
+    EXPECT_EQ(output({"read", back.text()}), output({"read", kWeather}));
+}
+
+TEST(ConvertCommand, GivesEverySheetAFileOfItsOwn) {
+    const TemporaryPath book("names.xlsx"), folder("files");
+    const auto sheet = [](const char* name, const char* value) {
+        return MadeSheet{name, "",
+                         std::string("<sheetData><row r='1'><c r='A1'><v>") + value +
+                             "</v></c></row></sheetData>"};
+    };
+    book.fill(make_book({sheet("a&lt;b", "1"), sheet("a|b", "2"), sheet("A_B", "3")}));
+    output({"convert", book.text(), "--each-sheet", folder.text()});
+    for (const auto& [name, content] :
+         {std::pair("a_b", "1\n"), {"a_b (2)", "2\n"}, {"A_B (3)", "3\n"}})
+        EXPECT_EQ(bytes_of(folder.text() + '/' + name + ".csv"), content);
+}
+
 TEST(Streams, CarryBooksInAndOut) {
     const std::string book = bytes_of(kWeather);
     EXPECT_EQ(output({"read", "-"}, book), output({"read", kWeather}));
@@ -77,6 +107,9 @@ TEST(Streams, CarryBooksInAndOut) {
     EXPECT_EQ(output({"read", saved.text(), "-r", "A2:B2"}), ",\n");
     EXPECT_EQ(output({"read", kWeather, "-r", "A1", "-o", "-"}),
               output({"read", kWeather, "-r", "A1"}));
+    EXPECT_EQ(output({"convert", "-", "-", "--to", "csv"}, book), output({"read", kWeather}));
+    const TemporaryPath macros("saved.xlsm");
+    output({"clear", "-", "-r", "A1", "-o", macros.text()}, book);
     Outcome outcome = run_program({"clear", "-", "-r", "A1"}, book);
     EXPECT_EQ(outcome.code, 2);
     EXPECT_NE(outcome.err.find("--output"), std::string::npos) << outcome.err;
@@ -88,7 +121,7 @@ TEST(Streams, CarryBooksInAndOut) {
     std::istringstream endless(std::string(1 << 20, 'x'));
     BookLocation location("-");
     StreamedBook streamed;
-    EXPECT_THROW(streamed.fetch(location, endless, 1 << 19), CommandError);
+    EXPECT_THROW(streamed.fetch(location, {}, endless, 1 << 19), CommandError);
 }
 
 TEST(DiffCommand, ListsCellsThatDiffer) {
@@ -108,14 +141,21 @@ TEST(DiffCommand, ListsCellsThatDiffer) {
     const Outcome outcome = run_program({"diff", before.text(), after.text()});
     EXPECT_EQ(outcome.code, 1);
     EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(outcome.out, "'One'!A1\t1\t\"1\"\n'One'!XFD1\tnull\t\"1900-03-01\"\n"
+    EXPECT_EQ(outcome.out, "'One'!A1\t1\t\"1\"\n'One'!XFD1\tnull\t1900-03-01\n"
                            "'One'!A1000\t5\tnull\n'Gone'!B2\ttrue\tnull\n"
-                           "'New'!A1\tnull\t\"#N/A\"\n");
+                           "'New'!A1\tnull\t#N/A\n");
     EXPECT_EQ(run_program({"diff", before.text(), after.text(), "-s", "one", "--to", "json"}).out,
-              "[\n{\"cell\":\"'One'!A1\",\"old\":1,\"new\":\"1\"},\n"
-              "{\"cell\":\"'One'!XFD1\",\"old\":null,\"new\":\"1900-03-01\"},\n"
-              "{\"cell\":\"'One'!A1000\",\"old\":5,\"new\":null}\n]\n");
+              "[\n{\"cell\":\"'One'!A1\",\"old\":1,\"old_type\":\"number\",\"new\":\"1\",\"new_"
+              "type\":\"text\"},\n"
+              "{\"cell\":\"'One'!XFD1\",\"old\":null,\"old_type\":\"empty\",\"new\":\"1900-03-01\","
+              "\"new_type\":\"date\"},\n"
+              "{\"cell\":\"'One'!A1000\",\"old\":5,\"old_type\":\"number\",\"new\":null,\"new_"
+              "type\":\"empty\"}\n]\n");
     EXPECT_EQ(output({"diff", before.text(), before.text(), "--to", "json"}), "[]\n");
+    const Outcome online =
+        run_program({"--google-root", "http://127.0.0.1:1", "diff", before.text(), "gsheet:abc"});
+    EXPECT_EQ(online.code, 7) << online.err;
+    EXPECT_NE(online.err.find("gsheet:abc: "), std::string::npos) << online.err;
     const Outcome missing = run_program({"diff", before.text(), "missing.xlsx"});
     EXPECT_EQ(missing.code, 3);
     EXPECT_NE(missing.err.find("missing.xlsx: There is no"), std::string::npos) << missing.err;

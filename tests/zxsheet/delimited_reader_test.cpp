@@ -96,6 +96,20 @@ TEST(DelimitedReader, JoinsBlocks) {
     }
 }
 
+// The search for a field's end looks at 16 bytes at once.
+TEST(DelimitedReader, FindsEndsAndBadBytesAnywhere) {
+    for (std::size_t length = 0; length <= 40; ++length) {
+        const std::string field(length, 'x');
+        const Rows expected{{field, "\xC3\xA9"}, {field}, {field + "\xC3\xA9"}};
+        EXPECT_EQ(rows_of(field + ",\xC3\xA9\n" + field + "\r" + field + "\xC3\xA9"), expected);
+        for (std::size_t bad = 0; bad < length; ++bad) {
+            std::string text = field + ",b\n";
+            text[bad] = '\xE9';
+            EXPECT_THROW(rows_of(text), CommandError) << length << ' ' << bad;
+        }
+    }
+}
+
 TEST(DelimitedReader, NamesTheLineOfWhatIsWrong) {
     const struct {
         std::string text;

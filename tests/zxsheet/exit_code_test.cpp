@@ -21,6 +21,7 @@ TEST(ExitCode, SeparatesKindsOfFailure) {
     cut_off.fill(make_book({{"Data", "", "<sheetData/>"}}).substr(0, 300));
     old_format.fill("anything");
     many_lines.fill(make_book({{"two&#10;lines", "", "<sheetData><row r='0'/></sheetData>"}}));
+    target.fill("a,b\n");
     const std::string folder = testing::TempDir();
     const struct {
         std::vector<std::string> arguments;
@@ -34,13 +35,18 @@ TEST(ExitCode, SeparatesKindsOfFailure) {
         {{"help", "sheet", "ad"}, 2, "did you mean 'sheet add'?"},
         {{"read", kWeather, "--to"}, 2, "--to needs exactly one value"},
         {{"read", kWeather, "-r", "A1", "-r", "B2"}, 2, "--range needs exactly one value"},
-        {{"read", kWeather, "surplus"}, 2, "'zxsheet read --help'"},
+        {{"clear", kWeather, "-r", ""}, 2, "--range: The value is empty"},
+        {{"new", "-"}, 2, "the name of a file"},
+        {{"new", "x.xlsx", "--sheets", "1e3"}, 2, "'1e3' is not a whole number from 1 to 65,535"},
+        {{"types", kWeather, "surplus"}, 2, "'zxsheet types --help'"},
         {{"read", kWeather, "--to", "xml"}, 2, "csv, tsv"},
         {{"read", kWeather, "--merged-rows", "never"}, 2, "omit"},
         {{"read", kWeather, "-o", kWeather}, 2, kWeather},
         {{"read", "no such file.xlsx"}, 3, "no such file.xlsx"},
         {{"sheets", "no such file.xls"}, 3, "no such file.xls"},
         {{"info", folder}, 3, "folder"},
+        {{"read", kWeather, "-o", folder}, 6, "It is a folder"},
+        {{"read", target.text()}, 4, "'zxsheet write BOOK"},
         {{"read", plain_text.text()}, 4, plain_text.text()},
         {{"read", many_lines.text()}, 4, "two lines"},
         {{"info", cut_off.text()}, 4, cut_off.text()},
@@ -60,6 +66,11 @@ TEST(ExitCode, SeparatesKindsOfFailure) {
         {{"read", kWeather, "--width", "0"}, 2, "number nor none"},
         {{"read", kWeather, "--to", "json", "--bom"}, 2, "--bom"},
         {{"read", kWeather, "--header"}, 2, "--header"},
+        {{"read", kWeather, kWeather, "--to", "json"}, 2, "lines name their book"},
+        {{"read", kWeather, "-"}, 2, "first book"},
+        {{"read", kWeather, kWeather, "-o", kWeather}, 2, kWeather},
+        {{"write", target.text() + ".xlsx", "--from", "cells", "-r", "A1"}, 2, "--range"},
+        {{"write", target.text() + ".xlsx", "--from", "cells", "--text"}, 2, "--text"},
         {{"read", kWeather, "-o", target.text() + "/below/nothing"}, 6, target.text()},
         {{"read", kWeather, "-s", "Summary", "--merged-columns", "error"}, 1, "Merged columns"},
         {{"--google-root", "http://127.0.0.1:1", "read", "gsheet:abc"}, 7, "gsheet:abc"},
@@ -163,7 +174,9 @@ TEST(ExitCode, IsSixWhenTheStreamTakesNothing) {
     std::ostringstream out;
     std::ostringstream err;
     out.setstate(std::ios::badbit);
-    EXPECT_EQ(run({"read", kWeather}, in, out, err), 6);
+    for (const char* word : {"read", "help"})
+        EXPECT_EQ(run({word, word == std::string("help") ? "read" : kWeather}, in, out, err), 6);
+    EXPECT_EQ(err.str().find("breaks off"), std::string::npos) << "nobody knows where";
 }
 
 TEST(Help, IsNotAFailure) {

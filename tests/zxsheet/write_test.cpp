@@ -213,6 +213,8 @@ TEST(WriteCommand, SavesIntoAnotherFile) {
     EXPECT_EQ(output({"read", other.text(), "-r", "A1"}), "1\n");
     EXPECT_EQ(output({"read", other.text(), "-s", "Summary"}),
               output({"read", kWeather, "-s", "Summary"}));
+    sentence({"write", kWeather, "-r", "rainbystation", "-o", other.text()}, "X,1\n");
+    EXPECT_EQ(output({"read", other.text(), "-r", "Summary!A2:B3"}), "X,1\nSummit,2.4\n");
 }
 
 TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
@@ -236,8 +238,8 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         {{book.text(), "--append", "--header"}, "2\n1\n", 5, "no column '2'"},
         {{book.text(), "--append", "--from", "json"}, "[{\"1\":1},{\"b\":2}]", 1, "no \"b\""},
         {{book.text(), "--from", "jsonl", "-s", "1"}, "[1]\n[1,[2]]", 1, "Line 2, column 4"},
-        {{book.text(), "-s", "a/b"}, "1", 2, "Invalid sheet name"},
-        {{missing.text(), "-s", "[x]"}, "1", 2, "Invalid sheet name"},
+        {{book.text(), "-s", "a/b"}, "1", 2, "cannot be named 'a/b'"},
+        {{missing.text(), "-s", "[x]"}, "1", 2, "cannot be named '[x]'"},
         {{book.text(), "no such.csv"}, "", 3, "no such.csv: There is no such file"},
         {{book.text(), testing::TempDir()}, "", 3, "folder"},
         {{damaged.text()}, "1", 4, "damaged.xlsx"},
@@ -245,6 +247,7 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
         {{missing.text(), "-s", "2"}, "1", 5, "'2'"},
         {{book.text(), "-s", "Chart"}, "1", 5, "chart sheet"},
         {{book.text(), "-r", "A1:"}, "1", 5, "'A1:'"},
+        {{book.text(), "-s", "Data", "-r", "Locked!A1"}, "1", 2, "another sheet than 'Data'"},
         {{book.text(), "-r", "XFD1"}, "1,2", 6, "room for 1 column "},
         {{book.text(), "-r", "A1048576"}, "1\n2\n", 6, "room for 1 row "},
         {{book.text(), "-r", "A1:B2"}, "1\n2\n3\n", 6, "room for 2 rows in 'Data'!A1:B2"},
@@ -254,7 +257,7 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
          6,
          "Row 2 of the data has text"},
         {{book.text(), "-s", "Locked"}, "1", 6, "'Locked'!A1 is protected"},
-        {{book.text(), "-o", "other.xlsm"}, "1", 6, "incompatible"},
+        {{book.text(), "-o", "other.xlsm"}, "1", 6, "other.xlsm: The name must end with .xlsx"},
         {{missing.text() + ".ods"}, "1", 6, ".xltm"},
         {{missing.text() + "/below.xlsx"}, "1", 6, "below.xlsx"},
         {{book.text(), "-s", "1"}, "1\n\"2", 1, "Line 2"},
@@ -276,6 +279,102 @@ TEST(WriteCommand, LeavesTheBookAloneWhenItFails) {
     EXPECT_TRUE(book.bytes() == bytes);
     EXPECT_EQ(damaged.bytes(), "PK is no workbook");
     EXPECT_FALSE(missing.exists());
+}
+
+TEST(WriteCommand, MakesFormulasWhereAskedTo) {
+    const TemporaryPath book("formulas.xlsx"), copy("copy.xlsx"), old("old.xls");
+    const std::string data = "a,b,sum\n1,2,=A2+B2\n3,=,\"=SUM(A3,B3)&\"\"<\"\"\"\n";
+    sentence({"write", book.text()}, data);
+    EXPECT_EQ(output({"types", book.text(), "-r", "C2:C3"}), "text\ntext\n") << "data stays data";
+    sentence({"write", book.text(), "--replace", "--formulas"}, data);
+    EXPECT_EQ(output({"read", book.text(), "--formulas"}), data);
+    Outcome outcome = run_program({"read", book.text()});
+    EXPECT_EQ(outcome.out, "a,b,sum\n1,2,\n3,=,\n");
+    EXPECT_TRUE(mentions(outcome.err, "2 formulas without a stored result")) << outcome.err;
+    EXPECT_TRUE(mentions(output({"info", book.text()}), "2 formulas, 2 without a result"));
+    // After them, in the columns of their names, without the rows that are left out.
+    sentence({"write", book.text(), "--append", "--header", "--formulas"}, "sum,a\n=A4*2,7\n");
+    sentence({"write", book.text(), "-r", "E1", "--formulas", "--skip", "1"}, "=x y\n=A1\n");
+    EXPECT_EQ(output({"read", book.text(), "--formulas"}),
+              "a,b,sum,,=A1\n1,2,=A2+B2,,\n3,=,\"=SUM(A3,B3)&\"\"<\"\"\",,\n7,,=A4*2,,\n");
+    sentence({"write", copy.text(), "--formulas"}, "=B1\nx\n=B2\n");
+    EXPECT_EQ(output({"read", copy.text(), "--formulas"}), "=B1\nx\n=B2\n");
+    // What is printed is taken, whatever the format.
+    for (const char* format : {"csv", "tsv", "json", "jsonl", "cells", "cells.jsonl"}) {
+        const std::string printed = output({"read", book.text(), "--formulas", "--to", format});
+        sentence({"write", copy.text(), "--replace", "--formulas", "--from", format}, printed);
+        EXPECT_EQ(output({"read", copy.text(), "--formulas", "--to", format}), printed);
+    }
+    const std::string before = book.bytes();
+    const struct {
+        std::vector<std::string> arguments;
+        const char* input;
+        const char* mentioned;
+    } refusals[] = {
+        {{book.text(), "-r", "B2"}, "1\n2,=1+\n", "'Sheet1'!C3: Not a formula: \"=1+\": "},
+        {{book.text(), "-r", "B2", "--from", "cells"}, "", "--range"},
+        {{book.text(), "--from", "cells"}, "D9\ttext\t=1+\n", "'Sheet1'!D9: \"=1+\": "},
+        {{book.text(), "-r", "B2"},
+         "=Missing!A1\n",
+         "B2: the formula refers to a sheet \"Missing\""},
+        {{book.text(), "-r", "B2"}, "=T[a]\n", "refers to a table \"T\""},
+        {{old.text()}, "=1\n", "convert it to .xlsx"},
+    };
+    for (const auto& refusal : refusals) {
+        std::vector<std::string> arguments{"write", "--formulas"};
+        arguments.insert(arguments.end(), refusal.arguments.begin(), refusal.arguments.end());
+        outcome = run_program(arguments, refusal.input);
+        EXPECT_NE(outcome.code, 0) << refusal.mentioned;
+        EXPECT_TRUE(mentions(outcome.err, refusal.mentioned)) << outcome.err;
+    }
+    EXPECT_EQ(book.bytes(), before);
+    EXPECT_FALSE(old.exists());
+}
+
+TEST(WriteCommand, PutsCellsWhereTheirAddressesAre) {
+    const TemporaryPath book("cells.xlsx"), copy("copy.xlsx");
+    sentence({"write", book.text()}, "1,2,3\n4,5,6\n");
+    EXPECT_TRUE(mentions(sentence({"write", book.text(), "--from", "cells"},
+                                  "B1\tempty\t\nC2\ttext\t\"tab\tand\nline\"\nA3\tdate\t61\n"
+                                  "B3\tdate\t2024-03-01T12:00:00\nC3\tboolean\ttrue\n"
+                                  "XFD9\tnumber\t-01:30:00\n"),
+                         "Wrote 5 cells to 'Sheet1'; "));
+    EXPECT_EQ(output({"read", book.text(), "-r", "A1:C3"}),
+              "1,,3\n4,5,\"tab\tand\nline\"\n1900-03-01,2024-03-01T12:00:00,true\n");
+    EXPECT_EQ(output({"read", book.text(), "-r", "XFD9"}), "-0.0625\n");
+    for (const char* format : {"cells", "cells.jsonl"}) {
+        const std::string printed = output({"read", book.text(), "--to", format});
+        sentence({"write", copy.text(), "-s", "Sheet1", "-r", "Z9"}, "to be replaced");
+        sentence({"write", copy.text(), "--replace", "--from", format}, printed);
+        EXPECT_EQ(output({"read", copy.text(), "--to", format}), printed);
+    }
+    const struct {
+        const char* format;
+        const char* input;
+        const char* mentioned;
+    } wrong[] = {
+        {"cells", "A1\tnumber\t1\nA0\tnumber\t1\n", "Line 2 begins with 'A0', not a cell"},
+        {"cells", "A1:B2\tnumber\t1\n", "not a cell"},
+        {"cells", "XFE1\tnumber\t1\n", "not a cell"},
+        {"cells", "A1\tnumber\n", "no address, type and value"},
+        {"cells", "A1\tnumber\t1\t2\n", "no address, type and value"},
+        {"cells", "A1\tnumber\t1e\n", "'1e' that is not of its type"},
+        {"cells", "A1\tnumber\t1::2\n", "not of its type"},
+        {"cells", "A1\tboolean\t1\n", "not of its type"},
+        {"cells", "A1\tdate\tnow\n", "not of its type"},
+        {"cells", "A1\tlist\t1\n", "a type 'list'"},
+        {"cells.jsonl", "{\"cell\":\"A1\",\"type\":\"number\"}", "cell, type and value"},
+        {"cells.jsonl", "[1]", "cell, type and value"},
+        {"cells.jsonl", "{", "Line 1 is not an object"},
+        {"cells.jsonl", "{\"cell\":\"A1\",\"type\":\"text\",\"value\":[]}", "no cell can have"},
+    };
+    const std::string before = book.bytes();
+    for (const auto& c : wrong) {
+        const Outcome outcome = run_program({"write", book.text(), "--from", c.format}, c.input);
+        EXPECT_EQ(outcome.code, 1) << c.input;
+        EXPECT_TRUE(mentions(outcome.err, c.mentioned)) << outcome.err;
+    }
+    EXPECT_EQ(book.bytes(), before);
 }
 
 } // namespace

@@ -15,14 +15,15 @@
 namespace workbook {
 
 enum class StoredKind : std::uint8_t {
-    Number,     ///< value.number
-    String,     ///< value.text: index into the book's shared strings
-    OwnString,  ///< value.text: index into the sheet's own strings (inline text, formula results)
-    Boolean,    ///< value.number is 0 or 1
-    Blank,      ///< no value
-    Error,      ///< value.text: index of its text in the sheet's own strings
-    StrictDate, ///< value.number is a serial day number
-    AddedString ///< value.text: index into the strings that were added to the book
+    Number,      ///< value.number
+    String,      ///< value.text: index into the book's shared strings
+    OwnString,   ///< value.text: index into the sheet's own strings (inline text, formula results)
+    Boolean,     ///< value.number is 0 or 1
+    Blank,       ///< no value
+    Error,       ///< value.text: index of its text in the sheet's own strings
+    StrictDate,  ///< value.number is a serial day number
+    AddedString, ///< value.text: index into the strings that were added to the book
+    Formula      ///< no value yet; value.text of one that was written: index into the formulas
 };
 
 /// Set in `StoredCell::kind` beside the StoredKind of a cell that was written since the load.

@@ -70,6 +70,7 @@ struct SheetTail {
 /// What was changed since the load. Cells are changed where the store marks them so.
 struct SheetChanges {
     bool cells = false;   ///< a cell was written or cleared
+    StringPool formulas;  ///< of cells that were written
     ClearedCells cleared; ///< what was there in the file is gone, unless the store has a new cell
     std::optional<std::vector<Rectangle>> merged_regions; ///< all that are left
     std::optional<bool> is_protected;

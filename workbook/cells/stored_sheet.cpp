@@ -17,7 +17,7 @@ namespace {
 /// By StoredKind.
 constexpr CellKind kCellKinds[] = {CellKind::Number,     CellKind::String, CellKind::String,
                                    CellKind::Boolean,    CellKind::Blank,  CellKind::Error,
-                                   CellKind::StrictDate, CellKind::String};
+                                   CellKind::StrictDate, CellKind::String, CellKind::Blank};
 
 } // namespace
 

@@ -70,6 +70,9 @@ class StoredSheet : public Sheet {
     bool write_str(int row, int column, std::u16string_view text, const Format* format) override;
     bool write_bool(int row, int column, bool value, const Format* format) override;
     bool write_blank(int row, int column, const Format* format) override;
+    /// Refused unless the format's own sheet knows better.
+    bool write_formula(int row, int column, std::string_view formula,
+                       const Format* format) override;
     bool clear(int first_row, int last_row, int first_column, int last_column) override;
     bool delete_merge(int index) override;
     double column_width(int column) const override;
@@ -99,6 +102,8 @@ class StoredSheet : public Sheet {
         return loaded_rows_.first <= 0 && loaded_rows_.last >= book_.limits.rows - 1;
     }
     std::string utf8_name() const;
+    /// A formula that has been checked.
+    bool keep_formula(int row, int column, std::string_view formula, const Format* format);
     void set_uses_added_strings(bool on) { uses_added_strings_ = on; }
     /// From now on every change of cells, widths and protection fails for this reason.
     void refuse_changes(std::string reason);

@@ -108,6 +108,19 @@ bool StoredSheet::write_blank(int row, int column, const Format* format) {
     return write(row, column, format, StoredKind::Blank, {});
 }
 
+bool StoredSheet::write_formula(int, int, std::string_view, const Format*) {
+    return fail(ErrorKind::Refused, "formulas cannot be written into a workbook of this format; "
+                                    "convert it to .xlsx before");
+}
+
+bool StoredSheet::keep_formula(int row, int column, std::string_view formula,
+                               const Format* format) {
+    if (!check_area({row, row, column, column})) return false;
+    StoredCell cell{};
+    cell.value.text = changes_.formulas.add(formula);
+    return write(row, column, format, StoredKind::Formula, cell);
+}
+
 bool StoredSheet::clear(int first_row, int last_row, int first_column, int last_column) {
     const Rectangle area{first_row, last_row, first_column, last_column};
     if (!check_area(area)) return false;

@@ -32,7 +32,7 @@ inline constexpr Id kFormat2 = 0x001E, kFormat = 0x041E;
 inline constexpr Id kXf2 = 0x0043, kXf3 = 0x0243, kXf4 = 0x0443, kXf = 0x00E0;
 inline constexpr Id kName2 = 0x0018, kName3 = 0x0218, kName = 0x0018;
 inline constexpr Id kExternSheet = 0x0017;
-inline constexpr Id kSupBook = 0x01AE;
+inline constexpr Id kSupBook = 0x01AE, kExternName = 0x0023;
 inline constexpr Id kSst = 0x00FC;
 
 // Cells.

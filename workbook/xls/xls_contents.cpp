@@ -12,6 +12,7 @@
 #include "workbook/cells/sheet_facts.h"
 #include "workbook/cells/sheet_name_rules.h"
 #include "workbook/error.h"
+#include "workbook/xls/reading/formula_context_reader.h"
 #include "workbook/xls/reading/shared_strings.h"
 #include "workbook/xls/writing/blank_workbook.h"
 #include "workbook/xls/writing/book_saver.h"
@@ -105,6 +106,11 @@ SheetEnd XlsContents::read_rows(const XlsSheetEntry& sheet, RowSpan rows, SheetC
     const CellContext context{globals.version, sheet.first_format,
                               globals.formats.has_xf_records()};
     return read_sheet(source.bytes, sheet.position, context, rows, globals.byte_text, cells, tail);
+}
+
+const biff::FormulaContext& XlsContents::formula_context() {
+    if (!formula_context_) formula_context_ = read_formula_context(source.bytes, globals);
+    return *formula_context_;
 }
 
 SheetScan XlsContents::scan_sheet(std::size_t index) {

@@ -6,12 +6,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "workbook/cells/sheet_data.h"
 #include "workbook/loaded_book.h"
+#include "workbook/xls/formula/formula_context.h"
 #include "workbook/xls/reading/globals.h"
 #include "workbook/xls/reading/sheet_reader.h"
 #include "workbook/xls/reading/workbook_stream.h"
@@ -55,6 +57,8 @@ struct XlsContents final : LoadedBook {
     void load_rows_of(const XlsSheetEntry& sheet, RowSpan rows, SheetCells& cells, SheetTail& tail);
     /// Reads the shared strings up to index `end`, if the book has them. Throws `Error`.
     void need_strings(std::uint64_t end);
+    /// What the loaded book's formulas refer to; read by the first call. Throws `Error`.
+    const biff::FormulaContext& formula_context();
     SheetScan scan_sheet(std::size_t index) override;
     /// Sheets are those of the file.
     std::vector<NamedCells> named_cells() override;
@@ -82,6 +86,7 @@ struct XlsContents final : LoadedBook {
     void read_sheet_at(std::size_t index, RowSpan rows);
     void finish_sheets();
 
+    std::optional<biff::FormulaContext> formula_context_;
     std::uint64_t loaded_bytes_ = 0; ///< of all sheets that were read
 };
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "workbook/error.h"
+#include "workbook/xls/reading/formula_reader.h"
 #include "workbook/xls/writing/sheet_rewriter.h"
 
 namespace workbook {
@@ -64,6 +65,17 @@ void XlsSheet::read_other_rows(SheetCells& cells) const {
     SheetTail known;
     contents_.read_rows(entry_, {}, cells, known);
     contents_.need_strings(cells.shared_strings_end);
+}
+
+bool XlsSheet::visit_formulas(int first_row, int last_row, const FormulaVisitor& visit) const {
+    if (!entry_.has_cells || (!entry_.original && !entry_.copy_of)) return true;
+    try {
+        read_xls_formulas(contents_.source.bytes, entry_.position, {first_row, last_row},
+                          contents_.formula_context(), visit);
+        return true;
+    } catch (const Error& error) {
+        return fail(error.kind(), error.what());
+    }
 }
 
 bool XlsSheet::set_name(std::u16string_view name) {

@@ -36,6 +36,8 @@ class XlsSheet final : public StoredSheet {
 
     std::u16string_view name() const override { return entry_.name; }
     SheetState hidden() const override { return entry_.state; }
+    bool knows_formulas() const override { return contents_.globals.version == BiffVersion::Biff8; }
+    bool visit_formulas(int first_row, int last_row, const FormulaVisitor& visit) const override;
     bool set_name(std::u16string_view name) override;
     bool set_hidden(SheetState state) override;
 

@@ -5,10 +5,13 @@
 
 #include <algorithm>
 
+#include "foundation/case_folding.h"
 #include "foundation/unicode.h"
 #include "workbook/cells/sheet_facts.h"
 #include "workbook/error.h"
 #include "workbook/limits.h"
+#include "workbook/xlsx/formula/formula_text.h"
+#include "workbook/xlsx/formula/formula_tokens.h"
 #include "workbook/xlsx/reading/shared_strings.h"
 #include "workbook/xlsx/reading/sheet_tables.h"
 #include "workbook/xlsx/reading/styles_reader.h"
@@ -49,9 +52,41 @@ int BookContents::index_of(const SheetEntry& sheet) const {
     return static_cast<int>(found - workbook.sheets.begin());
 }
 
+std::optional<std::string> BookContents::missing_in(std::string_view formula) {
+    using foundation::unicode::equal_ignoring_case;
+    std::optional<std::string> missing;
+    const auto look_up = [&missing](const char* what, std::string_view name, const auto& known) {
+        const std::u16string wanted = foundation::unicode::to_utf16(name);
+        const bool is_known = std::any_of(known.begin(), known.end(), [&](const auto& other) {
+            return equal_ignoring_case(other, wanted);
+        });
+        if (!is_known && !missing) missing = std::string(what) + " \"" + std::string(name) + '"';
+    };
+    if (formula.find('!') != std::string_view::npos) {
+        std::vector<std::u16string_view> known;
+        for (const auto& entry : workbook.sheets)
+            known.push_back(entry->name);
+        rename_sheets(formula, [&](std::string_view name) -> std::optional<std::string> {
+            look_up("sheet", name, known);
+            return std::string(name);
+        });
+    }
+    if (formula.find('[') == std::string_view::npos) return missing;
+    std::vector<std::u16string> tables;
+    for (NamedCells& named : named_cells())
+        if (named.is_table) tables.push_back(std::move(named.name));
+    FormulaTokenizer tokenizer(formula);
+    for (FormulaToken token = tokenizer.next(); !token.text.empty(); token = tokenizer.next()) {
+        const std::size_t bracket = token.text.find('[');
+        if (token.kind == FormulaTokenKind::Name && bracket != std::string_view::npos)
+            look_up("table", token.text.substr(0, bracket), tables);
+    }
+    return missing;
+}
+
 void BookContents::need_formats() {
     if (has_styles_) return;
-    open_package();
+    const PackageReading reading(*this);
     read_styles();
     has_styles_ = true;
 }
@@ -111,7 +146,6 @@ void BookContents::need_strings(std::uint64_t end) {
 }
 
 std::unique_ptr<ByteSource> BookContents::open_sheet_part(const SheetEntry& sheet) {
-    open_package();
     return editor_ != nullptr ? editor_->open_sheet(sheet) : package->open_part(sheet.part);
 }
 
@@ -128,6 +162,7 @@ SheetScan BookContents::scan_sheet(std::size_t index) {
     cells.cells.keep_bounds_only();
     SheetTail tail;
     try {
+        const PackageReading reading(*this);
         read_worksheet(*open_sheet_part(sheet), {}, date_base(workbook), cells, tail);
     } catch (const Error& failure) {
         throw failure.in_sheet(foundation::unicode::to_utf8(sheet.name));
@@ -146,7 +181,7 @@ std::vector<NamedCells> BookContents::named_cells() {
         if (sheet)
             named.push_back(make_named_cells(name.name, *sheet, name.sheet_index, area->cells));
     }
-    open_package();
+    const PackageReading reading(*this);
     for (std::size_t i = 0; i < workbook.sheets.size(); ++i)
         for (const SheetTable& table : read_tables(*package, workbook.sheets[i]->part)) {
             named.push_back(

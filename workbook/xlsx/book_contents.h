@@ -52,12 +52,15 @@ struct BookContents final : LoadedBook {
 
     /// Reads the shared strings up to index `end`, if the book has them. Throws `Error`.
     void need_strings(std::uint64_t end);
-    /// The XML of a sheet as a save would start from it; opens the package. Throws `Error`.
+    /// The XML of a sheet as a save would start from it; the package has to be open. Throws
+    /// `Error`.
     std::unique_ptr<ByteSource> open_sheet_part(const SheetEntry& sheet);
     SheetScan scan_sheet(std::size_t index) override;
     std::vector<NamedCells> named_cells() override;
     /// The index of a sheet of this book.
     int index_of(const SheetEntry& sheet) const;
+    /// A sheet or a table that the formula names and the book does not have: `sheet "Data"`.
+    std::optional<std::string> missing_in(std::string_view formula);
 
     // Changes; they throw `Error` and have changed nothing then.
     void rename_sheet(SheetEntry& sheet, std::u16string_view name);
@@ -91,6 +94,24 @@ struct BookContents final : LoadedBook {
     std::optional<std::uint64_t> saved_bytes_; ///< of the saved file, until it is opened
     std::vector<bool> claimed_formats_;        ///< by index; known once a format is added
     std::unique_ptr<WorkbookEditor> editor_;
+};
+
+/// Opens the package for a read after the load, and closes it again if it was closed before.
+class PackageReading {
+  public:
+    /// Throws as `open_package` does.
+    explicit PackageReading(BookContents& book) : book_(book), was_open_(book.package->is_open()) {
+        book.open_package();
+    }
+    PackageReading(const PackageReading&) = delete;
+    PackageReading& operator=(const PackageReading&) = delete;
+    ~PackageReading() {
+        if (!was_open_) book_.close_package();
+    }
+
+  private:
+    BookContents& book_;
+    const bool was_open_;
 };
 
 } // namespace workbook

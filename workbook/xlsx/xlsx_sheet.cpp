@@ -5,6 +5,7 @@
 
 #include <new>
 
+#include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
 #include "workbook/xlsx/reading/formula_reader.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
@@ -40,10 +41,12 @@ std::optional<Rectangle> XlsxSheet::named_cells(std::u16string_view name) const 
 }
 
 void XlsxSheet::read_tail(SheetTail& tail) const {
+    const PackageReading reading(contents_);
     tail = read_worksheet_tail(*contents_.open_sheet_part(entry_));
 }
 
 void XlsxSheet::read_other_rows(SheetCells& cells) const {
+    const PackageReading reading(contents_);
     SheetTail tail; // known or read on its own
     read_worksheet(*contents_.open_sheet_part(entry_), {}, date_base(contents_.workbook), cells,
                    tail);
@@ -53,11 +56,22 @@ void XlsxSheet::read_other_rows(SheetCells& cells) const {
 bool XlsxSheet::visit_formulas(int first_row, int last_row, const FormulaVisitor& visit) const {
     if (is_new_) return true;
     try {
+        const PackageReading reading(contents_);
         read_formulas(*contents_.open_sheet_part(entry_), {first_row, last_row}, visit);
         return true;
     } catch (const Error& error) {
         return fail(error.kind(), error.what());
     }
+}
+
+// Applications refuse a file with a formula that they cannot read.
+bool XlsxSheet::write_formula(int row, int column, std::string_view formula, const Format* format) {
+    if (const std::string problem = formula_problem(formula); !problem.empty())
+        return fail(ErrorKind::Refused, cell_name(row, column) + ": " + problem);
+    if (const auto missing = contents_.missing_in(formula))
+        return fail(ErrorKind::Missing, cell_name(row, column) + ": the formula refers to a " +
+                                            *missing + ", which the workbook does not have");
+    return keep_formula(row, column, formula, format);
 }
 
 template <class Change>

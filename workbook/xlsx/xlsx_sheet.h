@@ -44,6 +44,8 @@ class XlsxSheet final : public StoredSheet {
     SheetState hidden() const override { return entry_.state; }
     bool knows_formulas() const override { return true; }
     bool visit_formulas(int first_row, int last_row, const FormulaVisitor& visit) const override;
+    bool write_formula(int row, int column, std::string_view formula,
+                       const Format* format) override;
     bool set_name(std::u16string_view name) override;
     bool set_hidden(SheetState state) override;
 

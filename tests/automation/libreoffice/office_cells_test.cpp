@@ -37,7 +37,7 @@ TEST_F(OfficeTest, ComputesFormulasWithoutResults) {
 }
 
 TEST_F(OfficeTest, NamesErrors) {
-    const std::pair<const char*, const char*> cases[] = {{"1/0", "#DIV/0!"},
+    const std::pair<const char*, const char*> cases[] = {{"1/B1", "#DIV/0!"},
                                                          {"NA()", "#N/A"},
                                                          {"\"a\"+1", "#VALUE!"},
                                                          {"nowhere", "#NAME?"},
@@ -56,6 +56,10 @@ TEST_F(OfficeTest, NamesErrors) {
     }
     const auto book = open(one_sheet_book(rows));
     EXPECT_EQ(cells_of(*book->sheet(0), {0, 0, 9, 0}), expected);
+    enter(*book->sheet(0), {0, 1, 0, 1}, {"text a"});
+    EXPECT_THAT(cells_of(*book->sheet(0), {0, 0, 0, 0}), ElementsAre("error #VALUE!"));
+    book->sheet(0)->clear(Cell{0, 1});
+    EXPECT_THAT(cells_of(*book->sheet(0), {0, 0, 0, 0}), ElementsAre("error #DIV/0!"));
 }
 
 TEST_F(OfficeTest, TakesFormatsForNoContents) {
@@ -194,6 +198,20 @@ TEST_F(OfficeTest, RefusesToChangeProtectedCells) {
     EXPECT_NE(thrown_id([&] { sheet->unmerge(locked); }), -1);
     enter(*sheet, unlocked, {"number 8", "number 9"}, true);
     EXPECT_THAT(cells_of(*sheet, {0, 0, 0, 2}), ElementsAre("number 1", "number 8", "number 9"));
+}
+
+TEST_F(OfficeTest, WritesNothingWhereTheLastRowIsLocked) {
+    std::string rows;
+    for (const char* number : {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12"})
+        rows += std::string("<row r='") + number + "' s='2' customFormat='1'/>";
+    const auto book = open(one_sheet_book(rows, "<sheetProtection sheet='1'/>"));
+    const auto sheet = book->sheet(0);
+    // So wide that it is written in two parts, of which the first is not locked.
+    const Range range{0, 0, 12, 16'383};
+    EXPECT_TRUE(sheet->is_range_writeable({0, 0, 11, 16'383}));
+    const CellTexts ones(static_cast<std::size_t>(range.count()), "number 1");
+    EXPECT_EQ(thrown_id([&] { enter(*sheet, range, ones, true); }), 28);
+    EXPECT_THAT(cells_of(*sheet, {0, 0, 0, 0}), ElementsAre("empty"));
 }
 
 TEST_F(OfficeTest, UnmergesCells) {

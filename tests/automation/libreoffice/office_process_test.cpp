@@ -84,7 +84,7 @@ TEST_F(OfficeTest, DISABLED_HoldsABookUntilItIsKilled) {
 
 TEST_F(OfficeTest, LeavesNothingBehind) {
     release();
-    const std::filesystem::path temporary = folder.path() / "temporary";
+    const std::filesystem::path temporary = folder.path() / u8"für %20 now";
     std::filesystem::create_directory(temporary);
     const auto is_left = [&] {
         const std::filesystem::directory_iterator entries(temporary);
@@ -114,12 +114,16 @@ TEST_F(OfficeTest, LeavesNothingBehind) {
     const foundation::ChildProcess child(options);
     ASSERT_TRUE(wait_until([&] { return std::filesystem::exists(ready); }));
     const auto offices = office_processes(child.id());
-    EXPECT_THAT(offices, SizeIs(1));
+    ASSERT_THAT(offices, SizeIs(1));
+    const auto sockets = office_sockets(offices.front());
+    EXPECT_THAT(sockets, SizeIs(testing::Ge(2u)));
     child.kill();
     // The shell that removes the files has to notice first.
     EXPECT_TRUE(wait_until([&] { return !is_left(); }));
     for (const int office : offices)
         EXPECT_TRUE(wait_until([&] { return kill(office, 0) != 0; }));
+    for (const std::string& socket : sockets)
+        EXPECT_TRUE(wait_until([&] { return !std::filesystem::exists(socket); })) << socket;
     initialize();
 }
 

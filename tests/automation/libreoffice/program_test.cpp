@@ -73,6 +73,9 @@ TEST_F(ApplicationProgram, KeepsABookOfItsFormat) {
         {{"--app", "types", "b.ods", "-r", "B2:B3"}, "", 0, "text\ndate\n"},
         {{"--app", "sheet", "add", "b.ods", "More"}, "", 0, ""},
         {{"--app", "sheet", "rename", "b.ods", "more", "Other"}, "", 0, ""},
+        {{"--app", "sheet", "move", "b.ods", "Other", "--to", "1"}, "", 0, ""},
+        {{"--app", "sheets", "b.ods"}, "", 0, "Other\nData\n"},
+        {{"--app", "sheet", "move", "b.ods", "Other", "--to", "2"}, "", 0, ""},
         {{"--app", "sheet", "hide", "b.ods", "Other"}, "", 0, ""},
         {{"--app", "sheets", "b.ods"}, "", 0, "Data\nOther\n"},
         {{"--app", "sheet", "hide", "b.ods", "Data"}, "", 6, "", "b.ods"},
@@ -100,6 +103,14 @@ TEST_F(ApplicationProgram, ConvertsWithResultsThatItComputes) {
                {{"--app", "convert", "c.ods", "back.xlsx"}, "", 0, ""},
                {{"read", "back.xlsx"}, "", 0, computed},
                {{"read", "back.xlsx", "--formulas", "-r", "B1"}, "", 0, "=A1*21\n"},
+               {{"read", "c.xls", "--formulas", "-r", "A1:B1"}, "", 0, "2,=A1*21\n"},
+               {{"diff", "c.ods", "c.xls", "--app"}, "", 0, ""},
+               {{"write", "w.xlsx", "--formulas"},
+                "2,=A1*21,\"=IF(B1>$A$1,\"\"<\"\"&A1,1)\",=Sheet1!B1%\n",
+                0,
+                "",
+                "Made the book"},
+               {{"--app", "read", "w.xlsx"}, "", 0, "2,42,<2,0.42\n"},
                {{"--app", "convert", "c.ods", "c.csv"}, "", 0, ""},
                {{"--app", "read", "c.csv"}, "", 0, computed},
                {{"--app", "convert", "f.xlsx", "c.xlsb"}, "", 6, "", "c.xlsb"}});
@@ -111,12 +122,15 @@ TEST_F(ApplicationProgram, EndsWithTheCodeOfTheFailure) {
                        "<sheetData><row r='1'><c r='A1'><v>2</v></c></row></sheetData>"
                        "<sheetProtection sheet='1'/>"}});
     std::ofstream(file("text.xlsx")) << "a,b\n";
+    std::ofstream(file("r.xlsx"), std::ios::binary)
+        << make_book({{"Data", "", "<sheetData/>"}}, "<fileSharing readOnlyRecommended='1'/>");
     run_steps({
         {{"--app", "convert", "p.xlsx", "p.ods"}, "", 0, ""},
         {{"--app", "write", "p.ods", "-r", "A1"}, "5", 6, "", "protected"},
         {{"--app", "clear", "p.ods", "-r", "A1"}, "", 6, "", "protected"},
         {{"--app", "read", "p.ods"}, "", 0, "2\n"},
         {{"read", "p.ods"}, "", 4, "", "--app"},
+        {{"--app", "sheet", "add", "r.xlsx", "New"}, "", 6, "", "read-only"},
         {{"--app", "read", "none.ods"}, "", 3, "", "There is no such file"},
         {{"--app", "read", "text.xlsx"}, "", 4, "", "text.xlsx"},
         {{"--app", "convert", "p.ods", "no/such/folder.xlsx"}, "", 6, "", "folder.xlsx"},

@@ -47,6 +47,7 @@ TEST_F(Application, ServesAFileOnlyWithoutOpenWorkbooks) {
     const auto first = open();
     const auto second = open(kRoot + u"other.xlsx");
     EXPECT_EQ(script.applications.size(), 2u);
+    script.refused["Workbooks.Count"] = RPC_E_CALL_REJECTED; // busy, as with a dialog
     EXPECT_EQ(make(1)->num_sheets(), 1u);
     EXPECT_EQ(script.applications.size(), 2u) << "a new book takes the first instance";
     EXPECT_EQ(script.applications[0]->workbooks.size(), 1u) << "the new book was closed";

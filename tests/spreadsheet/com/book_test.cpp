@@ -170,6 +170,12 @@ class ComBookSheets : public ComTest {
         for (const char16_t* name : {u"Zweite", u"\u00c9t\u00e9"})
             file->add_sheet(name, file->sheets.size())->workbook = file;
     }
+    std::vector<std::u16string> names_in_application() const {
+        std::vector<std::u16string> names;
+        for (const auto& sheet : file->sheets)
+            names.push_back(sheet->name);
+        return names;
+    }
 };
 
 TEST_F(ComBookSheets, AreFoundByNameInEitherCaseOfAsciiLetters) {
@@ -190,11 +196,29 @@ TEST_F(ComBookSheets, AreAddedAtTheirPlaceAndTheActiveOneStays) {
     add_sheet(book, 5, u"Last", u"");
     EXPECT_EQ(names_of(*book), (std::vector<std::u16string>{u"First", u"Data", u"Zweite", u"Fourth",
                                                             u"\u00c9t\u00e9", u"Last"}));
-    std::vector<std::u16string> names;
-    for (const auto& sheet : file->sheets)
-        names.push_back(sheet->name);
-    EXPECT_EQ(names, names_of(*book));
+    EXPECT_EQ(names_in_application(), names_of(*book));
     EXPECT_EQ(file->active, active);
+}
+
+TEST_F(ComBookSheets, AreMovedAndTheActiveOneStays) {
+    const auto book = open();
+    const auto active = file->active;
+    for (std::size_t from = 0; from < 3; ++from)
+        for (std::size_t to = 0; to < 3; ++to) {
+            auto expected = names_of(*book);
+            const std::u16string moved = expected[from];
+            expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(from));
+            expected.insert(expected.begin() + static_cast<std::ptrdiff_t>(to), moved);
+            reorder_sheet(book, from, to);
+            EXPECT_EQ(names_of(*book), expected) << from << " to " << to;
+            EXPECT_EQ(names_in_application(), expected) << from << " to " << to;
+        }
+    EXPECT_EQ(file->active, active);
+    EXPECT_EQ(thrown_id([&] { reorder_sheet(book, 0, 3); }), 6);
+    EXPECT_EQ(thrown_id([&] { reorder_sheet(book, 3, 0); }), 6);
+    script.refused["Worksheet.Move"] = scripted::kRefused;
+    EXPECT_EQ(thrown_id([&] { reorder_sheet(book, 0, 2); }), 7);
+    EXPECT_EQ(names_of(*book), names_in_application());
 }
 
 TEST_F(ComBookSheets, ThatCannotBeAddedLeaveTheBookAsItWas) {

@@ -287,6 +287,7 @@ void CellRecords::read_formula(const Record& record) {
             cell->value.text = empty_string_index();
             cells_.cells.keep_cell();
             formula_ = cell;
+            ++cells_.formulas_without_result;
         }
     }
 }
@@ -295,6 +296,7 @@ void CellRecords::read_formula_string(RecordStream& records, LengthField length_
     if (formula_ == nullptr) return;
     StoredCell* cell = formula_;
     formula_ = nullptr;
+    --cells_.formulas_without_result;
     ContinuedRecord record(records);
     if (record.at_end()) return;
     cell->value.text = cells_.own_strings.add(strings_.read(record, length_field));

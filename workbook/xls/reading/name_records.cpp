@@ -113,7 +113,10 @@ bool NameRecords::read(RecordStream& records, RecordStrings& strings) {
 
 void NameRecords::read_name(RecordStream& records, RecordStrings& strings) {
     const std::size_t header_bytes = version_ >= BiffVersion::Biff5 ? 14 : 6;
-    if (records.record().size() <= header_bytes) return;
+    if (records.record().size() <= header_bytes) {
+        names_.emplace_back(); // formulas have the numbers of names
+        return;
+    }
     ContinuedRecord record(records);
     const NameHeader header = read_header(record, version_);
     XlsName name;

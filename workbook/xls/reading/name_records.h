@@ -29,7 +29,7 @@ class NameRecords {
     explicit NameRecords(BiffVersion version) : version_(version) {}
 
     /// Consumes `records.record()` when it is about names; false for any other record. Names that
-    /// are cut are left out: only the look-up of a name needs them.
+    /// are cut are empty: only the look-up of a name needs them.
     bool read(RecordStream& records, RecordStrings& strings);
     /// Once all records were read.
     void finish();

@@ -348,8 +348,9 @@ SaveCounts save_book(XlsContents& book, std::u16string_view path) {
     OpenContainer container(book);
     const bool is_over_source =
         !book.source_path.empty() && foundation::files::is_same_file(path, book.source_path);
-    verify_source(book, is_over_source);
+    // From here on it notices when others change the file.
     const auto out = foundation::files::replace_file(path);
+    verify_source(book, is_over_source);
     const SavedStream stream = stream_to_save(book);
     const SaveCounts counts = write_file(book, stream, *out);
     container.close(); // some systems do not let a file take the place of one that is open

@@ -121,7 +121,11 @@ const char* SheetDataReader::take_plain_cell(const char* p) {
     }
     cell->column = column;
     cell->format = head.format & kMaxStoredFormat;
-    if (has_plain_formula_) count_formula(cell->stored_kind() != StoredKind::Blank);
+    if (has_plain_formula_) {
+        const bool has_result = cell->stored_kind() != StoredKind::Blank;
+        count_formula(has_result);
+        if (!has_result) cell->kind = static_cast<std::uint32_t>(StoredKind::Formula);
+    }
     cells_.keep_cell();
     next_column_ = column + 1;
     return p;

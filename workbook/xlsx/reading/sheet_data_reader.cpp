@@ -142,7 +142,7 @@ void SheetDataReader::read_cell() {
         }
     }
     if (has_formula && !skipping_) count_formula(has_value);
-    store_value(head, has_value, has_text);
+    store_value(head, has_value, has_text, has_formula ? StoredKind::Formula : StoredKind::Blank);
 }
 
 // Reads the attributes and moves to the cell's place.
@@ -191,13 +191,15 @@ void SheetDataReader::move_to(std::string_view reference) {
     next_column_ = static_cast<std::uint32_t>(place->column);
 }
 
-void SheetDataReader::store_value(const CellHead& head, bool has_value, bool has_text) {
+/// `without` is the kind of a cell that has no value.
+void SheetDataReader::store_value(const CellHead& head, bool has_value, bool has_text,
+                                  StoredKind without) {
     if (skipping_) return;
     StoredCell* const cell = cells_.next_cell();
     if (cell == nullptr) fail_at_cell("the row has more cells than a sheet has columns");
     cell->column = next_column_;
     cell->format = head.format & kMaxStoredFormat;
-    cell->kind = static_cast<std::uint32_t>(StoredKind::Blank);
+    cell->kind = static_cast<std::uint32_t>(without);
     const bool is_text =
         head.type == CellType::FormulaString || head.type == CellType::InlineString;
     if (has_text) {

@@ -66,7 +66,7 @@ class SheetDataReader {
     void read_cell();
     CellHead read_head();
     void move_to(std::string_view reference);
-    void store_value(const CellHead& head, bool has_value, bool has_text);
+    void store_value(const CellHead& head, bool has_value, bool has_text, StoredKind without);
     void count_formula(bool has_result) {
         ++out_.formulas;
         if (!has_result) ++out_.formulas_without_result;

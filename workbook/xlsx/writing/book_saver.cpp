@@ -197,11 +197,12 @@ void require_saveable(BookContents& book) {
 } // namespace
 
 SaveCounts save_book(BookContents& book, std::u16string_view path) {
+    // From here on it notices when others change the file.
+    const std::unique_ptr<foundation::files::OutputFile> out =
+        foundation::files::replace_file(path);
     require_saveable(book);
     Saver saver(book);
     const PackageChanges changes = saver.gather(foundation::files::extension(path));
-    const std::unique_ptr<foundation::files::OutputFile> out =
-        foundation::files::replace_file(path);
     const PackageCounts counts = write_package(*book.package, changes, *out);
     commit(book, *out, path);
     saver.keep_header_texts();

@@ -10,6 +10,7 @@
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/xlsx/xlsx_limits.h"
+#include "workbook/xml/raw_tag.h"
 
 namespace workbook {
 
@@ -62,8 +63,13 @@ char* append_number(char* out, double value) {
 }
 
 CellMarkup::CellMarkup(MarkupWriter& out, std::string_view prefix,
-                       const std::vector<std::uint32_t>& shared_index_of)
-    : out_(out), shared_index_of_(shared_index_of), column_names_(kMaxColumns) {
+                       const std::vector<std::uint32_t>& shared_index_of,
+                       const StringPool& formulas)
+    : out_(out),
+      shared_index_of_(shared_index_of),
+      formulas_(formulas),
+      prefix_(prefix),
+      column_names_(kMaxColumns) {
     for (std::size_t column = 0; column < column_names_.size(); ++column) {
         std::array<char, 3> letters;
         std::size_t count = 0;
@@ -111,7 +117,19 @@ void CellMarkup::write(const StoredCell& cell) {
         p = append_integer(p + 4, cell.format);
         *p++ = '"';
     }
+    if (cell.stored_kind() == StoredKind::Formula) {
+        out_.set_end(p);
+        append_formula(formulas_[cell.value.text]);
+        return;
+    }
     out_.set_end(put_value(p, cell));
+}
+
+// Without a value element the application computes the cell.
+void CellMarkup::append_formula(std::string_view formula) {
+    out_.append("><" + prefix_ + "f>");
+    out_.append(escaped_xml(formula, false));
+    out_.append("</" + prefix_ + "f></" + prefix_ + "c>");
 }
 
 // The rest of a cell's tag and what follows it.

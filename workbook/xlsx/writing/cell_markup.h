@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "workbook/cells/cell_store.h"
+#include "workbook/cells/string_pool.h"
 #include "workbook/xml/markup_writer.h"
 
 namespace workbook {
@@ -25,13 +26,14 @@ char* append_number(char* out, double value);
 class CellMarkup {
   public:
     /// `prefix` is the part's namespace prefix with its colon, or empty; `shared_index_of` says
-    /// where the book's added strings are in the saved file. Both references must outlive this.
+    /// where the book's added strings are in the saved file; `formulas` has those of the cells.
+    /// All references must outlive this.
     CellMarkup(MarkupWriter& out, std::string_view prefix,
-               const std::vector<std::uint32_t>& shared_index_of);
+               const std::vector<std::uint32_t>& shared_index_of, const StringPool& formulas);
 
     /// The row of the cells to come.
     void set_row(int row);
-    /// `cell` must be one that was written: a number, boolean, blank or added string.
+    /// `cell` must be one that was written: a number, boolean, blank, formula or added string.
     void write(const StoredCell& cell);
 
   private:
@@ -48,9 +50,12 @@ class CellMarkup {
 
     static char* put(char* out, const Piece& piece);
     char* put_value(char* out, const StoredCell& cell) const;
+    void append_formula(std::string_view formula);
 
     MarkupWriter& out_;
     const std::vector<std::uint32_t>& shared_index_of_;
+    const StringPool& formulas_;
+    const std::string prefix_;
     std::vector<std::array<char, 4>> column_names_; ///< letters and, last, how many
     std::array<char, 8> row_digits_{};              ///< with the closing quote
     std::size_t row_digits_size_ = 0;

@@ -111,7 +111,7 @@ class Rewriter {
             out_.append(declare_utf8(scanner_.raw()));
         require_sheet_root(scanner_);
         prefix_ = scanner_.prefix();
-        markup_.emplace(out_, prefix_, shared_index_of_);
+        markup_.emplace(out_, prefix_, shared_index_of_, changes_.formulas);
         sheet_data_.emplace(scanner_, out_, prefix_, cells_, changed_, groups_, *markup_);
     }
 
