@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Where tokens come from, how long they are kept, and that nothing of them is said.
+#include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <random>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "foundation/files.h"
 #include "spreadsheet/failure.h"
 #include "spreadsheet/gsheet/credentials.h"
 #include "spreadsheet/gsheet/drive.h"
