@@ -99,10 +99,15 @@ HostArrayPtr call_with_arguments(Builtin builtin, const GoogleOptions& options) 
     return call(builtin, inputs, options);
 }
 
-void print_text(const HostArray& array, OutputSink& out) {
+/// The host's functions hand on what the service replied, whatever it is.
+void print_object(const HostArray& array, const GoogleOptions& options, OutputSink& out) {
     std::string text = unicode::to_utf8({array.characters(), array.size()});
-    if (!text.ends_with('\n')) text += '\n';
-    out.write(text);
+    while (text.ends_with('\n'))
+        text.pop_back();
+    if (!text.starts_with('{') || !text.ends_with('}'))
+        throw CommandError(ExitCode::Service,
+                           options.book.text() + ": The service's reply cannot be understood.");
+    out.write(text + '\n');
 }
 
 /// What a failed attempt may have left behind, as a sentence; empty when nothing is left.
@@ -127,7 +132,7 @@ void create(const GoogleOptions& options, OutputSink& out) {
     inputs.push_back(string_array({title}));
     if (!options.more.empty()) inputs.push_back(string_array(options.more));
     try {
-        print_text(*call(gsheet::createGoogleWorkbookBuiltin, inputs, options), out);
+        print_object(*call(gsheet::createGoogleWorkbookBuiltin, inputs, options), options, out);
     } catch (const CommandError& failure) {
         if (!gsheet::last_request_was_repeated()) throw;
         const std::string left = leftovers_of(title, 0);
@@ -183,7 +188,7 @@ void find(const GoogleOptions& options, OutputSink& out) {
 
 template <Builtin builtin>
 void print_result(const GoogleOptions& options, OutputSink& out) {
-    print_text(*call_with_arguments(builtin, options), out);
+    print_object(*call_with_arguments(builtin, options), options, out);
 }
 
 /// One command: its name, its arguments, what runs.

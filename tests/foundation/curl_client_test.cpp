@@ -240,9 +240,16 @@ TEST_F(CurlClientTest, AsksTheStrategyAfterEveryAttempt) {
 TEST_F(CurlClientTest, GoesThroughTheProxyOfTheEnvironment) {
     const std::string& proxy = service.root();
     set_environment_variable("http_proxy", std::u16string(proxy.begin(), proxy.end()));
-    client->send(HttpRequest(HttpMethod::Get, "http://service.invalid/v4/x"));
+    // The last two only look like this machine.
+    const std::string urls[] = {"http://service.invalid/v4/x", "http://127.0.0.1.invalid/v4/x",
+                                "http://127.0.0.1@service.invalid/v4/x"};
+    for (const std::string& url : urls)
+        client->send(HttpRequest(HttpMethod::Get, url));
     set_environment_variable("http_proxy", u"");
-    EXPECT_EQ(service.log().at(0).at("target"), "http://service.invalid/v4/x");
+    const auto log = service.log();
+    ASSERT_EQ(log.size(), 3u);
+    EXPECT_EQ(log.at(0).at("target"), urls[0]);
+    EXPECT_EQ(log.at(1).at("target"), urls[1]);
 }
 
 class CurlClientTlsTest : public CurlClientTest {

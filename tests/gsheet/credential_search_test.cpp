@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Where tokens come from, how long they are kept, and that nothing of them is said.
+#include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <random>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "foundation/files.h"
 #include "spreadsheet/failure.h"
 #include "spreadsheet/gsheet/credentials.h"
 #include "spreadsheet/gsheet/drive.h"
@@ -220,6 +223,9 @@ TEST_F(CredentialSearchTest, SaysNothingSecret) {
             }
         }
     }
+    set("ZX_TOKEN_COMMAND", "echo MARK-command");
+    client.script = {echoed("message", 403, "MARK-command")};
+    EXPECT_EQ(spreadsheet::thrown_id([&] { token_of_request(); }), 45);
     set("ZX_TOKEN_COMMAND", "echo MARK with blanks");
     EXPECT_EQ(spreadsheet::thrown_id([&] { token_of_request(); }), 45);
     logger.set_level_mask(foundation::log::default_mask);

@@ -2,6 +2,8 @@
 //
 // What the commands print.
 #include "tests/zxsheet/program.h"
+#include "zxsheet/online_cells.h"
+#include "zxsheet/output_sink.h"
 
 namespace zxsheet::test {
 namespace {
@@ -213,6 +215,30 @@ TEST(ReadCommand, JoinsBandsOfRows) {
     EXPECT_EQ(run_program({"read", book.text()}).out, expected);
     const Outcome table = run_program({"read", book.text(), "--to", "table", "-r", "A4999:A5000"});
     EXPECT_EQ(table.out, "      A\n4999  4999\n5000  5000\n");
+}
+
+TEST(OutputSink, SaysWhereItBreaksOff) {
+    std::ostringstream out;
+    OutputSink sink(out, "");
+    sink.write("held back\n");
+    EXPECT_EQ(sink.break_off_text(), "");
+    sink.write(std::string(65'526, 'x'));
+    EXPECT_EQ(sink.break_off_text(), " The output breaks off after 1 whole line (65,536 bytes).");
+}
+
+TEST(OnlineRowBlocks, CoverEachRowOnce) {
+    Selection selection;
+    for (const int last_column : {0, 3, 49, 18'277}) {
+        selection.range = {5, 0, 1'200'000, last_column};
+        int next = 5;
+        for (const RowBlock& block : online_row_blocks(selection)) {
+            EXPECT_EQ(block.first_row, next);
+            const std::int64_t rows = std::int64_t{block.last_row} - block.first_row + 1;
+            EXPECT_TRUE(rows >= 1 && rows <= 500'001 && rows * (last_column + 1) <= 2'000'000);
+            next = block.last_row + 1;
+        }
+        EXPECT_EQ(next, 1'200'001);
+    }
 }
 
 } // namespace

@@ -156,7 +156,9 @@ json::Object describe_token(const std::string& token) {
     const http::HttpResponse response =
         post_form(to_utf8(endpoints().token + u"/tokeninfo"), {{"access_token", token}});
     json::Object reply = object_of(response);
-    if (response.status == 200) return reply;
+    if (response.status == 200 && !reply.empty()) return reply;
+    if (response.status == 200)
+        throw_sign_in_failure("The service's reply about the token cannot be understood.");
     spreadsheet::ServiceReason reason;
     reason.http_status = static_cast<int>(response.status);
     reason.message = text_member(reply, "error_description");

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "spreadsheet/book_factory.h"
+#include "spreadsheet/online.h"
 #include "tests/spreadsheet/gsheet/emulated_service.h"
 #include "tests/spreadsheet/thrown_id.h"
 
@@ -250,6 +251,21 @@ TEST_F(EmulatedBook, FitsTheGrid) {
     const Object grid = sheet_state("tall", 0).as_object();
     EXPECT_EQ(grid.at("rows"), Value(500'000));
     EXPECT_EQ(grid.at("columns"), Value(20));
+
+    const Object used({{"A600", Object({{"value", Object({{"numberValue", 1}})}})}});
+    const Object sheet_of_wide(
+        {{"title", "Wide"}, {"rows", 1000}, {"columns", 5000}, {"cells", used}});
+    service.control(foundation::http::HttpMethod::Post, "files",
+                    Object({{"id", "wide"}, {"sheets", test::Array({sheet_of_wide})}}));
+    const auto wide = open("wide")->sheet(std::size_t{0});
+    const std::vector<cell_type> many(18'277, number);
+    Cells long_row{std::vector<std::u16string>(many.size(), u"7")};
+    EXPECT_EQ(
+        thrown_id([&] {
+            online_sheet(wide)->replace({0, 0, 0, 18'276}, many.data(), long_row.provider(), false);
+        }),
+        52)
+        << "no row that is in use is deleted";
 }
 
 TEST_F(EmulatedBook, ProtectsAndTakesProtectionAway) {

@@ -143,10 +143,14 @@ TEST_F(EmulatedFaults, AWriteThatWasTakenIsWrittenOnce) {
     book->sheet(std::size_t{0})->read({0, 0, 0, 0}, &unused);
     EXPECT_EQ(book->sheet(std::size_t{0})->cell_types(Range{0, 0, 0, 0}),
               (std::vector<cell_type>{cell_type::text}));
+    service.order_fault(
+        {{"fault", "taken-then-status"}, {"status", 503}, {"path", "copyTo"}, {"times", 1}});
+    book->add_sheet(0, u"Copy", u"Grid");
+    EXPECT_EQ(open(kId)->num_sheets(), 8u) << "one copy, although two were made";
     service.order_fault({{"fault", "taken-then-cut"}, {"method", "POST"}, {"times", 1}});
     EXPECT_EQ(outcome_of([&] { book->add_sheet(0, u"New", u""); }), kBroken);
-    EXPECT_EQ(book->num_sheets(), 7u);
-    EXPECT_EQ(open(kId)->num_sheets(), 8u);
+    EXPECT_EQ(book->num_sheets(), 8u);
+    EXPECT_EQ(open(kId)->num_sheets(), 9u);
 }
 
 } // namespace
