@@ -71,6 +71,7 @@ std::string text_of(const Column& column, std::size_t rows) {
             // What a host sees that does not look at the bitmap.
             EXPECT_TRUE(column.numbers.empty() || std::isnan(column.numbers[row]));
             EXPECT_TRUE(column.codes.empty() || column.codes[row] == kMissingText);
+            EXPECT_TRUE(column.booleans.empty() || column.booleans[row] == 0);
             EXPECT_TRUE(column.microseconds.empty() || column.microseconds[row] == kMissingDate);
         } else if (column.type == ColumnType::number) {
             text += number(column.numbers[row]);
@@ -80,6 +81,7 @@ std::string text_of(const Column& column, std::size_t rows) {
             text += iso_text_from_microseconds(column.microseconds[row]);
         } else if (column.type == ColumnType::text || column.codes[row] != kMissingText) {
             text += string(row);
+            EXPECT_TRUE(column.numbers.empty() || std::isnan(column.numbers[row]));
         } else {
             text += std::to_string(static_cast<int>(column.kinds[row])) + ':' +
                     number(column.numbers[row]);
@@ -105,7 +107,7 @@ TEST(ReadTable, GivesAColumnTheTypeThatAllItsValuesHave) {
                                   {-2.0, false, SerialDatenum{45352.25}, u"y", u"1", none},
                                   {3.0, true, kDay, u"x", true, none},
                                   {4.0, true, kDay, u"x", kDay, none},
-                                  {5.0, true, kDay, u"x", none, none},
+                                  {5.0, true, kDay, u"x", false, none},
                                   {6.0, true, kDay, u"x", none, none},
                                   {7.0, true, kDay, u"x", none, none},
                                   {8.0, true, kDay, u"z", none, none}});
@@ -114,7 +116,7 @@ TEST(ReadTable, GivesAColumnTheTypeThatAllItsValuesHave) {
                             "b: boolean true - false true true true true true true",
                             "d: date 2024-03-01 - 2024-03-01T06:00:00 2024-03-01 2024-03-01 "
                             "2024-03-01 2024-03-01 2024-03-01 2024-03-01",
-                            "t: text x - y x x x x x z", "m: mixed 1:1 - 1 4:1 3:45352 - - - -",
+                            "t: text x - y x x x x x z", "m: mixed 1:1 - 1 4:1 3:45352 4:0 - - -",
                             "nothing: number - - - - - - - - -"));
     EXPECT_EQ(table.range, (Range{0, 0, 9, 5}));
     EXPECT_THAT(table.columns[3].codes, ElementsAre(0, -1, 1, 0, 0, 0, 0, 0, 2));
@@ -146,6 +148,8 @@ TEST(ReadTable, FollowsItsOptions) {
     options.header_row = 5;
     EXPECT_EQ(thrown_id([&] { table_of(rows, options); }), 12);
     options = {};
+    options.max_cells = 20;
+    EXPECT_EQ(table_of(rows, options).rows, 4U);
     options.max_cells = 19;
     EXPECT_EQ(failure_of_thrown([&] { table_of(rows, options); }).kind, FailureKind::Limit);
     options = {};
@@ -183,6 +187,89 @@ TEST(ReadTable, ConvertsToTheTypeAskedForAndReportsIt) {
     EXPECT_EQ(thrown_id([&] { table_of(rows, options); }), 12);
 }
 
+TEST(ReadTable, TakesWholeNumbersFromTexts) {
+    TableOptions options;
+    options.types = {{"v", ColumnType::number}};
+    const Table table = table_of(
+        {{u"v"}, {u"+12"}, {u"1e3"}, {u"+-5"}, {u"inf"}, {u"nan"}, {u"0x10"}, {u"1,5"}}, options);
+    EXPECT_THAT(texts_of(table), ElementsAre("v: number 12 1000 - - - - -"));
+}
+
+TEST(ReadTable, ReportsTheFirstCellOfEachColumnAndCoercion) {
+    TableOptions options;
+    options.types = {{"true", ColumnType::text},
+                     {"2024-03-01", ColumnType::boolean},
+                     {"false", ColumnType::date}};
+    options.drop_blank_rows = true;
+    const Table table =
+        read_table(book_of({{none, none, none, none},
+                            {none, true, kDay, false},
+                            {none, none, none, none},
+                            {none, u"x", SerialDatenum{1.0}, SerialDatenum{60.5}},
+                            {none, SerialDatenum{2958466.0}, 2.0, SerialDatenum{2958466.0}},
+                            {none, 7.0, true, SerialDatenum{60.0}},
+                            {none, u"x", true, u"2024-03-01T00:00"}}),
+                   "", "B2:D7", options);
+    EXPECT_THAT(texts_of(table),
+                ElementsAre("true: text x 2958466 7 x", "2024-03-01: boolean - - true true",
+                            "false: date 1900-02-28T12:00:00 - 1900-02-28 2024-03-01"));
+    std::vector<std::array<int, 5>> coerced;
+    for (const CoercedCells& cells : table.coerced)
+        coerced.push_back({static_cast<int>(cells.column), static_cast<int>(cells.coercion),
+                           static_cast<int>(cells.count), cells.first.row, cells.first.column});
+    const auto converted = static_cast<int>(Coercion::converted);
+    const auto refused = static_cast<int>(Coercion::not_convertible);
+    const auto no_such_date = static_cast<int>(Coercion::no_such_date);
+    const auto out_of_range = static_cast<int>(Coercion::date_out_of_range);
+    EXPECT_THAT(coerced,
+                ElementsAre(std::array{0, converted, 2, 4, 1}, std::array{1, refused, 2, 3, 2},
+                            std::array{2, converted, 1, 6, 3}, std::array{2, no_such_date, 2, 3, 3},
+                            std::array{2, out_of_range, 1, 4, 3}));
+}
+
+TEST(ReadTable, CodesManyTextsOnce) {
+    auto book = create_new_book(1, book::format::XLSX, book::interactive::file, u"");
+    const auto sheet = book->sheet(std::size_t{0});
+    int next = 0;
+    CellProvider provider{};
+    provider.context = &next;
+    provider.text = [](void* from) {
+        return u"text " +
+               foundation::unicode::to_utf16(std::to_string((*static_cast<int*>(from))++ % 1000));
+    };
+    const std::vector<cell_type> types(2000, cell_type::text);
+    sheet->write({0, 0, 1999, 0}, types.data(), provider, false);
+    TableOptions options;
+    options.header_row = kNoHeader;
+    const Column column = read_table(book, "", "", options).columns[0];
+    EXPECT_EQ(column.strings.size(), 1000U);
+    for (std::size_t row = 0; row < 2000; ++row)
+        ASSERT_EQ(column.strings[static_cast<std::size_t>(column.codes[row])],
+                  "text " + std::to_string(row % 1000));
+}
+
+TEST(ReadTable, KnowsWhichSheetIsMeantAndWhichCellsAreBlank) {
+    const auto load = [](const char* name, auto... index) {
+        const auto path = foundation::unicode::to_utf16(std::string(ZX_TEST_DATA "/") + name);
+        if constexpr (sizeof...(index) > 0)
+            return load_book_from_file_with_sheet_index(path, book::format::XLSX,
+                                                        book::interactive::file, index...);
+        else
+            return load_book_from_file(path, book::interactive::file);
+    };
+    const auto whole = load("chart_and_dialog_sheets.xlsm");
+    reorder_sheet(whole, 1, 0);
+    ASSERT_EQ(whole->sheet_type(0), sheet::type::chart);
+    TableOptions options;
+    options.header_row = kNoHeader;
+    EXPECT_THAT(texts_of(read_table(whole, "", "", options)), ElementsAre("column1: number 1"));
+    const auto one = load("merged_regions.xlsx", std::size_t{1});
+    EXPECT_THAT(texts_of(read_table(one, "", "", options)), ElementsAre("column1: number 1"));
+    options.drop_blank_rows = options.drop_blank_columns = true;
+    EXPECT_THAT(texts_of(read_table(load("formatted_blanks.xlsx"), "", "A1:D4", options)),
+                ElementsAre("column1: number 1"));
+}
+
 TEST(ReadTable, ConvertedTextsShareTheCodesOfEqualTexts) {
     TableOptions options;
     options.types = {{"v", ColumnType::text}};
@@ -202,6 +289,8 @@ TEST(ReadTable, ReadsErrorCellsAsMissingWithAReport) {
     ASSERT_EQ(table.coerced.size(), 1U);
     EXPECT_EQ(table.coerced[0].coercion, Coercion::error_dropped);
     EXPECT_EQ(table.coerced[0].first, (Cell{1, 0}));
+    options.merged = MergedCellRules{};
+    EXPECT_EQ(read_table(book, "data", "A1:A3", options).coerced.size(), 1U);
     EXPECT_EQ(failure_of_thrown([&] { read_table(book, "no such", "", {}); }).kind,
               FailureKind::Missing);
 }
@@ -219,6 +308,8 @@ TEST(ReadTable, AppliesTheRulesForMergedCells) {
     EXPECT_EQ(thrown_id([&] { read_table(book, "Open", "A1:C2", options); }), 38);
     options.merged->columns = MergedCellColumnRule::omit;
     EXPECT_EQ(read_table(book, "Open", "A1:D2", options).columns.size(), 1U);
+    options.merged = MergedCellRules{MergedCellColumnRule::first, MergedCellRowRule::omit};
+    EXPECT_EQ(read_table(book, "Open", "D1:D6", options).rows, 2U);
 }
 
 TEST(DistinctNames, NumbersEmptyAndEqualNames) {
@@ -250,6 +341,10 @@ TEST(Dates, HaveOneTimeForEachSerialNumber) {
     for (const auto& one : cases)
         EXPECT_EQ(iso_text_from_microseconds(microseconds_from_serial(one.serial)), one.text)
             << one.serial;
+    EXPECT_EQ(serial_from_microseconds(microseconds_from_iso_text("1900-02-28T12:00")), 59.5);
+    const double first = serial_from_microseconds(microseconds_from_iso_text("0001-01-01"));
+    EXPECT_EQ(iso_text_from_microseconds(microseconds_from_serial(first)), "0001-01-01");
+    EXPECT_EQ(microseconds_from_serial(first - 1), kMissingDate);
     for (std::int64_t time = -2'203'891'200'000'000; time < 3'000'000'000'000'000;
          time += 1'234'567'890'123)
         ASSERT_EQ(microseconds_from_serial(serial_from_microseconds(time)), time);
@@ -259,9 +354,9 @@ TEST(Dates, AreReadFromIsoTextAsAWhole) {
     for (const char* text :
          {"2024-03-01", "2024-02-29", "0001-01-01", "9999-12-31T23:59:59.999999"})
         EXPECT_EQ(iso_text_from_microseconds(microseconds_from_iso_text(text)), text);
-    for (const char* text :
-         {"", "2024", "2024-02-30", "2024-13-01", "2024-03-01T", "2024-03-01x", "2024-03-01T24:00",
-          "2024-03-01T13:05:61", "2024-03-01T13:05:00.", "0000-01-01", "2024-03-01T13:05Z"})
+    for (const char* text : {"", "2024", "2024-02-30", "2024-13-01", "2024-03-01T", "2024-03-01x",
+                             "2024-03-01T24:00", "2024-03-01T13:60", "2024-03-01T13:05:60",
+                             "2024-03-01T13:05:00.", "0000-01-01", "2024-03-01T13:05Z"})
         EXPECT_EQ(microseconds_from_iso_text(text), kMissingDate) << text;
 }
 
@@ -304,14 +399,35 @@ TEST(WriteTable, RefusesWhatTheWorkbookWouldStoreAsSomethingElse) {
     long_text.columns[0].strings.add(std::string(32'768, 'x'));
     Table long_name = table_of({{u"t"}, {u"x"}});
     long_name.columns[0].name = std::string(32'768, 'x');
-    for (const Table& table : {infinite, short_column, no_text, long_text, long_name,
-                               date("1899-12-31"), date("0001-01-01")}) {
+    Table after_9999 = date("9999-12-31");
+    after_9999.columns[0].microseconds[0] += 86'400'000'000;
+    Table short_bits = table_of({{u"n"}, {1.0}});
+    short_bits.columns[0].validity.clear();
+    Table short_mixed = table_of({{u"m"}, {1.0}, {u"x"}});
+    short_mixed.columns[0].numbers.pop_back();
+    const struct {
+        const Table& table;
+        const char* where;
+    } cases[]{
+        {infinite, "cell B5"},
+        {short_column, "Column 'n'"},
+        {no_text, "cell B5"},
+        {long_text, "cell B5"},
+        {long_name, "cell B4"},
+        {date("1899-12-31"), "cell B5"},
+        {date("0001-01-01"), "cell B5"},
+        {after_9999, "cell B5"},
+        {short_bits, "Column 'n'"},
+        {short_mixed, "Column 'm'"},
+    };
+    for (const auto& [table, where] : cases) {
         const auto book = book_of({});
         const auto sheet = book->sheet(std::size_t{0});
         const Failure failure = failure_of_thrown([&] {
-            write_table(book, *sheet, {0, 0}, table, {});
+            write_table(book, *sheet, {3, 1}, table, {});
         });
         EXPECT_EQ(failure.kind, FailureKind::Refused) << failure.cause;
+        EXPECT_THAT(failure.cause, testing::HasSubstr(where));
         EXPECT_EQ(sheet->used_range().last_row, -1) << "something was written";
     }
     const auto book = book_of({});
@@ -320,6 +436,29 @@ TEST(WriteTable, RefusesWhatTheWorkbookWouldStoreAsSomethingElse) {
                   write_table(book, *sheet, {1'048'575, 0}, table_of({{u"n"}, {1.0}}), {});
               }),
               24);
+}
+
+TEST(WriteTable, TakesWhatJustFitsAndLeavesWhatIsMissingOut) {
+    Table table = table_of(
+        {{u"n", u"d", u"t", u"e", u"l", u"u"}, {1.0, SerialDatenum{1.0}, u"x", u"", u"x", u"x"}});
+    table.columns[4].strings = {};
+    table.columns[4].strings.add(std::string(32'767, 'x'));
+    table.columns[5].strings = {};
+    for (int i = 0; i < 20'000; ++i)
+        table.columns[5].strings.bytes += "\u00e9"; // more bytes than a cell has units
+    table.columns[5].strings.offsets.push_back(40'000);
+    const auto book = book_of({{none, none, none, 9.0}, {9.0, kDay, u"old", u"old"}});
+    const auto sheet = book->sheet(std::size_t{0});
+    write_table(book, *sheet, {0, 0}, table, {false, false});
+    EXPECT_EQ(texts_of(read_table(book, "", "B1", {kNoHeader})).at(0), "column1: date 1900-01-01");
+    table.columns.resize(4);
+    table.columns[0].numbers[0] = kNan;
+    table.columns[1].microseconds[0] = kMissingDate;
+    table.columns[2].codes[0] = kMissingText;
+    write_table(book, *sheet, {1, 0}, table, {false, false});
+    std::array<cell_type, 4> types{};
+    std::as_const(*sheet).cell_types({1, 0, 1, 3}, types.data());
+    EXPECT_THAT(types, testing::Each(cell_type::empty));
 }
 
 TEST(WriteTable, CountsDatesOfA1904WorkbookFromItsOwnEpoch) {
@@ -346,6 +485,9 @@ TEST(Numbers, TravelInEitherOrderWithNanWhereThereIsNone) {
     read_numbers(*sheet, {0, 0, 1, 2}, values.data(), MatrixOrder::rows_first);
     EXPECT_THAT(values, testing::Pointwise(testing::NanSensitiveDoubleEq(),
                                            {1.0, kNan, 45352.0, kNan, 5.0, 1.0}));
+    read_numbers(*sheet, {0, 1, 1, 2}, values.data(), MatrixOrder::columns_first);
+    EXPECT_EQ(values[2], 45352.0);
+    read_numbers(*sheet, {0, 0, 1, 2}, values.data(), MatrixOrder::rows_first);
     write_numbers(book, *sheet, {2, 0, 3, 2}, values.data(), MatrixOrder::rows_first);
     std::array<double, 6> again{};
     read_numbers(*sheet, {2, 0, 3, 2}, again.data(), MatrixOrder::rows_first);
@@ -355,6 +497,37 @@ TEST(Numbers, TravelInEitherOrderWithNanWhereThereIsNone) {
         write_numbers(book, *sheet, {2, 0, 3, 2}, values.data(), MatrixOrder::rows_first);
     });
     EXPECT_THAT(failure.cause, testing::HasSubstr("cell B4 is infinite"));
+}
+
+TEST(Numbers, TravelInBlocksOfRows) {
+    const auto book = book_of({{kDay}});
+    const auto sheet = book->sheet(std::size_t{0});
+    double day = 0.0; // a date beside no boolean
+    read_numbers(*sheet, {0, 0, 0, 0}, &day, MatrixOrder::columns_first);
+    EXPECT_EQ(day, 45352.0);
+    constexpr int kRows = 70'000;
+    constexpr int kColumns = 16; // more cells than a block has
+    std::vector<double> values(std::size_t{kRows} * kColumns, kNan);
+    values[5] = 1.0;
+    values[values.size() - 3] = 2.0;
+    const Range range{0, 0, kRows - 1, kColumns - 1};
+    write_numbers(book, *sheet, range, values.data(), MatrixOrder::rows_first);
+    std::vector<double> again(values.size());
+    read_numbers(*sheet, range, again.data(), MatrixOrder::rows_first);
+    EXPECT_TRUE(std::equal(values.begin(), values.end(), again.begin(), [](double a, double b) {
+        return a == b || (std::isnan(a) && std::isnan(b));
+    }));
+    for (const auto order : {MatrixOrder::rows_first, MatrixOrder::columns_first})
+        EXPECT_EQ(thrown_id([&] {
+                      read_numbers(*sheet, range, again.data(), order,
+                                   {nullptr, [](void*) { return true; }});
+                  }),
+                  18);
+    EXPECT_EQ(thrown_id([&] {
+                  write_numbers(book, *sheet, {0, 16'380, 0, 16'384}, values.data(),
+                                MatrixOrder::columns_first);
+              }),
+              24);
 }
 
 } // namespace
