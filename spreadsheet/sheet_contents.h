@@ -80,9 +80,9 @@ ZX_API std::optional<std::vector<Range>> merged_ranges(const ISheet& sheet);
 /// Cells of the loaded rows with a formula for which the file has no value; 0 where not known.
 ZX_API std::uint64_t formulas_without_result(const ISheet& sheet);
 
-/// Hands over the formulas of rows `first_row` to `last_row` (zero-based, inclusive) as the file
-/// has them, row after row, by reading them from the file. Returns false where formulas are not
-/// known. `Exception` 9 when the file cannot be read any more.
+/// Hands over the formulas of rows `first_row` to `last_row` (zero-based, inclusive), without the
+/// prefixes that files give to newer functions, row after row, by reading them from the file.
+/// Returns false where formulas are not known. `Exception` 9 when it cannot be read any more.
 ZX_API bool read_formulas(const ISheet& sheet, int first_row, int last_row,
                           const FormulaBuilder& builder);
 

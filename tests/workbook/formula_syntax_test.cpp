@@ -36,7 +36,11 @@ TEST(FormulaProblem, IsEmptyForFormulas) {
                                       "T[[#This Row],[a;b)]]",
                                       ".5+1e3",
                                       "SUM(\n A1 ,\tB1 )",
-                                      "(1)%"})
+                                      "(1)%",
+                                      "LET(x, 1, y,x, x+y)",
+                                      "LAMBDA(x, [y] ,x)(1,2)(3)",
+                                      "LAMBDA(1)",
+                                      "SUM(A1#,Sheet1!$A$1#,Rate#)"})
         EXPECT_EQ(formula_problem(formula), "");
 }
 
@@ -62,6 +66,10 @@ TEST(FormulaProblem, SaysWhatIsWrongAndWhere) {
         {"1+pi(2)", "PI has too many arguments", 4},
         {"\"x", "no closing quote", 2},
         {"A1+'x", "not closed", 5},
+        {"LET(x,1)", "LET takes names", 2},
+        {"LET(x1,1,2)", "LET needs a name", 6},
+        {"_xlfn.LET(x,1,[y],1,2)", "Table[[#This Row]", 16},
+        {"LAMBDA(x,A1,1)", "LAMBDA needs a name", 11},
         {"{1,2;3}", "differ in length", 8},
         {"{1", "closing brace is missing", 4},
         {"{A1}", "'A1' is not expected", 3},
@@ -71,7 +79,7 @@ TEST(FormulaProblem, SaysWhatIsWrongAndWhere) {
         {"T[@a]", "[#This Row]", 2},
         {"[a]", "[#This Row]", 2},
         {"@A1", "'@' is not expected", 2},
-        {"A1#", "'#' is not expected", 4},
+        {"A1:B2#", "'#' is not expected", 7},
         {"\"\xC3\xA4\"&", "something is missing", 6}, // characters, not bytes
         {"A1\x01", "control character", 4},
     };

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "workbook/xlsx/formula/formula_text.h"
+#include "workbook/xlsx/formula/stored_formula.h"
 
 namespace workbook {
 namespace {
@@ -58,6 +59,47 @@ TEST(TranslateFormula, MovesReferencesWithoutDollars) {
     };
     for (const Case& c : cases)
         EXPECT_EQ(translate_formula(c.formula, c.rows, c.columns), c.moved) << c.formula;
+}
+
+TEST(StoredFormula, HasPrefixesThatAreNotShown) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"XLOOKUP(A1,B:B,C:C)+SUM(1)", "_xlfn.XLOOKUP(A1,B:B,C:C)+SUM(1)"},
+        {"SORT(FILTER(A:A,STDEV.S(B:B)>0))",
+         "_xlfn._xlws.SORT(_xlfn._xlws.FILTER(A:A,_xlfn.STDEV.S(B:B)>0))"},
+        {"\"IFS(\"&IFS(A1,\"IFS(1)\")&IFS", "\"IFS(\"&_xlfn.IFS(A1,\"IFS(1)\")&IFS"},
+        {"Sheet1!IFS(1)+T[IFS]+'IFS'!A1", "Sheet1!IFS(1)+T[IFS]+'IFS'!A1"},
+        {"SINGLE(A1#)+SUM(S!$A$1#)",
+         "_xlfn.SINGLE(_xlfn.ANCHORARRAY(A1))+SUM(_xlfn.ANCHORARRAY(S!$A$1))"},
+        {"LET(x,Rate#,x#)+#REF!",
+         "_xlfn.LET(_xlpm.x,_xlfn.ANCHORARRAY(Rate),_xlfn.ANCHORARRAY(_xlpm.x))+#REF!"},
+        {"ANCHORARRAY(INDEX(A:A,1))", "_xlfn.ANCHORARRAY(INDEX(A:A,1))"},
+        {"NETWORKDAYS.INTL(1,2)+ISO.CEILING(1)", "NETWORKDAYS.INTL(1,2)+ISO.CEILING(1)"},
+        // A name is known after its value, until the parenthesis.
+        {"LET( x , x+1,f,LAMBDA(a, [b] ,a+b+X),f(x,{1,2}))+x",
+         "_xlfn.LET( _xlpm.x , x+1,_xlpm.f,_xlfn.LAMBDA(_xlpm.a, _xlop.b "
+         ",_xlpm.a+_xlpm.b+_xlpm.X),_xlpm.f(_xlpm.x,{1,2}))+x"},
+        {"LET(\xC3\x84,1,\xC3\xA4+T[x]+S!\xC3\x84)",
+         "_xlfn.LET(_xlpm.\xC3\x84,1,_xlpm.\xC3\xA4+T[x]+S!\xC3\x84)"},
+        {"LET(x,LET(y,1,y),(x,y))", "_xlfn.LET(_xlpm.x,_xlfn.LET(_xlpm.y,1,_xlpm.y),(_xlpm.x,y))"},
+        {"MAP(A:A,LAMBDA(v,v*2))", "_xlfn.MAP(A:A,_xlfn.LAMBDA(_xlpm.v,_xlpm.v*2))"},
+    };
+    for (const auto& [shown, stored] : cases) {
+        EXPECT_EQ(stored_formula(shown), stored);
+        EXPECT_EQ(stored_formula(stored), stored);
+        EXPECT_EQ(shown_formula(stored), shown);
+    }
+    EXPECT_EQ(stored_formula("xlookup(1)"), "_xlfn.XLOOKUP(1)");
+    // Without these the formula could not be written as it was.
+    for (const char* stored :
+         {"_xlfn.NOTYET(1)", "_xlfn.FILTER(1)", "_xlws.SORT(1)", "_xlfn.SUM(1)", "_xlfn.ifs(1)",
+          "_xlfn.LET(_xlpm.x,1,_xlpm.x+x)", "_xlfn.LET(_xlpm.x1,1,_xlpm.x1)", "\"_xlfn.IFS(1)\"",
+          "_xlfn.ANCHORARRAY(", "_xlfn.ANCHORARRAY(A1:B2)", "_xlpm.x", ")_xlfn.IFS(",
+          "_xlfn.IFS(\"open"})
+        EXPECT_EQ(stored_formula(shown_formula(stored)), stored);
+    EXPECT_EQ(shown_formula("_xlfn.LET(_xlpm.x,1,_xlpm.x+x)"), "_xlfn.LET(_xlpm.x,1,_xlpm.x+x)");
+    EXPECT_EQ(rename_sheets("_xlfn.LET(_xlpm.x,S!A1,_xlfn.IFS(_xlpm.x,1))",
+                            [](std::string_view) { return "New"; }),
+              "_xlfn.LET(_xlpm.x,New!A1,_xlfn.IFS(_xlpm.x,1))");
 }
 
 TEST(TranslateFormula, StaysWholeForHugeDistances) {

@@ -180,7 +180,7 @@ TEST(FormulaText, IsWhatApplicationsShow) {
     context.sheets = {"Data", "It's", "Other"};
     context.names = {
         {"Rate", {}}, {"_xlnm.Print_Area", 0}, {"_xlfn.IFERROR", {}}, {"_xlfn.NEW", {}}, {"", {}},
-        {"Own", 1}};
+        {"Own", 1},   {"_xlfn.STDEV.S", {}}};
     using Kind = SupportingBook::Kind;
     context.books = {{Kind::Own, {}, {}, {}},
                      {Kind::Other, "B 2.xls", {"S"}, {"Far"}},
@@ -225,10 +225,11 @@ TEST(FormulaText, IsWhatApplicationsShow) {
         {"23 01000000", "Rate"},
         {"23 02000000", "Print_Area"},
         {"23 05000000", nullptr},
-        {"23 07000000", nullptr},
+        {"23 08000000", nullptr},
         {"23 00000000", nullptr},
         {"23 03000000 1e 0100 1e 0200 42 03 ff00", "IFERROR(1,2)"},
         {"23 04000000 42 01 ff00", "_xlfn.NEW()"},
+        {"23 07000000 1e 0100 42 02 ff00", "STDEV.S(1)"},
         {"42 00 ff00", nullptr},
         {"5a 0000 0000 00c0", "Data!A1"},
         {"5a 0100 0000 00c0", "'It''s'!A1"},

@@ -7,6 +7,7 @@
 
 #include "workbook/cells/cell_name.h"
 #include "workbook/error.h"
+#include "workbook/xlsx/formula/stored_formula.h"
 #include "workbook/xlsx/reading/formula_reader.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
 
@@ -68,10 +69,11 @@ bool XlsxSheet::visit_formulas(int first_row, int last_row, const FormulaVisitor
 bool XlsxSheet::write_formula(int row, int column, std::string_view formula, const Format* format) {
     if (const std::string problem = formula_problem(formula); !problem.empty())
         return fail(ErrorKind::Refused, cell_name(row, column) + ": " + problem);
-    if (const auto missing = contents_.missing_in(formula))
+    const std::string stored = stored_formula(formula);
+    if (const auto missing = contents_.missing_in(stored))
         return fail(ErrorKind::Missing, cell_name(row, column) + ": the formula refers to a " +
                                             *missing + ", which the workbook does not have");
-    return keep_formula(row, column, formula, format);
+    return keep_formula(row, column, stored, format);
 }
 
 template <class Change>

@@ -106,11 +106,12 @@ TEST_F(ApplicationProgram, ConvertsWithResultsThatItComputes) {
                {{"read", "c.xls", "--formulas", "-r", "A1:B1"}, "", 0, "2,=A1*21\n"},
                {{"diff", "c.ods", "c.xls", "--app"}, "", 0, ""},
                {{"write", "w.xlsx", "--formulas"},
-                "2,=A1*21,\"=IF(B1>$A$1,\"\"<\"\"&A1,1)\",=Sheet1!B1%\n",
+                "2,=A1*21,\"=IF(B1>$A$1,\"\"<\"\"&A1,1)\",=Sheet1!B1%\n"
+                "\"=IFS(A1>1,CONCAT(A1:B1))\",\"=STDEV.S(A1,4,6)\"\n",
                 0,
                 "",
                 "Made the book"},
-               {{"--app", "read", "w.xlsx"}, "", 0, "2,42,<2,0.42\n"},
+               {{"--app", "read", "w.xlsx"}, "", 0, "2,42,<2,0.42\n242,2,,\n"},
                {{"--app", "convert", "c.ods", "c.csv"}, "", 0, ""},
                {{"--app", "read", "c.csv"}, "", 0, computed},
                {{"--app", "convert", "f.xlsx", "c.xlsb"}, "", 6, "", "c.xlsb"}});

@@ -14,6 +14,7 @@
 #include "foundation/unicode.h"
 #include "workbook/cells/cell_name.h"
 #include "workbook/functions/function_table.h"
+#include "workbook/functions/later_functions.h"
 #include "workbook/io/little_endian.h"
 #include "workbook/xls/formula/token_stream.h"
 #include "workbook/xls/reading/formula_results.h"
@@ -267,7 +268,7 @@ class Printer {
              {"IFERROR", "COUNTIFS", "SUMIFS", "AVERAGEIF", "AVERAGEIFS"})
             if (name.starts_with(kLater) && name.substr(kLater.size()) == known)
                 return std::string(known);
-        return name;
+        return std::string(without_later_prefix(name));
     }
 
     std::string array_text(const FormulaToken& token) {

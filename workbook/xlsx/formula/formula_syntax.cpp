@@ -9,7 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/ascii_case.h"
 #include "workbook/functions/function_table.h"
+#include "workbook/functions/later_functions.h"
 #include "workbook/library.h"
 #include "workbook/xlsx/formula/formula_tokens.h"
 
@@ -21,6 +23,10 @@ using Kind = FormulaTokenKind;
 
 constexpr int kMaxFunctionDepth = 64; ///< that applications take (18.17.2.7)
 constexpr int kMaxDepth = 256;        ///< of parentheses
+
+bool is_named(std::string_view function, std::string_view name) {
+    return foundation::unicode::equal_ignoring_ascii_case(without_later_prefix(function), name);
+}
 
 bool is_blank(std::string_view text) {
     return text == " " || text == "\n" || text == "\t";
@@ -151,15 +157,15 @@ class SyntaxChecker {
             ++at_;
             if (!is_kind(Kind::Reference) && !is_kind(Kind::Name) && !is_kind(Kind::Error))
                 fail("there are no cells after '" + std::string(text) + "'");
-            ++at_;
+            take_cells();
             return true;
         case Kind::Reference:
-            ++at_;
+            take_cells();
             return true;
         case Kind::Name:
             if (text.starts_with('[') || text.find("[@") != std::string_view::npos)
                 fail("a column of a table is written as Table[[#This Row],[Column]]");
-            ++at_;
+            take_cells();
             return true;
         case Kind::Error:
             ++at_;
@@ -167,6 +173,10 @@ class SyntaxChecker {
         case Kind::Function:
             ++at_;
             check_arguments(text);
+            while (is_named(text, "LAMBDA") && is("(")) {
+                ++at_;
+                check_arguments({});
+            }
             return true;
         case Kind::Other:
             break;
@@ -175,6 +185,13 @@ class SyntaxChecker {
         if (text == "{") return check_array(), false;
         check_constant();
         return false;
+    }
+
+    /// With the '#' after one cell or a name: all cells that it fills.
+    void take_cells() {
+        const FormulaToken& token = tokens_[at_++].token;
+        if (token.kind != Kind::Error && token.text.find(':') == std::string_view::npos && is("#"))
+            ++at_;
     }
 
     bool check_parentheses() {
@@ -196,21 +213,46 @@ class SyntaxChecker {
         const std::size_t begin = at_ - 1;
         if (++function_depth_ > kMaxFunctionDepth) fail("functions are nested too deeply");
         take("(");
+        const bool is_let = is_named(name, "LET"), is_lambda = is_named(name, "LAMBDA");
         std::size_t count = 0;
         if (!is(")")) {
             do {
                 ++count;
+                const std::size_t argument = at_;
+                const bool has_name = is_lambda || (is_let && count % 2 == 1);
+                if (has_name && take_parameter(is_lambda)) continue;
                 if (!is(",") && !is(")")) check_expression();
+                if (has_name && is(",")) {
+                    at_ = argument;
+                    fail(std::string(is_let ? "LET" : "LAMBDA") +
+                         " needs a name here, one that is not a cell");
+                }
             } while (take(","));
         }
         close();
         --function_depth_;
+        if (is_let && (count < 3 || count % 2 == 0)) {
+            at_ = begin;
+            fail("LET takes names with their values, and a calculation at the end");
+        }
         const FunctionFacts* const known = function_with_name(name);
         if (known == nullptr) return;
         if (count >= known->least_arguments && count <= known->most_arguments) return;
         at_ = begin;
         const bool are_few = count < known->least_arguments;
         fail(std::string(known->name) + " has too " + (are_few ? "few" : "many") + " arguments");
+    }
+
+    /// A name that LET or LAMBDA gives to a value, in brackets where LAMBDA may go without it.
+    bool take_parameter(bool may_be_in_brackets) {
+        if (!is_kind(Kind::Name)) return false;
+        const std::size_t bracket = tokens_[at_].token.text.find('[');
+        if (bracket != std::string_view::npos && (bracket != 0 || !may_be_in_brackets))
+            return false;
+        const std::size_t before = std::exchange(at_, at_ + 1);
+        skip_blanks();
+        if (!is(",")) at_ = before;
+        return at_ != before;
     }
 
     void check_array() {

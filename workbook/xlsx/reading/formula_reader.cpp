@@ -10,6 +10,7 @@
 #include "workbook/error.h"
 #include "workbook/limits.h"
 #include "workbook/xlsx/formula/formula_text.h"
+#include "workbook/xlsx/formula/stored_formula.h"
 #include "workbook/xlsx/reading/worksheet_reader.h"
 #include "workbook/xlsx/writing/source_cell.h"
 #include "workbook/xml/xml_scanner.h"
@@ -81,7 +82,8 @@ class FormulaReader {
         // A value is a "v" element with something in it.
         const std::size_t value = cell_.content.find("v>", cell_.formula->end);
         const bool has_result = value != std::string::npos && cell_.content[value + 2] != '<';
-        visit_({place.row, place.column, text, has_result});
+        const std::string shown = shown_formula(text);
+        visit_({place.row, place.column, shown, has_result});
     }
 
     struct Master {
