@@ -248,8 +248,8 @@ TEST_F(CurlClientTest, GoesThroughTheProxyOfTheEnvironment) {
     set_environment_variable("http_proxy", u"");
     const auto log = service.log();
     ASSERT_EQ(log.size(), 3u);
-    EXPECT_EQ(log.at(0).at("target"), urls[0]);
-    EXPECT_EQ(log.at(1).at("target"), urls[1]);
+    EXPECT_STREQ(log.at(0).at("target").as_string().c_str(), urls[0].c_str());
+    EXPECT_STREQ(log.at(1).at("target").as_string().c_str(), urls[1].c_str());
 }
 
 class CurlClientTlsTest : public CurlClientTest {
