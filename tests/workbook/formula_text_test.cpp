@@ -81,6 +81,7 @@ TEST(StoredFormula, HasPrefixesThatAreNotShown) {
         {"LET(\xC3\x84,1,\xC3\xA4+T[x]+S!\xC3\x84)",
          "_xlfn.LET(_xlpm.\xC3\x84,1,_xlpm.\xC3\xA4+T[x]+S!\xC3\x84)"},
         {"LET(x,LET(y,1,y),(x,y))", "_xlfn.LET(_xlpm.x,_xlfn.LET(_xlpm.y,1,_xlpm.y),(_xlpm.x,y))"},
+        {"LET(x,{1,2},y,Rate,x+y)", "_xlfn.LET(_xlpm.x,{1,2},_xlpm.y,Rate,_xlpm.x+_xlpm.y)"},
         {"MAP(A:A,LAMBDA(v,v*2))", "_xlfn.MAP(A:A,_xlfn.LAMBDA(_xlpm.v,_xlpm.v*2))"},
     };
     for (const auto& [shown, stored] : cases) {

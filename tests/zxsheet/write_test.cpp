@@ -293,10 +293,11 @@ TEST(WriteCommand, MakesFormulasWhereAskedTo) {
     EXPECT_TRUE(mentions(outcome.err, "2 formulas without a stored result")) << outcome.err;
     EXPECT_TRUE(mentions(output({"info", book.text()}), "2 formulas, 2 without a result"));
     // After them, in the columns of their names, without the rows that are left out.
-    sentence({"write", book.text(), "--append", "--header", "--formulas"}, "sum,a\n=A4*2,7\n");
+    sentence({"write", book.text(), "--append", "--header", "--formulas"},
+             "sum,a\n=CONCAT(A4),7\n");
     sentence({"write", book.text(), "-r", "E1", "--formulas", "--skip", "1"}, "=x y\n=A1\n");
     EXPECT_EQ(output({"read", book.text(), "--formulas"}),
-              "a,b,sum,,=A1\n1,2,=A2+B2,,\n3,=,\"=SUM(A3,B3)&\"\"<\"\"\",,\n7,,=A4*2,,\n");
+              "a,b,sum,,=A1\n1,2,=A2+B2,,\n3,=,\"=SUM(A3,B3)&\"\"<\"\"\",,\n7,,=CONCAT(A4),,\n");
     sentence({"write", copy.text(), "--formulas"}, "=B1\nx\n=B2\n");
     EXPECT_EQ(output({"read", copy.text(), "--formulas"}), "=B1\nx\n=B2\n");
     // What is printed is taken, whatever the format.
