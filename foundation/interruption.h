@@ -8,12 +8,14 @@
 #include <cstddef>
 #include <filesystem>
 
+#include "foundation/export.h"
+
 namespace foundation {
 
 /// For as long as it lives, an interruption removes the paths named to it, the last one first, and
 /// ends the process as it would have ended. A signal that the process ignores stays ignored.
 /// Objects end in the reverse order of their making; all are used on one thread.
-class RemovedOnInterruption {
+class ZX_API RemovedOnInterruption {
   public:
     RemovedOnInterruption();
     RemovedOnInterruption(const RemovedOnInterruption&) = delete;
