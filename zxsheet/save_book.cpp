@@ -54,7 +54,7 @@ const std::string& named_target(const BookOptions& options) {
 
 /// By way of a file, since the library writes to nothing else.
 void save_to_stream(const std::shared_ptr<IBook>& book, std::ostream& out) {
-    const TemporaryFolder folder;
+    TemporaryFolder folder;
     const std::string file =
         folder.file("book." + unicode::to_utf8(book::to_string(book->format())));
     save_book(book, unicode::to_utf16(file));

@@ -56,6 +56,7 @@ TemporaryFolder::TemporaryFolder() {
         // Whoever makes a folder of this name first has it; ours is for us alone.
         if (!fs::create_directory(path_, failure)) continue;
         fs::permissions(path_, fs::perms::owner_all, failure);
+        removed_.add(path_);
         if (!failure) return;
     }
     throw CommandError(ExitCode::NotWritten,
@@ -67,7 +68,8 @@ TemporaryFolder::~TemporaryFolder() {
     fs::remove_all(path_, ignored);
 }
 
-std::string TemporaryFolder::file(const std::string& name) const {
+std::string TemporaryFolder::file(const std::string& name) {
+    removed_.add(path_ / name);
     return utf8_path(path_ / name);
 }
 

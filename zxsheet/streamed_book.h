@@ -11,6 +11,7 @@
 #include <ostream>
 #include <string>
 
+#include "foundation/interruption.h"
 #include "zxsheet/book_location.h"
 
 namespace zxsheet {
@@ -18,7 +19,8 @@ namespace zxsheet {
 /// A stream that never ends must end somewhere.
 inline constexpr std::uint64_t kMaxStreamBytes = std::uint64_t{4} << 30;
 
-/// A folder for temporary files, removed with all that is in it.
+/// A folder for temporary files, removed with all that is in it, also when the process is told to
+/// end.
 class TemporaryFolder {
   public:
     /// Throws `CommandError` when none can be made.
@@ -28,9 +30,10 @@ class TemporaryFolder {
     ~TemporaryFolder();
 
     /// The UTF-8 path of a file in it.
-    std::string file(const std::string& name) const;
+    std::string file(const std::string& name);
 
   private:
+    foundation::RemovedOnInterruption removed_;
     std::filesystem::path path_;
 };
 
