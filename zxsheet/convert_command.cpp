@@ -108,12 +108,21 @@ std::string convert_each_sheet(const ConvertOptions& options, ChangeTools& tools
     return options.folder + ": Wrote " + counted(names.size(), "file");
 }
 
+bool may_have_macros(book::format format) {
+    return format == book::format::XLSM || format == book::format::XLTM;
+}
+
 /// The book is saved under the other name, with all that is in it.
 std::string convert_whole(const BookLocation& target, const ConvertOptions& options,
                           ChangeTools& tools) {
     const auto book =
         load_book_from_file(options.book.library_path(), target.format(), options.book.mode());
-    return save_changes(book, options, tools, "Converted");
+    const bool names_macros = may_have_macros(options.book.format()) &&
+                              !may_have_macros(target.format()) && options.book.is_file();
+    return save_changes(book, options, tools,
+                        names_macros ? "Converted; macros are kept, but applications may refuse "
+                                       "them under this ending"
+                                     : "Converted");
 }
 
 std::string convert_values(const BookLocation& target, const ConvertOptions& options,
