@@ -4,6 +4,7 @@
 // values with one call, column after column, so that a column is finished when the next begins.
 // Besides the table itself there is a byte for each cell of a block and one column as it was read.
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <numeric>
 #include <unordered_map>

@@ -45,10 +45,10 @@ void remove_line_feeds(std::string& text) {
 
 /// Throws `exception` with what is known about its cause, an empty `cause` being the exception's
 /// own text.
-[[noreturn]] void fail(Exception exception, std::string cause, ServiceReason reason = {}) {
+[[noreturn]] void fail(const Exception& exception, std::string_view cause,
+                       ServiceReason reason = {}) {
     throw spreadsheet::with_failure(
-        std::move(exception),
-        {FailureKind::Service, without_secrets(cause), {}, std::move(reason)});
+        exception, {FailureKind::Service, without_secrets(cause), {}, std::move(reason)});
 }
 
 Exception exception_for(const http::HttpResponse& response) {

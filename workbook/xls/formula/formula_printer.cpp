@@ -31,7 +31,7 @@ constexpr std::string_view kBinary[] = {
     "+", "-", "*", "/", "^", "&", "<", "<=", "=", ">=", ">", "<>", " ", ",", ":"};
 
 /// No formula has more, in bytes; and what joining strings may cost for one.
-constexpr std::size_t kMaxTextBytes = 4 * 8192;
+constexpr std::size_t kMaxTextBytes = std::size_t{4} * 8192;
 constexpr std::size_t kMaxCopiedBytes = 4u << 20;
 
 /// Thrown and caught here: there is no text.
@@ -368,7 +368,7 @@ class Printer {
         if (number == 0 || number > context_.names.size()) throw NoText();
         const FormulaName& known = context_.names[number - 1];
         if (known.name.empty()) throw NoText();
-        const std::string name =
+        std::string name =
             known.name.starts_with(kBuiltIn) ? known.name.substr(kBuiltIn.size()) : known.name;
         if (!sheet || !known.scope) return name;
         if (*known.scope >= context_.sheets.size()) throw NoText();
