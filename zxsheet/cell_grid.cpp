@@ -189,11 +189,6 @@ void visit_ruled(const Selection& selection, const MergedRules& wanted, const Ro
                marks(sheet.get_omit_vars_vector(), band.columns()), visit);
 }
 
-Range common_range(const Range& a, const Range& b) {
-    return {std::max(a.first_row, b.first_row), std::max(a.first_column, b.first_column),
-            std::min(a.last_row, b.last_row), std::min(a.last_column, b.last_column)};
-}
-
 std::size_t offset(int first, int index) {
     return static_cast<std::size_t>(index - first);
 }
@@ -255,6 +250,11 @@ void visit_online(const Selection& selection, Content content, int band_rows,
 }
 
 } // namespace
+
+Range common_range(const Range& a, const Range& b) {
+    return {std::max(a.first_row, b.first_row), std::max(a.first_column, b.first_column),
+            std::min(a.last_row, b.last_row), std::min(a.last_column, b.last_column)};
+}
 
 FormulaTexts::FormulaTexts(const Selection& selection, const BookLocation& location) {
     const auto add_to = [](void* context, const FormulaCell& formula) {

@@ -14,6 +14,10 @@
 
 namespace zxsheet {
 
+/// The cells that both ranges have; its last row or column comes before the first one if there are
+/// none.
+spreadsheet::Range common_range(const spreadsheet::Range& a, const spreadsheet::Range& b);
+
 /// One cell; `number` also holds serial dates and booleans (0 or 1), `text` the text of errors too.
 struct CellValue {
     spreadsheet::cell_type type = spreadsheet::cell_type::empty;

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "foundation/unicode.h"
+#include "zxsheet/cell_grid.h"
 
 namespace zxsheet {
 namespace {
@@ -40,11 +41,6 @@ bool supply_boolean(void* context) {
 }
 void supply_nothing(void* context) {
     take(context);
-}
-
-Range common_range(const Range& a, const Range& b) {
-    return {std::max(a.first_row, b.first_row), std::max(a.first_column, b.first_column),
-            std::min(a.last_row, b.last_row), std::min(a.last_column, b.last_column)};
 }
 
 bool is_empty(const Range& range) {
